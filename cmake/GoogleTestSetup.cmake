@@ -1,0 +1,19 @@
+# GoogleTest from the system's source package, built with each build's own compiler.
+if(NOT EXISTS /usr/src/googletest/CMakeLists.txt)
+    message(FATAL_ERROR "GoogleTest's sources are missing: install the package googletest")
+endif()
+set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+include(GoogleTest)
+
+# One test program: brillatrix_test(name LIBS lib... SOURCES file...). Each GoogleTest case becomes a ctest test.
+function(brillatrix_test name)
+    cmake_parse_arguments(T "" "TIMEOUT" "LIBS;SOURCES" ${ARGN})
+    if(NOT T_TIMEOUT)
+        set(T_TIMEOUT 120)
+    endif()
+    add_executable(${name} ${T_SOURCES})
+    target_link_libraries(${name} PRIVATE brillatrix_options ${T_LIBS} gtest gtest_main)
+    gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST
+        PROPERTIES TIMEOUT ${T_TIMEOUT})
+endfunction()

@@ -1,0 +1,11 @@
+// The one place for compiler extensions; everything else is standard C++20.
+#pragma once
+
+// Lets the compiler check a printf-style format; both indices count from 1.
+#if defined(__MINGW32__)
+#define BX_PRINTF(formatIndex, firstArgument) __attribute__((format(gnu_printf, formatIndex, firstArgument)))
+#elif defined(__GNUC__)
+#define BX_PRINTF(formatIndex, firstArgument) __attribute__((format(printf, formatIndex, firstArgument)))
+#else
+#define BX_PRINTF(formatIndex, firstArgument)
+#endif

@@ -1,0 +1,24 @@
+// The log file of the current run, and who owns the message boxes.
+#pragma once
+
+#include "diag/Compiler.h"
+
+#include <cstdint>
+
+// Native window handle, opaque here so that portable code may include this header.
+using NativeWindow = void *;
+
+constexpr char kLogName[] = "Brillatrix Pro";
+
+// Where OpenLog finds its folder; the storage room sets it before the log is opened.
+extern const char *gLogFolderPath;
+
+// Rotates the old logs and opens a new one; once per process, whether or not it succeeds. Host's thread.
+void OpenLog(NativeWindow ownerWindow, uint32_t ownerThreadId);
+// Appends one formatted piece of text, whole and flushed. Any thread.
+void WriteLogLine(const char *format, ...) BX_PRINTF(1, 2);
+void CloseLog();
+
+// The window that message boxes belong to; returns the previous one. Owner thread.
+NativeWindow SetReportOwnerWindow(NativeWindow window);
+bool IsReportOwnerThread();

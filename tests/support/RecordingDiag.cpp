@@ -1,0 +1,98 @@
+#include "tests/support/RecordingDiag.h"
+
+#include "diag/BufferUsage.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+
+namespace {
+
+std::mutex gLock;
+std::vector<RecordedReport> gReports;
+int64_t gInUse = 0, gPeak = 0, gMade = 0, gFailAt = 0;
+bool gFailLater = false;
+
+// Counts one allocation; true when it is one that must fail.
+bool MustFail() {
+    const std::lock_guard<std::mutex> hold(gLock);
+    ++gMade;
+    return gFailAt != 0 && (gFailLater ? gMade >= gFailAt : gMade == gFailAt);
+}
+
+void Count(int64_t bytes) {
+    const std::lock_guard<std::mutex> hold(gLock);
+    gInUse += bytes;
+    gPeak = std::max(gPeak, gInUse);
+}
+
+} // namespace
+
+std::vector<RecordedReport> TakeReports() {
+    const std::lock_guard<std::mutex> hold(gLock);
+    std::vector<RecordedReport> taken;
+    taken.swap(gReports);
+    return taken;
+}
+
+void FailAllocation(int64_t n, bool andAllLater) {
+    const std::lock_guard<std::mutex> hold(gLock);
+    gMade = 0;
+    gFailAt = n;
+    gFailLater = andAllLater;
+}
+
+int64_t AllocationsMade() {
+    const std::lock_guard<std::mutex> hold(gLock);
+    return gMade;
+}
+
+int64_t PeakBufferBytes() {
+    const std::lock_guard<std::mutex> hold(gLock);
+    return gPeak;
+}
+
+void ReportError(const ErrorRecord &record, uint32_t messageBoxFlags, const char *title, const char *format, ...) {
+    char text[1024];
+    va_list arguments;
+    va_start(arguments, format);
+    vsnprintf(text, sizeof text, format, arguments);
+    va_end(arguments);
+    const std::lock_guard<std::mutex> hold(gLock);
+    gReports.push_back({record, messageBoxFlags, title, text});
+}
+
+bool CreateBufferUsageSection(uint32_t *) { return true; }
+void DeleteBufferUsageSection() {}
+
+void *CountedAlloc(size_t size) {
+    if (MustFail())
+        return nullptr;
+    void *block = malloc(size);
+    if (block)
+        Count(static_cast<int64_t>(size));
+    return block;
+}
+
+void *CountedRealloc(void *block, size_t oldSize, size_t newSize) {
+    if (MustFail())
+        return nullptr;
+    void *grown = realloc(block, newSize);
+    if (grown)
+        Count(static_cast<int64_t>(newSize) - static_cast<int64_t>(oldSize));
+    return grown;
+}
+
+void CountedFree(void *block, size_t size) {
+    if (!block)
+        return;
+    free(block);
+    Count(-static_cast<int64_t>(size));
+}
+
+int64_t BufferBytesInUse() {
+    const std::lock_guard<std::mutex> hold(gLock);
+    return gInUse;
+}
