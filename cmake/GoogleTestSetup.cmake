@@ -6,7 +6,14 @@ set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 include(GoogleTest)
 
-# One test program: brillatrix_test(name LIBS lib... SOURCES file...). Each GoogleTest case becomes a ctest test.
+if(WIN32)
+    set(BRILLATRIX_BUILD_NAME windows)
+else()
+    set(BRILLATRIX_BUILD_NAME native)
+endif()
+
+# One test program: brillatrix_test(name LIBS lib... SOURCES file...). Each GoogleTest case becomes a ctest test,
+# named after the build, the program and the case.
 function(brillatrix_test name)
     cmake_parse_arguments(T "" "TIMEOUT" "LIBS;SOURCES" ${ARGN})
     if(NOT T_TIMEOUT)
@@ -14,6 +21,6 @@ function(brillatrix_test name)
     endif()
     add_executable(${name} ${T_SOURCES})
     target_link_libraries(${name} PRIVATE brillatrix_options ${T_LIBS} gtest gtest_main)
-    gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST
+    gtest_discover_tests(${name} TEST_PREFIX ${BRILLATRIX_BUILD_NAME}.${name}. DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST
         PROPERTIES TIMEOUT ${T_TIMEOUT})
 endfunction()
