@@ -28,5 +28,5 @@ struct ErrorRecord {
 
 // Formats the message and logs or shows it by kind. May be called from any thread. Never fails visibly and
 // never throws; without an open log it only shows user messages, and only on the owner thread.
-void ReportError(const ErrorRecord &record, uint32_t messageBoxFlags, const char *title, const char *format, ...)
-    BX_PRINTF(4, 5);
+void ReportError(const ErrorRecord &record, uint32_t messageBoxFlags, const char *title, const char *format,
+                 ...) BX_PRINTF(4, 5);

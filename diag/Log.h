@@ -12,6 +12,8 @@ constexpr char kLogName[] = "Brillatrix Pro";
 
 // Where OpenLog finds its folder; the storage room sets it before the log is opened.
 extern const char *gLogFolderPath;
+// Where the trace set-up file is looked for; set likewise. Empty when the folder could not be obtained.
+extern const char *gProductCommonFolderPath;
 
 // Rotates the old logs and opens a new one; once per process, whether or not it succeeds. Host's thread.
 void OpenLog(NativeWindow ownerWindow, uint32_t ownerThreadId);

@@ -13,7 +13,8 @@ extern char gLogFolder[kMaxPath];
 extern char gCommonDataFolder[kMaxPath];
 extern char gProductCommonFolder[kMaxPath];
 
-// Fixes all folders and creates the per-user ones. True when every folder was obtained; goes on after a failure.
+// Fixes all folders and creates the per-user ones. True when every folder was obtained; goes on after a
+// failure.
 bool InitAppFolders(const char *shortName, const char *fullName);
 
 bool GetUserDataFolder(const char *relativePath, char *path, size_t capacity);

@@ -1,0 +1,202 @@
+#include "diag/Log.h"
+
+#include "diag/ErrorReport.h"
+#include "diag/FormattedText.h"
+#include "diag/LogRotation.h"
+#include "diag/LogState.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+const char *gLogFolderPath = "";
+const char *gProductCommonFolderPath = "";
+
+LogState gLogState;
+
+namespace {
+
+constexpr uint32_t kSiteTracePath = 240, kSiteCreateLog = 260, kSiteNoLogFile = 265;
+constexpr char kLongTimeFormat[] = "on %A, %B %d, %Y at %H:%M:%S";
+constexpr size_t kLongTimeCapacity = 128;
+
+// Held while a line is written and while the file changes, so that lines stay whole and none follows the
+// last.
+SRWLOCK gLogLock = SRWLOCK_INIT;
+
+bool IsLogOpen() {
+    AcquireSRWLockShared(&gLogLock);
+    const bool open = gLogState.file != nullptr;
+    ReleaseSRWLockShared(&gLogLock);
+    return open;
+}
+
+void WriteToLog(const wchar_t *text, int length, bool closing) {
+    AcquireSRWLockExclusive(&gLogLock);
+    if (gLogState.file) {
+        DWORD written = 0;
+        WriteFile(gLogState.file, text, static_cast<DWORD>(length) * sizeof(wchar_t), &written, nullptr);
+        FlushFileBuffers(gLogState.file);
+        if (closing) {
+            CloseHandle(gLogState.file);
+            gLogState.file = nullptr;
+        }
+    }
+    ReleaseSRWLockExclusive(&gLogLock);
+}
+
+// No code page makes more UTF-16 units than it has bytes, so a buffer of the narrow length is always enough.
+// A line cut for want of memory keeps its line end.
+void AppendToLog(const FormattedText &line, bool closing) {
+    constexpr int kLocalLength = 512;
+    wchar_t local[kLocalLength];
+    int length = static_cast<int>(line.length);
+    bool cut = line.cut;
+    wchar_t *wide = local;
+    if (length > kLocalLength) {
+        wide = static_cast<wchar_t *>(malloc(static_cast<size_t>(length) * sizeof(wchar_t)));
+        if (!wide) {
+            wide = local;
+            length = kLocalLength;
+            cut = true;
+        }
+    }
+    const int wideLength = MultiByteToWideChar(CP_ACP, 0, line.text, length, wide, length);
+    if (cut && wideLength > 0)
+        wide[wideLength - 1] = L'\n';
+    WriteToLog(wide, wideLength, closing);
+    if (wide != local)
+        free(wide);
+}
+
+void AppendFormatted(bool closing, const char *format, va_list arguments) {
+    const DWORD lastError = GetLastError();
+    if (IsLogOpen()) {
+        FormattedText line;
+        FormatText(&line, format, arguments);
+        AppendToLog(line, closing);
+        FreeText(&line);
+    }
+    SetLastError(lastError);
+}
+
+void WriteLastLine(const char *format, ...) BX_PRINTF(1, 2);
+
+void WriteLastLine(const char *format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    AppendFormatted(true, format, arguments);
+    va_end(arguments);
+}
+
+void FormTraceSetupPath() {
+    if (!gProductCommonFolderPath || !*gProductCommonFolderPath)
+        return;
+    const int printed = snprintf(gLogState.traceSetupPath, sizeof gLogState.traceSetupPath,
+                                 "%s\\TraceSetup.trc", gProductCommonFolderPath);
+    if (printed >= 0 && static_cast<size_t>(printed) < sizeof gLogState.traceSetupPath)
+        return;
+    gLogState.traceSetupPath[0] = '\0';
+    ReportError({kSiteTracePath, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                "_stprintf_s() failed with Common Data directory = '%s'", gProductCommonFolderPath);
+}
+
+// Null, reported, when the file cannot be created. Sharing is wide, so that a log can be read, moved and
+// deleted while its run goes on.
+HANDLE CreateLogFile(const char *path) {
+    const HANDLE file =
+        CreateFileA(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        ReportError({kSiteCreateLog, kSystemError, static_cast<uint32_t>(GetLastError())}, kStopIcon,
+                    kTitleUnexpected, "Can't open debug log file '%s'", path);
+        return nullptr;
+    }
+    constexpr uint8_t kByteOrderMark[] = {0xFF, 0xFE};
+    DWORD written = 0;
+    WriteFile(file, kByteOrderMark, sizeof kByteOrderMark, &written, nullptr);
+    return file;
+}
+
+struct ModuleVersion {
+    unsigned parts[4];
+};
+
+// The file version of the module that this code is linked into, not of the program that loaded it; zeros
+// without a version resource.
+ModuleVersion ReadModuleVersion() {
+    // The fixed part of the resource follows three words and the key "VS_VERSION_INFO", on a multiple of
+    // four.
+    constexpr size_t kFixedInfoOffset = 40;
+    HMODULE module = nullptr;
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                       reinterpret_cast<const char *>(&gLogState), &module);
+    const HRSRC resource =
+        FindResourceA(module, MAKEINTRESOURCEA(VS_VERSION_INFO), MAKEINTRESOURCEA(16)); // RT_VERSION
+    if (!resource || SizeofResource(module, resource) < kFixedInfoOffset + sizeof(VS_FIXEDFILEINFO))
+        return {};
+    const HGLOBAL loaded = LoadResource(module, resource);
+    const void *data = loaded ? LockResource(loaded) : nullptr;
+    if (!data)
+        return {};
+    VS_FIXEDFILEINFO info;
+    memcpy(&info, static_cast<const uint8_t *>(data) + kFixedInfoOffset, sizeof info);
+    if (info.dwSignature != VS_FFI_SIGNATURE)
+        return {};
+    return {{HIWORD(info.dwFileVersionMS), LOWORD(info.dwFileVersionMS), HIWORD(info.dwFileVersionLS),
+             LOWORD(info.dwFileVersionLS)}};
+}
+
+void WriteLogHeader() {
+    const ModuleVersion version = ReadModuleVersion();
+    char now[kLongTimeCapacity];
+    FormatLocalTime(now, sizeof now, kLongTimeFormat);
+    WriteLogLine("%s version %u.%u.%u.%u (%s%s) Log opened %s.\n\n", kLogName, version.parts[0],
+                 version.parts[1], version.parts[2], version.parts[3], "64 bit", " Release", now);
+}
+
+} // namespace
+
+void OpenLog(NativeWindow ownerWindow, uint32_t ownerThreadId) {
+    if (gLogState.setUpDone)
+        return;
+    gLogState.setUpDone = true;
+    gLogState.ownerWindow = static_cast<HWND>(ownerWindow);
+    gLogState.ownerThread = ownerThreadId;
+    FormTraceSetupPath();
+    if (!RotateLogs(gLogFolderPath, kLogName, gLogState.path, sizeof gLogState.path)) {
+        ReportError({kSiteNoLogFile, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "Can't allocate a debug log file for '%s'", kLogName);
+        return;
+    }
+    const HANDLE file = CreateLogFile(gLogState.path);
+    if (!file)
+        return;
+    AcquireSRWLockExclusive(&gLogLock);
+    gLogState.file = file;
+    ReleaseSRWLockExclusive(&gLogLock);
+    WriteLogHeader();
+}
+
+void WriteLogLine(const char *format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    AppendFormatted(false, format, arguments);
+    va_end(arguments);
+}
+
+void CloseLog() {
+    char now[kLongTimeCapacity];
+    FormatLocalTime(now, sizeof now, kLongTimeFormat);
+    WriteLastLine("\n%s Log closed %s.\n", kLogName, now);
+}
+
+NativeWindow SetReportOwnerWindow(NativeWindow window) {
+    const HWND previous = gLogState.ownerWindow;
+    gLogState.ownerWindow = static_cast<HWND>(window);
+    return previous;
+}
+
+bool IsReportOwnerThread() {
+    return gLogState.ownerThread == GetCurrentThreadId();
+}

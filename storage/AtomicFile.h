@@ -1,0 +1,9 @@
+// Writes a file whole or not at all.
+#pragma once
+
+#include <cstddef>
+
+// Writes `size` bytes to a temporary file beside `path`, flushes it to the disk and puts it in the file's
+// place. On any failure, reported, the old file stays as it was and the temporary file is removed. Any
+// thread, any number of processes at a time.
+bool WriteFileAtomically(const char *path, const void *data, size_t size);

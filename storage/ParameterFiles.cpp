@@ -1,0 +1,193 @@
+#include "storage/ParameterFiles.h"
+
+#include "diag/ErrorReport.h"
+#include "storage/AppFolders.h"
+#include "storage/AtomicFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+ParameterBlockAccessor gParameterBlockAccessor = nullptr;
+
+namespace {
+
+constexpr char kInitialSettingsName[] = "LastSavedParameters";
+// The bytes that mean something; a file of the current version without all of them is half a record.
+constexpr size_t kRecordSize = 40;
+constexpr size_t kVersionWords = 4;
+
+constexpr uint32_t kSiteOpen = 61, kSiteRead = 70, kSiteVersion = 96, kSiteRemove = 110, kSiteInvalid = 131,
+                   kSiteConverted = 144, kSiteSaveConverted = 149, kSiteObsolete = 163, kSiteNoAccessor = 180,
+                   kSiteCommit = 207, kSitePath = 221;
+
+constexpr ParameterFileTexts kInitialSettingsTexts = {
+    "Warning - Failed to Read Initial Settings Parameters",
+    "Your Initial Settings Parameter Set file '%s' was saved in an older format and has been "
+    "converted.\r\n\r\n"
+    "The converted Parameter Set is being saved, replacing the original file.",
+    "Your Initial Settings Parameter Set file was saved in an obsolete format and is being deleted.  "
+    "Parameters will "
+    "be set to defaults.",
+};
+
+struct FileVersion {
+    uint16_t words[kVersionWords]; // Major, Minor, Revision, Build
+};
+
+FileVersion VersionOf(const ParameterBlock &block) {
+    FileVersion version;
+    for (size_t i = 0; i < kVersionWords; ++i)
+        version.words[i] = static_cast<uint16_t>(block.bytes[2 * i] | block.bytes[2 * i + 1] << 8);
+    return version;
+}
+
+const ParameterBlock *IdentityBlock() {
+    if (!gParameterBlockAccessor)
+        return nullptr;
+    return reinterpret_cast<const ParameterBlock *>(gParameterBlockAccessor(kIdentityBlock, nullptr));
+}
+
+bool IsCurrentVersion(const ParameterBlock &block) {
+    const ParameterBlock *identity = IdentityBlock();
+    return identity && memcmp(block.bytes, identity->bytes, kVersionWords * sizeof(uint16_t)) == 0;
+}
+
+void ReportDebug(uint32_t site, const char *message) {
+    ReportError({site, kDebugMessage, 0}, kStopIcon, kTitleUnexpected, "%s", message);
+}
+
+// Reads up to a whole block; what is missing stays 0. A read that the system refuses is told from an empty
+// file: a file that another program has locked is not an invalid one.
+ParameterFileState ReadBlock(FILE *file, ParameterBlock *block, size_t *bytesRead) {
+    errno = 0;
+    *bytesRead = fread(block->bytes, 1, sizeof block->bytes, file);
+    if (*bytesRead > 0 && !ferror(file))
+        return kFileRead;
+    const int error = errno;
+    ReportError({kSiteRead, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                "fread() failed with errno = '%d'", error);
+    return ferror(file) ? kFileUnreadable : kFileInvalid;
+}
+
+void DeleteParameterFile(const char *path) {
+    if (remove(path) != 0)
+        ReportError({kSiteRemove, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "_tremove() failed with error = '%d'. File to be deleted was '%s'", errno, path);
+}
+
+void DropInvalidFile(const char *path, const ParameterFileTexts &texts) {
+    ReportError({kSiteInvalid, kUserMessage, 0}, kWarningIcon, texts.failureTitle,
+                "Your Parameter Set file '%s' is invalid and is being deleted.\r\n", path);
+    DeleteParameterFile(path);
+}
+
+void DropObsoleteFile(const char *path, const ParameterFileTexts &texts, const FileVersion &version) {
+    char text[kMaxPath + 200];
+    snprintf(text, sizeof text, texts.obsoleteFormat, path);
+    ReportError(
+        {kSiteObsolete, kUserMessage, 0}, kWarningIcon, texts.failureTitle,
+        "%s\r\n\r\nFile Version: Major Version = '%d', Minor Version = '%d', Revision = '%d', Build = '%d'",
+        text, version.words[0], version.words[1], version.words[2], version.words[3]);
+    DeleteParameterFile(path);
+}
+
+void SaveConvertedFile(const char *path, const ParameterFileTexts &texts, const ParameterBlock &converted) {
+    ReportError({kSiteConverted, kUserMessage, 0}, kInformationIcon, "Parameter Set Conversion",
+                texts.convertedFormat, path);
+    if (!SaveParametersFile(converted, path))
+        ReportError({kSiteSaveConverted, kUserMessage, 0}, kWarningIcon,
+                    "Warning - Parameter Set Conversion Failed",
+                    "The converted Parameter Set file '%s' could not be saved.", path);
+}
+
+// No layout before the current one can be converted; the way is kept for layouts to come.
+bool ConvertFile(const char *path, const ParameterFileTexts &texts, ParameterBlock *block) {
+    const uintptr_t result = gParameterBlockAccessor(kConvertBlock, block);
+    ParameterBlock *converted = reinterpret_cast<ParameterBlock *>(result);
+    if (!converted)
+        return false;
+    *block = *converted;
+    free(converted);
+    SaveConvertedFile(path, texts, *block);
+    return true;
+}
+
+} // namespace
+
+ParameterFileState LoadParameterStructure(const char *path, ParameterBlock *block) {
+    FILE *file = fopen(path, "rb");
+    if (!file) {
+        if (errno == ENOENT)
+            return kFileMissing;
+        ReportError({kSiteOpen, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "_tfopen() failed with errno = '%d' and FilePath = '%s'", errno, path);
+        return kFileUnreadable;
+    }
+    ParameterBlock read = {};
+    size_t bytesRead = 0;
+    const ParameterFileState state = ReadBlock(file, &read, &bytesRead);
+    fclose(file);
+    if (state != kFileRead)
+        return state;
+    if (bytesRead < kRecordSize && IsCurrentVersion(read))
+        return kFileInvalid;
+    *block = read;
+    return kFileRead;
+}
+
+bool SaveParametersFile(const ParameterBlock &block, const char *path) {
+    return WriteFileAtomically(path, block.bytes, sizeof block.bytes);
+}
+
+bool ReadParameterFile(const char *path, const ParameterFileTexts &texts, ParameterBlock *block) {
+    if (!IdentityBlock()) {
+        // Without the current version to compare with, a good file would be taken for an obsolete one.
+        ReportDebug(kSiteNoAccessor, "The parameter block accessor is missing.");
+        return false;
+    }
+    ParameterBlock read;
+    const ParameterFileState state = LoadParameterStructure(path, &read);
+    if (state == kFileInvalid)
+        DropInvalidFile(path, texts);
+    if (state != kFileRead)
+        return false;
+    if (!IsCurrentVersion(read)) {
+        const FileVersion version = VersionOf(read);
+        ReportError({kSiteVersion, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "User Setting File version mismatch. File Version = '%d','%d','%d','%d'",
+                    version.words[0], version.words[1], version.words[2], version.words[3]);
+        if (!ConvertFile(path, texts, &read)) {
+            DropObsoleteFile(path, texts, version);
+            return false;
+        }
+    }
+    *block = read;
+    return true;
+}
+
+bool ReadInitialSettings(const char *path) {
+    ParameterBlock block;
+    if (!ReadParameterFile(path, kInitialSettingsTexts, &block))
+        return false;
+    if (gParameterBlockAccessor(kCommitBlock, &block) == 1)
+        return true;
+    ReportDebug(kSiteCommit, "The initial settings could not be committed.");
+    return false;
+}
+
+bool FormatInitialSettingsPath(char *path, size_t capacity) {
+    char formatted[kMaxPath];
+    const int printed = snprintf(formatted, sizeof formatted, "%s\\%s.%s", gSettingsFolder,
+                                 kInitialSettingsName, kParameterFileExtension);
+    const bool fits = printed >= 0 && static_cast<size_t>(printed) < sizeof formatted &&
+                      static_cast<size_t>(printed) < capacity;
+    if (!*gSettingsFolder || !fits) {
+        ReportError({kSitePath, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "_stprintf_s() failed with Settings Directory = '%s'", gSettingsFolder);
+        return false;
+    }
+    memcpy(path, formatted, static_cast<size_t>(printed) + 1);
+    return true;
+}
