@@ -8,14 +8,16 @@
 #include <atomic>
 #include <cstdint>
 
-// Drops all stamps' entries and memo tables' contents; call at the start of each run, after the image geometry is
-// known. FreeRenderState gives all memory back; both may be called at any time while no render runs.
+// Drops all stamps' entries and memo tables' contents; call at the start of each run, after the image
+// geometry is known. FreeRenderState gives all memory back; both may be called at any time while no render
+// runs.
 void ResetRenderState();
 void FreeRenderState();
 
-// Renders `target` (document coordinates) into `output`, an image of the same mode and depth as `source` whose bounds
-// hold the target. gPreciseMode and gFloor must be set. Light sources are in document pixels. `settings` must be
-// clamped. False when *abort became non-zero between two sources, or a stamp set has no builder; what was blended so
-// far stays. Renders never overlap: one thread at a time.
+// Renders `target` (document coordinates) into `output`, an image of the same mode and depth as `source`
+// whose bounds hold the target. gPreciseMode and gFloor must be set. Light sources are in document pixels.
+// `settings` must be clamped. False when *abort became non-zero between two sources, or a stamp set has no
+// builder; what was blended so far stays. Renders never overlap: one thread at a time.
 bool RenderEffect(const RenderSettings &settings, const ImageBuffer &source, const IntRect &target,
-                  const LightSourceTableView &lightSources, const std::atomic<uint8_t> &abort, ImageBuffer *output);
+                  const LightSourceTableView &lightSources, const std::atomic<uint8_t> &abort,
+                  ImageBuffer *output);

@@ -29,6 +29,7 @@ struct RenderSettings {
     uint32_t effectType;
 };
 
-// Brings every field into its range above (an unknown effect type becomes the Standard Star; a scale that is not a
-// number, or outside 1..100000, becomes 100), so that no value from outside can divide by zero, overflow or hang.
+// Brings every field into its range above (an unknown effect type becomes the Standard Star; a scale that is
+// not a number, or outside 1..100000, becomes 100), so that no value from outside can divide by zero,
+// overflow or hang.
 void ClampRenderSettings(RenderSettings *settings);
