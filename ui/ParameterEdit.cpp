@@ -1,0 +1,120 @@
+#include "ui/ParameterEdit.h"
+
+#include "ui/ParameterEditPaint.h"
+#include "ui/ParameterValue.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include <commctrl.h>
+
+namespace {
+
+constexpr UINT_PTR kEditSubclassId = 1;
+constexpr WPARAM kDeleteCharacter = 127; // what Ctrl+Backspace sends
+
+void StepThroughTrackbar(ParameterControl *row, int32_t amount) {
+    MoveTrackbar(*row, ClampToRow(*row, TrackbarPosition(*row) + amount));
+    const int32_t position = TrackbarPosition(*row);
+    if (position != *row->value)
+        TakeParameterValue(row, position);
+}
+
+LRESULT CALLBACK EditProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR data) {
+    ParameterControl *row = reinterpret_cast<ParameterControl *>(data);
+    if (message == WM_NCDESTROY) {
+        RemoveWindowSubclass(window, EditProc, kEditSubclassId);
+        if (row->edit == window)
+            UnbindParameterControl(row);
+        return DefSubclassProc(window, message, wParam, lParam);
+    }
+    if (row->edit != window || !IsBound(*row))
+        return DefSubclassProc(window, message, wParam, lParam);
+    LRESULT result = 0;
+    switch (message) {
+    case WM_SETFOCUS:
+        result = DefSubclassProc(window, message, wParam, lParam);
+        OnEditSetFocus(row);
+        return result;
+    case WM_KILLFOCUS:
+        result = DefSubclassProc(window, message, wParam, lParam);
+        OnEditKillFocus(row);
+        return result;
+    case WM_KEYDOWN:
+        if (OnEditKey(row, wParam, LOWORD(lParam), GetKeyState(VK_CONTROL) < 0))
+            return 0;
+        break;
+    case WM_CHAR:
+        if (!OnEditCharacter(wParam))
+            return 0;
+        break;
+    case WM_ERASEBKGND:
+        return 1;
+    case WM_PAINT:
+        PaintParameterEdit(*row);
+        return 0;
+    }
+    return DefSubclassProc(window, message, wParam, lParam);
+}
+
+} // namespace
+
+void SubclassParameterEdit(ParameterControl *row) {
+    SetWindowSubclass(row->edit, EditProc, kEditSubclassId, reinterpret_cast<DWORD_PTR>(row));
+}
+
+void OnEditSetFocus(ParameterControl *row) {
+    row->editing = true;
+    SelectEditText(*row);
+    InvalidateRect(row->edit, nullptr, FALSE);
+}
+
+void OnEditKillFocus(ParameterControl *row) {
+    row->editing = false;
+    ShowParameterValue(*row, *row->value);
+}
+
+bool OnEditKey(ParameterControl *row, WPARAM key, int repeatCount, bool ctrlDown) {
+    const int32_t arrow = ctrlDown ? row->ctrlStep : row->arrowStep;
+    switch (key) {
+    case VK_PRIOR:
+        StepThroughTrackbar(row, row->pageStep * repeatCount);
+        return true;
+    case VK_NEXT:
+        StepThroughTrackbar(row, -row->pageStep * repeatCount);
+        return true;
+    case VK_UP:
+        StepThroughTrackbar(row, arrow * repeatCount);
+        return true;
+    case VK_DOWN:
+        StepThroughTrackbar(row, -arrow * repeatCount);
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool OnEditCharacter(WPARAM character) {
+    if ((character >= '0' && character <= '9') || character == '.' || character == '-' || character == '+' ||
+        character == VK_BACK)
+        return true;
+    // Tab, and the codes that follow Enter, Esc, Ctrl+C and the like: their keys have been acted on already.
+    if (character < ' ' || character == kDeleteCharacter)
+        return false;
+    MessageBeep(MB_ICONHAND);
+    return false;
+}
+
+void UnbindParameterControl(ParameterControl *row) {
+    row->editing = false;
+    row->value = nullptr;
+    row->edit = row->trackbar = nullptr;
+    row->font = nullptr;
+    const bool anyLeft = std::any_of(std::begin(gParameterControls), std::end(gParameterControls),
+                                     [](const ParameterControl &other) { return other.edit != nullptr; });
+    if (anyLeft)
+        return;
+    for (ParameterControl &other : gParameterControls)
+        other.value = nullptr;
+    DeleteParameterFont();
+}
