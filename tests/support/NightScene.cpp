@@ -62,18 +62,16 @@ void PaintSky(double noise, uint32_t seed, ImageBuffer *image) {
 
 void PaintLight(const SceneLight &light, ImageBuffer *image) {
     const double reach = 4.5 * light.sigma;
-    const IntRect area =
-        IntersectRects(image->bounds, {static_cast<int32_t>(std::floor(light.x - reach)),
-                                       static_cast<int32_t>(std::floor(light.y - reach)),
-                                       static_cast<int32_t>(std::ceil(light.x + reach)),
-                                       static_cast<int32_t>(std::ceil(light.y + reach))});
+    const IntRect area = IntersectRects(image->bounds, {static_cast<int32_t>(std::floor(light.x - reach)),
+                                                        static_cast<int32_t>(std::floor(light.y - reach)),
+                                                        static_cast<int32_t>(std::ceil(light.x + reach)),
+                                                        static_cast<int32_t>(std::ceil(light.y + reach))});
     const double peak[3] = {light.red, light.green, light.blue};
     for (int32_t y = area.top; y < area.bottom; ++y)
         for (int32_t x = area.left; x < area.right; ++x) {
             const double dx = x + 0.5 - light.x, dy = y + 0.5 - light.y;
             const double glow = std::exp(-(dx * dx + dy * dy) / (2 * light.sigma * light.sigma));
-            const int64_t index =
-                int64_t{y - image->bounds.top} * image->width + (x - image->bounds.left);
+            const int64_t index = int64_t{y - image->bounds.top} * image->width + (x - image->bounds.left);
             for (int32_t c = 0; c < image->colorPlanes; ++c)
                 StoreSample(image, c, index, LoadSample(*image, c, index) + peak[c] * glow);
         }

@@ -54,7 +54,13 @@ int64_t PeakBufferBytes() {
     return gPeak;
 }
 
-void ReportError(const ErrorRecord &record, uint32_t messageBoxFlags, const char *title, const char *format, ...) {
+void ResetPeakBufferBytes() {
+    const std::lock_guard<std::mutex> hold(gLock);
+    gPeak = gInUse;
+}
+
+void ReportError(const ErrorRecord &record, uint32_t messageBoxFlags, const char *title, const char *format,
+                 ...) {
     char text[1024];
     va_list arguments;
     va_start(arguments, format);
@@ -64,7 +70,9 @@ void ReportError(const ErrorRecord &record, uint32_t messageBoxFlags, const char
     gReports.push_back({record, messageBoxFlags, title, text});
 }
 
-bool CreateBufferUsageSection(uint32_t *) { return true; }
+bool CreateBufferUsageSection(uint32_t *) {
+    return true;
+}
 void DeleteBufferUsageSection() {}
 
 void *CountedAlloc(size_t size) {

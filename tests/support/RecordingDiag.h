@@ -1,5 +1,5 @@
-// Stands in for the error reporter and the counted allocator in tests and benchmarks of the portable rooms: reports
-// are kept, memory is counted, and the n-th allocation can be made to fail.
+// Stands in for the error reporter and the counted allocator in tests and benchmarks of the portable rooms:
+// reports are kept, memory is counted, and the n-th allocation can be made to fail.
 #pragma once
 
 #include "diag/ErrorReport.h"
@@ -23,4 +23,6 @@ std::vector<RecordedReport> TakeReports();
 void FailAllocation(int64_t n, bool andAllLater);
 // Counted allocations made since the last FailAllocation.
 int64_t AllocationsMade();
+// Most bytes held at once since the last reset.
 int64_t PeakBufferBytes();
+void ResetPeakBufferBytes();
