@@ -1,0 +1,133 @@
+#include "host/PiPL.h"
+
+#include "host/ByteStream.h"
+
+#include <algorithm>
+
+namespace host {
+
+constexpr uint32_t kVendor = '8BIM';
+constexpr uint32_t kFilterKind = '8BFM';
+constexpr uint32_t kNewestInterface = 0x00040000;
+constexpr uint32_t kMostProperties = 1000;
+
+const PiplProperty *FindProperty(const Pipl &pipl, uint32_t key) {
+    const auto found =
+        std::find_if(pipl.properties.begin(), pipl.properties.end(), [key](const PiplProperty &property) {
+            return property.vendor == kVendor && property.key == key;
+        });
+    return found == pipl.properties.end() ? nullptr : &*found;
+}
+
+static bool Fail(std::string *why, const std::string &reason) {
+    *why = reason;
+    return false;
+}
+
+static bool ReadProperties(ByteReader &reader, Pipl *pipl, std::string *why) {
+    if (reader.Take<uint16_t>() != 1)
+        return Fail(why, "the property list does not start with its lead word");
+    if (reader.Take<int32_t>() != 0)
+        return Fail(why, "the property list has an unknown version");
+    const uint32_t count = reader.Take<uint32_t>();
+    if (reader.failed || count > kMostProperties)
+        return Fail(why, "the property list has no sensible count");
+    for (uint32_t i = 0; i < count; i++) {
+        PiplProperty property;
+        property.vendor = reader.Take<uint32_t>();
+        property.key = reader.Take<uint32_t>();
+        property.id = reader.Take<int32_t>();
+        const uint32_t length = reader.Take<uint32_t>();
+        if (length % 4 != 0)
+            return Fail(why, "a property's length is not a multiple of 4");
+        property.data = reader.TakeBytes(length);
+        if (reader.failed)
+            return Fail(why, "the property list ends early");
+        pipl->properties.push_back(std::move(property));
+    }
+    return true;
+}
+
+// Zero-ended text; empty when the end is missing.
+static std::string TakeText(const Bytes &data, size_t at) {
+    const auto first = data.begin() + static_cast<ptrdiff_t>(std::min(at, data.size()));
+    const auto end = std::find(first, data.end(), uint8_t{0});
+    return end == data.end() ? std::string() : std::string(first, end);
+}
+
+// Length byte and characters, with at least one zero behind them.
+static std::string TakePascalText(const PiplProperty *property) {
+    if (!property)
+        return {};
+    ByteReader reader = {property->data.data(), property->data.size()};
+    const std::string text = reader.TakePascal();
+    return reader.Left() > 0 && reader.Take<uint8_t>() == 0 ? text : std::string();
+}
+
+static uint32_t TakeWord(const Pipl &pipl, uint32_t key) {
+    const PiplProperty *property = FindProperty(pipl, key);
+    return property && property->data.size() >= 4 ? NumberAt<uint32_t>(property->data.data()) : 0;
+}
+
+static void TakeTerminology(const PiplProperty *property, Pipl *pipl) {
+    if (!property)
+        return;
+    ByteReader reader = {property->data.data(), property->data.size()};
+    if (reader.Take<int32_t>() != 0)
+        return;
+    pipl->terminologyClass = reader.Take<uint32_t>();
+    pipl->terminologyEvent = reader.Take<uint32_t>();
+    pipl->terminologyId = reader.Take<int16_t>();
+    pipl->terminologyScope = TakeText(property->data, reader.at);
+    pipl->hasTerminology = !reader.failed;
+}
+
+static void TakeSizeAndCases(Pipl *pipl) {
+    const PiplProperty *maxSize = FindProperty(*pipl, 'ms32');
+    if (maxSize && maxSize->data.size() == 8) {
+        pipl->maxRows = NumberAt<int32_t>(maxSize->data.data());
+        pipl->maxColumns = NumberAt<int32_t>(maxSize->data.data() + 4);
+    }
+    const PiplProperty *cases = FindProperty(*pipl, 'fici');
+    if (!cases || cases->data.size() < sizeof(pipl->filterCases))
+        return;
+    std::memcpy(pipl->filterCases, cases->data.data(), sizeof(pipl->filterCases));
+    pipl->hasFilterCases = true;
+}
+
+static bool CheckList(const Pipl &pipl, std::string *why) {
+    if (pipl.kind != kFilterKind)
+        return Fail(why, "it is not a filter plug-in");
+    if (pipl.entryName64.empty())
+        return Fail(why, "it has no 64-bit entry point");
+    if (pipl.name.empty() || pipl.category.empty())
+        return Fail(why, "its property list lacks a name or a category");
+    if (pipl.version > kNewestInterface)
+        return Fail(why, "it asks for a newer filter interface than 4.0");
+    return true;
+}
+
+bool ParsePipl(const uint8_t *bytes, size_t length, Pipl *pipl, std::string *why) {
+    ByteReader reader = {bytes, length};
+    Pipl parsed;
+    if (!ReadProperties(reader, &parsed, why))
+        return false;
+    parsed.kind = TakeWord(parsed, 'kind');
+    parsed.version = TakeWord(parsed, 'vers');
+    parsed.modes = TakeWord(parsed, 'mode');
+    parsed.layerSupport = TakeWord(parsed, 'flly');
+    parsed.name = TakePascalText(FindProperty(parsed, 'name'));
+    parsed.category = TakePascalText(FindProperty(parsed, 'catg'));
+    if (const PiplProperty *entry = FindProperty(parsed, '8664'))
+        parsed.entryName64 = TakeText(entry->data, 0);
+    if (const PiplProperty *enable = FindProperty(parsed, 'enbl'))
+        parsed.enableExpression = TakeText(enable->data, 0);
+    TakeTerminology(FindProperty(parsed, 'hstm'), &parsed);
+    TakeSizeAndCases(&parsed);
+    if (!CheckList(parsed, why))
+        return false;
+    *pipl = std::move(parsed);
+    return true;
+}
+
+} // namespace host

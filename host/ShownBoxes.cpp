@@ -1,0 +1,85 @@
+#include "host/ShownBoxes.h"
+
+#include "host/SystemText.h"
+
+namespace host {
+
+// The module whose boxes are caught. The hooks carry no context, so there is one.
+static ImportHooks gBoxHooks;
+static BoxHandler gBoxHandler;
+
+static intptr_t HandleBox(const ShownBox &box) {
+    return gBoxHandler ? gBoxHandler(box) : IDOK;
+}
+
+static int WINAPI CatchMessageBoxW(HWND, LPCWSTR text, LPCWSTR title, UINT style) {
+    ShownBox box;
+    box.title = title ? ToUtf8(title) : "Error";
+    box.text = text ? ToUtf8(text) : "";
+    box.style = style;
+    return static_cast<int>(HandleBox(box));
+}
+
+static int WINAPI CatchMessageBoxA(HWND owner, LPCSTR text, LPCSTR title, UINT style) {
+    return CatchMessageBoxW(owner, text ? FromLocal(text).c_str() : nullptr,
+                            title ? FromLocal(title).c_str() : nullptr, style);
+}
+
+static std::string WindowText(HWND window) {
+    wchar_t text[1024];
+    const int length = GetWindowTextW(window, text, 1024);
+    return ToUtf8(std::wstring(text, static_cast<size_t>(length)));
+}
+
+static BOOL CALLBACK AddStaticText(HWND control, LPARAM parameter) {
+    wchar_t name[32] = {};
+    GetClassNameW(control, name, 32);
+    const std::string text = WindowText(control);
+    if (lstrcmpiW(name, L"Static") == 0 && !text.empty()) {
+        std::string &all = *reinterpret_cast<std::string *>(parameter);
+        all += (all.empty() ? "" : "\n") + text;
+    }
+    return TRUE;
+}
+
+// Builds the dialog without showing it, to learn what it would have said.
+static intptr_t CatchDialog(HINSTANCE instance, LPCWSTR name, DLGPROC procedure, LPARAM parameter) {
+    ShownBox box;
+    box.isDialog = true;
+    box.dialogName =
+        IS_INTRESOURCE(name) ? std::string("#").append(std::to_string(LOWORD(name))) : ToUtf8(name);
+    if (const HWND dialog = CreateDialogParamW(instance, name, nullptr, procedure, parameter)) {
+        box.title = WindowText(dialog);
+        EnumChildWindows(dialog, AddStaticText, reinterpret_cast<LPARAM>(&box.text));
+        DestroyWindow(dialog);
+    }
+    return HandleBox(box);
+}
+
+static INT_PTR WINAPI CatchDialogBoxW(HINSTANCE instance, LPCWSTR name, HWND, DLGPROC procedure,
+                                      LPARAM parameter) {
+    return CatchDialog(instance, name, procedure, parameter);
+}
+
+static INT_PTR WINAPI CatchDialogBoxA(HINSTANCE instance, LPCSTR name, HWND, DLGPROC procedure,
+                                      LPARAM parameter) {
+    if (IS_INTRESOURCE(name))
+        return CatchDialog(instance, MAKEINTRESOURCEW(LOWORD(name)), procedure, parameter);
+    return CatchDialog(instance, FromLocal(name).c_str(), procedure, parameter);
+}
+
+void CatchBoxes(HMODULE module, BoxHandler handler) {
+    ReleaseBoxes();
+    gBoxHandler = std::move(handler);
+    ReplaceImport(module, nullptr, "MessageBoxA", CatchMessageBoxA, &gBoxHooks);
+    ReplaceImport(module, nullptr, "MessageBoxW", CatchMessageBoxW, &gBoxHooks);
+    ReplaceImport(module, nullptr, "DialogBoxParamA", CatchDialogBoxA, &gBoxHooks);
+    ReplaceImport(module, nullptr, "DialogBoxParamW", CatchDialogBoxW, &gBoxHooks);
+}
+
+void ReleaseBoxes() {
+    RestoreImports(&gBoxHooks);
+    gBoxHandler = nullptr;
+}
+
+} // namespace host
