@@ -1,5 +1,5 @@
-// The effect's settings: the 40-byte record kept in the host's parameters handle, and the 255-byte block in which it
-// is stored by the host and in files.
+// The effect's settings: the 40-byte record kept in the host's parameters handle, and the 255-byte block in
+// which it is stored by the host and in files.
 #pragma once
 
 #include "render/RenderSettings.h"
@@ -28,8 +28,8 @@ struct ParameterSet {
 static_assert(sizeof(ParameterSet) == 40 && offsetof(ParameterSet, outputSpikesOnly) == 28 &&
               offsetof(ParameterSet, effectType) == 32 && offsetof(ParameterSet, threshold) == 36);
 
-constexpr ParameterSet kDefaultParameters = {{0, 0, 0, 5}, 50, 50, 150, 6, 50, 30, 50, 50, 15, 30, 0, {0, 0, 0},
-                                             kStandardStar, 50, {0, 0}};
+constexpr ParameterSet kDefaultParameters = {
+    {0, 0, 0, 5}, 50, 50, 150, 6, 50, 30, 50, 50, 15, 30, 0, {0, 0, 0}, kStandardStar, 50, {0, 0}};
 
 // The clamped copy that a render works with; `scale` is the zoom in percent.
 RenderSettings MakeRenderSettings(const ParameterSet &parameters, double scale);
