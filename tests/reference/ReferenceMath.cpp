@@ -57,9 +57,10 @@ int32_t ReduceAngle(int64_t angle) {
     return static_cast<int32_t>(angle % 3600);
 }
 
+// Only the sum of the squares is rounded to single precision.
 int32_t Diagonal(int32_t width, int32_t height) {
     const int64_t squares = static_cast<int64_t>(width) * width + static_cast<int64_t>(height) * height;
-    return static_cast<int32_t>(std::sqrt(static_cast<float>(squares)) + 1.0);
+    return static_cast<int32_t>(std::sqrt(static_cast<double>(static_cast<float>(squares))) + 1.0);
 }
 
 int64_t Distance(int64_t dx, int64_t dy) {

@@ -185,7 +185,8 @@ Stamp BuildFlare(const RenderContext &context, int32_t px, int32_t py) {
     const auto valueAt = [&](int64_t x, int64_t y) { return FlareValue(context, Distance(x - px, y - py)); };
     Append(0, 0, untinted, valueAt(0, 0), &stamp);
     int64_t r = 4;
-    for (bool ended = false; !ended && r <= int64_t{4} * context.width;) {
+    for (bool ended = false; !ended && r <= int64_t{4} * context.width; r += 4) {
+        ended = valueAt(0, r) < context.floor;
         for (int64_t j = 0; j <= r; j += 4) {
             std::vector<std::pair<int64_t, int64_t>> points{{j, r},  {-j, r},  {r, j},  {r, -j},
                                                             {j, -r}, {-j, -r}, {-r, j}, {-r, -j}};
@@ -195,13 +196,10 @@ Stamp BuildFlare(const RenderContext &context, int32_t px, int32_t py) {
                 if (valueAt(x, y) >= context.floor)
                     Append(x, y, untinted, valueAt(x, y), &stamp);
         }
-        ended = valueAt(0, r) < context.floor;
-        if (!ended)
-            r += 4;
     }
     const auto reach = static_cast<int32_t>(r / 4);
     stamp.minX = stamp.minY = -reach;
-    stamp.maxX = stamp.maxY = reach + 1;
+    stamp.maxX = stamp.maxY = reach;
     return stamp;
 }
 

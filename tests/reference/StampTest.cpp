@@ -1,0 +1,147 @@
+// Layouts, star stamps and flare stamps against the yardstick, entry by entry.
+#include "render/AngleTables.h"
+#include "render/EffectTypes.h"
+#include "render/SoftFlare.h"
+#include "render/StarBuilder.h"
+#include "tests/reference/Cases.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+using cases::Random;
+using reference::RenderContext;
+
+class ProductStamp {
+public:
+    ~ProductStamp() { FreeStamp(&stamp); }
+    StarStamp stamp{};
+};
+
+std::string Describe(const StampEntry &e) {
+    char text[120];
+    std::snprintf(text, sizeof text, "(%d, %d) value %u factors %u %u %u", e.dx, e.dy, e.value, e.factor[0],
+                  e.factor[1], e.factor[2]);
+    return text;
+}
+
+void ExpectSameEntries(const std::vector<StampEntry> &product, const std::vector<StampEntry> &expected) {
+    for (size_t i = 0; i < std::min(product.size(), expected.size()); ++i)
+        ASSERT_EQ(std::memcmp(&product[i], &expected[i], sizeof(StampEntry)), 0)
+            << "entry " << i << ": " << Describe(product[i]) << ", expected " << Describe(expected[i]);
+    ASSERT_EQ(product.size(), expected.size());
+}
+
+void ExpectSameBox(const StarStamp &product, const reference::Stamp &expected) {
+    EXPECT_EQ(product.minX, expected.minX);
+    EXPECT_EQ(product.minY, expected.minY);
+    EXPECT_EQ(product.maxX, expected.maxX);
+    EXPECT_EQ(product.maxY, expected.maxY);
+}
+
+std::vector<StampEntry> EntriesOf(const StarStamp &stamp) {
+    return {stamp.entries, stamp.entries + stamp.count};
+}
+
+// Pixels occur once in a flare, so its order does not show.
+std::vector<StampEntry> Sorted(std::vector<StampEntry> entries) {
+    std::sort(entries.begin(), entries.end(),
+              [](const auto &a, const auto &b) { return std::pair(a.dy, a.dx) < std::pair(b.dy, b.dx); });
+    return entries;
+}
+
+void CompareStar(const RenderContext &context, int32_t px, int32_t py) {
+    SCOPED_TRACE(cases::Describe(context) + " phase " + std::to_string(px) + ", " + std::to_string(py));
+    cases::MakeCurrent(context);
+    ProductStamp product;
+    ASSERT_TRUE(DrawStar(MakeStampContext(context.settings), &product.stamp, px, py));
+    const reference::Stamp expected = reference::BuildStar(context, px, py);
+    ASSERT_NO_FATAL_FAILURE(ExpectSameEntries(EntriesOf(product.stamp), expected.entries));
+    ExpectSameBox(product.stamp, expected);
+}
+
+void CompareFlare(const RenderContext &context, int32_t px, int32_t py) {
+    SCOPED_TRACE(cases::Describe(context) + " phase " + std::to_string(px) + ", " + std::to_string(py));
+    cases::MakeCurrent(context);
+    ProductStamp product;
+    ASSERT_TRUE(DrawFlare(MakeStampContext(context.settings), &product.stamp, px, py));
+    const reference::Stamp expected = reference::BuildFlare(context, px, py);
+    ASSERT_NO_FATAL_FAILURE(ExpectSameEntries(Sorted(EntriesOf(product.stamp)), Sorted(expected.entries)));
+    ExpectSameBox(product.stamp, expected);
+}
+
+TEST(Layouts, EveryEffectTypeAndNumberOfPoints) {
+    for (uint32_t type = kStandardStar; type <= kStarBurst; ++type)
+        for (int16_t points = 1; points <= 32; ++points)
+            for (int i = 0; i < 10; ++i) {
+                Random random(20 + type, points * 100 + i);
+                RenderSettings s = cases::PickSettings(&random);
+                s.effectType = type;
+                s.numberOfPoints = points;
+                s.length = std::max<int16_t>(s.length, 1);
+                const ArmList product =
+                    LayoutStar({type, s.angle, points, s.length, reference::PowerFraction(s.intensity, 2.8)});
+                const std::vector<reference::Arm> expected = reference::PrimaryArms(s);
+                ASSERT_EQ(static_cast<size_t>(product.count), expected.size());
+                for (int32_t k = 0; k < product.count; ++k) {
+                    ASSERT_EQ(product.arms[k].angle, expected[k].angle) << "type " << type << " arm " << k;
+                    ASSERT_EQ(product.arms[k].length, expected[k].length) << "type " << type << " arm " << k;
+                    ASSERT_EQ(product.arms[k].brightness, expected[k].brightness)
+                        << "type " << type << " arm " << k;
+                }
+            }
+}
+
+TEST(Stars, RandomStampsOfEveryEffectType) {
+    BuildAngleTables();
+    for (int i = 0; i < cases::Count(420); ++i) {
+        Random random(30, i);
+        RenderContext context = cases::PickContext(&random, random.OneOf({5, 40, 40, 120, 300}));
+        context.settings.effectType = kStandardStar + i % 7;
+        ASSERT_NO_FATAL_FAILURE(CompareStar(context, static_cast<int32_t>(random.Pick(0, 3)),
+                                            static_cast<int32_t>(random.Pick(0, 3))))
+            << "case " << i;
+    }
+}
+
+TEST(Stars, DefaultsInAllPhases) {
+    BuildAngleTables();
+    RenderContext context{{100.0, 50, 50, 50, 150, 6, 50, 30, 50, 50, 15, 30, false, kStandardStar},
+                          160,
+                          90,
+                          reference::Precision::kPrecise,
+                          16383};
+    for (int32_t phase = 0; phase < 16; ++phase)
+        ASSERT_NO_FATAL_FAILURE(CompareStar(context, phase / 4, phase % 4));
+}
+
+// Axis-parallel and diagonal arms: the negative ones start a pixel out.
+TEST(Stars, SingleArmsInEveryEighth) {
+    BuildAngleTables();
+    for (int16_t angle = -900; angle <= 900; angle = static_cast<int16_t>(angle + 75)) {
+        Random random(31, angle + 900);
+        RenderContext context = cases::PickContext(&random, 60);
+        context.settings.angle = angle;
+        context.settings.effectType = kReligiousCross;
+        context.settings.numberOfPoints = 4;
+        context.settings.intensity = 80;
+        context.settings.length = 60;
+        context.settings.secondaryIntensity = 0;
+        ASSERT_NO_FATAL_FAILURE(CompareStar(context, 3, 1));
+    }
+}
+
+TEST(Flares, RandomStamps) {
+    for (int i = 0; i < cases::Count(150); ++i) {
+        Random random(40, i);
+        const RenderContext context = cases::PickContext(&random, random.OneOf({3, 30, 60, 120}));
+        ASSERT_NO_FATAL_FAILURE(CompareFlare(context, static_cast<int32_t>(random.Pick(0, 3)),
+                                             static_cast<int32_t>(random.Pick(0, 3))))
+            << "case " << i;
+    }
+}
+
+} // namespace
