@@ -8,13 +8,23 @@
 
 namespace {
 
-constexpr uint32_t kSiteFolder = 38, kSiteTemporaryName = 52, kSiteOpen = 66, kSiteWrite = 79,
-                   kSiteFlush = 83, kSiteClose = 88, kSiteReplace = 101;
+constexpr uint32_t kSiteReadOnly = 31, kSiteFolder = 38, kSiteTemporaryName = 52, kSiteOpen = 66,
+                   kSiteWrite = 79, kSiteFlush = 83, kSiteClose = 88, kSiteReplace = 101;
 
 bool ReportFailure(uint32_t site, const char *call, const char *path) {
     const ErrorRecord record = {site, kSystemError, static_cast<uint32_t>(GetLastError())};
     ReportError(record, kStopIcon, kTitleUnexpected, "%s() failed with FilePath = '%s'", call, path);
     return false;
+}
+
+// Asked for first, because not every system that runs this refuses to replace a file that is marked
+// read-only.
+bool MayBeReplaced(const char *path) {
+    const DWORD attributes = GetFileAttributesA(path);
+    if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_READONLY))
+        return true;
+    SetLastError(ERROR_ACCESS_DENIED);
+    return ReportFailure(kSiteReadOnly, "GetFileAttributes", path);
 }
 
 // The folder of `path` with its last separator; the current folder for a bare name.
@@ -71,7 +81,7 @@ bool WriteTemporaryFile(const char *temporaryPath, const char *path, const void 
 
 bool WriteFileAtomically(const char *path, const void *data, size_t size) {
     char temporaryPath[MAX_PATH];
-    if (!CreateTemporaryFile(path, temporaryPath))
+    if (!MayBeReplaced(path) || !CreateTemporaryFile(path, temporaryPath))
         return false;
     bool done = WriteTemporaryFile(temporaryPath, path, data, size);
     if (done && !MoveFileExA(temporaryPath, path, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))

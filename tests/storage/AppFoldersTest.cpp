@@ -1,0 +1,134 @@
+#include "storage/AppFolders.h"
+
+#include "diag/Log.h"
+#include "tests/storage/SystemCalls.h"
+#include "tests/storage/TemporaryFolder.h"
+#include "tests/support/RecordingDiag.h"
+
+#include <cstring>
+#include <gtest/gtest.h>
+#include <shlobj.h>
+
+namespace {
+
+class AppFolders : public testing::Test {
+protected:
+    AppFolders() {
+        TakeReports();
+        TakeShellFolderCalls();
+        for (char *path :
+             {gSettingsFolder, gParametersFolder, gLogFolder, gCommonDataFolder, gProductCommonFolder})
+            memset(path, 0, kMaxPath);
+        gShellFolders = {folder / "Local", folder / "Common", E_FAIL, -1};
+        MakeFolder(gShellFolders.localData);
+        MakeFolder(gShellFolders.commonData);
+    }
+    ~AppFolders() override { gShellFolders = {"", "", E_FAIL, -1}; }
+
+    TemporaryFolder folder;
+};
+
+// The messages of the reports made, each of them checked to be one for the log only.
+std::vector<std::string> Messages() {
+    std::vector<std::string> messages;
+    for (const RecordedReport &report : TakeReports()) {
+        EXPECT_EQ(report.record.kind, kDebugMessage);
+        EXPECT_EQ(report.messageBoxFlags, kStopIcon);
+        EXPECT_EQ(report.title, "Debug:  Unexpected Error");
+        messages.push_back(report.message);
+    }
+    return messages;
+}
+
+using Strings = std::vector<std::string>;
+
+TEST_F(AppFolders, AreSetAndTheUsersOwnAreMade) {
+    for (int run = 0; run < 2; ++run) {
+        EXPECT_TRUE(InitAppFolders("Brillatrix", "Brillatrix Pro"));
+        EXPECT_EQ(gSettingsFolder, folder / "Local\\Nexorvanta\\Brillatrix\\Settings");
+        EXPECT_EQ(gParametersFolder, folder / "Local\\Nexorvanta\\Brillatrix\\Parameters");
+        EXPECT_EQ(gLogFolder, folder / "Local\\Nexorvanta\\Brillatrix\\Logs");
+        EXPECT_EQ(gCommonDataFolder, folder / "Common\\NexorvantaSoftware");
+        EXPECT_EQ(gProductCommonFolder, folder / "Common\\NexorvantaSoftware\\Brillatrix Pro");
+        EXPECT_STREQ(gLogFolderPath, gLogFolder);
+        EXPECT_STREQ(gProductCommonFolderPath, gProductCommonFolder);
+        EXPECT_TRUE(Exists(gSettingsFolder) && Exists(gParametersFolder) && Exists(gLogFolder));
+        EXPECT_FALSE(Exists(gCommonDataFolder));
+        EXPECT_EQ(Messages(), Strings{});
+        EXPECT_EQ(TakeShellFolderCalls(), (std::vector<int>{0x801C, 0x801C, 0x801C, 0x8023}));
+    }
+}
+
+TEST_F(AppFolders, AFolderThatTheShellRefusesStaysEmptyAndTheOthersAreSet) {
+    const std::string refused =
+        "SHGetFolderPath failed with GetFolderResult = '80004005' and  Last Error = '5'";
+    gShellFolders.localData.clear();
+    EXPECT_FALSE(InitAppFolders("Brillatrix", "Brillatrix Pro"));
+    EXPECT_EQ(Messages(), (Strings{refused, "GetUserDataFolder() failed.", refused,
+                                   "GetUserDataFolder() failed.", refused, "GetUserDataFolder() failed."}));
+    EXPECT_STREQ(gSettingsFolder, "");
+    EXPECT_STREQ(gLogFolderPath, "");
+    EXPECT_STRNE(gProductCommonFolder, "");
+
+    gShellFolders = {folder / "Local", "", S_FALSE, -1};
+    EXPECT_FALSE(InitAppFolders("Brillatrix", "Brillatrix Pro"));
+    EXPECT_EQ(Messages(), (Strings{"SHGetFolderPath failed with GetFolderResult = '1' and  Last Error = '5'",
+                                   "GetCommonDataFolder() failed to initialize the common data directory."}));
+    EXPECT_TRUE(Exists(gLogFolder));
+}
+
+TEST_F(AppFolders, EachResultOfCreatingAFolderIsTold) {
+    for (const int result : {0, 80, 183}) {
+        gShellFolders.createResult = result;
+        EXPECT_TRUE(MakeUserDataFolder("X:\\a")) << result;
+        EXPECT_EQ(Messages(), Strings{});
+    }
+    const std::vector<std::pair<int, std::string>> failures = {
+        {3, "SHCreateDirectoryEx failed.  Result = '3' and Last Error = '1F'"},
+        {161, "SHCreateDirectoryEx failed.  Result = 'A1' and Last Error = '1F'"},
+        {206, "SHCreateDirectoryEx failed.  Result = 'CE' and Last Error = '1F'"},
+        {1223, "SHCreateDirectoryEx failed.  Result = '4C7' and Last Error = '1F'"},
+        {5, "SHCreateDirectoryEx failed with unexpected Result = '5' and Last Error = '1F'"}};
+    for (const auto &[result, message] : failures) {
+        gShellFolders.createResult = result;
+        EXPECT_FALSE(MakeUserDataFolder("X:\\a"));
+        EXPECT_EQ(Messages(), Strings{message});
+    }
+    EXPECT_FALSE(InitAppFolders("Brillatrix", "Brillatrix Pro"));
+    EXPECT_EQ(
+        Messages(),
+        (Strings{
+            failures[4].second,
+            "MakeUserDataFolder() failed with Settings Subdirectory = 'Nexorvanta\\Brillatrix\\Settings'",
+            failures[4].second,
+            "MakeUserDataFolder() failed with Parameters Subdirectory = 'Nexorvanta\\Brillatrix\\Parameters'",
+            failures[4].second,
+            "MakeUserDataFolder() failed with DebugLog Subdirectory = 'Nexorvanta\\Brillatrix\\Logs'",
+        }));
+}
+
+TEST_F(AppFolders, PathsThatAreTooLongFailAtTheCopyOrTheJoin) {
+    char path[kMaxPath] = "unchanged";
+    gShellFolders.localData = "C:\\Users";
+    const std::string fits(kMaxPath - 1 - 9, 'r'), tooLong(kMaxPath - 9, 'r'), muchTooLong(2000, 'r');
+    EXPECT_FALSE(GetUserDataFolder(tooLong.c_str(), path, sizeof path));
+    const Strings copyFailed = Messages();
+    ASSERT_EQ(copyFailed.size(), 1u);
+    EXPECT_EQ(copyFailed[0].rfind("_tcscpy_s() failed with UserDirPath = 'rrr", 0), 0u);
+    EXPECT_FALSE(GetUserDataFolder("ab", path, 11));
+    EXPECT_EQ(Messages(), Strings{"_tcscpy_s() failed with UserDirPath = 'ab' and  CpyResult = '34'"});
+    EXPECT_FALSE(GetUserDataFolder(muchTooLong.c_str(), path, sizeof path));
+    EXPECT_EQ(Messages(), Strings{"_stprintf_s() failed with RootDirPath = 'C:\\Users' and  errno = '34'"});
+    EXPECT_STREQ(path, "unchanged");
+    EXPECT_TRUE(GetUserDataFolder(fits.c_str(), path, sizeof path));
+    EXPECT_EQ(path, "C:\\Users\\" + fits);
+    EXPECT_TRUE(GetUserDataFolder("ab", path, 12));
+
+    const std::string longName(300, 'n');
+    EXPECT_FALSE(InitAppFolders(longName.c_str(), std::string(990, 'n').c_str()));
+    EXPECT_EQ(Messages().size(), 7u);
+    EXPECT_STREQ(gSettingsFolder, "");
+    EXPECT_STREQ(gProductCommonFolder, "");
+}
+
+} // namespace

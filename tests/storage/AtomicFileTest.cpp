@@ -1,0 +1,103 @@
+#include "storage/AtomicFile.h"
+
+#include "tests/storage/SystemCalls.h"
+#include "tests/storage/TemporaryFolder.h"
+#include "tests/support/RecordingDiag.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+class AtomicFile : public testing::Test {
+protected:
+    AtomicFile() { TakeReports(); }
+    ~AtomicFile() override { FailNextCall("", 0); }
+
+    bool Write(const std::string &path, const std::string &content) {
+        return WriteFileAtomically(path.c_str(), content.data(), content.size());
+    }
+
+    // One failure was reported, with a system error.
+    void ExpectReport(const std::string &message, uint32_t error) {
+        const std::vector<RecordedReport> reports = TakeReports();
+        ASSERT_EQ(reports.size(), 1u);
+        EXPECT_EQ(reports[0].record.kind, kSystemError);
+        EXPECT_EQ(reports[0].message, message);
+        if (error) {
+            EXPECT_EQ(reports[0].record.systemError, error);
+        } else {
+            EXPECT_NE(reports[0].record.systemError, 0u);
+        }
+    }
+
+    TemporaryFolder folder;
+};
+
+TEST_F(AtomicFile, MakesAndReplacesAFileAndLeavesNothingElse) {
+    const std::string path = folder / "a.sss";
+    EXPECT_TRUE(Write(path, std::string("\0\r\n\x1A", 4)));
+    EXPECT_EQ(ReadWholeFile(path), std::string("\0\r\n\x1A", 4));
+    EXPECT_TRUE(Write(path, "second and longer"));
+    EXPECT_TRUE(Write(path, "third"));
+    EXPECT_EQ(ReadWholeFile(path), "third");
+    EXPECT_TRUE(Write(path, ""));
+    EXPECT_EQ(ReadWholeFile(path), "");
+    EXPECT_EQ(folder.Names(), Strings{"a.sss"});
+    EXPECT_TRUE(TakeReports().empty());
+}
+
+TEST_F(AtomicFile, AFailureAtAnyStepKeepsTheOldFile) {
+    const std::string path = folder / "a.sss";
+    WriteWholeFile(path, "old");
+    for (const std::string call :
+         {"GetTempFileName", "CreateFile", "WriteFile", "FlushFileBuffers", "CloseHandle", "MoveFileEx"}) {
+        FailNextCall(call, ERROR_CRC);
+        EXPECT_FALSE(Write(path, "new")) << call;
+        EXPECT_TRUE(FailureHappened()) << call;
+        ExpectReport(call + "() failed with FilePath = '" + path + "'", ERROR_CRC);
+        EXPECT_EQ(ReadWholeFile(path), "old") << call;
+        EXPECT_EQ(folder.Names(), Strings{"a.sss"}) << call;
+    }
+    FailNextCall("WriteFile:short", 0);
+    EXPECT_FALSE(Write(path, "new"));
+    ExpectReport("WriteFile() failed with FilePath = '" + path + "'", ERROR_DISK_FULL);
+    EXPECT_EQ(ReadWholeFile(path), "old");
+    EXPECT_EQ(folder.Names(), Strings{"a.sss"});
+}
+
+TEST_F(AtomicFile, ATargetThatCannotBeReplacedStays) {
+    const std::string path = folder / "a.sss";
+    WriteWholeFile(path, "old");
+    {
+        const ExclusiveOpening open(path);
+        EXPECT_FALSE(Write(path, "new"));
+    }
+    ExpectReport("MoveFileEx() failed with FilePath = '" + path + "'", 0);
+    EXPECT_EQ(ReadWholeFile(path), "old");
+
+    SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
+    EXPECT_FALSE(Write(path, "new"));
+    ExpectReport("GetFileAttributes() failed with FilePath = '" + path + "'", ERROR_ACCESS_DENIED);
+    EXPECT_EQ(ReadWholeFile(path), "old");
+    EXPECT_EQ(folder.Names(), Strings{"a.sss"});
+
+    MakeFolder(folder / "b.sss");
+    WriteWholeFile(folder / "b.sss\\inside", "kept");
+    EXPECT_FALSE(Write(folder / "b.sss", "new"));
+    EXPECT_EQ(ReadWholeFile(folder / "b.sss\\inside"), "kept");
+    EXPECT_EQ(folder.Names(), (Strings{"a.sss", "b.sss"}));
+}
+
+TEST_F(AtomicFile, AMissingOrTooLongFolderIsReported) {
+    EXPECT_FALSE(Write(folder / "missing\\a.sss", "new"));
+    ExpectReport("GetTempFileName() failed with FilePath = '" + (folder / "missing\\a.sss") + "'", 0);
+    EXPECT_FALSE(Write(folder / std::string(300, 'x') + "\\a.sss", "new"));
+    EXPECT_EQ(TakeReports().size(), 1u);
+    EXPECT_FALSE(Write(folder / std::string(300, 'x'), "new"));
+    EXPECT_EQ(TakeReports().size(), 1u);
+    EXPECT_EQ(folder.Names(), Strings{});
+}
+
+} // namespace

@@ -1,0 +1,287 @@
+#include "storage/ParameterFiles.h"
+
+#include "storage/AppFolders.h"
+#include "tests/storage/SystemCalls.h"
+#include "tests/storage/TemporaryFolder.h"
+#include "tests/support/RecordingDiag.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <gtest/gtest.h>
+
+namespace {
+
+using Strings = std::vector<std::string>;
+
+constexpr ParameterBlock kIdentity = {{0, 0, 0, 0, 0, 0, 5, 0}};
+constexpr char kFailureTitle[] = "Warning - Failed to Read Initial Settings Parameters";
+
+// A stand-in for the frame's accessor: keeps what is committed, converts only when told to.
+struct AccessorState {
+    bool noIdentity, converts, refuses;
+    int commits;
+    ParameterBlock committed;
+} gState;
+
+uintptr_t TestAccessor(int32_t operation, const ParameterBlock *block) {
+    switch (operation) {
+    case kIdentityBlock:
+        return gState.noIdentity ? 0 : reinterpret_cast<uintptr_t>(&kIdentity);
+    case kCommitBlock:
+        if (gState.refuses)
+            return 0;
+        ++gState.commits;
+        gState.committed = *block;
+        return 1;
+    case kConvertBlock: {
+        if (!gState.converts)
+            return 0;
+        auto *converted = static_cast<ParameterBlock *>(malloc(sizeof(ParameterBlock)));
+        *converted = *block;
+        converted->bytes[6] = 5;
+        return reinterpret_cast<uintptr_t>(converted);
+    }
+    default:
+        return 0;
+    }
+}
+
+// A file opens although another program has locked its bytes; only reading them fails.
+bool gReadLocked = false;
+
+class InitialSettings : public testing::Test {
+protected:
+    InitialSettings() : path(folder / "LastSavedParameters.sss") {
+        TakeReports();
+        gState = {};
+        gParameterBlockAccessor = TestAccessor;
+    }
+    ~InitialSettings() override {
+        gParameterBlockAccessor = nullptr;
+        FailNextCall("", 0);
+    }
+
+    bool Read() { return ReadInitialSettings(path.c_str()); }
+    bool FileStays() const { return Exists(path); }
+
+    TemporaryFolder folder;
+    std::string path;
+};
+
+// `size` bytes that begin with the current version and go on with recognisable values.
+std::string Content(size_t size) {
+    std::string content(reinterpret_cast<const char *>(kIdentity.bytes), 8);
+    for (size_t i = 8; i < size; ++i)
+        content += static_cast<char>(i % 251);
+    content.resize(size);
+    return content;
+}
+
+// kind, icon, title and text of each report, in one line each.
+Strings Reports() {
+    Strings lines;
+    for (const RecordedReport &report : TakeReports())
+        lines.push_back(std::to_string(report.record.kind) + " " + std::to_string(report.messageBoxFlags) +
+                        " " + report.title + ": " + report.message);
+    return lines;
+}
+
+std::string DebugLine(const std::string &message) {
+    return "0 16 Debug:  Unexpected Error: " + message;
+}
+
+std::string Warning(const std::string &message) {
+    return std::string("1 48 ") + kFailureTitle + ": " + message;
+}
+
+Strings ObsoleteReports(unsigned major, unsigned minor, unsigned revision, unsigned build) {
+    char mismatch[200], obsolete[400];
+    snprintf(mismatch, sizeof mismatch,
+             "User Setting File version mismatch. File Version = '%u','%u','%u','%u'", major, minor, revision,
+             build);
+    snprintf(
+        obsolete, sizeof obsolete,
+        "Your Initial Settings Parameter Set file was saved in an obsolete format and is being deleted.  "
+        "Parameters will be set to defaults.\r\n\r\nFile Version: Major Version = '%u', Minor Version = "
+        "'%u', "
+        "Revision = '%u', Build = '%u'",
+        major, minor, revision, build);
+    return {DebugLine(mismatch), Warning(obsolete)};
+}
+
+TEST_F(InitialSettings, AWholeFileIsCommittedWhateverFollowsTheRecord) {
+    for (const size_t size :
+         {size_t{40}, size_t{41}, size_t{254}, size_t{255}, size_t{256}, size_t{10} << 20}) {
+        WriteWholeFile(path, Content(size));
+        EXPECT_TRUE(Read()) << size;
+        ParameterBlock expected = {};
+        memcpy(expected.bytes, Content(255).data(), std::min<size_t>(size, 255));
+        EXPECT_EQ(memcmp(&gState.committed, &expected, sizeof expected), 0) << size;
+        EXPECT_TRUE(FileStays());
+        gState.committed = {};
+    }
+    EXPECT_EQ(gState.commits, 6);
+    EXPECT_EQ(Reports(), Strings{});
+}
+
+// Half a record of the current version is not a parameter set; what has no whole version is taken as version
+// 0.
+TEST_F(InitialSettings, AShortFileIsNeverCommittedAndGoes) {
+    const std::string invalid =
+        Warning("Your Parameter Set file '" + path + "' is invalid and is being deleted.\r\n");
+    for (const size_t size : {0, 1, 6, 7, 8, 39}) {
+        WriteWholeFile(path, Content(size));
+        EXPECT_FALSE(Read()) << size;
+        EXPECT_FALSE(FileStays()) << size;
+        const Strings reports = Reports();
+        if (size == 0) {
+            EXPECT_EQ(reports, (Strings{DebugLine("fread() failed with errno = '0'"), invalid}));
+        } else if (size <= 6) {
+            EXPECT_EQ(reports, ObsoleteReports(0, 0, 0, 0)) << size;
+        } else {
+            EXPECT_EQ(reports, Strings{invalid}) << size;
+        }
+    }
+    EXPECT_EQ(gState.commits, 0);
+}
+
+TEST_F(InitialSettings, EachWrongVersionWordMakesAFileObsolete) {
+    const uint16_t versions[][4] = {
+        {1, 0, 0, 5}, {0, 1, 0, 5}, {0, 0, 1, 5},     {0, 0, 0, 4},
+        {0, 0, 0, 6}, {5, 0, 0, 0}, {0, 0, 0, 0x105}, {65535, 65535, 65535, 65535}};
+    for (const auto &version : versions) {
+        std::string content = Content(255);
+        memcpy(content.data(), version, sizeof version);
+        WriteWholeFile(path, content);
+        EXPECT_FALSE(Read());
+        EXPECT_FALSE(FileStays());
+        EXPECT_EQ(Reports(), ObsoleteReports(version[0], version[1], version[2], version[3]));
+    }
+    EXPECT_EQ(gState.commits, 0);
+}
+
+TEST_F(InitialSettings, AMissingFileIsSilent) {
+    EXPECT_FALSE(Read());
+    path = folder / "no\\such\\folder.sss";
+    EXPECT_FALSE(Read());
+    EXPECT_EQ(Reports(), Strings{});
+}
+
+// Nothing is known of what these hold, so nothing is deleted and the user is not told that they are invalid.
+TEST_F(InitialSettings, WhatCannotBeReadIsReportedAndStays) {
+    const std::string cannotOpen =
+        DebugLine("_tfopen() failed with errno = '13' and FilePath = '" + path + "'");
+    MakeFolder(path);
+    EXPECT_FALSE(Read());
+    EXPECT_EQ(Reports(), Strings{cannotOpen});
+    EXPECT_TRUE(FileStays());
+    RemoveDirectoryA(path.c_str());
+
+    WriteWholeFile(path, Content(255));
+    {
+        const ExclusiveOpening open(path);
+        EXPECT_FALSE(Read());
+    }
+    EXPECT_EQ(Reports(), Strings{cannotOpen});
+    EXPECT_EQ(ReadWholeFile(path), Content(255));
+
+    gReadLocked = true;
+    EXPECT_FALSE(Read());
+    gReadLocked = false;
+    EXPECT_EQ(Reports(), Strings{DebugLine("fread() failed with errno = '13'")});
+    EXPECT_EQ(ReadWholeFile(path), Content(255));
+    EXPECT_EQ(gState.commits, 0);
+}
+
+TEST_F(InitialSettings, AReadOnlyFileIsReadAndAnObsoleteOneThatCannotBeDeletedIsReported) {
+    WriteWholeFile(path, Content(255));
+    SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
+    EXPECT_TRUE(Read());
+    EXPECT_EQ(Reports(), Strings{});
+    SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    WriteWholeFile(path, std::string(255, '\0'));
+    SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
+    EXPECT_FALSE(Read());
+    Strings expected = ObsoleteReports(0, 0, 0, 0);
+    expected.push_back(
+        DebugLine("_tremove() failed with error = '13'. File to be deleted was '" + path + "'"));
+    EXPECT_EQ(Reports(), expected);
+    EXPECT_TRUE(FileStays());
+}
+
+// A good file must not be lost because the frame is not ready for it.
+TEST_F(InitialSettings, WithoutAnAccessorNothingIsTouched) {
+    WriteWholeFile(path, Content(255));
+    gParameterBlockAccessor = nullptr;
+    EXPECT_FALSE(Read());
+    gParameterBlockAccessor = TestAccessor;
+    gState.noIdentity = true;
+    EXPECT_FALSE(Read());
+    gState = {};
+    gState.refuses = true;
+    EXPECT_FALSE(Read());
+    EXPECT_EQ(Reports().size(), 3u);
+    EXPECT_EQ(ReadWholeFile(path), Content(255));
+}
+
+TEST_F(InitialSettings, AConvertedFileIsToldSavedAndCommitted) {
+    const std::string told = "1 64 Parameter Set Conversion: Your Initial Settings Parameter Set file '" +
+                             path +
+                             "' was saved in an older format and has been converted.\r\n\r\nThe converted "
+                             "Parameter Set is being saved, "
+                             "replacing the original file.";
+    gState.converts = true;
+    std::string old = Content(255);
+    old[6] = 4;
+    for (const bool saves : {true, false}) {
+        WriteWholeFile(path, old);
+        if (!saves)
+            FailNextCall("MoveFileEx", ERROR_CRC);
+        EXPECT_TRUE(Read());
+        EXPECT_EQ(memcmp(gState.committed.bytes, Content(255).data(), 255), 0);
+        EXPECT_EQ(ReadWholeFile(path), saves ? Content(255) : old);
+        const Strings reports = Reports();
+        ASSERT_EQ(reports.size(), saves ? 2u : 4u);
+        EXPECT_EQ(reports[1], told);
+        if (!saves) {
+            EXPECT_EQ(reports[3],
+                      "1 48 Warning - Parameter Set Conversion Failed: The converted Parameter Set file '" +
+                          path + "' could not be saved.");
+        }
+    }
+    EXPECT_EQ(gState.commits, 2);
+}
+
+TEST_F(InitialSettings, AreSavedWhereTheyAreRead) {
+    char formatted[kMaxPath] = "unchanged";
+    gSettingsFolder[0] = '\0';
+    EXPECT_FALSE(FormatInitialSettingsPath(formatted, sizeof formatted));
+    EXPECT_EQ(Reports().size(), 1u);
+    strcpy(gSettingsFolder, folder.Path().c_str());
+    EXPECT_FALSE(FormatInitialSettingsPath(formatted, path.size()));
+    EXPECT_STREQ(formatted, "unchanged");
+    EXPECT_TRUE(FormatInitialSettingsPath(formatted, path.size() + 1));
+    EXPECT_EQ(formatted, path);
+    EXPECT_EQ(Reports().size(), 1u);
+
+    ParameterBlock block;
+    memcpy(block.bytes, Content(255).data(), sizeof block.bytes);
+    EXPECT_TRUE(SaveParametersFile(block, formatted));
+    EXPECT_EQ(ReadWholeFile(path), Content(255));
+    EXPECT_TRUE(Read());
+    EXPECT_EQ(memcmp(&gState.committed, &block, sizeof block), 0);
+    gSettingsFolder[0] = '\0';
+}
+
+} // namespace
+
+extern "C" size_t __real_fread(void *data, size_t size, size_t count, FILE *file);
+extern "C" size_t __wrap_fread(void *data, size_t size, size_t count, FILE *file) {
+    if (!gReadLocked)
+        return __real_fread(data, size, count, file);
+    file->_flag |= _IOERR;
+    errno = EACCES;
+    return 0;
+}
