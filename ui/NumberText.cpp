@@ -9,9 +9,9 @@ constexpr int kExponentLimit = 1000;
 
 struct DecimalNumber {
     bool negative;
-    char digits[kMaxDigits]; // as typed, without the point
+    char digits[kMaxDigits]; // as typed, without the point and zeros before the number
     size_t digitCount;
-    int integerDigits; // of the digits typed, those before the point
+    int integerDigits; // of these, those before the point; leading zeros left out
     int exponent;
 };
 
@@ -50,8 +50,11 @@ bool ReadDecimalNumber(const char *text, DecimalNumber *number) {
     while (*text == ' ' || *text == '\t')
         ++text;
     number->negative = SkipSign(&text);
+    int digits = 0;
+    for (; *text == '0'; ++text)
+        ++digits;
     number->integerDigits = ReadDigits(&text, number);
-    int digits = number->integerDigits;
+    digits += number->integerDigits;
     if (*text == '.' || *text == ',') {
         ++text;
         digits += ReadDigits(&text, number);

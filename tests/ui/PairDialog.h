@@ -1,0 +1,37 @@
+// A dialog with nothing but the eleven pairs, driven by the tests with the messages that a user's input
+// makes.
+#pragma once
+
+#include "plugin/ParameterSet.h"
+#include "ui/ParameterControls.h"
+
+#include <string>
+#include <windows.h>
+
+struct PairDialog {
+    HWND window = nullptr;
+    HWND tooltips = nullptr;
+    HWND otherControl = nullptr; // takes the focus off the pairs
+    ParameterSet parameters = {};
+    int changesSent = 0; // private messages that announce a changed parameter
+};
+
+// `editClass` is "RichEdit20A" or "RICHEDIT50W". Rows listed in `without` (bit per index) get no controls.
+bool OpenPairDialog(PairDialog *dialog, const char *editClass, const ParameterSet &parameters,
+                    unsigned without = 0);
+void ClosePairDialog(PairDialog *dialog);
+
+// Handles every message that waits.
+void PumpMessages();
+
+std::string EditText(int row);
+int TrackbarPositionOf(int row);
+// A key with its characters, as the keyboard sends them to the focused window.
+void PressKey(HWND window, WPARAM key, int repeatCount = 1);
+void TypeText(HWND window, const char *text);
+void HoldCtrl(bool down);
+// Message with a point in client coordinates.
+void SendMouse(HWND window, UINT message, WPARAM buttons, POINT point);
+POINT ThumbCenter(int row);
+// Client x of the trackbar at which its thumb would stand for a value.
+POINT PointForValue(int row, int value);

@@ -1,0 +1,167 @@
+// What the pairs look like: the colours of each state, and pictures to look at, left beside the test program.
+#include "tests/ui/PairDialog.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+// Top-down, 32 bits a pixel.
+struct Picture {
+    int width = 0, height = 0;
+    std::vector<uint32_t> pixels;
+};
+
+Picture CaptureWindow(HWND window) {
+    RECT rect;
+    GetWindowRect(window, &rect);
+    Picture picture;
+    picture.width = rect.right - rect.left;
+    picture.height = rect.bottom - rect.top;
+    picture.pixels.resize(static_cast<size_t>(picture.width) * picture.height);
+    BITMAPINFO info = {};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), picture.width, -picture.height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void *bits = nullptr;
+    const HDC source = GetWindowDC(window), memory = CreateCompatibleDC(source);
+    const HBITMAP bitmap = CreateDIBSection(memory, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HGDIOBJ old = SelectObject(memory, bitmap);
+    BitBlt(memory, 0, 0, picture.width, picture.height, source, 0, 0, SRCCOPY);
+    GdiFlush();
+    memcpy(picture.pixels.data(), bits, picture.pixels.size() * sizeof(uint32_t));
+    SelectObject(memory, old);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+    ReleaseDC(window, source);
+    return picture;
+}
+
+void WriteBmp(const Picture &picture, const std::string &path) {
+    const uint32_t imageSize = static_cast<uint32_t>(picture.pixels.size() * sizeof(uint32_t));
+    BITMAPFILEHEADER file = {};
+    file.bfType = 0x4D42;
+    file.bfOffBits = sizeof(BITMAPFILEHEADER) + sizeof(BITMAPINFOHEADER);
+    file.bfSize = file.bfOffBits + imageSize;
+    const BITMAPINFOHEADER info = {
+        sizeof info, picture.width, -picture.height, 1, 32, BI_RGB, imageSize, 0, 0, 0, 0};
+    FILE *stream = fopen(path.c_str(), "wb");
+    ASSERT_NE(stream, nullptr);
+    fwrite(&file, sizeof file, 1, stream);
+    fwrite(&info, sizeof info, 1, stream);
+    fwrite(picture.pixels.data(), 1, imageSize, stream);
+    fclose(stream);
+}
+
+uint32_t PixelOfSystemColor(int index) {
+    const COLORREF color = GetSysColor(index);
+    return static_cast<uint32_t>(GetRValue(color) << 16 | GetGValue(color) << 8 | GetBValue(color));
+}
+
+int CountPixels(const Picture &picture, const RECT &area, uint32_t color) {
+    int count = 0;
+    for (LONG y = area.top; y < area.bottom; ++y)
+        for (LONG x = area.left; x < area.right; ++x)
+            count += (picture.pixels[static_cast<size_t>(y) * picture.width + x] & 0xFFFFFF) == color;
+    return count;
+}
+
+// A child's client area in the pixels of its dialog's picture.
+RECT AreaInPicture(HWND dialog, HWND child) {
+    RECT window, area;
+    GetWindowRect(dialog, &window);
+    GetClientRect(child, &area);
+    MapWindowPoints(child, nullptr, reinterpret_cast<POINT *>(&area), 2);
+    OffsetRect(&area, -window.left, -window.top);
+    return area;
+}
+
+void CopyRows(const Picture &from, LONG top, LONG bottom, Picture *to) {
+    const size_t first = static_cast<size_t>(top) * from.width,
+                 last = static_cast<size_t>(bottom) * from.width;
+    std::copy(from.pixels.begin() + first, from.pixels.begin() + last, to->pixels.begin() + first);
+}
+
+class PairPictures : public testing::TestWithParam<const char *> {
+protected:
+    PairDialog dialog;
+
+    void SetUp() override { ASSERT_TRUE(OpenPairDialog(&dialog, GetParam(), kDefaultParameters)); }
+    void TearDown() override { ClosePairDialog(&dialog); }
+
+    Picture Capture() {
+        RedrawWindow(dialog.window, nullptr, nullptr,
+                     RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+        PumpMessages();
+        return CaptureWindow(dialog.window);
+    }
+    std::string PathOf(const char *state) {
+        return std::string("pairs-") + GetParam() + "-" + state + ".bmp";
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(RichEdit, PairPictures, testing::Values("RichEdit20A", "RICHEDIT50W"),
+                         [](const auto &info) { return std::string(info.param); });
+
+TEST_P(PairPictures, NormalFieldsShowTextOnTheWindowColour) {
+    const Picture picture = Capture();
+    WriteBmp(picture, PathOf("normal"));
+    for (int i = 0; i < kParameterControlCount; ++i) {
+        const RECT area = AreaInPicture(dialog.window, gParameterControls[i].edit);
+        EXPECT_GT(CountPixels(picture, area, PixelOfSystemColor(COLOR_WINDOW)), 500) << i;
+        EXPECT_GT(CountPixels(picture, area, PixelOfSystemColor(COLOR_WINDOWTEXT)), 5) << i;
+        EXPECT_EQ(CountPixels(picture, area, PixelOfSystemColor(COLOR_HIGHLIGHT)), 0) << i;
+    }
+}
+
+TEST_P(PairPictures, OnlyTheFocusedFieldIsHighlighted) {
+    Picture all = Capture();
+    for (int i = 0; i < kParameterControlCount; ++i) {
+        FocusParameterControl(i);
+        const Picture picture = Capture();
+        for (int j = 0; j < kParameterControlCount; ++j) {
+            const RECT area = AreaInPicture(dialog.window, gParameterControls[j].edit);
+            const int highlighted = CountPixels(picture, area, PixelOfSystemColor(COLOR_HIGHLIGHT));
+            if (i == j)
+                EXPECT_GT(highlighted, 50) << i;
+            else
+                EXPECT_EQ(highlighted, 0) << i << " " << j;
+        }
+        const RECT own = AreaInPicture(dialog.window, gParameterControls[i].edit);
+        CopyRows(picture, own.top - 4, own.bottom + 4, &all);
+    }
+    WriteBmp(all, PathOf("focus"));
+}
+
+TEST_P(PairPictures, HighlightIsTheTextPlusThreePixels) {
+    FocusParameterControl(0);
+    const Picture picture = Capture();
+    const HDC dc = GetDC(gParameterControls[0].edit);
+    const HGDIOBJ old = SelectObject(dc, gParameterControls[0].font);
+    SIZE extent = {};
+    GetTextExtentPoint32A(dc, "50", 2, &extent);
+    SelectObject(dc, old);
+    ReleaseDC(gParameterControls[0].edit, dc);
+    const RECT area = AreaInPicture(dialog.window, gParameterControls[0].edit);
+    LONG right = area.left;
+    for (LONG x = area.left; x < area.right; ++x)
+        if (CountPixels(picture, {x, area.top, x + 1, area.bottom}, PixelOfSystemColor(COLOR_HIGHLIGHT)) > 0)
+            right = x + 1;
+    RECT format = {};
+    SendMessageA(gParameterControls[0].edit, 0x00B2 /* EM_GETRECT */, 0, reinterpret_cast<LPARAM>(&format));
+    EXPECT_EQ(right - area.left, format.left + extent.cx + 3);
+}
+
+TEST_P(PairPictures, HalfTypedTextIsShown) {
+    FocusParameterControl(3);
+    TypeText(gParameterControls[3].edit, "-7.2");
+    FocusParameterControl(3);
+    const Picture picture = Capture();
+    WriteBmp(picture, PathOf("typed"));
+    const RECT area = AreaInPicture(dialog.window, gParameterControls[3].edit);
+    EXPECT_GT(CountPixels(picture, area, PixelOfSystemColor(COLOR_HIGHLIGHT)), 50);
+}
+
+} // namespace
