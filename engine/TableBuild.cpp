@@ -1,0 +1,100 @@
+#include "engine/TableBuild.h"
+
+#include "diag/BufferUsage.h"
+#include "engine/FixedPoint.h"
+#include "engine/WorkerContext.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr size_t kWorkersBytes = kMaxWorkers * sizeof(WorkerContext);
+
+bool IsCancelled(const TableBuild &build) {
+    return build.shared.cancel->load(std::memory_order_relaxed) != 0;
+}
+
+HostResult AllocateWorkers(TableBuild *build) {
+    build->workers = static_cast<WorkerContext *>(CountedAlloc(kWorkersBytes));
+    if (!build->workers)
+        return kMemFullErr;
+    std::fill_n(build->workers, kMaxWorkers, WorkerContext{});
+    return kNoError;
+}
+
+HostResult InitializeWorkers(int32_t workers, TableBuild *build) {
+    IntRect bands[kMaxWorkers];
+    build->workerCount = std::clamp(workers, 1, kMaxWorkers);
+    PlanBands(build->shared.image.bounds, build->workerCount, bands);
+    HostResult result = kNoError;
+    for (int32_t i = 0; result == kNoError && i < build->workerCount; ++i) {
+        WorkerContext *worker = &build->workers[i];
+        result = InitializeWorkerContext(static_cast<uint32_t>(i), bands[i], &build->shared, worker);
+        if (result == kNoError && build->hooks.create)
+            result = build->hooks.create(worker);
+    }
+    return result;
+}
+
+HostResult FirstWorkerFailure(const TableBuild &build) {
+    for (int32_t i = 0; i < build.workerCount; ++i)
+        if (build.workers[i].result != kNoError)
+            return build.workers[i].result;
+    return kNoError;
+}
+
+} // namespace
+
+void ResetTableBuild(const std::atomic<uint8_t> *cancel, const ImageLock &imageLock, const WorkerHooks &hooks,
+                     TableBuild *build) {
+    build->shared.image = AnalysisImage{};
+    build->shared.cancel = cancel;
+    build->shared.imageLock = imageLock;
+    build->shared.rowsDone = 0;
+    build->shared.rowsTotal = 0;
+    build->hooks = hooks;
+    build->workers = nullptr;
+    build->workerCount = 0;
+}
+
+HostResult PrepareTableBuild(const ImageBuffer &image, int32_t workers, TableBuild *build) {
+    const HostResult allocated = AllocateWorkers(build);
+    gPreciseMode = true;
+    gFloor = FloorForBytesPerSample(image.bytesPerSample);
+    if (allocated != kNoError)
+        return allocated;
+    const HostResult prepared = PrepareAnalysisImage(image, *build->shared.cancel, &build->shared.image);
+    if (prepared != kNoError)
+        return prepared;
+    const IntRect &bounds = build->shared.image.bounds;
+    build->shared.rowsTotal = static_cast<uint32_t>(bounds.bottom - bounds.top);
+    build->shared.rowsDone = 0;
+    const HostResult result = InitializeWorkers(workers, build);
+    return result == kNoError && IsCancelled(*build) ? kUserCanceledErr : result;
+}
+
+HostResult MergeAndRank(const TableBuild &build, const std::atomic<uint8_t> &tableCancel) {
+    for (int32_t i = 0; i < build.workerCount; ++i) {
+        if (IsCancelled(build))
+            return kUserCanceledErr;
+        const HostResult merged = MergeWorkerTable(build.workers[i].table, build.shared.image, tableCancel);
+        if (merged != kNoError)
+            return merged;
+    }
+    if (IsCancelled(build))
+        return kUserCanceledErr;
+    RankLightSources(tableCancel);
+    return FirstWorkerFailure(build);
+}
+
+void ReleaseTableBuild(TableBuild *build) {
+    FreeAnalysisImage(&build->shared.image);
+    for (int32_t i = 0; build->workers && i < kMaxWorkers; ++i) {
+        if (build->hooks.release)
+            build->hooks.release(&build->workers[i]);
+        ReleaseWorkerContext(&build->workers[i]);
+    }
+    CountedFree(build->workers, kWorkersBytes);
+    build->workers = nullptr;
+    build->workerCount = 0;
+}
