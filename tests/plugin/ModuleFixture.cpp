@@ -1,0 +1,280 @@
+#include "tests/plugin/ModuleFixture.h"
+
+#include "plugin/ScriptKeys.h"
+
+#include <atomic>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <ostream>
+#include <windows.h>
+
+#include <objbase.h>
+#include <shlobj.h>
+
+namespace {
+
+// The hooks carry no context, and one module is loaded at a time.
+struct Watch {
+    std::string folder;
+    std::atomic<int64_t> heapBlocks, handles, sections, allocations, failAt;
+    std::atomic<bool> failLater;
+    int64_t comInitializations;
+    HRESULT comResult;
+    bool refuseSections;
+};
+Watch gWatch;
+
+bool FailsNow() {
+    const int64_t count = ++gWatch.allocations;
+    const int64_t failAt = gWatch.failAt;
+    return failAt > 0 && (count == failAt || (gWatch.failLater && count > failAt));
+}
+
+void *WatchedMalloc(size_t size) {
+    void *block = FailsNow() ? nullptr : std::malloc(size);
+    gWatch.heapBlocks += block != nullptr;
+    return block;
+}
+
+void *WatchedCalloc(size_t count, size_t size) {
+    void *block = FailsNow() ? nullptr : std::calloc(count, size);
+    gWatch.heapBlocks += block != nullptr;
+    return block;
+}
+
+void *WatchedRealloc(void *old, size_t size) {
+    void *block = FailsNow() ? nullptr : std::realloc(old, size);
+    gWatch.heapBlocks += block != nullptr && old == nullptr;
+    return block;
+}
+
+void WatchedFree(void *block) {
+    gWatch.heapBlocks -= block != nullptr;
+    std::free(block);
+}
+
+// Calls the system and counts a handle when there is one.
+template <auto function> struct Counted;
+template <typename... Arguments, HANDLE(WINAPI *function)(Arguments...)> struct Counted<function> {
+    static HANDLE WINAPI Call(Arguments... arguments) {
+        HANDLE handle = function(arguments...);
+        gWatch.handles += handle != nullptr && handle != INVALID_HANDLE_VALUE;
+        return handle;
+    }
+};
+
+uintptr_t WatchedBeginThread(void *security, unsigned stack, unsigned(WINAPI *start)(void *), void *argument,
+                             unsigned flags, unsigned *id) {
+    const uintptr_t handle = _beginthreadex(security, stack, start, argument, flags, id);
+    gWatch.handles += handle != 0;
+    return handle;
+}
+
+BOOL WINAPI WatchedClose(HANDLE handle) {
+    const BOOL closed = CloseHandle(handle);
+    gWatch.handles -= closed != FALSE;
+    return closed;
+}
+
+BOOL WINAPI WatchedFindClose(HANDLE handle) {
+    const BOOL closed = FindClose(handle);
+    gWatch.handles -= closed != FALSE;
+    return closed;
+}
+
+HRESULT WINAPI WatchedCoInitialize(void *reserved) {
+    if (FAILED(gWatch.comResult))
+        return gWatch.comResult;
+    const HRESULT result = CoInitialize(reserved);
+    gWatch.comInitializations += SUCCEEDED(result);
+    return result;
+}
+
+void WINAPI WatchedCoUninitialize() {
+    --gWatch.comInitializations;
+    CoUninitialize();
+}
+
+BOOL WINAPI WatchedInitializeSection(CRITICAL_SECTION *section, DWORD spins) {
+    if (gWatch.refuseSections) {
+        SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return FALSE;
+    }
+    const BOOL made = InitializeCriticalSectionAndSpinCount(section, spins);
+    gWatch.sections += made != FALSE;
+    return made;
+}
+
+void WINAPI WatchedDeleteSection(CRITICAL_SECTION *section) {
+    --gWatch.sections;
+    DeleteCriticalSection(section);
+}
+
+HRESULT WINAPI WatchedFolderPath(HWND, int kind, HANDLE, DWORD, LPSTR path) {
+    const bool isCommon = (kind & 0xFF) == CSIDL_COMMON_APPDATA;
+    std::strcpy(path, (gWatch.folder + (isCommon ? "\\common" : "\\user")).c_str());
+    return S_OK;
+}
+
+void HookModule(HMODULE module, host::ImportHooks *hooks) {
+    const auto hook = [&](const char *name, auto function) {
+        host::ReplaceImport(module, nullptr, name, function, hooks);
+    };
+    hook("malloc", WatchedMalloc);
+    hook("calloc", WatchedCalloc);
+    hook("realloc", WatchedRealloc);
+    hook("free", WatchedFree);
+    hook("CreateThread", Counted<CreateThread>::Call);
+    hook("_beginthreadex", WatchedBeginThread);
+    hook("CreateEventA", Counted<CreateEventA>::Call);
+    hook("CreateEventW", Counted<CreateEventW>::Call);
+    hook("CreateMutexA", Counted<CreateMutexA>::Call);
+    hook("CreateMutexW", Counted<CreateMutexW>::Call);
+    hook("CreateFileA", Counted<CreateFileA>::Call);
+    hook("CreateFileW", Counted<CreateFileW>::Call);
+    hook("FindFirstFileA", Counted<FindFirstFileA>::Call);
+    hook("CloseHandle", WatchedClose);
+    hook("FindClose", WatchedFindClose);
+    hook("CoInitialize", WatchedCoInitialize);
+    hook("CoUninitialize", WatchedCoUninitialize);
+    hook("InitializeCriticalSectionAndSpinCount", WatchedInitializeSection);
+    hook("DeleteCriticalSection", WatchedDeleteSection);
+    hook("SHGetFolderPathA", WatchedFolderPath);
+}
+
+} // namespace
+
+std::wstring ModulePath() {
+    wchar_t path[MAX_PATH];
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    const std::wstring program = path;
+    return program.substr(0, program.rfind(L'\\') + 1) + L"BrillatrixX64.8bf";
+}
+
+void ModuleFixture::SetUp() {
+    gWatch.folder = folder.Path();
+    gWatch.heapBlocks = gWatch.handles = gWatch.sections = gWatch.allocations = gWatch.failAt = 0;
+    gWatch.comInitializations = 0;
+    gWatch.comResult = S_OK;
+    gWatch.refuseSections = false;
+    std::string why;
+    ASSERT_TRUE(host::LoadFilterModule(ModulePath(), &module, &why)) << why;
+    HookModule(module.module, &hooks);
+    host::CatchBoxes(module.module, [this](const host::ShownBox &box) {
+        boxes.push_back(box);
+        return IDOK;
+    });
+    filterHost.document = host::MakeDocument(8, 6, 8, 3, false);
+}
+
+void ModuleFixture::TearDown() {
+    FailModuleAllocation(0, false);
+    if (filterHost.state)
+        host::CloseHost(filterHost);
+    host::ReleaseBoxes();
+    host::RestoreImports(&hooks);
+    host::UnloadFilterModule(&module);
+}
+
+void ModuleFixture::Open() {
+    host::OpenHost(filterHost, module);
+}
+
+host::RunResult ModuleFixture::Run(bool withParameters) {
+    if (!filterHost.state)
+        Open();
+    return host::RunFilter(filterHost, withParameters);
+}
+
+HeldObjects ModuleFixture::Held() const {
+    return {gWatch.heapBlocks, gWatch.handles, gWatch.comInitializations, gWatch.sections};
+}
+
+void ModuleFixture::FailModuleAllocation(int64_t n, bool andLater) {
+    gWatch.allocations = 0;
+    gWatch.failLater = andLater;
+    gWatch.failAt = n;
+}
+
+int64_t ModuleFixture::ModuleAllocations() const {
+    return gWatch.allocations;
+}
+
+void ModuleFixture::SetComResult(HRESULT result) {
+    gWatch.comResult = result;
+}
+
+void ModuleFixture::RefuseCriticalSections() {
+    gWatch.refuseSections = true;
+}
+
+ParameterSet ModuleFixture::SetInHandle() const {
+    ParameterSet set{};
+    const std::vector<uint8_t> bytes =
+        host::HandleBytes(filterHost, host::Record(const_cast<host::FilterHost &>(filterHost)).parameters);
+    if (bytes.size() == sizeof(set))
+        std::memcpy(&set, bytes.data(), sizeof(set));
+    return set;
+}
+
+int ModuleFixture::DialogPendingByte() const {
+    const std::vector<uint8_t> bytes =
+        host::HandleBytes(filterHost, reinterpret_cast<HostHandle>(host::DataWord(filterHost)));
+    return bytes.size() == 1 ? bytes[0] : -1;
+}
+
+std::string ModuleFixture::SettingsFile() const {
+    return folder / "user\\Nexorvanta\\Brillatrix\\Settings\\LastSavedParameters.sss";
+}
+
+std::string ModuleFixture::LogText() const {
+    const std::string raw =
+        ReadWholeFile(folder / "user\\Nexorvanta\\Brillatrix\\Logs\\Brillatrix Pro_00.log");
+    std::string text;
+    for (size_t i = 2; i + 1 < raw.size(); i += 2)
+        text += raw[i];
+    return text;
+}
+
+void ModuleFixture::ExpectCleanHost() {
+    EXPECT_TRUE(filterHost.log.violations.empty()) << ::testing::PrintToString(filterHost.log.violations);
+    EXPECT_EQ(filterHost.log.unlocksWithoutLock, 0);
+    const host::LiveCounts live = host::CountLive(filterHost);
+    EXPECT_EQ(live.suites, 0);
+    EXPECT_EQ(live.lockedHandles, 0);
+    EXPECT_EQ(live.actionDescriptors, 0);
+    EXPECT_EQ(live.readers, 0);
+    EXPECT_EQ(live.writers, 0);
+    EXPECT_EQ(Held().comInitializations, 0);
+}
+
+host::Descriptor ScriptOf(const ParameterSet &set) {
+    const auto percent = [](FourCharCode key, int16_t value) {
+        return host::UnitFloatValue(key, kUnitPercent, value);
+    };
+    return {{host::BooleanValue(kKeyOutputSpikesOnly, set.outputSpikesOnly != 0),
+             host::EnumeratedValue(kKeyEffect, kTypeEffect, set.effectType),
+             percent(kKeyThreshold, set.threshold), percent(kKeyIntensity, set.intensity),
+             percent(kKeyLength, set.length), host::UnitFloatValue(kKeyAngle, kUnitAngle, set.angle * 0.1),
+             host::IntegerValue(kKeyNumberOfPoints, set.numberOfPoints),
+             percent(kKeySpikeSharpness, set.spikeSharpness), percent(kKeySaturation, set.colorSaturation),
+             percent(kKeyRainbowIntensity, set.rainbowIntensity),
+             percent(kKeyRainbowFrequency, set.rainbowFrequency),
+             percent(kKeySecondaryIntensity, set.secondaryIntensity),
+             percent(kKeySoftFlareBrightness, set.softFlareBrightness)}};
+}
+
+bool operator==(const ParameterSet &a, const ParameterSet &b) {
+    return std::memcmp(&a, &b, sizeof(a)) == 0;
+}
+
+void PrintTo(const ParameterSet &set, std::ostream *stream) {
+    *stream << "version " << set.version[0] << ',' << set.version[1] << ',' << set.version[2] << ','
+            << set.version[3] << " intensity " << set.intensity << " length " << set.length << " angle "
+            << set.angle << " points " << set.numberOfPoints << " sharpness " << set.spikeSharpness
+            << " saturation " << set.colorSaturation << " rainbow " << set.rainbowIntensity << '/'
+            << set.rainbowFrequency << " secondary " << set.secondaryIntensity << " flare "
+            << set.softFlareBrightness << " only " << int{set.outputSpikesOnly} << " effect " << std::hex
+            << set.effectType << std::dec << " threshold " << set.threshold;
+}

@@ -1,0 +1,74 @@
+// A freshly loaded filter module on a host of our own, with its windows, folders, heap and system objects
+// watched.
+#pragma once
+
+#include "host/FilterHost.h"
+#include "host/ModuleImports.h"
+#include "host/ShownBoxes.h"
+#include "plugin/ParameterSet.h"
+#include "tests/storage/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// What the module holds of the system now.
+struct HeldObjects {
+    int64_t heapBlocks;
+    int64_t handles; // threads, events, mutexes, files, searches
+    int64_t comInitializations;
+    int64_t sections; // critical sections initialised and not deleted
+    bool operator==(const HeldObjects &) const = default;
+};
+
+class ModuleFixture : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // Opens the host with its settings and document as they stand.
+    void Open();
+    // One whole run; opens the host when needed.
+    host::RunResult Run(bool withParameters = true);
+
+    HeldObjects Held() const;
+    // From now on the n-th heap allocation of the module fails (1 = the next), and every later one too when
+    // asked; 0 switches failing off.
+    void FailModuleAllocation(int64_t n, bool andLater);
+    // Allocations of the module since then.
+    int64_t ModuleAllocations() const;
+    // CoInitialize answers this from now on.
+    void SetComResult(HRESULT result);
+    // InitializeCriticalSectionAndSpinCount fails from now on.
+    void RefuseCriticalSections();
+
+    // The bytes of the parameters handle as a set, all zero without one.
+    ParameterSet SetInHandle() const;
+    // The dialog-pending byte, -1 without a data handle.
+    int DialogPendingByte() const;
+    std::string SettingsFile() const; // path of "LastSavedParameters.sss"
+    // Everything in the log folder's newest file, as plain text; empty without one.
+    std::string LogText() const;
+    // Host calls between acquiring and releasing that did not pair, and what the filter did that no filter
+    // may.
+    void ExpectCleanHost();
+
+    TemporaryFolder folder;
+    host::FilterModule module;
+    host::FilterHost filterHost;
+    std::vector<host::ShownBox> boxes; // message boxes and dialogs, in order
+
+private:
+    host::ImportHooks hooks;
+};
+
+// Path of the module, which lies beside this program.
+std::wstring ModulePath();
+
+// All 13 keys of a set, as a script would give them.
+host::Descriptor ScriptOf(const ParameterSet &set);
+
+bool operator==(const ParameterSet &a, const ParameterSet &b);
+void PrintTo(const ParameterSet &set, std::ostream *stream);
