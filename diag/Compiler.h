@@ -2,7 +2,7 @@
 #pragma once
 
 // Lets the compiler check a printf-style format; both indices count from 1.
-#if defined(__MINGW32__)
+#if defined(__MINGW32__) && !defined(__clang__)
 #define BX_PRINTF(formatIndex, firstArgument) __attribute__((format(gnu_printf, formatIndex, firstArgument)))
 #elif defined(__GNUC__)
 #define BX_PRINTF(formatIndex, firstArgument) __attribute__((format(printf, formatIndex, firstArgument)))

@@ -27,16 +27,14 @@ constexpr uint32_t kSiteShellFolder = 101, kSiteJoin = 112, kSiteCopy = 119, kSi
 // One per-user folder: its relative path around the short product name, and its name in reports.
 struct UserFolder {
     const char *relativeFormat;
-    const char *reportFormat;
+    const char *reportName;
     char (*path)[kMaxPath];
 };
 
 constexpr UserFolder kUserFolders[] = {
-    {"Nexorvanta\\%s\\Settings", "MakeUserDataFolder() failed with Settings Subdirectory = '%s'",
-     &gSettingsFolder},
-    {"Nexorvanta\\%s\\Parameters", "MakeUserDataFolder() failed with Parameters Subdirectory = '%s'",
-     &gParametersFolder},
-    {"Nexorvanta\\%s\\Logs", "MakeUserDataFolder() failed with DebugLog Subdirectory = '%s'", &gLogFolder},
+    {"Nexorvanta\\%s\\Settings", "Settings", &gSettingsFolder},
+    {"Nexorvanta\\%s\\Parameters", "Parameters", &gParametersFolder},
+    {"Nexorvanta\\%s\\Logs", "DebugLog", &gLogFolder},
 };
 
 bool Fits(int printed, size_t capacity) {
@@ -90,7 +88,8 @@ bool InitUserFolder(const UserFolder &folder, const char *shortName) {
     }
     if (MakeUserDataFolder(*folder.path))
         return true;
-    ReportError(DebugReport(kSiteMakeFolder), kStopIcon, kTitleUnexpected, folder.reportFormat, relativePath);
+    ReportError(DebugReport(kSiteMakeFolder), kStopIcon, kTitleUnexpected,
+                "MakeUserDataFolder() failed with %s Subdirectory = '%s'", folder.reportName, relativePath);
     return false;
 }
 

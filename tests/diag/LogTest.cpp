@@ -151,8 +151,8 @@ TEST_F(Log, TheTraceSetupPathLiesInTheProductCommonFolder) {
     Open();
     EXPECT_STREQ(gLogState.traceSetupPath, "C:\\Data\\Brillatrix Pro\\TraceSetup.trc");
     const std::string tooLong(990, 'x');
+    ForgetLog();
     gProductCommonFolderPath = tooLong.c_str();
-    gLogState.setUpDone = false;
     Open();
     EXPECT_STREQ(gLogState.traceSetupPath, "");
 }
