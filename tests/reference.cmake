@@ -3,6 +3,8 @@ brillatrix_test(reference_tests
     SOURCES
         reference/ArithmeticTest.cpp
         reference/Cases.cpp
+        reference/DetectTest.cpp
+        reference/NightScene.cpp
         reference/ReferenceBlend.cpp
         reference/ReferenceDetect.cpp
         reference/ReferenceLayouts.cpp
@@ -15,4 +17,5 @@ brillatrix_test(reference_tests
         reference/ReferenceStamps.cpp
         reference/ReferenceTable.cpp
         reference/RenderTest.cpp
-        reference/StampTest.cpp)
+        reference/StampTest.cpp
+        reference/TableTest.cpp)

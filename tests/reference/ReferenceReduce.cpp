@@ -41,13 +41,14 @@ struct Window {
     std::vector<double> weights;
 };
 
+// A window without pixels takes the last one, on whichever side it lies.
 Window WindowOf(int32_t position, double scale, int32_t low, int32_t high) {
     const auto pixel = static_cast<int64_t>(position * scale + 0.5);
     const double centre = static_cast<double>(pixel) + 0.5;
     const double from = std::max<double>(centre - scale / 2, low),
                  to = std::min<double>(centre + scale / 2, high);
     if (from >= to)
-        return {from >= high ? high - 1 : low, {1.0}};
+        return {high - 1, {1.0}};
     Window window{static_cast<int64_t>(std::floor(from)), {}};
     for (int64_t x = window.first; static_cast<double>(x) < to; ++x) {
         const double left = std::max(from, static_cast<double>(x));

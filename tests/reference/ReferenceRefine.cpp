@@ -171,13 +171,16 @@ bool Refine(const Analysis &analysis, Centre *centre, double *radius) {
     if (*radius >= 0)
         *centre = NearestPixel(*centre);
     const auto limit = static_cast<int64_t>(*radius + 8);
-    for (int64_t round = 0; round < limit; ++round) {
+    int64_t rounds = 0;
+    bool changed = true;
+    while (changed && rounds < limit) {
         const bool resized = StepSize(analysis, *centre, radius);
         const bool moved = StepPosition(analysis, centre, *radius);
-        if (!resized && !moved)
-            return true;
+        changed = resized || moved;
+        ++rounds;
     }
-    return *radius <= 8.0;
+    const bool reachedLimit = rounds == limit;
+    return !(reachedLimit && *radius > 8.0);
 }
 
 LightColor MeasureLight(const Analysis &analysis, const Centre &centre, double radius) {

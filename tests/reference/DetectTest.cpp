@@ -1,0 +1,182 @@
+// The analysis image and the whole ranked table against the yardstick.
+#include "engine/AnalysisImage.h"
+#include "engine/SerialBuild.h"
+#include "tests/reference/Cases.h"
+#include "tests/reference/NightScene.h"
+#include "tests/reference/ReferenceDetect.h"
+#include "tests/support/RecordingDiag.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+using cases::Picture;
+using cases::PictureKind;
+using cases::Random;
+using cases::SceneFlavor;
+
+const std::atomic<uint8_t> kNoCancel{0};
+
+class Detection : public testing::Test {
+protected:
+    void TearDown() override {
+        EXPECT_TRUE(TakeReports().empty());
+        if (gLightSourceTable)
+            FreeTableRecords(gLightSourceTable);
+    }
+};
+
+Picture MakePicture(const PictureKind &kind, const IntRect &bounds) {
+    return Picture(kind.mode, kind.bytesPerSample, kind.transparencyPlanes, bounds, kind.mask);
+}
+
+std::string Describe(const ImageBuffer &image) {
+    return "mode " + std::to_string(image.imageMode) + " transparency " +
+           std::to_string(image.transparencyPlanes) + (image.mask ? " masked " : " ") +
+           std::to_string(image.width) + "x" + std::to_string(image.height) + " at " +
+           std::to_string(image.bounds.left) + "," + std::to_string(image.bounds.top);
+}
+
+void ExpectSameAnalysis(const AnalysisImage &product, const reference::Analysis &expected) {
+    ASSERT_EQ(std::memcmp(&product.bounds, &expected.bounds, sizeof(IntRect)), 0)
+        << product.bounds.left << "," << product.bounds.top << "," << product.bounds.right << ","
+        << product.bounds.bottom << ", expected " << expected.bounds.left << "," << expected.bounds.top << ","
+        << expected.bounds.right << "," << expected.bounds.bottom;
+    ASSERT_EQ(product.scale, expected.scale);
+    const int64_t width = expected.bounds.right - expected.bounds.left;
+    for (size_t i = 0; i < expected.samples.size(); ++i) {
+        const PixelSample &a = product.samples[i], &b = expected.samples[i];
+        const bool same = a.red == b.red && a.green == b.green && a.blue == b.blue &&
+                          a.coverage == b.coverage && a.selectionLevel == b.selectionLevel;
+        ASSERT_TRUE(same) << "(" << expected.bounds.left + static_cast<int64_t>(i) % width << ", "
+                          << expected.bounds.top + static_cast<int64_t>(i) / width << "): " << a.red << " "
+                          << a.green << " " << a.blue << " " << a.coverage << " " << a.selectionLevel
+                          << ", expected " << b.red << " " << b.green << " " << b.blue << " " << b.coverage
+                          << " " << b.selectionLevel;
+    }
+    ASSERT_EQ(product.maxBrightness, expected.maxBrightness);
+}
+
+void CompareAnalysis(const ImageBuffer &image) {
+    SCOPED_TRACE(Describe(image));
+    AnalysisImage product{};
+    ASSERT_EQ(PrepareAnalysisImage(image, kNoCancel, &product), kNoError);
+    ExpectSameAnalysis(product, reference::PrepareAnalysis(image));
+    FreeAnalysisImage(&product);
+}
+
+IntRect PickBounds(Random *random, int32_t width, int32_t height) {
+    const auto left = static_cast<int32_t>(random->Chance(40) ? 0 : random->Pick(-3000, 3000));
+    const auto top = static_cast<int32_t>(random->Chance(40) ? 0 : random->Pick(-3000, 3000));
+    return {left, top, left + width, top + height};
+}
+
+TEST_F(Detection, AnalysisImageWithoutReduction) {
+    for (int i = 0; i < cases::Count(60); ++i) {
+        Random random(70, i);
+        const Picture image = MakePicture(cases::PickKind(&random),
+                                          PickBounds(&random, static_cast<int32_t>(random.Pick(1, 80)),
+                                                     static_cast<int32_t>(random.OneOf({1, 7, 40, 1200}))));
+        cases::FillAtRandom(&random, image.buffer);
+        ASSERT_NO_FATAL_FAILURE(CompareAnalysis(image.buffer)) << "case " << i;
+    }
+}
+
+TEST_F(Detection, ReducedAnalysisImage) {
+    for (int i = 0; i < cases::Count(40); ++i) {
+        Random random(71, i);
+        const auto longer = static_cast<int32_t>(
+            random.Chance(30) ? random.Pick(1201, 1204)
+                              : random.OneOf({1250, 1799, 2400, 2401, 3601, 6007, 32767}));
+        const auto shorter = static_cast<int32_t>(random.Pick(1, longer > 5000 ? 5 : 30));
+        const bool tall = random.Chance(50);
+        const Picture image = MakePicture(
+            cases::PickKind(&random), PickBounds(&random, tall ? shorter : longer, tall ? longer : shorter));
+        cases::FillAtRandom(&random, image.buffer);
+        ASSERT_NO_FATAL_FAILURE(CompareAnalysis(image.buffer)) << "case " << i;
+    }
+}
+
+void ExpectSameTable(const LightSourceTable &product, const reference::Table &expected) {
+    for (uint32_t i = 0; i < std::min<size_t>(product.Count, expected.size()); ++i)
+        ASSERT_EQ(std::memcmp(&product.records[i], &expected[i], sizeof(LightSource)), 0)
+            << "record " << i << ": " << cases::Describe(product.records[i]) << ", expected "
+            << cases::Describe(expected[i]);
+    ASSERT_EQ(product.Count, expected.size());
+}
+
+// Lights found, over all comparisons of one test.
+struct Tally {
+    uint64_t scenes = 0, sources = 0, hidden = 0, empty = 0;
+
+    void Take(const LightSourceTable &table) {
+        ++scenes;
+        sources += table.Count;
+        empty += table.Count == 0;
+        for (uint32_t i = 0; i < table.Count; ++i)
+            hidden += table.records[i].State == 0;
+    }
+    ~Tally() {
+        std::printf("%llu scenes, %llu without lights; %llu lights, %llu of them hidden\n",
+                    static_cast<unsigned long long>(scenes), static_cast<unsigned long long>(empty),
+                    static_cast<unsigned long long>(sources), static_cast<unsigned long long>(hidden));
+    }
+};
+
+void CompareTable(const ImageBuffer &image, int32_t workers, Tally *tally) {
+    SCOPED_TRACE(Describe(image) + " workers " + std::to_string(workers));
+    ASSERT_EQ(BuildLightSourceTable(image, workers, kNoCancel), kNoError);
+    ASSERT_NE(gLightSourceTable, nullptr);
+    tally->Take(*gLightSourceTable);
+    ExpectSameTable(*gLightSourceTable, reference::BuildTable(image, workers));
+}
+
+TEST_F(Detection, NightScenes) {
+    Tally tally;
+    for (int i = 0; i < cases::Count(150); ++i) {
+        Random random(72, i);
+        const auto flavor = static_cast<SceneFlavor>(i % cases::kSceneFlavors);
+        const int32_t longest = random.OneOf({30, 90, 90, 160});
+        const Picture image = MakePicture(cases::PickKind(&random),
+                                          PickBounds(&random, static_cast<int32_t>(random.Pick(1, longest)),
+                                                     static_cast<int32_t>(random.Pick(1, longest))));
+        cases::PaintNightScene(&random, flavor, image.buffer);
+        ASSERT_NO_FATAL_FAILURE(CompareTable(image.buffer, static_cast<int32_t>(random.Pick(1, 4)), &tally))
+            << "case " << i;
+    }
+}
+
+// Wide enough for flat areas to be filled, and for lights of the largest radius.
+TEST_F(Detection, LargeScenes) {
+    Tally tally;
+    for (int i = 0; i < cases::Count(8); ++i) {
+        Random random(73, i);
+        const auto flavor = random.OneOf({SceneFlavor::kFlatAreas, SceneFlavor::kDiscs, SceneFlavor::kSpots});
+        const Picture image = MakePicture(cases::PickKind(&random),
+                                          PickBounds(&random, static_cast<int32_t>(random.Pick(200, 340)),
+                                                     static_cast<int32_t>(random.Pick(200, 340))));
+        cases::PaintNightScene(&random, flavor, image.buffer);
+        ASSERT_NO_FATAL_FAILURE(CompareTable(image.buffer, static_cast<int32_t>(random.Pick(1, 4)), &tally))
+            << "case " << i;
+    }
+}
+
+// The merge's scaling on pictures that are reduced.
+TEST_F(Detection, ReducedScenes) {
+    Tally tally;
+    for (int i = 0; i < cases::Count(4); ++i) {
+        Random random(74, i);
+        const Picture image = MakePicture(cases::PickKind(&random),
+                                          PickBounds(&random, static_cast<int32_t>(random.Pick(1201, 2600)),
+                                                     static_cast<int32_t>(random.Pick(40, 90))));
+        cases::PaintNightScene(&random, SceneFlavor::kSpots, image.buffer);
+        ASSERT_NO_FATAL_FAILURE(CompareTable(image.buffer, static_cast<int32_t>(random.Pick(1, 4)), &tally))
+            << "case " << i;
+    }
+}
+
+} // namespace
