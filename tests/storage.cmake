@@ -5,5 +5,5 @@ brillatrix_test(diag_tests LIBS diag
 target_link_options(diag_tests PRIVATE -Wl,--wrap=malloc)
 brillatrix_test(storage_tests LIBS recording_diag storage
     SOURCES storage/AppFoldersTest.cpp storage/AtomicFileTest.cpp storage/ParameterFilesTest.cpp
-            storage/TemporaryFolder.cpp storage/SystemCalls.cpp)
+            storage/UISettingsTest.cpp storage/TemporaryFolder.cpp storage/SystemCalls.cpp)
 target_link_options(storage_tests PRIVATE -Wl,--wrap=fread)

@@ -1,0 +1,53 @@
+#include "ui/WindowPlacement.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+namespace {
+
+bool operator==(const RECT &a, const RECT &b) {
+    return EqualRect(&a, &b) != FALSE;
+}
+
+RECT PrimaryWorkArea() {
+    RECT area = {};
+    SystemParametersInfoA(SPI_GETWORKAREA, 0, &area, 0);
+    return area;
+}
+
+bool LiesIn(const RECT &rect, const RECT &area) {
+    return rect.left >= area.left && rect.top >= area.top && rect.right <= area.right &&
+           rect.bottom <= area.bottom;
+}
+
+TEST(WindowPlacement, WindowsOnAMonitorStay) {
+    const RECT area = PrimaryWorkArea();
+    for (const RECT &rect : {RECT{100, 100, 500, 400}, RECT{area.right - 50, 100, area.right + 300, 400},
+                             RECT{100, area.bottom - 50, 500, area.bottom + 300}})
+        EXPECT_TRUE(PlaceOnMonitor(rect) == rect);
+}
+
+TEST(WindowPlacement, WindowsOutOfReachComeBackWhole) {
+    const RECT area = PrimaryWorkArea();
+    for (const RECT &rect : {RECT{30000, 100, 30400, 400}, RECT{-5000, -5000, -4600, -4700},
+                             RECT{100, -290, 500, 10}, RECT{100, 20000, 500, 20300}}) {
+        const RECT placed = PlaceOnMonitor(rect);
+        EXPECT_TRUE(LiesIn(placed, area)) << rect.left << " " << rect.top;
+        EXPECT_EQ(placed.right - placed.left, 400);
+        EXPECT_EQ(placed.bottom - placed.top, 300);
+    }
+}
+
+TEST(WindowPlacement, AnyNumbersEndInsideTheArea) {
+    const RECT area = {-1280, 40, 0, 1000};
+    EXPECT_TRUE(MoveIntoArea({-100, 900, 100, 1100}, area) == (RECT{-200, 800, 0, 1000}));
+    EXPECT_TRUE(MoveIntoArea({-9000, 0, 9000, 500}, area) == (RECT{-1280, 40, 0, 540}));
+    for (const RECT &rect : {RECT{INT_MIN, INT_MIN, INT_MAX, INT_MAX}, RECT{INT_MAX - 1, 5, INT_MAX, 6},
+                             RECT{INT_MIN, INT_MIN, INT_MIN, INT_MIN}, RECT{10, 10, -10, -10}}) {
+        EXPECT_TRUE(LiesIn(MoveIntoArea(rect, area), area));
+        PlaceOnMonitor(rect);
+    }
+}
+
+} // namespace
