@@ -30,10 +30,6 @@ protected:
     }
 };
 
-Picture MakePicture(const PictureKind &kind, const IntRect &bounds) {
-    return Picture(kind.mode, kind.bytesPerSample, kind.transparencyPlanes, bounds, kind.mask);
-}
-
 std::string Describe(const ImageBuffer &image) {
     return "mode " + std::to_string(image.imageMode) + " transparency " +
            std::to_string(image.transparencyPlanes) + (image.mask ? " masked " : " ") +
@@ -69,18 +65,20 @@ void CompareAnalysis(const ImageBuffer &image) {
     FreeAnalysisImage(&product);
 }
 
-IntRect PickBounds(Random *random, int32_t width, int32_t height) {
+// A picture of random kind, somewhere in its document.
+Picture PickPicture(Random *random, int64_t width, int64_t height) {
+    const PictureKind kind = cases::PickKind(random);
     const auto left = static_cast<int32_t>(random->Chance(40) ? 0 : random->Pick(-3000, 3000));
     const auto top = static_cast<int32_t>(random->Chance(40) ? 0 : random->Pick(-3000, 3000));
-    return {left, top, left + width, top + height};
+    const IntRect bounds{left, top, left + static_cast<int32_t>(width), top + static_cast<int32_t>(height)};
+    return Picture(kind.mode, kind.bytesPerSample, kind.transparencyPlanes, bounds, kind.mask);
 }
 
 TEST_F(Detection, AnalysisImageWithoutReduction) {
     for (int i = 0; i < cases::Count(60); ++i) {
         Random random(70, i);
-        const Picture image = MakePicture(cases::PickKind(&random),
-                                          PickBounds(&random, static_cast<int32_t>(random.Pick(1, 80)),
-                                                     static_cast<int32_t>(random.OneOf({1, 7, 40, 1200}))));
+        const int64_t width = random.Pick(1, 80);
+        const Picture image = PickPicture(&random, width, random.OneOf({1, 7, 40, 1200}));
         cases::FillAtRandom(&random, image.buffer);
         ASSERT_NO_FATAL_FAILURE(CompareAnalysis(image.buffer)) << "case " << i;
     }
@@ -94,8 +92,7 @@ TEST_F(Detection, ReducedAnalysisImage) {
                               : random.OneOf({1250, 1799, 2400, 2401, 3601, 6007, 32767}));
         const auto shorter = static_cast<int32_t>(random.Pick(1, longer > 5000 ? 5 : 30));
         const bool tall = random.Chance(50);
-        const Picture image = MakePicture(
-            cases::PickKind(&random), PickBounds(&random, tall ? shorter : longer, tall ? longer : shorter));
+        const Picture image = PickPicture(&random, tall ? shorter : longer, tall ? longer : shorter);
         cases::FillAtRandom(&random, image.buffer);
         ASSERT_NO_FATAL_FAILURE(CompareAnalysis(image.buffer)) << "case " << i;
     }
@@ -141,9 +138,9 @@ TEST_F(Detection, NightScenes) {
         Random random(72, i);
         const auto flavor = static_cast<SceneFlavor>(i % cases::kSceneFlavors);
         const int32_t longest = random.OneOf({30, 90, 90, 160});
-        const Picture image = MakePicture(cases::PickKind(&random),
-                                          PickBounds(&random, static_cast<int32_t>(random.Pick(1, longest)),
-                                                     static_cast<int32_t>(random.Pick(1, longest))));
+        const int64_t shortest = random.Chance(20) ? 1 : longest / 2;
+        const int64_t width = random.Pick(shortest, longest), height = random.Pick(shortest, longest);
+        const Picture image = PickPicture(&random, width, height);
         cases::PaintNightScene(&random, flavor, image.buffer);
         ASSERT_NO_FATAL_FAILURE(CompareTable(image.buffer, static_cast<int32_t>(random.Pick(1, 4)), &tally))
             << "case " << i;
@@ -156,9 +153,8 @@ TEST_F(Detection, LargeScenes) {
     for (int i = 0; i < cases::Count(8); ++i) {
         Random random(73, i);
         const auto flavor = random.OneOf({SceneFlavor::kFlatAreas, SceneFlavor::kDiscs, SceneFlavor::kSpots});
-        const Picture image = MakePicture(cases::PickKind(&random),
-                                          PickBounds(&random, static_cast<int32_t>(random.Pick(200, 340)),
-                                                     static_cast<int32_t>(random.Pick(200, 340))));
+        const int64_t width = random.Pick(200, 340), height = random.Pick(200, 340);
+        const Picture image = PickPicture(&random, width, height);
         cases::PaintNightScene(&random, flavor, image.buffer);
         ASSERT_NO_FATAL_FAILURE(CompareTable(image.buffer, static_cast<int32_t>(random.Pick(1, 4)), &tally))
             << "case " << i;
@@ -170,9 +166,8 @@ TEST_F(Detection, ReducedScenes) {
     Tally tally;
     for (int i = 0; i < cases::Count(4); ++i) {
         Random random(74, i);
-        const Picture image = MakePicture(cases::PickKind(&random),
-                                          PickBounds(&random, static_cast<int32_t>(random.Pick(1201, 2600)),
-                                                     static_cast<int32_t>(random.Pick(40, 90))));
+        const int64_t width = random.Pick(1201, 2600), height = random.Pick(40, 90);
+        const Picture image = PickPicture(&random, width, height);
         cases::PaintNightScene(&random, SceneFlavor::kSpots, image.buffer);
         ASSERT_NO_FATAL_FAILURE(CompareTable(image.buffer, static_cast<int32_t>(random.Pick(1, 4)), &tally))
             << "case " << i;
