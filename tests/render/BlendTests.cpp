@@ -1,0 +1,199 @@
+// Blending: the modes on working pixels, the source's tint, and the samples of every depth. Expected integers
+// were worked out by a script of their own.
+#include "render/PixelBlender.h"
+#include "render/SourceTint.h"
+#include "render/StampLayer.h"
+#include "tests/render/RenderFixture.h"
+
+#include <limits>
+
+namespace {
+
+constexpr uint32_t kOne = kFractionOne;
+
+struct ScreenCase {
+    Tint source;
+    WorkingPixel before, precise, fast;
+};
+
+TEST_F(RenderTest, ScreenBlendToTheInteger) {
+    const ScreenCase cases[] = {
+        {{{kOne, kOne, kOne}, kOne},
+         {{16777215, 16777215, 16777215}},
+         {{16777214, 16777214, 16777214}},
+         {{16759809, 16759809, 16759809}}},
+        {{{0, 0, 0}, kOne}, {{1, 2, 3}}, {{0, 1, 2}}, {{0, 0, 0}}},
+        {{{kOne, 0x80000000, 0x1000}, kOne},
+         {{0, 0x123456, 16777215}},
+         {{16777214, 8985130, 16777214}},
+         {{16759809, 8977884, 16759809}}},
+        {{{0xC0000000, 0x30000000, 0x70000000}, 9000000},
+         {{1000000, 8000000, 16000000}},
+         {{7347667, 8882837, 16182407}},
+         {{7337019, 8877696, 16174272}}},
+        {{{0xC0000000, 0x30000000, 0x70000000}, 40000},
+         {{1000000, 8000000, 16000000}},
+         {{1028210, 8003922, 16000809}},
+         {{1022451, 7998120, 15990480}}},
+    };
+    for (const ScreenCase &c : cases)
+        for (const bool precise : {true, false}) {
+            gPreciseMode = precise;
+            WorkingPixel pixel = c.before;
+            BlendPixel(kBlendScreen, c.source, &pixel);
+            for (int i = 0; i < 3; ++i)
+                EXPECT_EQ(pixel.channel[i], (precise ? c.precise : c.fast).channel[i]) << precise << i;
+        }
+}
+
+TEST_F(RenderTest, NormalAndAddBlends) {
+    const Tint source{{kOne, 0x80000000, 0}, 0x80000000};
+    WorkingPixel pixel{{1000000, 2000000, 16777215}};
+    BlendPixel(kBlendNormal, source, &pixel);
+    EXPECT_EQ(pixel.channel[0], 499999u + 2147483647u);
+    EXPECT_EQ(pixel.channel[1], 999999u + 1073741824u);
+    EXPECT_EQ(pixel.channel[2], 8388607u);
+    pixel = {{1000000, 3500000000u, 16777215}};
+    BlendPixel(kBlendAdd, source, &pixel);
+    EXPECT_EQ(pixel.channel[0], 1000000u + 2147483647u);
+    EXPECT_EQ(pixel.channel[1], 278774528u); // past 2^32: not clamped
+    EXPECT_EQ(pixel.channel[2], 16777215u);
+}
+
+TEST_F(RenderTest, UnknownBlendModeIsReportedAndChangesNothing) {
+    WorkingPixel pixel{{1, 2, 3}};
+    BlendPixel(0x73637272, Tint{{kOne, kOne, kOne}, kOne}, &pixel);
+    EXPECT_EQ(pixel.channel[0] + pixel.channel[1] + pixel.channel[2], 6u);
+    const auto reports = TakeReports();
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].record.line, 249u);
+    EXPECT_EQ(reports[0].record.kind, kDebugMessage);
+    EXPECT_EQ(reports[0].title, "Debug:  Unexpected Error");
+    EXPECT_EQ(reports[0].message, "Blending mode not implemented.");
+}
+
+TEST_F(RenderTest, SaturationMovesEveryChannelFromTheOldColour) {
+    const struct {
+        uint32_t before[3];
+        int32_t saturation;
+        uint32_t after[3];
+    } cases[] = {
+        {{3000000000u, 2000000001u, 1000000000u}, 0, {3000000000u, 2000000001u, 1000000000u}},
+        {{3000000000u, 2000000001u, 1000000000u}, 30, {4294967294u, 2000000004u, 0}},
+        {{3000000000u, 2000000001u, 1000000000u}, -30, {2700000000u, 2000000001u, 1300000000u}},
+        {{3000000000u, 2000000001u, 1000000000u}, -100, {2000000000u, 2000000001u, 2000000000u}},
+        {{3000000000u, 2900000001u, 2800000000u}, 2, {3030000000u, 2900000001u, 2770000000u}},
+        {{10, 11, 13}, -37, {10, 11, 13}},
+        {{4294967294u, 0, 0}, 100, {4294967294u, 0, 0}},
+    };
+    for (const auto &c : cases) {
+        LightSource source = MakeSource(0, 0);
+        source.Red = c.before[0];
+        source.Green = c.before[1];
+        source.Blue = c.before[2];
+        const Tint tint = MakeSourceTint(source, c.saturation, 77);
+        EXPECT_EQ(tint.value, 77u);
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(tint.channel[i], c.after[i]) << c.saturation << " channel " << i;
+    }
+}
+
+// Lays one opaque or nearly invisible entry on pixel (5, 5).
+constexpr uint32_t kHalfAlpha = 0x800000; // strength whose alpha is a half
+
+bool BuildOneEntry(StarStamp *stamp, int32_t, int32_t) {
+    const uint32_t factor[3] = {kOne, kOne, kOne};
+    return AppendStampEntry(stamp, 0, 0, factor, kHalfAlpha, 1024);
+}
+
+class DepthTest : public RenderTest {
+protected:
+    void TearDown() override {
+        FreeStamp(&set.stamps[0]);
+        RenderTest::TearDown();
+    }
+    void Lay(TestImage *image, const Tint &tint) {
+        ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, tint, image->buffer.bounds, &image->buffer));
+    }
+    StampSet set{{}, BuildOneEntry};
+    const Tint white{{kOne, kOne, kOne}, kOne};
+    const Tint red{{kOne, 0, 0}, kOne};
+};
+
+TEST_F(DepthTest, HalfWhiteOnBlackIsHalfGreyInEveryDepth) {
+    const IntRect bounds{3, 2, 13, 12};
+    TestImage bytes(kModeRgb8, 1, bounds), words(kModeRgb16, 0, bounds), floats(kModeRgb32, 0, bounds);
+    Lay(&bytes, white);
+    Lay(&words, white);
+    Lay(&floats, white);
+    for (int plane = 0; plane < 3; ++plane) {
+        EXPECT_EQ(bytes.At<uint8_t>(plane, 5, 5), 127);
+        EXPECT_EQ(words.At<uint16_t>(plane, 5, 5), 16384);
+        EXPECT_NEAR(floats.At<float>(plane, 5, 5), 0.5f, 1e-6f);
+        EXPECT_EQ(bytes.At<uint8_t>(plane, 6, 5), 0);
+    }
+    EXPECT_EQ(bytes.At<uint8_t>(3, 5, 5), 0); // transparency is not a colour
+}
+
+TEST_F(DepthTest, GreyTakesTheMeanOfTheBlendedChannels) {
+    const IntRect bounds{0, 0, 8, 8};
+    TestImage bytes(kModeGray8, 0, bounds), words(kModeGray16, 1, bounds), floats(kModeGray32, 0, bounds);
+    Lay(&bytes, red);
+    Lay(&words, red);
+    Lay(&floats, red);
+    EXPECT_EQ(bytes.At<uint8_t>(0, 5, 5), 42); // a third of 127.5
+    EXPECT_EQ(words.At<uint16_t>(0, 5, 5), 5461);
+    EXPECT_EQ(words.At<uint16_t>(1, 5, 5), 0);
+    EXPECT_NEAR(floats.At<float>(0, 5, 5), 1.0f / 6.0f, 1e-6f);
+}
+
+TEST_F(DepthTest, WhiteStaysWhite) {
+    const IntRect bounds{0, 0, 8, 8};
+    for (const bool precise : {true, false}) {
+        gPreciseMode = precise;
+        TestImage bytes(kModeRgb8, 0, bounds), words(kModeRgb16, 0, bounds);
+        for (int plane = 0; plane < 3; ++plane) {
+            bytes.At<uint8_t>(plane, 5, 5) = 255;
+            words.At<uint16_t>(plane, 5, 5) = 32768;
+        }
+        Lay(&bytes, red);
+        Lay(&words, red);
+        EXPECT_EQ(bytes.At<uint8_t>(0, 5, 5), 255);
+        EXPECT_EQ(bytes.At<uint8_t>(2, 5, 5), 255);
+        EXPECT_GE(words.At<uint16_t>(1, 5, 5), precise ? 32768 : 32730);
+    }
+}
+
+TEST_F(DepthTest, FloatHighlightsAreKeptAndOddValuesBecomeNumbers) {
+    const float infinity = std::numeric_limits<float>::infinity();
+    const float kept[] = {1.0f, 1.5f, 70000.0f, infinity};
+    const float replaced[] = {std::numeric_limits<float>::quiet_NaN(), -infinity, -3.0f};
+    for (const int32_t mode : {kModeRgb32, kModeGray32}) {
+        TestImage image(mode, 0, {0, 0, 8, 8});
+        for (const float value : kept) {
+            image.At<float>(0, 5, 5) = value;
+            Lay(&image, red);
+            EXPECT_EQ(image.At<float>(0, 5, 5), value);
+        }
+        for (const float value : replaced) {
+            image.At<float>(0, 5, 5) = value;
+            Lay(&image, white);
+            EXPECT_NEAR(image.At<float>(0, 5, 5), 0.5f, 1e-6f); // counts as black
+        }
+    }
+}
+
+TEST_F(DepthTest, EntriesOutsideTheTargetOrTooFaintAreLeft) {
+    TestImage image(kModeRgb8, 0, {0, 0, 8, 8});
+    const auto before = image.Bytes();
+    ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, white, {0, 0, 5, 8}, &image.buffer));
+    ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, white, {6, 0, 8, 8}, &image.buffer));
+    ASSERT_TRUE(LayStamp(&set, {-1, 5, 0, 0}, white, {-10, -10, 18, 18}, &image.buffer));
+    ASSERT_TRUE(LayStamp(&set, {0x7FFFFFFF, -0x7FFFFFFF, 0, 0}, white, image.buffer.bounds, &image.buffer));
+    Tint faint = white;
+    faint.value = 4176000; // strength just below half the floor
+    ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, faint, image.buffer.bounds, &image.buffer));
+    EXPECT_EQ(image.Bytes(), before);
+}
+
+} // namespace
