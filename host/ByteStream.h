@@ -21,6 +21,8 @@ void AppendNumber(Bytes &bytes, Number number, ByteOrder order = ByteOrder::kLit
         bytes.push_back(raw[order == ByteOrder::kLittle ? i : sizeof(number) - 1 - i]);
 }
 
+void AppendBytes(Bytes &bytes, const void *from, size_t count);
+
 // The number at `at`, which the caller has checked to be in bounds.
 template <typename Number> Number NumberAt(const uint8_t *at, ByteOrder order = ByteOrder::kLittle) {
     uint8_t raw[sizeof(Number)];

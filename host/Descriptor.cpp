@@ -88,7 +88,7 @@ std::vector<uint8_t> PackDescriptor(const Descriptor &descriptor) {
         AppendNumber(bytes, value.integer);
         AppendNumber(bytes, value.real);
         AppendNumber(bytes, static_cast<uint32_t>(value.bytes.size()));
-        bytes.insert(bytes.end(), value.bytes.begin(), value.bytes.end());
+        AppendBytes(bytes, value.bytes.data(), value.bytes.size());
     }
     return bytes;
 }
