@@ -27,15 +27,8 @@ bool IsLocalMaximum(const AnalysisImage &image, Pixel at) {
     return true;
 }
 
-// Whether the pixel lies within a light source of the worker's table; quarters do not count.
 bool IsAlreadyFound(const LightSourceTable &table, Pixel at) {
-    for (uint32_t i = 0; i < table.Count; ++i) {
-        const LightSource &source = table.records[i];
-        const int64_t dx = int64_t{source.X} - at.x, dy = int64_t{source.Y} - at.y;
-        if (dx * dx + dy * dy <= source.RadiusSquared)
-            return true;
-    }
-    return false;
+    return IsInsideLightSource(table, at.x, at.y);
 }
 
 // Measures the profile at a pixel, takes a flat area out of detection, and replaces radii that stand out by

@@ -2,6 +2,7 @@
 
 #include "diag/BufferUsage.h"
 #include "engine/FixedPoint.h"
+#include "engine/LightSourceGrid.h"
 
 #include <algorithm>
 #include <cmath>
@@ -40,8 +41,9 @@ bool IsSamePosition(const LightSource &source, const LightSourcePosition &p) {
 }
 
 bool HasSourceAt(const LightSourceTable &table, const LightSourcePosition &position) {
-    return std::any_of(table.records, table.records + table.Count,
-                       [&position](const LightSource &source) { return IsSamePosition(source, position); });
+    return VisitNearbySources(table, position.X, position.Y, 0, [&position](const LightSource &source) {
+        return IsSamePosition(source, position);
+    });
 }
 
 // Quarters do not count.
@@ -58,15 +60,16 @@ bool Overlaps(const LightSource &source, const LightSourcePosition &position, in
 bool ClearTheWay(LightSourceTable *table, const LightSourcePosition &position, int32_t radiusSquared,
                  bool enabled) {
     bool blocked = false;
-    for (uint32_t i = 0; i < table->Count; ++i) {
-        LightSource *source = &table->records[i];
-        if (!Overlaps(*source, position, radiusSquared))
-            continue;
-        if (enabled && radiusSquared > source->RadiusSquared)
-            source->State = 0;
+    const auto clear = [&](LightSource &source) {
+        if (!Overlaps(source, position, radiusSquared))
+            return false;
+        if (enabled && radiusSquared > source.RadiusSquared)
+            source.State = 0;
         else
             blocked = true;
-    }
+        return false; // the others are hidden all the same
+    };
+    VisitNearbySources(*table, position.X, position.Y, ReachOfSquare(radiusSquared), clear);
     return blocked;
 }
 
@@ -127,7 +130,15 @@ HostResult AddLightSource(LightSourceTable *table, const LightSourcePosition &po
     source->Aux = -1;
     source->State = enabled ? 1 : 0;
     source->SavedState = 1;
+    EnterIntoGrid(table, table->Count - 1);
     return kNoError;
+}
+
+bool IsInsideLightSource(const LightSourceTable &table, int32_t x, int32_t y) {
+    return VisitNearbySources(table, x, y, 0, [x, y](const LightSource &source) {
+        const int64_t dx = int64_t{source.X} - x, dy = int64_t{source.Y} - y;
+        return dx * dx + dy * dy <= source.RadiusSquared;
+    });
 }
 
 HostResult MergeWorkerTable(const LightSourceTable &workerTable, const AnalysisImage &image,
@@ -149,6 +160,7 @@ void RankLightSources(const std::atomic<uint8_t> &tableCancel) {
     if (tableCancel.load(std::memory_order_relaxed))
         return;
     LightSourceTable &table = *gLightSourceTable;
+    FreeLightSourceGrid(&table); // it does not follow the sorting
     const uint32_t largest = LargestVisibleChannel(table);
     for (uint32_t i = 0; i < table.Count; ++i)
         NormalizeSource(&table.records[i], largest);
@@ -163,6 +175,7 @@ LightSourceTableView GetLightSourceTable() {
 }
 
 void FreeTableRecords(LightSourceTable *table) {
+    FreeLightSourceGrid(table);
     CountedFree(table->records, table->allocatedBytes);
     *table = LightSourceTable{};
 }

@@ -26,27 +26,34 @@ struct LightSourcePosition {
     int32_t X, XQuarter, Y, YQuarter;
 };
 
-// Owner of `records`: the table; FreeTableRecords releases them.
+struct LightSourceGrid;
+
+// Owner of `records` and `grid`: the table; FreeTableRecords releases them.
 struct LightSourceTable {
     uint32_t Count;
     LightSource *records;
     size_t allocatedBytes;
+    LightSourceGrid
+        *grid; // finds sources near a point while the table is filled; null: every source is looked at
 };
 
-// The one global table. Written by the initialization task after its workers have ended; read by other threads only
-// after the task's completion event. Hide Effects changes it on the dialog's thread.
+// The one global table. Written by the initialization task after its workers have ended; read by other
+// threads only after the task's completion event. Hide Effects changes it on the dialog's thread.
 extern LightSourceTable *gLightSourceTable;
 
-// Adds a source by the add rule: an exact duplicate or an overlapped smaller source is silently not added. Returns
-// kNoError, or kMemFullErr when the table cannot grow (it is then unchanged).
+// Adds a source by the add rule: an exact duplicate or an overlapped smaller source is silently not added.
+// Returns kNoError, or kMemFullErr when the table cannot grow (it is then unchanged).
 HostResult AddLightSource(LightSourceTable *table, const LightSourcePosition &position, float radiusSquared,
                           uint32_t red, uint32_t green, uint32_t blue, bool enabled);
+// Whether a pixel lies within a source of the table: its distance from the centre, quarters left aside, is
+// not above the radius.
+bool IsInsideLightSource(const LightSourceTable &table, int32_t x, int32_t y);
 // Adds the worker's selected, normal sources to the global table, scaled to document pixels. Stops early when
 // *tableCancel is set.
 HostResult MergeWorkerTable(const LightSourceTable &workerTable, const AnalysisImage &image,
                             const std::atomic<uint8_t> &tableCancel);
-// Normalises the colours, sets Brightness and sorts the global table, brightest first; equal ones keep their order.
-// Does nothing when *tableCancel is set at the start.
+// Normalises the colours, sets Brightness and sorts the global table, brightest first; equal ones keep their
+// order. Does nothing when *tableCancel is set at the start.
 void RankLightSources(const std::atomic<uint8_t> &tableCancel);
 
 struct LightSourceTableView {
@@ -66,12 +73,12 @@ inline bool IsLightSourceSelected(const LightSource &source, uint32_t cutLevel) 
 
 // Hide Effects modes.
 constexpr int32_t kHideEffect = 0, kRestoreHidden = 1, kForceEffect = 2, kRestoreForced = 3;
-// Changes the nearest eligible source within reach of the point (document pixels). Returns its index, or -1 when
-// nothing was close enough.
+// Changes the nearest eligible source within reach of the point (document pixels). Returns its index, or -1
+// when nothing was close enough.
 int32_t SetLightSourceStateAt(int32_t x, int32_t y, double zoomPercent, int32_t mode);
 // Changes every eligible source whose (X, Y) lies in the rectangle. Returns how many changed.
 int32_t SetLightSourceStatesInRect(const IntRect &rect, int32_t mode);
 
-// The viewer's text, a line a call: first = true restarts and gives the count line, then one line a source, then
-// null. The text stays valid until the next call. One thread at a time.
+// The viewer's text, a line a call: first = true restarts and gives the count line, then one line a source,
+// then null. The text stays valid until the next call. One thread at a time.
 const char *FormatLightSourceTableLine(bool first);

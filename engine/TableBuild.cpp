@@ -2,6 +2,7 @@
 
 #include "diag/BufferUsage.h"
 #include "engine/FixedPoint.h"
+#include "engine/LightSourceGrid.h"
 #include "engine/WorkerContext.h"
 
 #include <algorithm>
@@ -53,6 +54,7 @@ void ResetTableBuild(const std::atomic<uint8_t> *cancel, const ImageLock &imageL
     build->shared.rowsDone = 0;
     build->shared.rowsTotal = 0;
     build->hooks = hooks;
+    build->documentBounds = IntRect{};
     build->workers = nullptr;
     build->workerCount = 0;
 }
@@ -66,6 +68,7 @@ HostResult PrepareTableBuild(const ImageBuffer &image, int32_t workers, TableBui
     const HostResult prepared = PrepareAnalysisImage(image, *build->shared.cancel, &build->shared.image);
     if (prepared != kNoError)
         return prepared;
+    build->documentBounds = image.bounds;
     const IntRect &bounds = build->shared.image.bounds;
     build->shared.rowsTotal = static_cast<uint32_t>(bounds.bottom - bounds.top);
     build->shared.rowsDone = 0;
@@ -74,6 +77,8 @@ HostResult PrepareTableBuild(const ImageBuffer &image, int32_t workers, TableBui
 }
 
 HostResult MergeAndRank(const TableBuild &build, const std::atomic<uint8_t> &tableCancel) {
+    AttachLightSourceGrid(build.documentBounds,
+                          static_cast<int32_t>(kGridCellSize * build.shared.image.scale), gLightSourceTable);
     for (int32_t i = 0; i < build.workerCount; ++i) {
         if (IsCancelled(build))
             return kUserCanceledErr;

@@ -18,6 +18,7 @@ struct WorkerHooks {
 struct TableBuild {
     DetectionShared shared;
     WorkerHooks hooks;
+    IntRect documentBounds; // of the image
     WorkerContext *workers; // kMaxWorkers of them, the first workerCount in use
     int32_t workerCount;
 };

@@ -2,6 +2,7 @@
 
 #include "diag/BufferUsage.h"
 #include "diag/ErrorReport.h"
+#include "engine/LightSourceGrid.h"
 
 #include <cstring>
 
@@ -72,8 +73,10 @@ HostResult InitializeWorkerContext(uint32_t index, const IntRect &band, Detectio
     worker->band = band;
     worker->shared = shared;
     const HostResult result = AllocateBuffers(worker);
-    if (result == kNoError)
+    if (result == kNoError) {
         FillShapes(worker);
+        AttachLightSourceGrid(shared->image.bounds, kGridCellSize, &worker->table);
+    }
     return result;
 }
 
