@@ -3,6 +3,7 @@
 #include "diag/ErrorReport.h"
 #include "storage/AppFolders.h"
 #include "storage/AtomicFile.h"
+#include "storage/WidePath.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -20,7 +21,7 @@ constexpr size_t kVersionWords = 4;
 
 constexpr uint32_t kSiteOpen = 61, kSiteRead = 70, kSiteVersion = 96, kSiteRemove = 110, kSiteInvalid = 131,
                    kSiteConverted = 144, kSiteSaveConverted = 149, kSiteObsolete = 163, kSiteNoAccessor = 180,
-                   kSiteCommit = 207, kSitePath = 221;
+                   kSiteCommit = 207, kSitePath = 221, kSiteWiden = 230, kSiteUnreadable = 237;
 
 constexpr ParameterFileTexts kInitialSettingsTexts = {
     "Warning - Failed to Read Initial Settings Parameters",
@@ -30,6 +31,7 @@ constexpr ParameterFileTexts kInitialSettingsTexts = {
     "Your Initial Settings Parameter Set file was saved in an obsolete format and is being deleted.  "
     "Parameters will "
     "be set to defaults.",
+    nullptr,
 };
 
 struct FileVersion {
@@ -58,6 +60,14 @@ void ReportDebug(uint32_t site, const char *message) {
     ReportError({site, kDebugMessage, 0}, kStopIcon, kTitleUnexpected, "%s", message);
 }
 
+bool WidenReported(const char *path, WidePath *wide) {
+    if (WidenPath(path, wide))
+        return true;
+    ReportError({kSiteWiden, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                "MultiByteToWideChar() failed with FilePath = '%s'", path);
+    return false;
+}
+
 // Reads up to a whole block; what is missing stays 0. A read that the system refuses is told from an empty
 // file: a file that another program has locked is not an invalid one.
 ParameterFileState ReadBlock(FILE *file, ParameterBlock *block, size_t *bytesRead) {
@@ -71,21 +81,24 @@ ParameterFileState ReadBlock(FILE *file, ParameterBlock *block, size_t *bytesRea
     return ferror(file) ? kFileUnreadable : kFileInvalid;
 }
 
-void DeleteParameterFile(const char *path) {
-    if (remove(path) != 0)
-        ReportError({kSiteRemove, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
-                    "_tremove() failed with error = '%d'. File to be deleted was '%s'", errno, path);
+void DeleteParameterFile(const wchar_t *path) {
+    if (_wremove(path) == 0)
+        return;
+    const int error = errno;
+    ReportError({kSiteRemove, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                "_tremove() failed with error = '%d'. File to be deleted was '%s'", error,
+                DescribePath(path).text);
 }
 
-void DropInvalidFile(const char *path, const ParameterFileTexts &texts) {
+void DropInvalidFile(const wchar_t *path, const ParameterFileTexts &texts) {
     ReportError({kSiteInvalid, kUserMessage, 0}, kWarningIcon, texts.failureTitle,
-                "Your Parameter Set file '%s' is invalid and is being deleted.\r\n", path);
+                "Your Parameter Set file '%s' is invalid and is being deleted.\r\n", DescribePath(path).text);
     DeleteParameterFile(path);
 }
 
-void DropObsoleteFile(const char *path, const ParameterFileTexts &texts, const FileVersion &version) {
+void DropObsoleteFile(const wchar_t *path, const ParameterFileTexts &texts, const FileVersion &version) {
     char text[kMaxPath + 200];
-    snprintf(text, sizeof text, texts.obsoleteFormat, path);
+    snprintf(text, sizeof text, texts.obsoleteFormat, DescribePath(path).text);
     ReportError(
         {kSiteObsolete, kUserMessage, 0}, kWarningIcon, texts.failureTitle,
         "%s\r\n\r\nFile Version: Major Version = '%d', Minor Version = '%d', Revision = '%d', Build = '%d'",
@@ -93,17 +106,25 @@ void DropObsoleteFile(const char *path, const ParameterFileTexts &texts, const F
     DeleteParameterFile(path);
 }
 
-void SaveConvertedFile(const char *path, const ParameterFileTexts &texts, const ParameterBlock &converted) {
+// For the initial settings a file that cannot be read is a matter of the log alone.
+void TellUnreadable(const wchar_t *path, const ParameterFileTexts &texts) {
+    if (texts.unreadableFormat)
+        ReportError({kSiteUnreadable, kUserMessage, 0}, kWarningIcon, texts.failureTitle,
+                    texts.unreadableFormat, DescribePath(path).text);
+}
+
+void SaveConvertedFile(const wchar_t *path, const ParameterFileTexts &texts,
+                       const ParameterBlock &converted) {
     ReportError({kSiteConverted, kUserMessage, 0}, kInformationIcon, "Parameter Set Conversion",
-                texts.convertedFormat, path);
+                texts.convertedFormat, DescribePath(path).text);
     if (!SaveParametersFile(converted, path))
         ReportError({kSiteSaveConverted, kUserMessage, 0}, kWarningIcon,
                     "Warning - Parameter Set Conversion Failed",
-                    "The converted Parameter Set file '%s' could not be saved.", path);
+                    "The converted Parameter Set file '%s' could not be saved.", DescribePath(path).text);
 }
 
 // No layout before the current one can be converted; the way is kept for layouts to come.
-bool ConvertFile(const char *path, const ParameterFileTexts &texts, ParameterBlock *block) {
+bool ConvertFile(const wchar_t *path, const ParameterFileTexts &texts, ParameterBlock *block) {
     const uintptr_t result = gParameterBlockAccessor(kConvertBlock, block);
     ParameterBlock *converted = reinterpret_cast<ParameterBlock *>(result);
     if (!converted)
@@ -116,13 +137,14 @@ bool ConvertFile(const char *path, const ParameterFileTexts &texts, ParameterBlo
 
 } // namespace
 
-ParameterFileState LoadParameterStructure(const char *path, ParameterBlock *block) {
-    FILE *file = fopen(path, "rb");
+ParameterFileState LoadParameterStructure(const wchar_t *path, ParameterBlock *block) {
+    FILE *file = _wfopen(path, L"rb");
     if (!file) {
-        if (errno == ENOENT)
+        const int error = errno;
+        if (error == ENOENT)
             return kFileMissing;
         ReportError({kSiteOpen, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
-                    "_tfopen() failed with errno = '%d' and FilePath = '%s'", errno, path);
+                    "_tfopen() failed with errno = '%d' and FilePath = '%s'", error, DescribePath(path).text);
         return kFileUnreadable;
     }
     ParameterBlock read = {};
@@ -137,11 +159,20 @@ ParameterFileState LoadParameterStructure(const char *path, ParameterBlock *bloc
     return kFileRead;
 }
 
+ParameterFileState LoadParameterStructure(const char *path, ParameterBlock *block) {
+    WidePath wide;
+    return WidenReported(path, &wide) ? LoadParameterStructure(wide.text, block) : kFileUnreadable;
+}
+
+bool SaveParametersFile(const ParameterBlock &block, const wchar_t *path) {
+    return WriteFileAtomically(path, block.bytes, sizeof block.bytes);
+}
+
 bool SaveParametersFile(const ParameterBlock &block, const char *path) {
     return WriteFileAtomically(path, block.bytes, sizeof block.bytes);
 }
 
-bool ReadParameterFile(const char *path, const ParameterFileTexts &texts, ParameterBlock *block) {
+bool ReadParameterFile(const wchar_t *path, const ParameterFileTexts &texts, ParameterBlock *block) {
     if (!IdentityBlock()) {
         // Without the current version to compare with, a good file would be taken for an obsolete one.
         ReportDebug(kSiteNoAccessor, "The parameter block accessor is missing.");
@@ -151,6 +182,8 @@ bool ReadParameterFile(const char *path, const ParameterFileTexts &texts, Parame
     const ParameterFileState state = LoadParameterStructure(path, &read);
     if (state == kFileInvalid)
         DropInvalidFile(path, texts);
+    else if (state != kFileRead)
+        TellUnreadable(path, texts);
     if (state != kFileRead)
         return false;
     if (!IsCurrentVersion(read)) {
@@ -168,8 +201,9 @@ bool ReadParameterFile(const char *path, const ParameterFileTexts &texts, Parame
 }
 
 bool ReadInitialSettings(const char *path) {
+    WidePath wide;
     ParameterBlock block;
-    if (!ReadParameterFile(path, kInitialSettingsTexts, &block))
+    if (!WidenReported(path, &wide) || !ReadParameterFile(wide.text, kInitialSettingsTexts, &block))
         return false;
     if (gParameterBlockAccessor(kCommitBlock, &block) == 1)
         return true;

@@ -17,21 +17,24 @@ enum ParameterFileState : uint32_t {
 };
 
 // The block is changed only for kFileRead. Reports are for the log only.
+ParameterFileState LoadParameterStructure(const wchar_t *path, ParameterBlock *block);
 ParameterFileState LoadParameterStructure(const char *path, ParameterBlock *block);
 // Replaces the file whole, or leaves it as it was; failures are reported to the log.
+bool SaveParametersFile(const ParameterBlock &block, const wchar_t *path);
 bool SaveParametersFile(const ParameterBlock &block, const char *path);
 
 // What ReadParameterFile tells the user about one sort of file.
 struct ParameterFileTexts {
-    const char *failureTitle;    // of the messages about an invalid or obsolete file
-    const char *convertedFormat; // takes the path
-    const char *obsoleteFormat;  // takes the path, or nothing; the version words follow it
+    const char *failureTitle;     // of the messages about an invalid or obsolete file
+    const char *convertedFormat;  // takes the path
+    const char *obsoleteFormat;   // takes the path, or nothing; the version words follow it
+    const char *unreadableFormat; // of a file that stays; takes the path. Null: the user is not told
 };
 
 // Reads a file of the current version, or converts an older one and saves it again. A file that is invalid,
 // or obsolete without a conversion, is deleted, and the user is told. One that cannot be opened or read
 // stays. False, with the block unchanged, when there is no block. Needs the accessor.
-bool ReadParameterFile(const char *path, const ParameterFileTexts &texts, ParameterBlock *block);
+bool ReadParameterFile(const wchar_t *path, const ParameterFileTexts &texts, ParameterBlock *block);
 
 // Reads the initial-settings file and commits it. False when the current set was not changed.
 bool ReadInitialSettings(const char *path);

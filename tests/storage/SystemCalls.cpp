@@ -41,14 +41,21 @@ BOOL WINAPI InitSection(LPCRITICAL_SECTION section, DWORD spinCount) {
     return MustFail("InitializeCriticalSectionAndSpinCount") ? FALSE : real(section, spinCount);
 }
 
-UINT WINAPI TempName(LPCSTR folder, LPCSTR prefix, UINT unique, LPSTR name) {
-    static const auto real = Real<decltype(TempName)>("kernel32.dll", "GetTempFileNameA");
+UINT WINAPI TempName(LPCWSTR folder, LPCWSTR prefix, UINT unique, LPWSTR name) {
+    static const auto real = Real<decltype(TempName)>("kernel32.dll", "GetTempFileNameW");
     return MustFail("GetTempFileName") ? 0 : real(folder, prefix, unique, name);
 }
 
 HANDLE WINAPI OpenOrCreate(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
                            DWORD disposition, DWORD attributes, HANDLE model) {
     static const auto real = Real<decltype(OpenOrCreate)>("kernel32.dll", "CreateFileA");
+    return MustFail("CreateFile") ? INVALID_HANDLE_VALUE
+                                  : real(path, access, share, security, disposition, attributes, model);
+}
+
+HANDLE WINAPI OpenOrCreateWide(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
+                               DWORD disposition, DWORD attributes, HANDLE model) {
+    static const auto real = Real<decltype(OpenOrCreateWide)>("kernel32.dll", "CreateFileW");
     return MustFail("CreateFile") ? INVALID_HANDLE_VALUE
                                   : real(path, access, share, security, disposition, attributes, model);
 }
@@ -74,8 +81,8 @@ BOOL WINAPI Close(HANDLE handle) {
     return !MustFail("CloseHandle");
 }
 
-BOOL WINAPI Move(LPCSTR from, LPCSTR to, DWORD flags) {
-    static const auto real = Real<decltype(Move)>("kernel32.dll", "MoveFileExA");
+BOOL WINAPI Move(LPCWSTR from, LPCWSTR to, DWORD flags) {
+    static const auto real = Real<decltype(Move)>("kernel32.dll", "MoveFileExW");
     return MustFail("MoveFileEx") ? FALSE : real(from, to, flags);
 }
 
@@ -105,12 +112,13 @@ int WINAPI CreateFolders(HWND window, LPCSTR path, const SECURITY_ATTRIBUTES *se
 extern "C" {
 decltype(&KeepMessageBox) __imp_MessageBoxA = KeepMessageBox;
 decltype(&InitSection) __imp_InitializeCriticalSectionAndSpinCount = InitSection;
-decltype(&TempName) __imp_GetTempFileNameA = TempName;
+decltype(&TempName) __imp_GetTempFileNameW = TempName;
 decltype(&OpenOrCreate) __imp_CreateFileA = OpenOrCreate;
+decltype(&OpenOrCreateWide) __imp_CreateFileW = OpenOrCreateWide;
 decltype(&Write) __imp_WriteFile = Write;
 decltype(&Flush) __imp_FlushFileBuffers = Flush;
 decltype(&Close) __imp_CloseHandle = Close;
-decltype(&Move) __imp_MoveFileExA = Move;
+decltype(&Move) __imp_MoveFileExW = Move;
 decltype(&FolderPath) __imp_SHGetFolderPathA = FolderPath;
 decltype(&CreateFolders) __imp_SHCreateDirectoryExA = CreateFolders;
 }
