@@ -4,6 +4,6 @@ brillatrix_test(diag_tests LIBS diag
             diag/LogTest.cpp diag/TestVersion.rc storage/TemporaryFolder.cpp storage/SystemCalls.cpp)
 target_link_options(diag_tests PRIVATE -Wl,--wrap=malloc)
 brillatrix_test(storage_tests LIBS recording_diag storage
-    SOURCES storage/AppFoldersTest.cpp storage/AtomicFileTest.cpp storage/ParameterFilesTest.cpp
+    SOURCES storage/AppFoldersTest.cpp storage/AtomicFileTest.cpp storage/ParameterFilesTest.cpp storage/ParameterSetFilesTest.cpp
             storage/UISettingsTest.cpp storage/TemporaryFolder.cpp storage/SystemCalls.cpp)
 target_link_options(storage_tests PRIVATE -Wl,--wrap=fread)

@@ -23,18 +23,18 @@ constexpr uint32_t kSiteOpenDialog = 412, kSiteLoad = 425, kSiteSaveDialog = 458
                    kSiteMakeBlock = 476, kSiteName = 503;
 
 struct FileDialogKind {
-    BOOL(WINAPI *show)(OPENFILENAMEW *);
+    bool saves;
     const wchar_t *verb; // first word of the title
     DWORD flags;
     const char *callName; // in reports
     uint32_t site;
 };
 
-const FileDialogKind kOpenDialog = {GetOpenFileNameW, L"Load", OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST,
-                                    "GetOpenFileName", kSiteOpenDialog};
-const FileDialogKind kSaveDialog = {GetSaveFileNameW, L"Save",
-                                    OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_NOREADONLYRETURN,
-                                    "GetSaveFileName", kSiteSaveDialog};
+constexpr FileDialogKind kOpenDialog = {false, L"Load", OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST,
+                                        "GetOpenFileName", kSiteOpenDialog};
+constexpr FileDialogKind kSaveDialog = {true, L"Save",
+                                        OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_NOREADONLYRETURN,
+                                        "GetSaveFileName", kSiteSaveDialog};
 
 // False when the user cancelled or the dialog failed, which is reported. The host's current folder stays.
 bool PickParameterFile(HWND dialog, const FileDialogKind &kind, const WidePath &folder, WidePath *path) {
@@ -52,7 +52,7 @@ bool PickParameterFile(HWND dialog, const FileDialogKind &kind, const WidePath &
     request.lpstrTitle = title;
     request.lpstrDefExt = kExtension;
     request.Flags = OFN_EXPLORER | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | kind.flags;
-    if (kind.show(&request)) {
+    if (kind.saves ? GetSaveFileNameW(&request) : GetOpenFileNameW(&request)) {
         *path = picked;
         return true;
     }
