@@ -7,6 +7,7 @@ namespace host {
 // The module whose boxes are caught. The hooks carry no context, so there is one.
 static ImportHooks gBoxHooks;
 static BoxHandler gBoxHandler;
+static bool gDescribesDialogs = false;
 
 static intptr_t HandleBox(const ShownBox &box) {
     return gBoxHandler ? gBoxHandler(box) : IDOK;
@@ -42,13 +43,14 @@ static BOOL CALLBACK AddStaticText(HWND control, LPARAM parameter) {
     return TRUE;
 }
 
-// Builds the dialog without showing it, to learn what it would have said.
 static intptr_t CatchDialog(HINSTANCE instance, LPCWSTR name, DLGPROC procedure, LPARAM parameter) {
     ShownBox box;
     box.isDialog = true;
     box.dialogName =
         IS_INTRESOURCE(name) ? std::string("#").append(std::to_string(LOWORD(name))) : ToUtf8(name);
-    if (const HWND dialog = CreateDialogParamW(instance, name, nullptr, procedure, parameter)) {
+    const HWND dialog =
+        gDescribesDialogs ? CreateDialogParamW(instance, name, nullptr, procedure, parameter) : nullptr;
+    if (dialog) {
         box.title = WindowText(dialog);
         EnumChildWindows(dialog, AddStaticText, reinterpret_cast<LPARAM>(&box.text));
         DestroyWindow(dialog);
@@ -68,9 +70,10 @@ static INT_PTR WINAPI CatchDialogBoxA(HINSTANCE instance, LPCSTR name, HWND, DLG
     return CatchDialog(instance, FromLocal(name).c_str(), procedure, parameter);
 }
 
-void CatchBoxes(HMODULE module, BoxHandler handler) {
+void CatchBoxes(HMODULE module, BoxHandler handler, bool describeDialogs) {
     ReleaseBoxes();
     gBoxHandler = std::move(handler);
+    gDescribesDialogs = describeDialogs;
     ReplaceImport(module, nullptr, "MessageBoxA", CatchMessageBoxA, &gBoxHooks);
     ReplaceImport(module, nullptr, "MessageBoxW", CatchMessageBoxW, &gBoxHooks);
     ReplaceImport(module, nullptr, "DialogBoxParamA", CatchDialogBoxA, &gBoxHooks);

@@ -22,7 +22,7 @@ struct ShownBox {
 // Gets every box of the module from now on, on the thread that shows it, and answers what the module's call
 // returns (IDOK, IDCANCEL, -1 ...). One module at a time.
 using BoxHandler = std::function<intptr_t(const ShownBox &box)>;
-void CatchBoxes(HMODULE module, BoxHandler handler);
+void CatchBoxes(HMODULE module, BoxHandler handler, bool describeDialogs = false);
 // Call before the module is unloaded.
 void ReleaseBoxes();
 
