@@ -3,6 +3,7 @@ brillatrix_test(reference_tests
     SOURCES
         reference/ArithmeticTest.cpp
         reference/Cases.cpp
+        reference/DetectPartsTest.cpp
         reference/DetectTest.cpp
         reference/NightScene.cpp
         reference/ReferenceBlend.cpp

@@ -31,10 +31,11 @@ protected:
 };
 
 std::string Describe(const ImageBuffer &image) {
-    return "mode " + std::to_string(image.imageMode) + " transparency " +
-           std::to_string(image.transparencyPlanes) + (image.mask ? " masked " : " ") +
-           std::to_string(image.width) + "x" + std::to_string(image.height) + " at " +
-           std::to_string(image.bounds.left) + "," + std::to_string(image.bounds.top);
+    char text[120];
+    std::snprintf(text, sizeof text, "mode %d transparency %d %s %dx%d at %d,%d", image.imageMode,
+                  image.transparencyPlanes, image.mask ? "masked" : "unmasked", image.width, image.height,
+                  image.bounds.left, image.bounds.top);
+    return text;
 }
 
 void ExpectSameAnalysis(const AnalysisImage &product, const reference::Analysis &expected) {
@@ -125,7 +126,7 @@ struct Tally {
 };
 
 void CompareTable(const ImageBuffer &image, int32_t workers, Tally *tally) {
-    SCOPED_TRACE(Describe(image) + " workers " + std::to_string(workers));
+    SCOPED_TRACE(testing::Message() << Describe(image) << " workers " << workers);
     ASSERT_EQ(BuildLightSourceTable(image, workers, kNoCancel), kNoError);
     ASSERT_NE(gLightSourceTable, nullptr);
     tally->Take(*gLightSourceTable);

@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
+#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -71,22 +71,27 @@ void RenderProduct(const Scene &scene, const ImageBuffer &image, const IntRect &
 }
 
 std::string Describe(const Scene &scene, const IntRect &target) {
-    std::string text = cases::Describe(scene.context) + "\nmode " + std::to_string(scene.kind.mode) +
-                       " transparency " + std::to_string(scene.kind.transparencyPlanes) + " bounds " +
-                       std::to_string(scene.bounds.left) + "," + std::to_string(scene.bounds.top) +
-                       " target " + std::to_string(target.left) + "," + std::to_string(target.top) + "," +
-                       std::to_string(target.right) + "," + std::to_string(target.bottom);
-    for (const LightSource &source : scene.sources)
-        text += "\n" + cases::Describe(source);
+    char place[160];
+    std::snprintf(place, sizeof place, "\nmode %d transparency %d bounds %d,%d target %d,%d,%d,%d",
+                  scene.kind.mode, scene.kind.transparencyPlanes, scene.bounds.left, scene.bounds.top,
+                  target.left, target.top, target.right, target.bottom);
+    std::string text = cases::Describe(scene.context);
+    text += place;
+    for (const LightSource &source : scene.sources) {
+        text += '\n';
+        text += cases::Describe(source);
+    }
     return text;
 }
 
 // Where a byte of the planes lies.
 std::string Locate(const ImageBuffer &image, int64_t byte) {
     const int64_t sample = byte / image.bytesPerSample, inPlane = sample % image.planeSize;
-    return "plane " + std::to_string(sample / image.planeSize) + " at (" +
-           std::to_string(image.bounds.left + inPlane % image.width) + ", " +
-           std::to_string(image.bounds.top + inPlane / image.width) + ")";
+    char text[80];
+    std::snprintf(text, sizeof text, "plane %d at (%d, %d)", static_cast<int>(sample / image.planeSize),
+                  static_cast<int>(image.bounds.left + inPlane % image.width),
+                  static_cast<int>(image.bounds.top + inPlane / image.width));
+    return text;
 }
 
 void ExpectSamePixels(const ImageBuffer &product, const ImageBuffer &expected) {

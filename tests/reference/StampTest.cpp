@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
 
 namespace {
@@ -54,7 +55,7 @@ std::vector<StampEntry> Sorted(std::vector<StampEntry> entries) {
 }
 
 void CompareStar(const RenderContext &context, int32_t px, int32_t py) {
-    SCOPED_TRACE(cases::Describe(context) + " phase " + std::to_string(px) + ", " + std::to_string(py));
+    SCOPED_TRACE(testing::Message() << cases::Describe(context) << " phase " << px << ", " << py);
     cases::MakeCurrent(context);
     ProductStamp product;
     ASSERT_TRUE(DrawStar(MakeStampContext(context.settings), &product.stamp, px, py));
@@ -64,7 +65,7 @@ void CompareStar(const RenderContext &context, int32_t px, int32_t py) {
 }
 
 void CompareFlare(const RenderContext &context, int32_t px, int32_t py) {
-    SCOPED_TRACE(cases::Describe(context) + " phase " + std::to_string(px) + ", " + std::to_string(py));
+    SCOPED_TRACE(testing::Message() << cases::Describe(context) << " phase " << px << ", " << py);
     cases::MakeCurrent(context);
     ProductStamp product;
     ASSERT_TRUE(DrawFlare(MakeStampContext(context.settings), &product.stamp, px, py));
