@@ -30,7 +30,8 @@ inline void StoreWorking(uint32_t working, float *sample) {
 }
 
 template <typename Sample> Sample *SampleAt(const ImageBuffer &image, int32_t plane, int64_t index) {
-    return reinterpret_cast<Sample *>(image.planes[plane]) + index;
+    void *samples = image.planes[plane]; // aligned: planes hold whole samples
+    return static_cast<Sample *>(samples) + index;
 }
 
 // The pixel at sample `index` of every plane. A grey one has three equal channels.

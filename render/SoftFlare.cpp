@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int32_t kRingStep = 4; // one pixel, in quarter pixels
-constexpr uint64_t kFlareGrowth = 5 * 1024 * 1024;
+constexpr uint64_t kFlareGrowth = uint64_t{5} * 1024 * 1024;
 constexpr uint32_t kFlareMemoSize = 40000; // distances below this are kept
 constexpr uint32_t kFlareOffset = 256;     // taken off every value, so that the flare ends
 constexpr uint32_t kUntinted[3] = {kFractionOne, kFractionOne, kFractionOne};

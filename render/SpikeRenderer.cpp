@@ -16,8 +16,8 @@ constexpr int32_t kPixelStep = 4; // one pixel, in quarter pixels
 
 // By how much the entry array grows at least on the scan toward smaller and toward larger positions; twenty
 // times apart: meant so.
-constexpr uint64_t kGrowthTowardSmaller = 256 * 1024;
-constexpr uint64_t kGrowthTowardLarger = 5 * 1024 * 1024;
+constexpr uint64_t kGrowthTowardSmaller = uint64_t{256} * 1024;
+constexpr uint64_t kGrowthTowardLarger = uint64_t{5} * 1024 * 1024;
 
 constexpr uint32_t kLowMemorySite = 237;
 
