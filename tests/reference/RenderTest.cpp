@@ -34,8 +34,10 @@ Scene PickScene(Random *random, int32_t longest) {
     if (context.precision == reference::Precision::kPrecise)
         context.floor = FloorForBytesPerSample(scene.kind.bytesPerSample);
     const double scale = context.settings.scale / 100.0;
-    const auto left = static_cast<int32_t>(random->Pick(-20, 40)),
-               top = static_cast<int32_t>(random->Pick(-20, 40));
+    // Far from the origin, a rounding of a zoomed position shows.
+    const int64_t furthest = random->Chance(25) ? 30000 : 40;
+    const auto left = static_cast<int32_t>(random->Pick(-20, furthest) * scale);
+    const auto top = static_cast<int32_t>(random->Pick(-20, furthest) * scale);
     scene.bounds = {left, top, left + std::max(1, static_cast<int32_t>(context.width * scale)),
                     top + std::max(1, static_cast<int32_t>(context.height * scale))};
     const IntRect around{static_cast<int32_t>(left / scale) - 15, static_cast<int32_t>(top / scale) - 15,
