@@ -1,4 +1,6 @@
-# The dialog's controls, driven with real messages; no window needs to be seen.
+# The dialog's controls and commands, driven with real messages; no window needs to be seen. UserPrompts.cpp takes the
+# place of the calls that would wait for a person.
 brillatrix_test(ui_tests
     LIBS ui recording_diag
-    SOURCES ui/NumberTextTests.cpp ui/PairDialog.cpp ui/PairPictureTests.cpp ui/ParameterPairTests.cpp ui/WindowPlacementTests.cpp)
+    SOURCES ui/NumberTextTests.cpp ui/PairDialog.cpp ui/PairPictureTests.cpp ui/ParameterPairTests.cpp
+            ui/ParameterSetListTests.cpp ui/UserPrompts.cpp ui/WindowPlacementTests.cpp storage/TemporaryFolder.cpp)

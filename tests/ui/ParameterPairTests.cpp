@@ -1,6 +1,7 @@
 // The pairs in a dialog of their own, driven with the messages of keyboard and mouse, with both generations
 // of the rich edit control.
 #include "tests/ui/PairDialog.h"
+#include "tests/ui/UserPrompts.h"
 #include "ui/DialogMessages.h"
 #include "ui/ParameterEdit.h"
 #include "ui/ParameterTrackbar.h"
@@ -134,13 +135,20 @@ TEST_P(ParameterPairs, HalfTypedTextKeepsTheValue) {
     EXPECT_EQ(TakeChanges(), 0);
 }
 
-TEST_P(ParameterPairs, OtherCharactersAreDropped) {
+TEST_P(ParameterPairs, OtherCharactersBeepAndAreDropped) {
     SetFocus(Edit(kIntensity));
-    TypeText(Edit(kIntensity), "aZ ,%\t\r\x1B\x03\xE4");
+    TakeBeeps();
+    TypeText(Edit(kIntensity), "aZ ,%\xE4");
+    EXPECT_EQ(TakeBeeps(), 6);
+    // What follows Tab, Enter, Esc, Ctrl+C and Ctrl+Backspace is no character of the text, and no mistake
+    // either.
+    TypeText(Edit(kIntensity), "\t\r\x1B\x03\x7F");
+    EXPECT_EQ(TakeBeeps(), 0);
     EXPECT_EQ(EditText(kIntensity), "50");
     EXPECT_EQ(TakeChanges(), 0);
     for (const char *p = "0123456789.-+\b"; *p; ++p)
         EXPECT_TRUE(OnEditCharacter(static_cast<unsigned char>(*p))) << *p;
+    EXPECT_EQ(TakeBeeps(), 0);
 }
 
 TEST_P(ParameterPairs, PastedText) {
