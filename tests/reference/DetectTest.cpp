@@ -151,7 +151,7 @@ TEST_F(Detection, NightScenes) {
 // Wide enough for flat areas to be filled, and for lights of the largest radius.
 TEST_F(Detection, LargeScenes) {
     Tally tally;
-    for (int i = 0; i < cases::Count(8); ++i) {
+    for (int i = 0; i < cases::Count(6); ++i) {
         Random random(73, i);
         const auto flavor = random.OneOf({SceneFlavor::kFlatAreas, SceneFlavor::kDiscs, SceneFlavor::kSpots});
         const int64_t width = random.Pick(200, 340), height = random.Pick(200, 340);

@@ -125,7 +125,7 @@ protected:
 
 // The kept stamps go from case to case, as they do from preview to preview.
 TEST_F(Renders, RandomScenes) {
-    for (int i = 0; i < cases::Count(700); ++i) {
+    for (int i = 0; i < cases::Count(450); ++i) {
         Random random(50, i);
         const Scene scene = PickScene(&random, random.OneOf({4, 30, 60, 60, 100}));
         if (random.Chance(10))
@@ -138,7 +138,7 @@ TEST_F(Renders, RandomScenes) {
 TEST_F(Renders, ChangingOneThingAtATime) {
     Random random(51, 0);
     Scene scene = PickScene(&random, 40);
-    for (int i = 0; i < cases::Count(600); ++i) {
+    for (int i = 0; i < cases::Count(400); ++i) {
         const Scene other = PickScene(&random, 40);
         RenderSettings &s = scene.context.settings;
         const RenderSettings &o = other.context.settings;

@@ -98,7 +98,7 @@ TEST(Layouts, EveryEffectTypeAndNumberOfPoints) {
 
 TEST(Stars, RandomStampsOfEveryEffectType) {
     BuildAngleTables();
-    for (int i = 0; i < cases::Count(420); ++i) {
+    for (int i = 0; i < cases::Count(240); ++i) {
         Random random(30, i);
         RenderContext context = cases::PickContext(&random, random.OneOf({5, 40, 40, 120, 300}));
         context.settings.effectType = kStandardStar + i % 7;
