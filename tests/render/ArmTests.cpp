@@ -224,6 +224,7 @@ TEST_F(ArmTest, ExhaustedMemoryIsReportedOncePerArmAndKeepsTheStamp) {
 // The star of the settings: its arms, then the burst; nothing without a length.
 TEST_F(ArmTest, StarIsItsArmsThenTheBurst) {
     context.settings.secondaryIntensity = 0;
+    context.settings.spikeSharpness = 0; // soft edges, so that the burst's softer ones show
     ASSERT_TRUE(DrawStar(context, &stamp, 1, 3));
     const auto primary = Entries();
     context.settings.secondaryIntensity = 60;

@@ -115,12 +115,12 @@ std::vector<std::pair<int32_t, int32_t>> RenderDots(RenderSettings settings,
     settings.effectsOnly = true;
     ResetRenderState();
     gRenderState.stars.build = BuildDot;
-    TestImage output(kModeRgb8, 0, {0, 0, 300, 200});
+    TestImage output(kModeRgb32, 0, {0, 0, 300, 200});
     EXPECT_TRUE(Render(settings, output, sources, &output));
     std::vector<std::pair<int32_t, int32_t>> lit;
     for (int32_t y = 0; y < 200; ++y)
         for (int32_t x = 0; x < 300; ++x)
-            if (output.At<uint8_t>(0, x, y) != 0)
+            if (output.At<float>(0, x, y) != 0.0f)
                 lit.emplace_back(x, y);
     return lit;
 }
