@@ -106,10 +106,17 @@ bool OpenPairDialog(PairDialog *dialog, const char *editClass, const ParameterSe
     SetWindowPos(dialog->window, nullptr, 20, 20, kDialogWidth, kDialogHeight, SWP_NOZORDER);
     ShowWindow(dialog->window, SW_SHOW);
     SetForegroundWindow(dialog->window);
+    ResetPairDialog(dialog, dialog->parameters);
+    return true;
+}
+
+void ResetPairDialog(PairDialog *dialog, const ParameterSet &parameters) {
+    HoldCtrl(false);
     SetFocus(dialog->otherControl);
+    dialog->parameters = parameters;
+    BindParameterControls(dialog->window, &dialog->parameters);
     PumpMessages();
     dialog->changesSent = 0;
-    return true;
 }
 
 void ClosePairDialog(PairDialog *dialog) {

@@ -19,6 +19,8 @@ struct PairDialog {
 // `editClass` is "RichEdit20A" or "RICHEDIT50W". Rows listed in `without` (bit per index) get no controls.
 bool OpenPairDialog(PairDialog *dialog, const char *editClass, const ParameterSet &parameters,
                     unsigned without = 0);
+// Binds an open dialog again, with the focus off the pairs.
+void ResetPairDialog(PairDialog *dialog, const ParameterSet &parameters);
 void ClosePairDialog(PairDialog *dialog);
 
 // Handles every message that waits.
