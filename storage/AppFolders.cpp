@@ -2,10 +2,12 @@
 
 #include "diag/ErrorReport.h"
 #include "diag/Log.h"
+#include "storage/WidePath.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <cwchar>
 #include <windows.h>
 
 #include <shlobj.h>
@@ -20,9 +22,10 @@ namespace {
 
 constexpr char kCommonDataName[] = "NexorvantaSoftware";
 
-constexpr uint32_t kSiteShellFolder = 101, kSiteJoin = 112, kSiteCopy = 119, kSiteCreateKnown = 138,
-                   kSiteCreateUnknown = 143, kSiteRelativePath = 171, kSiteGetFolder = 178,
-                   kSiteMakeFolder = 185, kSiteCommonFolder = 214, kSiteProductFolder = 223;
+constexpr uint32_t kSiteMangled = 92, kSiteShellFolder = 101, kSiteJoin = 112, kSiteCopy = 119,
+                   kSiteCreateKnown = 138, kSiteCreateUnknown = 143, kSiteRelativePath = 171,
+                   kSiteGetFolder = 178, kSiteMakeFolder = 185, kSiteCommonFolder = 214,
+                   kSiteProductFolder = 223;
 
 // One per-user folder: its relative path around the short product name, and its name in reports.
 struct UserFolder {
@@ -45,6 +48,28 @@ ErrorRecord DebugReport(uint32_t site) {
     return {site, kDebugMessage, 0};
 }
 
+// Whether the shell's ANSI answer names another folder than its wide one, which happens when the user's name
+// has characters that the code page lacks: "?" or a similar letter then stands for them.
+bool IsMangled(const char *root, const wchar_t *wideRoot) {
+    char narrowed[MAX_PATH];
+    WidePath widened;
+    return WideCharToMultiByte(CP_ACP, 0, wideRoot, -1, narrowed, sizeof narrowed, nullptr, nullptr) > 0 &&
+           strcmp(narrowed, root) == 0 && WidenPath(root, &widened) && wcscmp(widened.text, wideRoot) != 0;
+}
+
+// Puts the short path in a mangled one's place. False, reported, when there is none: writing would go
+// elsewhere.
+bool RepairShellFolder(int shellFolder, char (&root)[MAX_PATH]) {
+    wchar_t wideRoot[MAX_PATH];
+    if (SHGetFolderPathW(nullptr, shellFolder | CSIDL_FLAG_CREATE, nullptr, SHGFP_TYPE_CURRENT, wideRoot) !=
+            S_OK ||
+        !IsMangled(root, wideRoot) || NarrowPathExactly(wideRoot, root, sizeof root))
+        return true;
+    ReportError(DebugReport(kSiteMangled), kStopIcon, kTitleUnexpected,
+                "The system's code page has no name for the folder '%s'", root);
+    return false;
+}
+
 bool JoinShellFolder(int shellFolder, const char *relativePath, char *path, size_t capacity) {
     char root[MAX_PATH];
     SetLastError(ERROR_SUCCESS);
@@ -56,6 +81,8 @@ bool JoinShellFolder(int shellFolder, const char *relativePath, char *path, size
                     static_cast<unsigned>(result), static_cast<unsigned>(GetLastError()));
         return false;
     }
+    if (!RepairShellFolder(shellFolder, root))
+        return false;
     // Roomier than any path that is accepted: one that is too long is told from the copy, with its relative
     // path.
     char joined[kMaxPath + MAX_PATH];

@@ -77,6 +77,27 @@ TEST_F(AppFolders, AFolderThatTheShellRefusesStaysEmptyAndTheOthersAreSet) {
     EXPECT_TRUE(Exists(gLogFolder));
 }
 
+// A user called "\u0100lpha" where the code page makes "Alpha" of it, and "\u65E5" of which it makes "?": the
+// folder of another user, and none at all, must not be written to.
+TEST_F(AppFolders, AUserNameOutsideTheCodePageNeverLeadsElsewhere) {
+    const std::wstring root(folder.Path().begin(), folder.Path().end());
+    for (const auto &[name, mangled] : {std::pair(L"\u0100lpha", "Alpha"), {L"\u65E5", "?"}}) {
+        const std::wstring path = root + L"\\" + name;
+        gShellFolders = {folder / mangled, folder / "Common", E_FAIL, -1, path};
+        EXPECT_FALSE(GetUserDataFolder("missing", gSettingsFolder, kMaxPath))
+            << "without the folder no short path";
+        EXPECT_EQ(Messages(),
+                  Strings{"The system's code page has no name for the folder '" + (folder / mangled) + "'"});
+        ASSERT_TRUE(CreateDirectoryW(path.c_str(), nullptr));
+        EXPECT_TRUE(InitAppFolders("Brillatrix", "Brillatrix Pro"));
+        EXPECT_EQ(Messages(), Strings{});
+        EXPECT_EQ(GetFileAttributesW((path + L"\\Nexorvanta\\Brillatrix\\Settings").c_str()),
+                  static_cast<DWORD>(FILE_ATTRIBUTE_DIRECTORY));
+        EXPECT_FALSE(Exists(folder / "Alpha"));
+        EXPECT_TRUE(Exists(gSettingsFolder));
+    }
+}
+
 TEST_F(AppFolders, EachResultOfCreatingAFolderIsTold) {
     for (const int result : {0, 80, 183}) {
         gShellFolders.createResult = result;

@@ -1,6 +1,7 @@
 #include "tests/storage/SystemCalls.h"
 
 #include <cstring>
+#include <cwchar>
 #include <shlobj.h>
 
 ShellFolders gShellFolders = {"", "", E_FAIL, -1};
@@ -98,6 +99,18 @@ HRESULT WINAPI FolderPath(HWND, int folder, HANDLE, DWORD, LPSTR path) {
     return S_OK;
 }
 
+HRESULT WINAPI FolderPathWide(HWND, int folder, HANDLE, DWORD, LPWSTR path) {
+    const bool isLocal = (folder & 0xFF) == CSIDL_LOCAL_APPDATA;
+    const std::string &root = isLocal ? gShellFolders.localData : gShellFolders.commonData;
+    if (isLocal && !gShellFolders.wideLocalData.empty())
+        wcscpy(path, gShellFolders.wideLocalData.c_str());
+    else if (!root.empty())
+        MultiByteToWideChar(CP_ACP, 0, root.c_str(), -1, path, MAX_PATH);
+    else
+        return gShellFolders.result;
+    return S_OK;
+}
+
 int WINAPI CreateFolders(HWND window, LPCSTR path, const SECURITY_ATTRIBUTES *security) {
     static const auto real = Real<decltype(CreateFolders)>("shell32.dll", "SHCreateDirectoryExA");
     if (gShellFolders.createResult < 0)
@@ -120,6 +133,7 @@ decltype(&Flush) __imp_FlushFileBuffers = Flush;
 decltype(&Close) __imp_CloseHandle = Close;
 decltype(&Move) __imp_MoveFileExW = Move;
 decltype(&FolderPath) __imp_SHGetFolderPathA = FolderPath;
+decltype(&FolderPathWide) __imp_SHGetFolderPathW = FolderPathWide;
 decltype(&CreateFolders) __imp_SHCreateDirectoryExA = CreateFolders;
 }
 

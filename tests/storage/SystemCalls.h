@@ -29,6 +29,9 @@ struct ShellFolders {
     std::string commonData;
     HRESULT result;
     int createResult; // -1: the real call
+    // The wide answer for the user's folder, of which localData is what the code page makes; empty:
+    // localData.
+    std::wstring wideLocalData = {};
 };
 extern ShellFolders gShellFolders;
 // Flags of the calls made to SHGetFolderPathA.
