@@ -184,16 +184,19 @@ TEST_F(DepthTest, FloatHighlightsAreKeptAndOddValuesBecomeNumbers) {
 }
 
 TEST_F(DepthTest, EntriesOutsideTheTargetOrTooFaintAreLeft) {
-    TestImage image(kModeRgb8, 0, {0, 0, 8, 8});
+    TestImage image(kModeRgb32, 0, {0, 0, 8, 8});
     const auto before = image.Bytes();
     ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, white, {0, 0, 5, 8}, &image.buffer));
     ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, white, {6, 0, 8, 8}, &image.buffer));
     ASSERT_TRUE(LayStamp(&set, {-1, 5, 0, 0}, white, {-10, -10, 18, 18}, &image.buffer));
     ASSERT_TRUE(LayStamp(&set, {0x7FFFFFFF, -0x7FFFFFFF, 0, 0}, white, image.buffer.bounds, &image.buffer));
     Tint faint = white;
-    faint.value = 4176000; // strength just below half the floor
+    faint.value = 4192000; // a strength of 8187, just below half the floor
     ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, faint, image.buffer.bounds, &image.buffer));
     EXPECT_EQ(image.Bytes(), before);
+    faint.value = 4196000; // 8195, just above
+    ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, faint, image.buffer.bounds, &image.buffer));
+    EXPECT_GT(image.At<float>(0, 5, 5), 0.0f);
 }
 
 } // namespace
