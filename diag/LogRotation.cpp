@@ -133,7 +133,7 @@ bool RotateLogs(const char *folder, const char *name, char *newPath, size_t capa
         return false;
     bool found[kOldestLog] = {};
     bool moving = SearchOldLogs(logs, found);
-    for (unsigned number = kOldestLog; moving && number-- > 0;)
-        moving = !found[number] || MoveLogUp(logs, number);
+    for (unsigned left = kOldestLog; moving && left > 0; --left)
+        moving = !found[left - 1] || MoveLogUp(logs, left - 1);
     return FormatLogPath(logs, 0, newPath, capacity);
 }

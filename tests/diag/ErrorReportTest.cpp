@@ -71,6 +71,12 @@ TEST_F(ErrorReport, TheOwnerIsWhoOpenedTheLogAndAMissingWindowStillShowsABox) {
 
 TEST_F(ErrorReport, LongMessagesAreWholeAndCutOnlyWithoutMemory) {
     Open();
+    for (size_t length = 460; length < 520; ++length) {
+        const std::string text(length, 'x');
+        ReportError({1, kUserMessage, 0}, kStopIcon, "t", "%s", text.c_str());
+        EXPECT_EQ(TakeBoxes().at(0).text, text);
+        EXPECT_EQ(LinesSoFar().back(), "TIME : Line 1: User Message: 't' - '" + text + "'");
+    }
     const std::string text = std::string(100000, 'x') + "end";
     ReportError({1, kUserMessage, 0}, kStopIcon, "t", "%s", text.c_str());
     for (const size_t limit : {size_t{1000}, size_t{100020}, size_t{150000}}) {
@@ -79,7 +85,8 @@ TEST_F(ErrorReport, LongMessagesAreWholeAndCutOnlyWithoutMemory) {
         WriteLogLine("next\n");
         FailMallocFrom(SIZE_MAX);
     }
-    const std::vector<std::string> lines = LinesSoFar();
+    std::vector<std::string> lines = LinesSoFar();
+    lines.erase(lines.begin(), lines.begin() + 60);
     ASSERT_EQ(lines.size(), 7u);
     EXPECT_EQ(lines[0], "TIME : Line 1: User Message: 't' - '" + text + "'");
     for (size_t i = 1; i < lines.size(); i += 2) {

@@ -72,6 +72,18 @@ TEST_F(Log, LinesOfEightThreadsAreWhole) {
     }
 }
 
+// A full disk must cost no more than the line it befalls.
+TEST_F(Log, EachLineIsFlushedAndAFailureLosesOneLineAtMost) {
+    Open();
+    for (const char *call : {"FlushFileBuffers", "WriteFile"}) {
+        FailNextCall(call, ERROR_DISK_FULL);
+        WriteLogLine("%s\n", call);
+        EXPECT_TRUE(FailureHappened()) << call;
+    }
+    WriteLogLine("next\n");
+    EXPECT_EQ(LinesSoFar(), (std::vector<std::string>{"FlushFileBuffers", "next"}));
+}
+
 TEST_F(Log, NothingFollowsTheClosingLine) {
     Open();
     std::atomic<bool> stop = false;
