@@ -10,7 +10,7 @@
 namespace {
 
 constexpr uint32_t kSiteAdd = 37, kSiteSetData = 44;
-constexpr int kExpectedSets = 500, kExpectedNameBytes = 64; // room made in the list before it is filled
+constexpr LPARAM kExpectedSets = 500, kExpectedNameBytes = 64; // room made in the list before it is filled
 
 LRESULT SendToList(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     return SendMessageW(GetDlgItem(dialog, kSettingsComboId), message, wParam, lParam);
