@@ -54,28 +54,19 @@ void AppendRun(SubShape *sub, const ShapeRun &run) {
     sub->box.bottom = std::max<int32_t>(sub->box.bottom, run.dy + 1);
 }
 
-// False when the shape has no pixel at all at this phase, or memory ran out.
-bool RasterizeSubShape(const ShapeGeometry &geometry, SubShape *sub) {
+// Leaves *sub alone when the shape has no pixel at all at this phase, or memory ran out.
+void RasterizeSubShape(const ShapeGeometry &geometry, SubShape *sub) {
     uint32_t runs = 0;
     TraceRuns(geometry, [&runs](const ShapeRun &) { ++runs; });
     if (runs == 0)
-        return false;
+        return;
     SubShape made{};
     made.allocatedBytes = runs * sizeof(ShapeRun);
     made.runs = static_cast<ShapeRun *>(CountedAlloc(made.allocatedBytes));
     if (!made.runs)
-        return false;
+        return;
     TraceRuns(geometry, [&made](const ShapeRun &run) { AppendRun(&made, run); });
     *sub = made;
-    return true;
-}
-
-const SubShape *FindSubShape(ShapeRecord *shape, bool isRing, const LightSourcePosition &center) {
-    const int32_t phase = center.XQuarter + 4 * center.YQuarter;
-    SubShape *sub = &shape->subShapes[phase];
-    if (!sub->runs && !RasterizeSubShape(MakeGeometry(*shape->radius, isRing, phase), sub))
-        return nullptr;
-    return sub;
 }
 
 const PixelSample *PixelAt(const AnalysisImage &image, int32_t x, int32_t y) {
@@ -88,50 +79,58 @@ bool LiesInside(const IntRect &box, const IntRect &bounds, int32_t x, int32_t y)
            y + box.bottom <= bounds.bottom;
 }
 
+template <typename Visit> void VisitSpan(const PixelSample *p, int32_t length, Visit visit) {
+    for (const PixelSample *end = p + length; p != end; ++p)
+        visit(*p);
+}
+
+// Only the pixels inside the bounds; returns how many.
 template <typename Visit>
-int64_t VisitWhole(const SubShape &sub, const AnalysisImage &image, int32_t x, int32_t y, Visit visit) {
-    for (uint32_t i = 0; i < sub.runCount; ++i) {
-        const ShapeRun run = sub.runs[i];
-        const PixelSample *p = PixelAt(image, x + run.left, y + run.dy);
-        for (const PixelSample *end = p + (run.right - run.left); p != end; ++p)
-            visit(*p);
-    }
-    return sub.pixelCount;
+int64_t VisitClippedRun(const ShapeRun &run, const AnalysisImage &image, int32_t x, int32_t y, Visit visit) {
+    const int32_t left = std::max(x + run.left, image.bounds.left);
+    const int32_t right = std::min(x + run.right, image.bounds.right);
+    if (left >= right || !RectContains(image.bounds, left, y + run.dy))
+        return 0;
+    VisitSpan(PixelAt(image, left, y + run.dy), right - left, visit);
+    return right - left;
 }
 
 template <typename Visit>
-int64_t VisitClipped(const SubShape &sub, const AnalysisImage &image, int32_t x, int32_t y, Visit visit) {
-    int64_t visited = 0;
+int64_t VisitSubShape(const SubShape &sub, const AnalysisImage &image, int32_t x, int32_t y, Visit visit) {
+    const bool isWhole = LiesInside(sub.box, image.bounds, x, y);
+    int64_t visited = isWhole ? sub.pixelCount : 0;
     for (uint32_t i = 0; i < sub.runCount; ++i) {
         const ShapeRun run = sub.runs[i];
-        const int32_t left = std::max(x + run.left, image.bounds.left);
-        const int32_t right = std::min(x + run.right, image.bounds.right);
-        if (left >= right || !RectContains(image.bounds, left, y + run.dy))
-            continue;
-        const PixelSample *p = PixelAt(image, left, y + run.dy);
-        for (const PixelSample *end = p + (right - left); p != end; ++p)
-            visit(*p);
-        visited += right - left;
+        if (isWhole)
+            VisitSpan(PixelAt(image, x + run.left, y + run.dy), run.right - run.left, visit);
+        else
+            visited += VisitClippedRun(run, image, x, y, visit);
     }
     return visited;
 }
 
 // Hands every pixel of the shape inside the bounds to `visit`, row by row, left to right; returns how many.
+// Without the memory to keep the runs they are traced each time.
 template <typename Visit>
-int64_t VisitPixels(const SubShape &sub, const AnalysisImage &image, const LightSourcePosition &center,
-                    Visit visit) {
-    return LiesInside(sub.box, image.bounds, center.X, center.Y)
-               ? VisitWhole(sub, image, center.X, center.Y, visit)
-               : VisitClipped(sub, image, center.X, center.Y, visit);
+int64_t VisitPixels(ShapeRecord *shape, bool isRing, const AnalysisImage &image,
+                    const LightSourcePosition &center, Visit visit) {
+    const int32_t phase = center.XQuarter + 4 * center.YQuarter;
+    SubShape *sub = &shape->subShapes[phase];
+    if (sub->runs)
+        return VisitSubShape(*sub, image, center.X, center.Y, visit);
+    const ShapeGeometry geometry = MakeGeometry(*shape->radius, isRing, phase);
+    RasterizeSubShape(geometry, sub);
+    int64_t visited = 0;
+    TraceRuns(geometry, [&](const ShapeRun &run) {
+        visited += VisitClippedRun(run, image, center.X, center.Y, visit);
+    });
+    return visited;
 }
 
 bool SampleBrightness(ShapeRecord *shape, bool isRing, const AnalysisImage &image,
                       const LightSourcePosition &center, ShapeStatistics *out) {
-    const SubShape *sub = FindSubShape(shape, isRing, center);
-    if (!sub)
-        return false;
     double sum = 0.0, squares = 0.0;
-    const int64_t count = VisitPixels(*sub, image, center, [&sum, &squares](const PixelSample &p) {
+    const int64_t count = VisitPixels(shape, isRing, image, center, [&sum, &squares](const PixelSample &p) {
         const double brightness = PixelBrightness(p);
         sum += brightness;
         squares += brightness * brightness;
@@ -157,11 +156,8 @@ bool SampleRing(ShapeRecord *shape, const AnalysisImage &image, const LightSourc
 
 bool SampleRingColor(ShapeRecord *shape, const AnalysisImage &image, const LightSourcePosition &center,
                      uint32_t color[3]) {
-    const SubShape *sub = FindSubShape(shape, true, center);
-    if (!sub)
-        return false;
     double sums[3] = {0.0, 0.0, 0.0};
-    const int64_t count = VisitPixels(*sub, image, center, [&sums](const PixelSample &p) {
+    const int64_t count = VisitPixels(shape, true, image, center, [&sums](const PixelSample &p) {
         sums[0] += p.red;
         sums[1] += p.green;
         sums[2] += p.blue;

@@ -32,7 +32,7 @@ struct ShapeStatistics {
 };
 
 // A disk or a ring of one radius. `sample` is false when it cannot measure: no pixel of the shape lies inside
-// the bounds, or memory ran out; *out is then left alone. A record is used by one thread only.
+// the bounds; *out is then left alone. A record is used by one thread only.
 struct ShapeRecord {
     SubShape subShapes[kSubShapesPerShape];
     bool (*sample)(ShapeRecord *shape, const AnalysisImage &image, const LightSourcePosition &center,

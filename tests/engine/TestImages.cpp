@@ -1,0 +1,88 @@
+#include "tests/engine/TestImages.h"
+
+#include "diag/BufferUsage.h"
+#include "engine/SerialBuild.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <stdexcept>
+
+TestImage::TestImage(int32_t mode, int32_t bytesPerSample, int32_t transparencyPlanes, const IntRect &bounds,
+                     bool wantMask) {
+    bool maskFailed;
+    if (AllocateImageBuffer(mode, bytesPerSample, transparencyPlanes, bounds, wantMask, &buffer,
+                            &maskFailed) != kNoError)
+        throw std::runtime_error("no memory for a test picture");
+}
+
+void SetSample8(ImageBuffer *buffer, int plane, int32_t x, int32_t y, uint8_t value) {
+    buffer->planes[plane][int64_t{y} * buffer->width + x] = value;
+}
+
+TestImage MakeRgb(int32_t width, int32_t height, const std::function<uint8_t(int, int, int)> &valueAt) {
+    TestImage image(kModeRgb8, 1, 0, IntRect{0, 0, width, height}, false);
+    for (int32_t y = 0; y < height; ++y)
+        for (int32_t x = 0; x < width; ++x)
+            for (int channel = 0; channel < 3; ++channel)
+                SetSample8(&image.buffer, channel, x, y, valueAt(x, y, channel));
+    return image;
+}
+
+TestImage MakeGrayRgb(int32_t width, int32_t height, const std::function<uint8_t(int, int)> &valueAt) {
+    return MakeRgb(width, height, [&valueAt](int x, int y, int) { return valueAt(x, y); });
+}
+
+TestImage MakeSpots(int32_t width, int32_t height, const std::vector<Spot> &spots, uint8_t background) {
+    return MakeRgb(width, height, [&](int x, int y, int channel) {
+        double value = background;
+        for (const Spot &s : spots) {
+            const double squares = ((x - s.x) * (x - s.x) + (y - s.y) * (y - s.y)) / (2 * s.sigma * s.sigma);
+            if (squares < 20) // beyond it nothing is left of a spot
+                value += s.peak * s.color[static_cast<size_t>(channel)] * std::exp(-squares);
+        }
+        return static_cast<uint8_t>(std::lround(std::min(value, 255.0)));
+    });
+}
+
+TestImage MakeDisk(int32_t side, double centerX, double centerY, double radius) {
+    return MakeGrayRgb(side, side, [=](int x, int y) {
+        const double inside = std::clamp(radius - std::hypot(x - centerX, y - centerY) + 0.5, 0.0, 1.0);
+        return static_cast<uint8_t>(std::lround(10 + 240 * inside));
+    });
+}
+
+TestImage MakeNoise(int32_t width, int32_t height, uint32_t seed) {
+    std::mt19937 random(seed);
+    return MakeRgb(width, height, [&random](int, int, int) { return static_cast<uint8_t>(random() % 256); });
+}
+
+void EngineTest::SetUp() {
+    FailAllocation(0, false);
+    TakeReports();
+    FreeTableRecords(gLightSourceTable);
+    ASSERT_EQ(BufferBytesInUse(), 0);
+}
+
+void EngineTest::TearDown() {
+    FailAllocation(0, false);
+    FreeTableRecords(gLightSourceTable);
+    EXPECT_EQ(BufferBytesInUse(), 0);
+}
+
+std::vector<LightSource> GlobalSources() {
+    const LightSourceTableView view = GetLightSourceTable();
+    return std::vector<LightSource>(view.records, view.records + view.count);
+}
+
+std::vector<LightSource> Detect(const ImageBuffer &image, int workers) {
+    const std::atomic<uint8_t> cancel{0};
+    EXPECT_EQ(BuildLightSourceTable(image, workers, cancel), kNoError);
+    return GlobalSources();
+}
+
+bool SameSources(const std::vector<LightSource> &a, const std::vector<LightSource> &b) {
+    return a.size() == b.size() &&
+           (a.empty() || memcmp(a.data(), b.data(), a.size() * sizeof(LightSource)) == 0);
+}
