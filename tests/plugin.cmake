@@ -1,4 +1,9 @@
-# The filter module, driven through the host library.
-brillatrix_test(plugin_tests LIBS filter_host ole32 shell32 bcrypt
-    SOURCES plugin/ResourceTest.cpp plugin/ModuleFixture.cpp plugin/Sha256.cpp storage/TemporaryFolder.cpp)
+# The filter module, driven through the host library. The engine and the renderer are linked for a second opinion on
+# its pictures.
+brillatrix_test(plugin_tests TIMEOUT 300 LIBS filter_host engine render storage diag ole32 shell32 bcrypt
+    SOURCES plugin/FailureTest.cpp plugin/ImageTest.cpp plugin/ModuleFixture.cpp plugin/NightDocument.cpp
+            plugin/ParameterAccessorTest.cpp plugin/PersistentBlockTest.cpp plugin/ResourceTest.cpp
+            plugin/ScriptTest.cpp plugin/SelectorTest.cpp plugin/Sha256.cpp storage/TemporaryFolder.cpp
+            support/NightScene.cpp ../plugin/ParameterAccessor.cpp ../plugin/ParameterSet.cpp
+            ../plugin/PluginState.cpp)
 add_dependencies(plugin_tests BrillatrixX64)

@@ -161,24 +161,38 @@ void ModuleFixture::SetUp() {
     std::string why;
     ASSERT_TRUE(host::LoadFilterModule(ModulePath(), &module, &why)) << why;
     HookModule(module.module, &hooks);
-    host::CatchBoxes(module.module, [this](const host::ShownBox &box) {
+    const auto keepBox = [this](const host::ShownBox &box) {
         boxes.push_back(box);
         return IDOK;
-    });
+    };
+    host::CatchBoxes(module.module, keepBox, true);
     filterHost.document = host::MakeDocument(8, 6, 8, 3, false);
 }
 
 void ModuleFixture::TearDown() {
     FailModuleAllocation(0, false);
-    if (filterHost.state)
-        host::CloseHost(filterHost);
+    EndModuleRun();
     host::ReleaseBoxes();
     host::RestoreImports(&hooks);
     host::UnloadFilterModule(&module);
 }
 
+// The module must have closed its log before the folder can go.
+void ModuleFixture::EndModuleRun() {
+    FilterRecord nothing = {};
+    intptr_t data = 0;
+    int16_t result = 0;
+    if (filterHost.state) {
+        host::CallSelector(filterHost, kSelectorFinish);
+        host::CloseHost(filterHost);
+    } else {
+        module.entry(kSelectorFinish, &nothing, &data, &result);
+    }
+}
+
 void ModuleFixture::Open() {
     host::OpenHost(filterHost, module);
+    host::ClearLog(filterHost);
 }
 
 host::RunResult ModuleFixture::Run(bool withParameters) {

@@ -61,6 +61,8 @@ protected:
     std::vector<host::ShownBox> boxes; // message boxes and dialogs, in order
 
 private:
+    void EndModuleRun();
+
     host::ImportHooks hooks;
 };
 

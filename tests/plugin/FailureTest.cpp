@@ -1,0 +1,306 @@
+// Services that are missing, calls that fail at any point, memory that runs out, people who cancel: each ends
+// with a code, nothing is left held, and the next run works.
+#include "engine/FixedPoint.h"
+#include "tests/plugin/ModuleFixture.h"
+#include "tests/plugin/NightDocument.h"
+
+#include <algorithm>
+#include <climits>
+#include <windows.h>
+
+namespace {
+
+using host::PlaneCounts;
+
+class Failing : public ModuleFixture {
+protected:
+    void SetUp() override {
+        ModuleFixture::SetUp();
+        before = MakeNight({.width = 150, .height = 110, .hasTransparency = true, .lights = 4});
+        before.mask.assign(150 * 110, 255);
+        filterHost.settings.tileWidth = filterHost.settings.tileHeight = 64;
+        parameters.threshold = 90;
+        expected = FilteredNight(before, parameters);
+    }
+
+    // A run with the failures that the settings ask for, on a host of its own.
+    host::RunResult RunOnce() {
+        boxes.clear();
+        filterHost.document = before;
+        filterHost.script = ScriptOf(parameters);
+        return Run();
+    }
+
+    // What must hold after a run, whatever its outcome: the picture is whole or as before, and the run after
+    // it works.
+    void ExpectRecovery(const host::RunResult &result) {
+        EXPECT_EQ(DifferentSamples(filterHost.document, result.code == kNoError ? expected : before), 0);
+        ExpectCleanHost();
+        host::CloseHost(filterHost);
+        filterHost.settings.failures.clear();
+        filterHost.settings.absent.clear();
+        EXPECT_EQ(RunOnce().code, kNoError);
+        EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
+        ExpectCleanHost();
+        host::CloseHost(filterHost);
+    }
+
+    host::Document before, expected;
+    ParameterSet parameters = kDefaultParameters;
+};
+
+// Calls whose failure the host itself sees as something left behind, which no filter can mend.
+bool IsGivingBack(const std::string &call) {
+    return call == "ReleaseSuite" || call == "disposeProc" || call == "unlockProc" || call == "Action.Free" ||
+           call == "closeReadDescriptorProc" || call == "closeWriteDescriptorProc";
+}
+
+} // namespace
+
+TEST_F(Failing, EveryMissingServiceIsACodeOrNoMatter) {
+    const std::pair<const char *, int16_t> cases[] = {{"handleProcs", kMemFullErr},
+                                                      {"newProc", kMemFullErr},
+                                                      {"lockProc", kMemFullErr},
+                                                      {"unlockProc", kNoError},
+                                                      {"advanceState", kErrPlugInHostInsufficient},
+                                                      {"propertyProcs", kNoError},
+                                                      {"setPropertyProc", kNoError},
+                                                      {"descriptorParameters", kNoError},
+                                                      {"readDescriptorProcs", kNoError},
+                                                      {"writeDescriptorProcs", kNoError},
+                                                      {"sSPBasic", kNoError},
+                                                      {"AcquireSuite", kNoError},
+                                                      {"bigDocumentData", kNoError},
+                                                      {"platformData", kNoError},
+                                                      {"errorString", kNoError},
+                                                      {"abortProc", kNoError},
+                                                      {"progressProc", kNoError}};
+    for (const auto &[service, code] : cases) {
+        SCOPED_TRACE(service);
+        DeleteFileA(
+            SettingsFile().c_str()); // each run without a script starts from the host's block or defaults
+        filterHost.registry = {};
+        filterHost.settings.absent = {service};
+        const host::RunResult result = RunOnce();
+        EXPECT_EQ(result.code, code);
+        EXPECT_EQ(boxes.size(), code == kErrPlugInHostInsufficient ? 1u : 0u);
+        if (filterHost.recorded && code == kNoError && std::string(service) != "unlockProc") {
+            // without a script the defaults make another picture
+            const bool hasScript = std::string(service).find("escriptor") == std::string::npos ||
+                                   std::string(service) == "writeDescriptorProcs";
+            EXPECT_EQ(DifferentSamples(filterHost.document,
+                                       hasScript ? expected : FilteredNight(before, kDefaultParameters)),
+                      0);
+        }
+        host::CloseHost(filterHost);
+    }
+}
+
+// Each call that a good run makes is made to fail, the first time, the second time and so on.
+TEST_F(Failing, EveryCallMayFailAtAnyTime) {
+    EXPECT_EQ(RunOnce().code, kNoError);
+    const std::map<std::string, int64_t> calls = filterHost.log.calls;
+    ExpectRecovery({});
+    for (const auto &[name, count] : calls)
+        for (int64_t nth = 1; nth <= std::min<int64_t>(count, 4); ++nth) {
+            SCOPED_TRACE(name + " fails at call " + std::to_string(nth));
+            filterHost.settings.failures = {{name, {.nth = nth, .code = kMemFullErr}}};
+            const host::RunResult result = RunOnce();
+            if (IsGivingBack(name))
+                filterHost.log.violations.clear();
+            // A record that was not kept or read changes the parameters, not the run.
+            const bool scriptLost =
+                result.code == kNoError && (name.starts_with("get") || name == "openReadDescriptorProc");
+            if (scriptLost)
+                filterHost.document = expected;
+            if (name == "ReleaseSuite" || name == "unlockProc") {
+                host::CloseHost(filterHost); // the host's own count is off by one now
+                filterHost.settings.failures.clear();
+            } else {
+                ExpectRecovery(result);
+            }
+        }
+}
+
+TEST_F(Failing, ReadAndWriteErrorsAreReported) {
+    struct Case {
+        int64_t nth;
+        int16_t code;
+        const char *text; // null: silent
+    };
+    const Case cases[] = {{1, kMemFullErr, "Could not read input image."},
+                          {13, kParamErr, "Could not read input image."},
+                          {2, kUserCanceledErr, "Could not read input image."},
+                          {25, kMemFullErr, "Could not write results back to editor."},
+                          {26, kFilterBadParameters, "Could not write results back to editor."},
+                          {25, kUserCanceledErr, nullptr}};
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.nth);
+        filterHost.settings.failures["advanceState"] = {.nth = c.nth, .code = c.code};
+        const host::RunResult result = RunOnce();
+        EXPECT_EQ(result.code, c.code);
+        EXPECT_EQ(result.failedSelector, kSelectorStart);
+        EXPECT_EQ(boxes.size(), c.text ? 1u : 0u);
+        if (c.text && !boxes.empty()) {
+            EXPECT_EQ(boxes[0].text, c.text);
+            EXPECT_EQ(boxes[0].title, "Error - Exiting Plugin");
+            EXPECT_EQ(boxes[0].style, 16u | MB_SETFOREGROUND);
+        }
+        if (&c == cases) {
+            EXPECT_NE(LogText().find("Line 360: User Message: 'Error - Exiting Plugin' - 'Could not read"),
+                      std::string::npos);
+        }
+        ExpectRecovery(result);
+    }
+}
+
+// Hosts exist whose advance succeeds without handing out anything, or hands out rows shorter than asked for.
+TEST_F(Failing, BuffersThatCannotHoldTheTileAreAnError) {
+    struct Meddling {
+        const char *what;
+        void (*meddle)(FilterRecord &);
+    };
+    static HostResult (*advance)();
+    static void (*meddle)(FilterRecord &);
+    static FilterRecord *record;
+    const Meddling cases[] = {{"no input", [](FilterRecord &r) { r.inData = nullptr; }},
+                              {"short input rows", [](FilterRecord &r) { r.inRowBytes = r.inData ? 20 : 0; }},
+                              {"negative input rows", [](FilterRecord &r) { r.inRowBytes = -r.inRowBytes; }},
+                              {"no mask", [](FilterRecord &r) { r.maskData = nullptr; }},
+                              {"short mask rows", [](FilterRecord &r) { r.maskRowBytes = 1; }},
+                              {"no output", [](FilterRecord &r) { r.outData = nullptr; }},
+                              {"short output rows", [](FilterRecord &r) { r.outRowBytes = 149; }}};
+    for (const Meddling &c : cases) {
+        SCOPED_TRACE(c.what);
+        meddle = c.meddle;
+        filterHost.settings.adjustRecord = [](int16_t, FilterRecord &r) {
+            record = &r;
+            advance = r.advanceState;
+            r.advanceState = []() -> HostResult {
+                const HostResult result = advance();
+                meddle(*record);
+                return result;
+            };
+        };
+        const host::RunResult result = RunOnce();
+        EXPECT_EQ(result.code, kErrPlugInHostInsufficient);
+        EXPECT_EQ(boxes.size(), 1u);
+        filterHost.settings.adjustRecord = nullptr;
+        ExpectRecovery(result);
+    }
+}
+
+TEST_F(Failing, SenselessFilterRectanglesAreAnError) {
+    const host::Rectangle cases[] = {{0, 0, 0, 0},
+                                     {10, 10, 10, 50},
+                                     {50, 10, 10, 50},
+                                     {0, 90, 50, 3},
+                                     {INT_MIN, 0, INT_MAX, 10},
+                                     {0, 0, INT_MAX, INT_MAX},
+                                     {-5, INT_MAX - 1, 5, INT_MAX}};
+    for (const host::Rectangle &area : cases) {
+        SCOPED_TRACE(&area - cases);
+        filterHost.settings.filterRect = area;
+        const host::RunResult result = RunOnce();
+        EXPECT_EQ(result.code, kFilterBadParameters);
+        filterHost.settings.filterRect.reset();
+        ExpectRecovery(result);
+    }
+}
+
+TEST_F(Failing, AnImageBeyondMemoryIsReported) {
+    filterHost.settings.adjustRecord = [](int16_t selector, FilterRecord &record) {
+        if (selector == kSelectorStart)
+            record.bigDocumentData->filterRect32 = {0, 0, 16000000, 16000000};
+    };
+    const host::RunResult result = RunOnce();
+    EXPECT_EQ(result.code, kMemFullErr);
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].text, "Could not allocate memory for an image.");
+    EXPECT_EQ(boxes[0].title, "Error - Exiting Plugin");
+    filterHost.settings.adjustRecord = nullptr;
+    ExpectRecovery(result);
+}
+
+// abortProc is asked after each output tile: the tile is finished, the next one is not begun.
+TEST_F(Failing, CancellingStopsAfterTheCurrentTile) {
+    before = host::MakeDocument(4096, 4, 8, 1, false);
+    expected = FilteredNight(before, parameters);
+    filterHost.settings.cancelAtAbortCall = 1;
+    const host::RunResult result = RunOnce();
+    EXPECT_EQ(result.code, kUserCanceledErr);
+    EXPECT_TRUE(boxes.empty());
+    EXPECT_EQ(filterHost.log.calls["abortProc"], 1);
+    const auto written =
+        std::count_if(filterHost.log.advances.begin(), filterHost.log.advances.end(),
+                      [](const host::AdvanceCall &call) { return !host::IsEmpty(call.out); });
+    EXPECT_EQ(written, 1);
+    filterHost.settings.cancelAtAbortCall = 0;
+    ExpectRecovery(result);
+}
+
+TEST_F(Failing, AFailedRunMayBeFinishedOrNot) {
+    for (const bool finish : {true, false}) {
+        filterHost.settings.finishAfterFailure = finish;
+        filterHost.settings.failures["advanceState"] = {.nth = 9};
+        ExpectRecovery(RunOnce());
+    }
+}
+
+// Memory fails at the n-th allocation, once and from then on, for n = 1, 2, 3 ... until the run gets through.
+TEST_F(Failing, MemoryMayRunOutAtAnyAllocation) {
+    before = MakeNight({.width = 60, .height = 45, .hasTransparency = true, .lights = 2});
+    before.mask.assign(60 * 45, 255);
+    expected = FilteredNight(before, parameters);
+    for (const bool andLater : {false, true}) {
+        int64_t failures = 0;
+        for (int64_t n = 1;; n += n < 60 ? 1 : n / 20) {
+            SCOPED_TRACE(::testing::Message() << "allocation " << n << (andLater ? " and later" : ""));
+            ASSERT_LT(n, 1000000);
+            host::CloseHost(filterHost);
+            Open();
+            FailModuleAllocation(n, andLater);
+            const host::RunResult result = RunOnce();
+            const bool reached = ModuleAllocations() >= n;
+            FailModuleAllocation(0, false);
+            failures += result.code != kNoError;
+            if (result.code == kNoError && !reached)
+                break;
+            if (result.code != kNoError) {
+                EXPECT_EQ(DifferentSamples(filterHost.document, before), 0);
+            }
+            ExpectCleanHost();
+            EXPECT_EQ(RunOnce().code, kNoError);
+            EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
+        }
+        std::printf("%lld runs failed\n", static_cast<long long>(failures));
+        EXPECT_GT(failures, 5);
+    }
+}
+
+// Blocks, system objects and COM: a run, good or bad, leaves exactly what the run before it left.
+TEST_F(Failing, NothingIsHeldAfterARun) {
+    const auto run = [this](int64_t failAt, const char *service) {
+        filterHost.settings.failures.clear();
+        if (failAt)
+            filterHost.settings.failures[service] = {.nth = failAt, .code = kMemFullErr};
+        RunOnce();
+        host::CloseHost(filterHost);
+        return Held();
+    };
+    run(0, "");
+    const HeldObjects first = run(0, "");
+    EXPECT_EQ(run(0, ""), first);
+    for (const int64_t failAt : {1, 2, 13, 25, 26})
+        EXPECT_EQ(run(failAt, "advanceState"), first) << failAt;
+    EXPECT_EQ(run(1, "lockProc"), first);
+    EXPECT_EQ(run(3, "lockProc"), first);
+    EXPECT_EQ(run(1, "openWriteDescriptorProc"), first);
+    filterHost.settings.cancelAtAbortCall = 1;
+    EXPECT_EQ(run(0, ""), first);
+    EXPECT_EQ(first.comInitializations, 0);
+    EXPECT_EQ(first.sections, 0);
+    EXPECT_LT(first.heapBlocks, 50);
+    std::printf("%lld blocks and %lld handles between runs\n", static_cast<long long>(first.heapBlocks),
+                static_cast<long long>(first.handles));
+}

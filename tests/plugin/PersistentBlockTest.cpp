@@ -1,0 +1,187 @@
+// The block kept between runs: by the host when it can, by the initial-settings file when it cannot.
+#include "plugin/PersistentBlock.h"
+#include "tests/plugin/ModuleFixture.h"
+
+#include <cstring>
+#include <windows.h>
+
+namespace {
+
+constexpr uint32_t kBlockKey = 'PBlk';
+
+class Persistent : public ModuleFixture {
+protected:
+    void RemoveHostBlock() { filterHost.registry.clear(); }
+    void SetHostBlock(const host::DescriptorValue &value) {
+        filterHost.registry = {{kScopeGuid, {{value}}, true}};
+    }
+    // A run without script and without Parameters; true with code 0.
+    bool Repeat() {
+        filterHost.script.reset();
+        return Run(false).code == kNoError;
+    }
+};
+
+ParameterSet SetWith(int16_t intensity) {
+    ParameterSet set = kDefaultParameters;
+    set.intensity = intensity;
+    set.effectType = kVectorStar;
+    return set;
+}
+
+std::vector<uint8_t> BlockOf(const ParameterSet &set, size_t size = 255) {
+    std::vector<uint8_t> bytes(255);
+    std::memcpy(bytes.data(), &set, sizeof(set));
+    bytes.resize(size);
+    return bytes;
+}
+
+std::string AsText(const std::vector<uint8_t> &bytes) {
+    return std::string(bytes.begin(), bytes.end());
+}
+
+host::DescriptorValue Data(const std::vector<uint8_t> &bytes) {
+    return host::DataValue(kBlockKey, bytes.data(), bytes.size());
+}
+
+} // namespace
+
+TEST_F(Persistent, TheHostKeepsTheSetBetweenRuns) {
+    filterHost.settings.forgetHandles = true;
+    filterHost.script = ScriptOf(SetWith(77));
+    EXPECT_EQ(Run().code, kNoError);
+    ASSERT_EQ(filterHost.registry.size(), 1u);
+    EXPECT_EQ(filterHost.registry[0].key, "cb7c0ae0-5b05-43f7-9c55-faa95b3359ba");
+    EXPECT_TRUE(filterHost.registry[0].isPersistent);
+    const host::DescriptorValue *block = host::FindValue(filterHost.registry[0].descriptor, kBlockKey);
+    ASSERT_NE(block, nullptr);
+    EXPECT_EQ(block->type, kTypeRawData);
+    EXPECT_EQ(block->bytes, BlockOf(SetWith(77)));
+    EXPECT_FALSE(Exists(SettingsFile()));
+    EXPECT_TRUE(Repeat());
+    filterHost.settings.forgetHandles = false;
+    EXPECT_TRUE(Repeat());
+    EXPECT_EQ(SetInHandle(), SetWith(77));
+    ExpectCleanHost();
+}
+
+TEST_F(Persistent, TheFileStandsInForAHostThatKeepsNothing) {
+    for (const char *missing : {"sSPBasic", "AcquireSuite"}) {
+        DeleteFileA(SettingsFile().c_str());
+        filterHost.settings.absent = {missing};
+        filterHost.script = ScriptOf(SetWith(61));
+        EXPECT_EQ(Run().code, kNoError);
+        EXPECT_EQ(ReadWholeFile(SettingsFile()), AsText(BlockOf(SetWith(61))));
+        EXPECT_TRUE(Repeat());
+        EXPECT_EQ(SetInHandle(), SetWith(61));
+        host::CloseHost(filterHost);
+    }
+    filterHost.settings.absent.clear();
+    for (const char *suite : {kDescriptorRegistrySuiteName, kActionDescriptorSuiteName}) {
+        filterHost.settings.refusedSuites = {suite};
+        filterHost.script = ScriptOf(SetWith(62));
+        EXPECT_EQ(Run().code, kNoError);
+        EXPECT_EQ(ReadWholeFile(SettingsFile()), AsText(BlockOf(SetWith(62))));
+        ExpectCleanHost();
+        host::CloseHost(filterHost);
+    }
+}
+
+// Whatever step of storing fails, the file is written and nothing is leaked.
+TEST_F(Persistent, EveryFailingStepOfStoringFallsBackOnTheFile) {
+    for (const char *call : {"Action.Make", "Action.PutData", "Registry.Register"})
+        for (const bool absent : {false, true}) {
+            SCOPED_TRACE(call);
+            filterHost.settings.failures.clear();
+            filterHost.settings.absent.clear();
+            if (absent)
+                filterHost.settings.absent = {call};
+            else
+                filterHost.settings.failures = {{call, {.nth = 1, .andLater = true, .code = kParamErr}}};
+            DeleteFileA(SettingsFile().c_str());
+            filterHost.script = ScriptOf(SetWith(33));
+            EXPECT_EQ(Run().code, kNoError);
+            EXPECT_EQ(ReadWholeFile(SettingsFile()), AsText(BlockOf(SetWith(33))));
+            EXPECT_TRUE(filterHost.registry.empty());
+            ExpectCleanHost();
+            host::CloseHost(filterHost);
+        }
+}
+
+// Whatever step of restoring fails, the file is read; without a file the set is the defaults.
+TEST_F(Persistent, EveryFailingStepOfRestoringFallsBackOnTheFile) {
+    for (const char *call :
+         {"Registry.Get", "Action.HasKey", "Action.GetType", "Action.GetDataLength", "Action.GetData"})
+        for (const bool hasFile : {true, false})
+            for (const bool absent : {false, true}) {
+                SCOPED_TRACE(::testing::Message() << call << hasFile << absent);
+                filterHost.settings.failures.clear();
+                filterHost.settings.absent.clear();
+                if (absent)
+                    filterHost.settings.absent = {call};
+                else
+                    filterHost.settings.failures = {{call, {.nth = 1, .code = kParamErr}}};
+                SetHostBlock(Data(BlockOf(SetWith(44))));
+                DeleteFileA(SettingsFile().c_str());
+                if (hasFile) {
+                    MakeFolder(folder / "user\\Nexorvanta\\Brillatrix\\Settings");
+                    WriteWholeFile(SettingsFile(), AsText(BlockOf(SetWith(55))));
+                }
+                EXPECT_TRUE(Repeat());
+                EXPECT_EQ(SetInHandle(), hasFile ? SetWith(55) : kDefaultParameters);
+                ExpectCleanHost();
+                host::CloseHost(filterHost);
+            }
+}
+
+TEST_F(Persistent, ForeignDataIsNoBlock) {
+    host::DescriptorValue text = Data(BlockOf(SetWith(44)));
+    text.type = host::kTypeText;
+    const host::DescriptorValue cases[] = {
+        Data(BlockOf(SetWith(44), 39)),   Data(std::vector<uint8_t>(100000, 1)), Data({}),
+        host::IntegerValue(kBlockKey, 5), host::IntegerValue('Else', 5),         text};
+    for (const host::DescriptorValue &value : cases) {
+        SCOPED_TRACE(&value - cases);
+        SetHostBlock(value);
+        EXPECT_TRUE(Repeat());
+        EXPECT_EQ(SetInHandle(), kDefaultParameters);
+        ExpectCleanHost();
+        host::CloseHost(filterHost);
+    }
+    SetHostBlock(Data(BlockOf(SetWith(44), 40))); // the record without the rest of the block
+    EXPECT_TRUE(Repeat());
+    EXPECT_EQ(SetInHandle(), SetWith(44));
+}
+
+// Major and Minor decide about a host's block, all four words about a file.
+TEST_F(Persistent, BlocksOfAnotherVersionAreNotUsed) {
+    for (int word = 0; word < 4; ++word) {
+        SCOPED_TRACE(word);
+        ParameterSet other = SetWith(44);
+        other.version[word] += 3;
+        SetHostBlock(Data(BlockOf(other)));
+        boxes.clear();
+        EXPECT_TRUE(Repeat());
+        ParameterSet expected = word < 2 ? kDefaultParameters : other;
+        EXPECT_EQ(SetInHandle().intensity, expected.intensity);
+        EXPECT_TRUE(boxes.empty());
+        RemoveHostBlock();
+        WriteWholeFile(SettingsFile(), AsText(BlockOf(other)));
+        EXPECT_TRUE(Repeat());
+        EXPECT_EQ(SetInHandle(), kDefaultParameters);
+        EXPECT_EQ(boxes.size(), 1u); // told, and the file is gone
+        EXPECT_FALSE(Exists(SettingsFile()));
+        host::CloseHost(filterHost);
+    }
+}
+
+// Handles that come back as bytes of an older run never decide: the block does.
+TEST_F(Persistent, TheBlockWinsOverTheHandle) {
+    filterHost.settings.restoreHandlesAsBytes = true;
+    filterHost.script = ScriptOf(SetWith(10));
+    EXPECT_EQ(Run().code, kNoError);
+    SetHostBlock(Data(BlockOf(SetWith(20))));
+    EXPECT_TRUE(Repeat());
+    EXPECT_EQ(SetInHandle(), SetWith(20));
+    ExpectCleanHost();
+}

@@ -1,0 +1,273 @@
+// Scripting: what a descriptor changes, what the user is told about a bad one, and what is recorded.
+#include "plugin/ScriptKeys.h"
+#include "tests/plugin/ModuleFixture.h"
+
+#include <cmath>
+#include <limits>
+#include <windows.h>
+
+namespace {
+
+using host::MissingKeys;
+
+constexpr char kTitle[] = "Invalid Script Specified";
+
+class Script : public ModuleFixture {
+protected:
+    void SetUp() override {
+        ModuleFixture::SetUp();
+        filterHost.settings.missingKeys = MissingKeys::kNeverReported;
+    }
+    // A run with this script; returns what the run recorded as a set of values by key.
+    host::RunResult RunScript(const host::Descriptor &script) {
+        filterHost.script = script;
+        return Run();
+    }
+    double Recorded(FourCharCode key) const {
+        const host::DescriptorValue *value =
+            filterHost.recorded ? host::FindValue(*filterHost.recorded, key) : nullptr;
+        return value ? value->type == kTypeUnitFloat ? value->real : value->integer + double(value->code)
+                     : -1e9;
+    }
+};
+
+ParameterSet EveryFieldChanged() {
+    ParameterSet set = kDefaultParameters;
+    set.intensity = 11;
+    set.length = 22;
+    set.angle = -333;
+    set.numberOfPoints = 9;
+    set.spikeSharpness = 44;
+    set.colorSaturation = -55;
+    set.rainbowIntensity = 66;
+    set.rainbowFrequency = 77;
+    set.secondaryIntensity = 88;
+    set.softFlareBrightness = 99;
+    set.outputSpikesOnly = 1;
+    set.effectType = kNorthStar;
+    set.threshold = 12;
+    return set;
+}
+
+} // namespace
+
+TEST_F(Script, EveryKeyReachesItsFieldInAnyOrder) {
+    for (const uint32_t seed : {0u, 1u, 2u})
+        for (const bool ownType : {false, true}) {
+            filterHost.settings.shuffleSeed = seed;
+            filterHost.settings.enumerationsGiveTheirOwnType = ownType;
+            EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError);
+            EXPECT_EQ(SetInHandle(), EveryFieldChanged());
+        }
+    EXPECT_TRUE(boxes.empty());
+    ExpectCleanHost();
+}
+
+TEST_F(Script, OneKeyChangesOneField) {
+    EXPECT_EQ(RunScript({{host::UnitFloatValue(kKeyAngle, kUnitAngle, 22.46)}}).code, kNoError);
+    ParameterSet expected = kDefaultParameters;
+    expected.angle = 225;
+    EXPECT_EQ(SetInHandle(), expected);
+    EXPECT_TRUE(boxes.empty());
+}
+
+TEST_F(Script, NumbersAreRoundedAndKeptAsFarAsTheyFit) {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    const std::pair<double, int16_t> cases[] = {
+        {49.4999, 49},  {49.5, 50},       {-49.5, -50},       {-7, -7},
+        {40000, 32767}, {-1e300, -32768}, {kInfinity, 32767}, {std::nan(""), kDefaultParameters.intensity}};
+    for (const auto &[value, expected] : cases) {
+        EXPECT_EQ(RunScript({{host::UnitFloatValue(kKeyIntensity, kUnitPercent, value)}}).code, kNoError);
+        EXPECT_EQ(SetInHandle().intensity, expected) << value;
+        filterHost.registry.clear();
+        DeleteFileA(SettingsFile().c_str());
+    }
+    EXPECT_EQ(RunScript({{host::IntegerValue(kKeyNumberOfPoints, 1000000)}}).code, kNoError);
+    EXPECT_EQ(SetInHandle().numberOfPoints, 32767);
+}
+
+// The stored set keeps wild values; the picture is made with values in range, and nothing hangs.
+TEST_F(Script, WildValuesRunThrough) {
+    ParameterSet wild = kDefaultParameters;
+    wild.numberOfPoints = 0;
+    wild.rainbowFrequency = 107;
+    wild.intensity = -50;
+    wild.angle = 32767;
+    wild.length = -32768;
+    wild.threshold = 30000;
+    wild.effectType = 0x12345678;
+    for (const int16_t points : {int16_t{0}, int16_t{-1}, int16_t{32767}}) {
+        wild.numberOfPoints = points;
+        filterHost.document = host::MakeDocument(60, 40, 8, 3, false);
+        host::SetSample(filterHost.document, 0, 30, 20, 255);
+        EXPECT_EQ(RunScript(ScriptOf(wild)).code, kNoError);
+        EXPECT_EQ(SetInHandle(), wild);
+    }
+    ExpectCleanHost();
+}
+
+TEST_F(Script, UnknownKeysAndValuesOfAnotherTypeAreSkipped) {
+    host::Descriptor script;
+    host::PutValue(script, host::IntegerValue(kKeyOutputSpikesOnly, 1));
+    host::PutValue(script, host::BooleanValue(kKeyEffect, true));
+    host::PutValue(script, host::IntegerValue(kKeyIntensity, 3));
+    host::PutValue(script, host::UnitFloatValue(kKeyNumberOfPoints, kUnitPercent, 3));
+    host::PutValue(script, {.key = kKeyAngle, .type = host::kTypeText, .bytes = {'1', '2'}});
+    host::PutValue(script, host::IntegerValue('What', 3));
+    host::PutValue(script, host::FloatValue(kKeyLength, 31));
+    EXPECT_EQ(RunScript(script).code, kNoError);
+    ParameterSet expected = kDefaultParameters;
+    expected.length = 31; // a plain number is no clear mismatch
+    EXPECT_EQ(SetInHandle(), expected);
+    EXPECT_TRUE(boxes.empty());
+    ExpectCleanHost();
+}
+
+TEST_F(Script, AFailingGetterLeavesItsField) {
+    for (const char *getter : {"getUnitFloatProc", "getIntegerProc", "getBooleanProc", "getEnumeratedProc"}) {
+        filterHost.settings.failures = {{getter, {.nth = 1, .andLater = true, .code = kParamErr}}};
+        EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError) << getter;
+        const bool numbers = std::string(getter) == "getUnitFloatProc";
+        EXPECT_EQ(SetInHandle().intensity, numbers ? 50 : 11) << getter;
+        EXPECT_EQ(SetInHandle().effectType,
+                  std::string(getter) == "getEnumeratedProc" ? kStandardStar : kNorthStar);
+        filterHost.registry.clear();
+        DeleteFileA(SettingsFile().c_str());
+    }
+}
+
+// The dialog is asked for by the dialog-pending byte, or else by the script.
+TEST_F(Script, PlayInfoDecidesAboutTheDialog) {
+    for (const int16_t playInfo : {kPlayDontDisplay, kPlayDisplay, kPlaySilent}) {
+        filterHost.settings.playInfo = playInfo;
+        EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError);
+        EXPECT_EQ(DialogPendingByte(), playInfo == kPlayDisplay ? 0 : 1); // cleared only after the dialog
+    }
+    filterHost.script.reset();
+    EXPECT_EQ(Run().code, kNoError);
+    EXPECT_EQ(DialogPendingByte(), 0);
+}
+
+TEST_F(Script, MissingKeysAreAWarningAndThenTheDialog) {
+    filterHost.settings.missingKeys = MissingKeys::kReported;
+    EXPECT_EQ(RunScript({{host::UnitFloatValue(kKeyAngle, kUnitAngle, 22.46)}}).code, kNoError);
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_EQ(boxes[0].title, kTitle);
+    EXPECT_EQ(boxes[0].text,
+              "The Photoshop Script you specified is not compatible with this version of Brillatrix "
+              "Pro. Some settings have been set to their default values.");
+    EXPECT_EQ(boxes[0].style, 48u | MB_SETFOREGROUND);
+    EXPECT_EQ(SetInHandle(), kDefaultParameters);
+    EXPECT_EQ(DialogPendingByte(), 0); // the dialog was run
+    EXPECT_NE(LogText().find("Line 185: User Message: 'Invalid Script Specified' - 'The Photoshop Script"),
+              std::string::npos);
+    ExpectCleanHost();
+}
+
+TEST_F(Script, OtherVerdictsEndTheRun) {
+    struct Case {
+        int16_t verdict;
+        const char *text;
+        const char *line;
+    };
+    const Case cases[] = {
+        {kParamErr,
+         "The Photoshop Script you specified is not compatible with this version of Brillatrix "
+         "Pro and will not be used.",
+         "Line 198"},
+        {kMemFullErr, "A fatal error occurred while reading the script parameters.", "Line 212"},
+        {2, "A fatal error occurred while reading the script parameters.", "Line 212"}};
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.verdict);
+        boxes.clear();
+        filterHost.settings.closeReadResult = c.verdict;
+        const host::RunResult result = RunScript(ScriptOf(EveryFieldChanged()));
+        EXPECT_EQ(result.code, c.verdict);
+        EXPECT_EQ(result.failedSelector, kSelectorStart);
+        ASSERT_EQ(boxes.size(), 1u);
+        EXPECT_EQ(boxes[0].title, kTitle);
+        EXPECT_EQ(boxes[0].text, c.text);
+        EXPECT_EQ(boxes[0].style, 16u | MB_SETFOREGROUND);
+        EXPECT_EQ(SetInHandle(), kDefaultParameters);
+        EXPECT_TRUE(filterHost.log.advances.empty());
+        if (&c == cases) { // the log ends with the first failed run
+            EXPECT_NE(LogText().find(c.line), std::string::npos);
+        }
+        ExpectCleanHost();
+    }
+    filterHost.settings.closeReadResult.reset();
+    EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError);
+    EXPECT_EQ(SetInHandle(), EveryFieldChanged());
+}
+
+TEST_F(Script, ADescriptorThatCannotBeOpenedIsNotUsed) {
+    filterHost.settings.failures["openReadDescriptorProc"] = {};
+    EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kParamErr);
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_NE(boxes[0].text.find("will not be used."), std::string::npos);
+    EXPECT_EQ(SetInHandle(), kDefaultParameters);
+    ExpectCleanHost();
+}
+
+TEST_F(Script, WithoutReadProceduresThereIsNoScript) {
+    for (const char *missing : {"descriptorParameters", "readDescriptorProcs", "openReadDescriptorProc",
+                                "getKeyProc", "closeReadDescriptorProc"}) {
+        SCOPED_TRACE(missing);
+        filterHost.settings.absent = {missing};
+        EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError);
+        EXPECT_EQ(SetInHandle(), kDefaultParameters);
+        EXPECT_EQ(DialogPendingByte(), 0);
+        EXPECT_TRUE(boxes.empty());
+        host::CloseHost(filterHost);
+    }
+}
+
+TEST_F(Script, FinishRecordsEveryKeyWithItsTypeAndUnit) {
+    EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError);
+    ASSERT_TRUE(filterHost.recorded);
+    const host::Descriptor expected = ScriptOf(EveryFieldChanged());
+    ASSERT_EQ(filterHost.recorded->values.size(), 13u);
+    for (size_t i = 0; i < 13; ++i) { // in this order too
+        SCOPED_TRACE(i);
+        EXPECT_EQ(filterHost.recorded->values[i], expected.values[i]);
+    }
+    ExpectCleanHost();
+}
+
+TEST_F(Script, ARecordedRunRepeatsItself) {
+    EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError);
+    filterHost.script = filterHost.recorded;
+    filterHost.registry.clear();
+    filterHost.settings.missingKeys = MissingKeys::kReported;
+    EXPECT_EQ(Run(false).code, kNoError);
+    EXPECT_EQ(SetInHandle(), EveryFieldChanged());
+    EXPECT_TRUE(boxes.empty());
+}
+
+TEST_F(Script, FinishWithoutAWriterFails) {
+    filterHost.settings.failures["openWriteDescriptorProc"] = {};
+    const host::RunResult result = RunScript(ScriptOf(EveryFieldChanged()));
+    EXPECT_EQ(result.code, kErrMissingParameter);
+    EXPECT_EQ(result.failedSelector, kSelectorFinish);
+    EXPECT_EQ(filterHost.registry.size(), 1u); // kept for the next run all the same
+    ExpectCleanHost();
+    for (const char *missing :
+         {"writeDescriptorProcs", "openWriteDescriptorProc", "closeWriteDescriptorProc", "putUnitFloatProc",
+          "putIntegerProc", "putBooleanProc", "putEnumeratedProc"}) {
+        host::CloseHost(filterHost);
+        filterHost.settings.failures.clear();
+        filterHost.settings.absent = {missing};
+        EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError) << missing;
+        ExpectCleanHost();
+    }
+}
+
+TEST_F(Script, AValueThatCannotBeRecordedCostsOnlyItself) {
+    filterHost.settings.failures["putUnitFloatProc"] = {.nth = 2};
+    EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError);
+    ASSERT_TRUE(filterHost.recorded);
+    EXPECT_EQ(filterHost.recorded->values.size(), 12u);
+    EXPECT_EQ(Recorded(kKeyThreshold), 12);
+    EXPECT_EQ(Recorded(kKeyLength), 22);
+    ExpectCleanHost();
+}

@@ -1,0 +1,324 @@
+// The entry and its six selectors: handles, result word, memory budget, teardown.
+#include "tests/plugin/ModuleFixture.h"
+
+#include <algorithm>
+#include <cstring>
+#include <windows.h>
+
+namespace {
+
+class SelectorCall : public ModuleFixture {
+protected:
+    int16_t Call(int16_t selector) { return host::CallSelector(filterHost, selector); }
+    void Plant(const std::vector<uint8_t> &parameters, const std::vector<uint8_t> &data) {
+        host::BeginRun(filterHost);
+        host::Record(filterHost).parameters =
+            parameters.empty() ? nullptr : host::PlantHandle(filterHost, parameters);
+        host::PlantDataWord(
+            filterHost, data.empty() ? 0 : reinterpret_cast<intptr_t>(host::PlantHandle(filterHost, data)));
+    }
+    // Prepare with the document's own handles; returns maxSpace.
+    int32_t BudgetOf(int32_t width, int32_t height, int32_t planes, bool hasMask, int32_t maxSpace) {
+        filterHost.settings.maxSpace = maxSpace;
+        filterHost.settings.filterRect = host::Rectangle{0, 0, width, height};
+        filterHost.settings.adjustRecord = [=, this](int16_t, FilterRecord &record) {
+            record.planes = static_cast<int16_t>(planes);
+            record.maskData = hasMask ? this : nullptr;
+            record.bufferSpace = 77;
+        };
+        Open();
+        EXPECT_EQ(Call(kSelectorPrepare), kNoError);
+        EXPECT_EQ(host::Record(filterHost).bufferSpace, 0);
+        const int32_t budget = host::Record(filterHost).maxSpace;
+        Call(kSelectorFinish);
+        host::CloseHost(filterHost);
+        return budget;
+    }
+};
+
+} // namespace
+
+TEST_F(SelectorCall, ParametersMakesBothHandlesAndAsksForTheDialog) {
+    Open();
+    ASSERT_EQ(Call(kSelectorParameters), kNoError);
+    EXPECT_EQ(SetInHandle(), kDefaultParameters);
+    EXPECT_EQ(DialogPendingByte(), 1);
+    EXPECT_EQ(host::CountLive(filterHost).handles, 2);
+    EXPECT_EQ(host::CountLive(filterHost).lockedHandles, 0);
+    EXPECT_EQ(filterHost.log.suites, (std::vector<std::string>{"+Photoshop Property Suite for Plug-ins/1",
+                                                               "+Photoshop Error Suite for Plug-ins/1"}));
+}
+
+// The handles of a run before are taken over; Parameters resets their contents, Prepare leaves them.
+TEST_F(SelectorCall, ExistingHandlesAreKept) {
+    const std::vector<uint8_t> wild(40, 0x7E);
+    Open();
+    Plant(wild, {9});
+    const HostHandle parameters = host::Record(filterHost).parameters;
+    ASSERT_EQ(Call(kSelectorPrepare), kNoError);
+    EXPECT_EQ(host::Record(filterHost).parameters, parameters);
+    EXPECT_EQ(host::HandleBytes(filterHost, parameters), wild);
+    EXPECT_EQ(DialogPendingByte(), 9);
+    ASSERT_EQ(Call(kSelectorParameters), kNoError);
+    EXPECT_EQ(host::Record(filterHost).parameters, parameters);
+    EXPECT_EQ(SetInHandle(), kDefaultParameters);
+    EXPECT_EQ(DialogPendingByte(), 1);
+}
+
+// Bytes saved by another version come back as handles of their own length.
+TEST_F(SelectorCall, HandlesOfAForeignSizeAreReplaced) {
+    const std::pair<std::vector<uint8_t>, std::vector<uint8_t>> cases[] = {{std::vector<uint8_t>(8, 1), {1}},
+                                                                           {std::vector<uint8_t>(39, 1), {1}},
+                                                                           {{}, {1}},
+                                                                           {std::vector<uint8_t>(40, 1), {}}};
+    for (const auto &[parameters, data] : cases) {
+        SCOPED_TRACE(parameters.size());
+        Open();
+        Plant(parameters, data);
+        ASSERT_EQ(Call(kSelectorPrepare), kNoError);
+        EXPECT_EQ(SetInHandle(), kDefaultParameters);
+        EXPECT_EQ(DialogPendingByte(), 1);
+        EXPECT_EQ(host::CountLive(filterHost).handles, 2);
+        EXPECT_EQ(Call(kSelectorFinish), kNoError);
+        ExpectCleanHost();
+        host::CloseHost(filterHost);
+    }
+}
+
+TEST_F(SelectorCall, StartAndFinishWithoutHandlesAreBadParameters) {
+    for (const int16_t selector : {kSelectorStart, kSelectorFinish}) {
+        Open();
+        EXPECT_EQ(Call(selector), kFilterBadParameters);
+        Plant(std::vector<uint8_t>(16, 0), {1});
+        EXPECT_EQ(Call(selector), kFilterBadParameters);
+        EXPECT_TRUE(filterHost.log.advances.empty());
+        ExpectCleanHost();
+        host::CloseHost(filterHost);
+    }
+}
+
+TEST_F(SelectorCall, WithoutHandleProceduresThereIsNoMemory) {
+    for (const char *missing : {"handleProcs", "newProc", "lockProc"}) {
+        SCOPED_TRACE(missing);
+        filterHost.settings.absent = {missing};
+        Open();
+        EXPECT_EQ(Call(kSelectorParameters), kMemFullErr);
+        EXPECT_EQ(Call(kSelectorPrepare), kMemFullErr);
+        ExpectCleanHost();
+        host::CloseHost(filterHost);
+    }
+    filterHost.settings.absent = {"getSizeProc", "unlockProc", "disposeProc"}; // can be done without
+    EXPECT_EQ(Run().code, kNoError);
+}
+
+TEST_F(SelectorCall, BudgetIsTwoCopiesOfATile) {
+    EXPECT_EQ(BudgetOf(100, 100, 3, true, INT32_MAX), 80000);
+    EXPECT_EQ(BudgetOf(100, 100, 3, false, INT32_MAX), 60000);
+    EXPECT_EQ(BudgetOf(5000, 5000, 4, false, INT32_MAX), 2 * 4 * 1024 * 1024);
+    EXPECT_EQ(BudgetOf(2000, 10, 1, false, INT32_MAX), 2 * 1024 * 10);
+    EXPECT_EQ(BudgetOf(100, 100, 3, false, 59999), 59999);                // only ever lowered
+    EXPECT_EQ(BudgetOf(100, 100, 3, false, 0), 0);                        // no hint
+    EXPECT_EQ(BudgetOf(100, 100, 3, false, -5), -5);                      // nor is this
+    EXPECT_EQ(BudgetOf(30000, 30000, 32767, true, INT32_MAX), INT32_MAX); // 2^36 bytes
+    EXPECT_EQ(BudgetOf(0, 100, 3, false, 1000), 1000);                    // an area that is not known yet
+    EXPECT_EQ(BudgetOf(100, 100, -1, false, 1000), 1000);
+    filterHost.settings.absent = {"bigDocumentData"};
+    EXPECT_EQ(BudgetOf(100, 100, 3, false, INT32_MAX), 60000);
+}
+
+TEST_F(SelectorCall, EverySelectorButAboutClaims32BitCoordinates) {
+    Open();
+    for (int16_t selector = kSelectorParameters; selector <= kSelectorFinish; ++selector) {
+        Call(selector);
+        EXPECT_EQ(host::BigDocument(filterHost).PluginUsing32BitCoordinates, 1) << selector;
+    }
+}
+
+TEST_F(SelectorCall, ContinueEmptiesTheRectanglesInTheFormInUse) {
+    for (const bool big : {true, false}) {
+        if (!big)
+            filterHost.settings.absent = {"bigDocumentData"};
+        Open();
+        host::BeginRun(filterHost);
+        FilterRecord &record = host::Record(filterHost);
+        BigDocumentStruct &document = host::BigDocument(filterHost);
+        record.inRect = record.outRect = record.maskRect = {1, 2, 3, 4};
+        document.inRect32 = document.outRect32 = document.maskRect32 = {1, 2, 3, 4};
+        EXPECT_EQ(Call(kSelectorContinue), kNoError);
+        const auto isZero = [](const auto &rect) {
+            const decltype(rect.top) sum = rect.top | rect.left | rect.bottom | rect.right;
+            return sum == 0;
+        };
+        EXPECT_EQ(isZero(document.inRect32) && isZero(document.outRect32) && isZero(document.maskRect32),
+                  big);
+        EXPECT_EQ(isZero(record.inRect) && isZero(record.outRect) && isZero(record.maskRect), !big);
+        host::CloseHost(filterHost);
+    }
+}
+
+// Both forms, so that no host performs one more advance.
+TEST_F(SelectorCall, StartLeavesAllRectanglesEmpty) {
+    for (const bool fails : {false, true}) {
+        Open();
+        host::BeginRun(filterHost);
+        EXPECT_EQ(Call(kSelectorPrepare), kNoError);
+        FilterRecord &record = host::Record(filterHost);
+        record.inRect = record.outRect = record.maskRect = {1, 2, 3, 4};
+        filterHost.settings.failures.clear();
+        if (fails)
+            filterHost.settings.failures["advanceState"] = {.nth = 4, .code = kMemFullErr};
+        EXPECT_EQ(Call(kSelectorStart), fails ? kMemFullErr : kNoError);
+        EXPECT_FALSE(host::WantsContinue(filterHost));
+        const HostRect rects[] = {record.inRect, record.outRect, record.maskRect};
+        const HostRect none[3] = {};
+        EXPECT_EQ(std::memcmp(rects, none, sizeof(rects)), 0);
+        Call(kSelectorFinish);
+        host::CloseHost(filterHost);
+    }
+}
+
+TEST_F(SelectorCall, UnknownSelectorsDoNothing) {
+    Open();
+    for (const int16_t selector : {int16_t{6}, int16_t{100}, int16_t{-1}})
+        EXPECT_EQ(Call(selector), kNoError);
+    EXPECT_EQ(host::CountLive(filterHost).handles, 0);
+    EXPECT_TRUE(filterHost.log.suites.empty());
+    EXPECT_TRUE(boxes.empty());
+}
+
+TEST_F(SelectorCall, NullArgumentsAreAnErrorAndNoCrash) {
+    for (int16_t selector = kSelectorParameters; selector <= kSelectorFinish; ++selector) {
+        int16_t result = 99;
+        intptr_t data = 0;
+        module.entry(selector, nullptr, &data, &result);
+        EXPECT_EQ(result, kFilterBadParameters) << selector;
+        FilterRecord empty = {};
+        result = 99;
+        module.entry(selector, &empty, nullptr, &result);
+        EXPECT_EQ(result, selector == kSelectorContinue ? kNoError : kFilterBadParameters) << selector;
+        module.entry(selector, &empty, &data, nullptr);
+        module.entry(selector, nullptr, nullptr, nullptr);
+    }
+    int16_t result = 99;
+    module.entry(kSelectorAbout, nullptr, nullptr, &result);
+    EXPECT_EQ(result, kNoError);
+    EXPECT_EQ(Held().comInitializations, 0);
+}
+
+TEST_F(SelectorCall, AboutShowsTheProductAndItsVersion) {
+    Open();
+    EXPECT_EQ(host::CallAbout(filterHost), kNoError);
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_TRUE(boxes[0].isDialog);
+    EXPECT_EQ(boxes[0].dialogName, "#191");
+    EXPECT_EQ(boxes[0].text, "Brillatrix Pro\nVersion 1.0.0.0\nNexorvanta Software");
+    ExpectCleanHost();
+    EXPECT_EQ(Run().code, kNoError); // the section is back, the log is not
+    ExpectCleanHost();
+}
+
+// The dialog opens for real and closes on OK and on Cancel.
+TEST_F(SelectorCall, AboutBoxCloses) {
+    host::ReleaseBoxes();
+    for (const WPARAM button : {IDOK, IDCANCEL}) {
+        HANDLE presser = CreateThread(
+            nullptr, 0,
+            [](void *parameter) -> DWORD {
+                for (int i = 0; i < 500; ++i, Sleep(10))
+                    if (HWND box = FindWindowA("#32770", "About Brillatrix Pro"))
+                        return SendMessageA(box, WM_COMMAND, reinterpret_cast<WPARAM>(parameter), 0) == 0;
+                return 0;
+            },
+            reinterpret_cast<void *>(button), 0, nullptr);
+        int16_t result = 99;
+        AboutRecord record = {};
+        module.entry(kSelectorAbout, &record, nullptr, &result);
+        EXPECT_EQ(result, kNoError);
+        EXPECT_EQ(WaitForSingleObject(presser, 10000), WAIT_OBJECT_0);
+        CloseHandle(presser);
+    }
+    EXPECT_EQ(Held().comInitializations, 0);
+}
+
+TEST_F(SelectorCall, PrepareNeedsCom) {
+    SetComResult(E_OUTOFMEMORY);
+    Open();
+    EXPECT_EQ(Call(kSelectorParameters), kNoError);
+    EXPECT_EQ(Call(kSelectorPrepare), kMemFullErr);
+    ExpectCleanHost();
+    EXPECT_EQ(host::CallAbout(filterHost), kNoError);
+    SetComResult(S_OK);
+    EXPECT_EQ(Run().code, kNoError);
+    ExpectCleanHost();
+}
+
+TEST_F(SelectorCall, SuitesAreReleasedErrorSuiteFirst) {
+    EXPECT_EQ(Run().code, kNoError);
+    const std::vector<std::string> &suites = filterHost.log.suites;
+    ASSERT_GE(suites.size(), 4u);
+    EXPECT_EQ(suites[0], "+Photoshop Property Suite for Plug-ins/1");
+    EXPECT_EQ(suites[1], "+Photoshop Error Suite for Plug-ins/1");
+    EXPECT_EQ(suites[suites.size() - 2], "-Photoshop Error Suite for Plug-ins/1");
+    EXPECT_EQ(suites[suites.size() - 1], "-Photoshop Property Suite for Plug-ins/1");
+    EXPECT_EQ(std::count(suites.begin(), suites.end(), suites[0]), 1);
+    EXPECT_EQ(filterHost.log.propertiesSet,
+              (std::vector<std::pair<uint32_t, intptr_t>>{{kPropWatchSuspension, 1}}));
+}
+
+// A host may end a run after Parameters; the suites held then serve the next run.
+TEST_F(SelectorCall, SuitesAreTakenOnce) {
+    Open();
+    EXPECT_EQ(Call(kSelectorParameters), kNoError);
+    EXPECT_EQ(Call(kSelectorParameters), kNoError);
+    EXPECT_EQ(Call(kSelectorPrepare), kNoError);
+    EXPECT_EQ(Call(kSelectorPrepare), kNoError);
+    EXPECT_EQ(host::CountLive(filterHost).suites, 2);
+    EXPECT_EQ(Held().comInitializations, 1);
+    EXPECT_EQ(Call(kSelectorFinish), kNoError);
+    ExpectCleanHost();
+}
+
+TEST_F(SelectorCall, TeardownFollowsAFailureAndFinish) {
+    EXPECT_EQ(Run().code, kNoError);
+    EXPECT_EQ(Held().sections, 0);
+    EXPECT_NE(LogText().find("Log closed"), std::string::npos);
+    EXPECT_EQ(Call(kSelectorPrepare), kNoError);
+    EXPECT_EQ(Held().sections, 1); // made anew
+    filterHost.settings.failures["advanceState"] = {.nth = 1, .andLater = true, .code = kMemFullErr};
+    host::ClearLog(filterHost);
+    EXPECT_EQ(Call(kSelectorStart), kMemFullErr);
+    EXPECT_EQ(Held().sections, 0);
+    ExpectCleanHost();
+}
+
+TEST_F(SelectorCall, ARefusedCriticalSectionIsNoFailure) {
+    RefuseCriticalSections();
+    EXPECT_EQ(Run().code, kNoError);
+    EXPECT_TRUE(boxes.empty());
+    ExpectCleanHost();
+}
+
+TEST_F(SelectorCall, FirstCallMakesFoldersAndOneLog) {
+    Open();
+    EXPECT_EQ(Call(kSelectorParameters), kNoError);
+    for (const char *name : {"Settings", "Parameters", "Logs"})
+        EXPECT_TRUE(Exists(folder / ("user\\Nexorvanta\\Brillatrix\\" + std::string(name)))) << name;
+    EXPECT_EQ(LogText().rfind("Brillatrix Pro version 1.0.0.0 (64 bit Release) Log opened on ", 0), 0u)
+        << LogText();
+    EXPECT_EQ(Run().code, kNoError);
+    EXPECT_EQ(Run().code, kNoError);
+    EXPECT_FALSE(Exists(folder / "user\\Nexorvanta\\Brillatrix\\Logs\\Brillatrix Pro_01.log"));
+}
+
+TEST_F(SelectorCall, LoadingAndTheFirstCallAreQuick) {
+    Open();
+    LARGE_INTEGER start, end, frequency;
+    QueryPerformanceFrequency(&frequency);
+    EXPECT_EQ(Call(kSelectorParameters), kNoError); // folders and log are made here
+    QueryPerformanceCounter(&start);
+    EXPECT_EQ(Call(kSelectorPrepare), kNoError);
+    QueryPerformanceCounter(&end);
+    std::printf("Prepare took %.2f ms\n", 1000.0 * static_cast<double>(end.QuadPart - start.QuadPart) /
+                                              static_cast<double>(frequency.QuadPart));
+    EXPECT_LT(Held().heapBlocks, 100);
+}
