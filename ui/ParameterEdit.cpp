@@ -20,6 +20,14 @@ void StepThroughTrackbar(ParameterControl *row, int32_t amount) {
         TakeParameterValue(row, position);
 }
 
+// Some versions of the control draw a new caret place or selection at once instead of waiting for WM_PAINT.
+bool MayHaveDrawn(UINT message, WPARAM wParam) {
+    if (message == WM_MOUSEMOVE)
+        return (wParam & MK_LBUTTON) != 0;
+    return (message >= WM_KEYFIRST && message <= WM_KEYLAST) ||
+           (message >= WM_MOUSEFIRST && message <= WM_MOUSELAST);
+}
+
 LRESULT CALLBACK EditProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR data) {
     ParameterControl *row = reinterpret_cast<ParameterControl *>(data);
     if (message == WM_NCDESTROY) {
@@ -30,31 +38,26 @@ LRESULT CALLBACK EditProc(HWND window, UINT message, WPARAM wParam, LPARAM lPara
     }
     if (row->edit != window || !IsBound(*row))
         return DefSubclassProc(window, message, wParam, lParam);
-    LRESULT result = 0;
-    switch (message) {
-    case WM_SETFOCUS:
-        result = DefSubclassProc(window, message, wParam, lParam);
-        OnEditSetFocus(row);
-        return result;
-    case WM_KILLFOCUS:
-        result = DefSubclassProc(window, message, wParam, lParam);
-        OnEditKillFocus(row);
-        return result;
-    case WM_KEYDOWN:
-        if (OnEditKey(row, wParam, LOWORD(lParam), GetKeyState(VK_CONTROL) < 0))
-            return 0;
-        break;
-    case WM_CHAR:
-        if (!OnEditCharacter(wParam))
-            return 0;
-        break;
-    case WM_ERASEBKGND:
+    if (message == WM_ERASEBKGND)
         return 1;
-    case WM_PAINT:
+    if (message == WM_PAINT) {
         PaintParameterEdit(*row);
         return 0;
     }
-    return DefSubclassProc(window, message, wParam, lParam);
+    if (message == WM_KEYDOWN && OnEditKey(row, wParam, LOWORD(lParam), GetKeyState(VK_CONTROL) < 0))
+        return 0;
+    if (message == WM_CHAR && !OnEditCharacter(wParam))
+        return 0;
+    const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
+    if (!IsBound(*row))
+        return result;
+    if (message == WM_SETFOCUS)
+        OnEditSetFocus(row);
+    else if (message == WM_KILLFOCUS)
+        OnEditKillFocus(row);
+    else if (MayHaveDrawn(message, wParam))
+        InvalidateRect(window, nullptr, FALSE);
+    return result;
 }
 
 } // namespace

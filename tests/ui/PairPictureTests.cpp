@@ -1,4 +1,5 @@
 // What the pairs look like: the colours of each state, and pictures to look at, left beside the test program.
+#include "tests/ui/GdiCalls.h"
 #include "tests/ui/PairDialog.h"
 
 #include <gtest/gtest.h>
@@ -169,6 +170,28 @@ TEST_P(PairPictures, HalfTypedTextIsShown) {
     WriteBmp(picture, PathOf("typed"));
     const RECT area = AreaInPicture(dialog.window, gParameterControls[3].edit);
     EXPECT_GT(CountPixels(picture, area, PixelOfSystemColor(COLOR_HIGHLIGHT)), 50);
+}
+
+TEST_P(PairPictures, PaintingGivesEverythingBackAndSurvivesFailures) {
+    FocusParameterControl(2);
+    const Picture expected = Capture();
+    EXPECT_EQ(LiveGdiObjects(), 1) << "the font that all the fields share";
+    for (int n = 1; n <= 6; ++n) {
+        FailGdiCreation(n);
+        RedrawWindow(dialog.window, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+        FailGdiCreation(0);
+        EXPECT_EQ(LiveGdiObjects(), 1) << n;
+        EXPECT_EQ(CaptureWindow(dialog.window).pixels, expected.pixels) << n;
+    }
+    ClosePairDialog(&dialog);
+    EXPECT_EQ(LiveGdiObjects(), 0);
+    FailGdiCreation(1);
+    ASSERT_TRUE(OpenPairDialog(&dialog, GetParam(), kDefaultParameters))
+        << "the first font could not be made";
+    FailGdiCreation(0);
+    EXPECT_EQ(EditText(10), "30");
+    ClosePairDialog(&dialog);
+    EXPECT_EQ(LiveGdiObjects(), 0);
 }
 
 } // namespace

@@ -222,6 +222,29 @@ TEST_P(ParameterPairs, ArrowInTheTextMovesNothing) {
     EXPECT_FALSE(OnEditKey(&gParameterControls[kThreshold], VK_HOME, 1, false));
 }
 
+// Through the queue and the dialog manager, as a real key goes.
+TEST_P(ParameterPairs, DialogKeysWorkFromAField) {
+    const auto Post = [](HWND edit, WPARAM key) {
+        PostMessageA(edit, WM_KEYDOWN, key, 1);
+        PostMessageA(edit, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001u));
+        PumpMessages();
+    };
+    SetFocus(Edit(kThreshold));
+    TakeBeeps();
+    Post(Edit(kThreshold), VK_TAB);
+    EXPECT_EQ(GetFocus(), Edit(kIntensity));
+    EXPECT_TRUE(gParameterControls[kIntensity].editing);
+    EXPECT_FALSE(gParameterControls[kThreshold].editing);
+    Post(Edit(kIntensity), VK_UP);
+    EXPECT_EQ(dialog.parameters.intensity, 51);
+    Post(Edit(kIntensity), '7');
+    EXPECT_EQ(dialog.parameters.intensity, 7);
+    Post(Edit(kIntensity), VK_ESCAPE);
+    Post(Edit(kIntensity), VK_RETURN);
+    EXPECT_EQ(EditText(kIntensity), "7");
+    EXPECT_EQ(TakeBeeps(), 0);
+}
+
 TEST_P(ParameterPairs, FocusSelectsTheTextAndSetsEditing) {
     FocusParameterControl(kLength);
     EXPECT_EQ(GetFocus(), Edit(kLength));

@@ -1,0 +1,78 @@
+#include "tests/ui/GdiCalls.h"
+
+#include <cstring>
+#include <set>
+#include <windows.h>
+
+namespace {
+
+std::set<void *> gLive;
+int gFailIn = 0;
+
+template <typename Function> Function *Real(const char *name) {
+    const FARPROC address = GetProcAddress(GetModuleHandleA("gdi32.dll"), name);
+    Function *function;
+    static_assert(sizeof function == sizeof address);
+    memcpy(&function, &address, sizeof function);
+    return function;
+}
+
+bool MustFail() {
+    return gFailIn > 0 && --gFailIn == 0;
+}
+
+template <typename Handle> Handle Keep(Handle handle) {
+    if (handle)
+        gLive.insert(handle);
+    return handle;
+}
+
+HDC WINAPI MakeContext(HDC dc) {
+    static const auto real = Real<decltype(MakeContext)>("CreateCompatibleDC");
+    return MustFail() ? nullptr : Keep(real(dc));
+}
+
+HBITMAP WINAPI MakeBitmap(HDC dc, int width, int height) {
+    static const auto real = Real<decltype(MakeBitmap)>("CreateCompatibleBitmap");
+    return MustFail() ? nullptr : Keep(real(dc, width, height));
+}
+
+HFONT WINAPI MakeFont(int height, int width, int escapement, int orientation, int weight, DWORD italic,
+                      DWORD underline, DWORD strikeOut, DWORD charSet, DWORD outPrecision,
+                      DWORD clipPrecision, DWORD quality, DWORD pitch, LPCWSTR face) {
+    static const auto real = Real<decltype(MakeFont)>("CreateFontW");
+    return MustFail() ? nullptr
+                      : Keep(real(height, width, escapement, orientation, weight, italic, underline,
+                                  strikeOut, charSet, outPrecision, clipPrecision, quality, pitch, face));
+}
+
+BOOL WINAPI GiveBackObject(HGDIOBJ object) {
+    static const auto real = Real<decltype(GiveBackObject)>("DeleteObject");
+    gLive.erase(object);
+    return real(object);
+}
+
+BOOL WINAPI GiveBackContext(HDC dc) {
+    static const auto real = Real<decltype(GiveBackContext)>("DeleteDC");
+    gLive.erase(dc);
+    return real(dc);
+}
+
+} // namespace
+
+// The linker takes an import's address from here instead of from the import library.
+extern "C" {
+decltype(&MakeContext) __imp_CreateCompatibleDC = MakeContext;
+decltype(&MakeBitmap) __imp_CreateCompatibleBitmap = MakeBitmap;
+decltype(&MakeFont) __imp_CreateFontW = MakeFont;
+decltype(&GiveBackObject) __imp_DeleteObject = GiveBackObject;
+decltype(&GiveBackContext) __imp_DeleteDC = GiveBackContext;
+}
+
+int LiveGdiObjects() {
+    return static_cast<int>(gLive.size());
+}
+
+void FailGdiCreation(int n) {
+    gFailIn = n;
+}
