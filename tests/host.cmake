@@ -1,0 +1,15 @@
+# The host: picture files, records and procedures, command line and program.
+add_library(invert_filter MODULE host/InvertFilter.cpp host/InvertFilter.rc)
+target_link_libraries(invert_filter PRIVATE brillatrix_options)
+set_target_properties(invert_filter PROPERTIES PREFIX "" SUFFIX ".8bf" OUTPUT_NAME InvertFilter)
+
+brillatrix_test(host_tests
+    LIBS filter_host
+    SOURCES
+        host/TestFiles.cpp host/PlayedFilter.cpp
+        host/PictureFilesTest.cpp host/ImageAccessTest.cpp host/FilterRunTest.cpp host/DescriptorTest.cpp
+        host/PropertyListTest.cpp host/OptionsTest.cpp host/FilterModuleTest.cpp host/ProgramTest.cpp)
+add_dependencies(host_tests brillatrix invert_filter)
+if(TARGET BrillatrixX64)
+    add_dependencies(host_tests BrillatrixX64)
+endif()

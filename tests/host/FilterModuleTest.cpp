@@ -1,0 +1,145 @@
+#include "host/FilterHost.h"
+#include "host/ModuleImports.h"
+#include "host/ShownBoxes.h"
+#include "tests/host/TestFiles.h"
+
+#include <algorithm>
+
+// The test filter, loaded for one test, told what to do.
+struct InvertFilter {
+    host::FilterModule module;
+
+    explicit InvertFilter(const char *order = "") {
+        std::string why;
+        SetEnvironmentVariableA("INVERT_FILTER", order);
+        EXPECT_TRUE(host::LoadFilterModule(ProgramFile(L"InvertFilter.8bf"), &module, &why)) << why;
+    }
+    ~InvertFilter() {
+        host::UnloadFilterModule(&module);
+        SetEnvironmentVariableA("INVERT_FILTER", nullptr);
+    }
+};
+
+static host::Document MakeNumbered(int32_t width, int32_t height, int32_t depth, int32_t planes,
+                                   bool transparency) {
+    host::Document document = host::MakeDocument(width, height, depth, planes, transparency);
+    for (int32_t plane = 0; plane < static_cast<int32_t>(document.planes.size()); plane++)
+        for (int32_t y = 0; y < height; y++)
+            for (int32_t x = 0; x < width; x++) {
+                const int32_t number = plane * 31 + y * 7 + x;
+                host::SetSample(document, plane, x, y,
+                                depth == 8    ? number % 256
+                                : depth == 16 ? number * 97 % 32769
+                                              : number / 64.0);
+            }
+    return document;
+}
+
+// Every depth, layer kind, tile size and way of advancing: exactly the inverted picture, nothing to complain
+// about.
+TEST(FilterModule, InvertsEveryKindOfDocument) {
+    struct Tile {
+        int16_t width, height;
+        const char *order;
+    };
+    for (const Tile tile : {Tile{256, 256, ""}, {5, 3, ""}, {1, 64, ""}, {64, 64, "continue"}}) {
+        const InvertFilter filter(tile.order);
+        for (const int32_t depth : {8, 16, 32})
+            for (const int32_t planes : {1, 3})
+                for (const bool transparency : {false, true}) {
+                    host::FilterHost filterHost;
+                    filterHost.document = MakeNumbered(13, 11, depth, planes, transparency);
+                    filterHost.settings.tileWidth = tile.width;
+                    filterHost.settings.tileHeight = tile.height;
+                    filterHost.settings.filterRect = host::Rectangle{2, 1, 12, 11};
+                    const host::Document before = filterHost.document;
+                    host::OpenHost(filterHost, filter.module);
+                    ASSERT_EQ(host::RunFilter(filterHost, true).code, kNoError);
+                    host::CloseHost(filterHost);
+                    ASSERT_TRUE(filterHost.log.violations.empty()) << filterHost.log.violations[0];
+                    const double white = depth == 8 ? 255 : depth == 16 ? 32768 : 1;
+                    for (int32_t plane = 0; plane < planes + transparency; plane++)
+                        for (int32_t y = 0; y < 11; y++)
+                            for (int32_t x = 0; x < 13; x++) {
+                                const bool isInside = x >= 2 && x < 12 && y >= 1;
+                                const double old = host::GetSample(before, plane, x, y);
+                                ASSERT_EQ(host::GetSample(filterHost.document, plane, x, y),
+                                          isInside ? white - old : old);
+                            }
+                }
+    }
+}
+
+TEST(FilterModule, FailuresAndTextsComeThrough) {
+    const InvertFilter filter("report");
+    host::FilterHost filterHost;
+    filterHost.document = MakeNumbered(4, 4, 8, 3, false);
+    const host::Document before = filterHost.document;
+    host::OpenHost(filterHost, filter.module);
+    EXPECT_EQ(host::RunFilter(filterHost, true).code, kErrReportString);
+    EXPECT_EQ(filterHost.log.errorText, "No good day");
+    SetEnvironmentVariableA("INVERT_FILTER", "fail");
+    EXPECT_EQ(host::RunFilter(filterHost, true).code, -36);
+    EXPECT_EQ(filterHost.document, before);
+}
+
+TEST(FilterModule, FilesThatAreNoFilterAreRefused) {
+    host::FilterModule module;
+    std::string why;
+    EXPECT_FALSE(host::LoadFilterModule(ProgramFile(L"absent.8bf"), &module, &why));
+    EXPECT_NE(why, "");
+    EXPECT_FALSE(host::LoadFilterModule(ProgramFile(L"host_tests.exe"), &module, &why));
+    EXPECT_EQ(why, "it has no property list");
+    const TestFolder folder;
+    WriteBytes(folder.File(L"a.8bf"), {'M', 'Z', 1, 2, 3});
+    EXPECT_FALSE(host::LoadFilterModule(folder.File(L"a.8bf"), &module, &why));
+    EXPECT_EQ(module.module, nullptr);
+}
+
+static DWORD WINAPI AnswerOrder(LPCSTR, LPSTR buffer, DWORD) {
+    lstrcpyA(buffer, "fail");
+    return 4;
+}
+
+TEST(ModuleImports, AreReplacedAndPutBack) {
+    const InvertFilter filter;
+    const std::vector<std::string> imports = host::ListImports(filter.module.module);
+    const auto isGet = [](const std::string &import) { return import.ends_with("!GetEnvironmentVariableA"); };
+    ASSERT_EQ(std::count_if(imports.begin(), imports.end(), isGet), 1);
+    host::FilterHost filterHost;
+    filterHost.document = MakeNumbered(4, 4, 8, 3, false);
+    host::OpenHost(filterHost, filter.module);
+    host::ImportHooks hooks;
+    EXPECT_EQ(host::ReplaceImport(filter.module.module, "user32.dll", "GetEnvironmentVariableA", AnswerOrder,
+                                  &hooks),
+              nullptr);
+    EXPECT_EQ(
+        host::ReplaceImport(filter.module.module, nullptr, "GetEnvironmentVariable", AnswerOrder, &hooks),
+        nullptr);
+    EXPECT_NE(host::ReplaceImport(filter.module.module, "kernel32.DLL", "GetEnvironmentVariableA",
+                                  AnswerOrder, &hooks),
+              nullptr);
+    EXPECT_EQ(host::RunFilter(filterHost, true).code, -36);
+    host::RestoreImports(&hooks);
+    EXPECT_EQ(host::RunFilter(filterHost, true).code, kNoError);
+}
+
+TEST(ShownBoxes, AreCaughtAndAnswered) {
+    const InvertFilter filter("box");
+    host::FilterHost filterHost;
+    filterHost.document = MakeNumbered(4, 4, 8, 3, false);
+    host::OpenHost(filterHost, filter.module);
+    std::vector<host::ShownBox> boxes;
+    host::CatchBoxes(filter.module.module, [&](const host::ShownBox &box) {
+        boxes.push_back(box);
+        return IDOK;
+    });
+    EXPECT_EQ(host::RunFilter(filterHost, true).code, kNoError);
+    EXPECT_EQ(host::CallAbout(filterHost), kNoError);
+    host::ReleaseBoxes();
+    ASSERT_EQ(boxes.size(), 2u);
+    EXPECT_EQ(boxes[0].title, "Invert");
+    EXPECT_EQ(boxes[0].text, "Something to say");
+    EXPECT_FALSE(boxes[0].isDialog);
+    EXPECT_EQ(boxes[1].title, "About Invert");
+}

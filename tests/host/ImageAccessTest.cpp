@@ -1,0 +1,259 @@
+#include "tests/host/PlayedFilter.h"
+
+#include <cstring>
+
+using Area = host::Rectangle;
+
+static const Area kWhole = {0, 0, 7, 5};
+
+static uint8_t *Row(void *data, int32_t rowBytes, int32_t y) {
+    return static_cast<uint8_t *>(data) + static_cast<ptrdiff_t>(y) * rowBytes;
+}
+
+// Any rectangle, any plane range, both forms of coordinates: the very samples of the document.
+TEST(ImageAccess, InputIsTheDocument) {
+    for (const bool isBig : {true, false}) {
+        PlayedHost played({});
+        if (!isBig)
+            played.filterHost.settings.absent = {"bigDocumentData"};
+        const host::Document &document = played.filterHost.document;
+        const auto violations = played.ViolationsOf([&](FilterRecord &record) {
+            EXPECT_EQ(record.inData, nullptr);
+            for (const Area r : {kWhole, Area{2, 1, 5, 4}, Area{6, 4, 7, 5}})
+                for (int16_t lo = 0; lo < 3; lo++)
+                    for (int16_t hi = lo; hi < 3; hi++) {
+                        AskFor(record, r, {});
+                        AskForPlanes(record, lo, hi);
+                        ASSERT_EQ(record.advanceState(), kNoError);
+                        ASSERT_EQ(record.outData, nullptr);
+                        ASSERT_EQ(record.inColumnBytes, hi - lo + 1);
+                        for (int32_t y = r.top; y < r.bottom; y++)
+                            for (int32_t x = r.left; x < r.right; x++)
+                                for (int32_t plane = lo; plane <= hi; plane++)
+                                    ASSERT_EQ(Row(record.inData, record.inRowBytes,
+                                                  y - r.top)[(x - r.left) * (hi - lo + 1) + plane - lo],
+                                              host::GetSample(document, plane, x, y));
+                    }
+        });
+        EXPECT_TRUE(violations.empty()) << violations[0];
+    }
+}
+
+TEST(ImageAccess, OutputIsCommittedAtTheNextAdvanceAndAtTheEnd) {
+    PlayedHost played([](int16_t selector, FilterRecord &record, intptr_t *) -> int16_t {
+        if (selector != kSelectorStart)
+            return kNoError;
+        for (const int16_t plane : {0, 2}) {
+            AskFor(record, {}, {1, 1, 3, 3});
+            AskForPlanes(record, plane, plane);
+            EXPECT_EQ(record.advanceState(), kNoError);
+            for (int32_t y = 0; y < 2; y++)
+                std::memset(Row(record.outData, record.outRowBytes, y), 200 + plane, 2);
+            AskFor(record, {4, 4, 5, 5}, {}); // what counts is what was asked for when it was handed out
+        }
+        AskFor(record, {}, {});
+        return kNoError;
+    });
+    const host::Document before = played.filterHost.document;
+    ASSERT_EQ(played.Run(), kNoError);
+    const host::Document &after = played.filterHost.document;
+    for (int32_t y = 0; y < 5; y++)
+        for (int32_t x = 0; x < 7; x++) {
+            const bool isInside = x >= 1 && x < 3 && y >= 1 && y < 3;
+            EXPECT_EQ(host::GetSample(after, 0, x, y), isInside ? 200 : host::GetSample(before, 0, x, y));
+            EXPECT_EQ(host::GetSample(after, 1, x, y), host::GetSample(before, 1, x, y));
+            EXPECT_EQ(host::GetSample(after, 2, x, y), isInside ? 202 : host::GetSample(before, 2, x, y));
+        }
+    EXPECT_TRUE(played.filterHost.log.violations.empty());
+}
+
+TEST(ImageAccess, InputStaysTheSourceAndPrefillShowsTheDestination) {
+    for (const bool prefills : {false, true}) {
+        PlayedHost played({});
+        played.filterHost.settings.prefillOutput = prefills;
+        const uint8_t source = played.filterHost.document.planes[0][0];
+        played.ViolationsOf([&](FilterRecord &record) {
+            AskFor(record, {0, 0, 1, 1}, {0, 0, 1, 1});
+            AskForPlanes(record, 0, 0);
+            ASSERT_EQ(record.advanceState(), kNoError);
+            EXPECT_EQ(*static_cast<uint8_t *>(record.outData), prefills ? source : 0xA5);
+            *static_cast<uint8_t *>(record.outData) = 99;
+            ASSERT_EQ(record.advanceState(), kNoError);
+            EXPECT_EQ(*static_cast<uint8_t *>(record.inData), source);
+            EXPECT_EQ(*static_cast<uint8_t *>(record.outData), prefills ? 99 : 0xA5);
+        });
+    }
+}
+
+TEST(ImageAccess, RequestsOutOfBoundsAreRefusedAndReported) {
+    struct Case {
+        Area in, out, mask;
+        int16_t lo, hi;
+        const char *name;
+    };
+    const Case cases[] = {
+        {{0, 0, 8, 5}, {}, {}, 0, 0, "inRect"},   {{-1, 0, 7, 5}, {}, {}, 0, 0, "inRect"},
+        {{0, 0, 7, 6}, {}, {}, 0, 0, "inRect"},   {kWhole, {}, {}, 0, 3, "inRect"},
+        {kWhole, {}, {}, 2, 1, "inRect"},         {kWhole, {}, {}, -1, 0, "inRect"},
+        {{}, {0, 0, 7, 5}, {}, 0, 0, "outRect"},  {{}, {1, 1, 4, 4}, {}, 3, 3, "outRect"},
+        {{}, {}, {0, 0, 8, 1}, 0, 0, "maskRect"},
+    };
+    for (const Case &c : cases) {
+        PlayedHost played({});
+        played.filterHost.document.mask.assign(35, 255);
+        played.filterHost.settings.filterRect = Area{1, 1, 4, 4};
+        const auto violations = played.ViolationsOf([&](FilterRecord &record) {
+            AskFor(record, c.in, c.out, c.mask);
+            AskForPlanes(record, c.lo, c.hi);
+            EXPECT_EQ(record.advanceState(), kParamErr);
+            EXPECT_EQ(record.inData, nullptr);
+            EXPECT_EQ(record.outData, nullptr);
+            AskFor(record, {}, {});
+        });
+        ASSERT_EQ(violations.size(), 1u) << c.name;
+        EXPECT_NE(violations[0].find(c.name), std::string::npos) << violations[0];
+    }
+}
+
+TEST(ImageAccess, WritingAroundTheRowsIsFoundOut) {
+    struct Case {
+        bool isInput;
+        ptrdiff_t offset;
+        bool isFound;
+    };
+    PlayedHost probe({});
+    int32_t rowBytes = 0;
+    probe.ViolationsOf([&](FilterRecord &record) {
+        AskFor(record, {}, kWhole);
+        AskForPlanes(record, 0, 0);
+        record.advanceState();
+        rowBytes = record.outRowBytes;
+    });
+    ASSERT_GT(rowBytes, 7);
+    host::CloseHost(probe.filterHost);
+    for (const Case c : {Case{false, 6, false},
+                         {false, 7, true},
+                         {false, -1, true},
+                         {true, 7, true},
+                         {false, ptrdiff_t{4} * rowBytes + 6, false},
+                         {false, ptrdiff_t{4} * rowBytes + 7, true},
+                         {false, ptrdiff_t{5} * rowBytes, true}}) {
+        PlayedHost played({});
+        const auto violations = played.ViolationsOf([&](FilterRecord &record) {
+            AskFor(record, kWhole, kWhole);
+            AskForPlanes(record, 0, 0);
+            ASSERT_EQ(record.advanceState(), kNoError);
+            static_cast<uint8_t *>(c.isInput ? record.inData : record.outData)[c.offset] = 1;
+            AskFor(record, {}, {});
+        });
+        EXPECT_EQ(violations.size(), c.isFound ? 1u : 0u) << c.offset;
+    }
+}
+
+TEST(ImageAccess, MaskIsServedAndClipsWhereTheHostDoesThat) {
+    for (const bool filterWritesOutside : {true, false})
+        for (const int32_t depth : {8, 16, 32}) {
+            PlayedHost played({});
+            played.filterHost.document = host::MakeDocument(3, 1, depth, 1, false);
+            played.filterHost.document.mask = {0, 128, 255};
+            for (host::FilterCaseInfo &info : played.pipl.filterCases)
+                info.flags = filterWritesOutside ? host::kCaseWritesOutsideSelection : 0;
+            const double white = depth == 8 ? 255 : depth == 16 ? 32768 : 1;
+            played.ViolationsOf([&](FilterRecord &record) {
+                EXPECT_EQ(record.haveMask, 1);
+                EXPECT_EQ(record.filterCase, 2);
+                EXPECT_EQ(record.autoMask, filterWritesOutside ? 0 : 1);
+                AskFor(record, {}, {0, 0, 3, 1}, {1, 0, 3, 1});
+                ASSERT_EQ(record.advanceState(), kNoError);
+                EXPECT_EQ(std::memcmp(record.maskData, "\x80\xFF", 2), 0);
+                host::Document full = host::MakeDocument(3, 1, depth, 1, false);
+                for (int32_t x = 0; x < 3; x++)
+                    host::SetSample(full, 0, x, 0, white);
+                std::memcpy(record.outData, full.planes[0].data(), full.planes[0].size());
+                AskFor(record, {}, {});
+                record.advanceState();
+            });
+            const host::Document &after = played.filterHost.document;
+            EXPECT_EQ(host::GetSample(after, 0, 0, 0), filterWritesOutside ? white : 0);
+            EXPECT_NEAR(host::GetSample(after, 0, 1, 0), filterWritesOutside ? white : white * 128 / 255,
+                        white / 500);
+            EXPECT_EQ(host::GetSample(after, 0, 2, 0), white);
+        }
+}
+
+TEST(ImageAccess, PaddingIsServedWhereSupported) {
+    for (const int16_t padding : {int16_t{-1}, int16_t{77}, int16_t{-3}}) {
+        PlayedHost played({});
+        played.filterHost.settings.supportsPadding = true;
+        const uint8_t corner = played.filterHost.document.planes[0][0];
+        played.ViolationsOf([&](FilterRecord &record) {
+            record.inputPadding = padding;
+            AskFor(record, {-2, -1, 3, 3}, {});
+            AskForPlanes(record, 0, 0);
+            ASSERT_EQ(record.advanceState(), padding == -3 ? kParamErr : kNoError);
+            if (padding == -3)
+                return;
+            EXPECT_EQ(Row(record.inData, record.inRowBytes, 0)[0], padding == -1 ? corner : 77);
+            EXPECT_EQ(Row(record.inData, record.inRowBytes, 1)[2], corner);
+            EXPECT_EQ(Row(record.inData, record.inRowBytes, 1)[3], corner + 1);
+        });
+    }
+}
+
+// What the record says of each kind of layer.
+TEST(ImageAccess, PlaneCounts) {
+    using host::PlaneCounts;
+    struct Case {
+        PlaneCounts counts;
+        bool hasTransparency;
+        int16_t in[3], out[3]; // layer, transparency, non-layer
+        int16_t planes, filterCase;
+        int16_t outputPlanes; // that the host serves
+    };
+    const Case cases[] = {
+        {PlaneCounts::kAutomatic, false, {0, 0, 3}, {0, 0, 3}, 3, 1, 3},
+        {PlaneCounts::kAutomatic, true, {3, 1, 0}, {3, 1, 0}, 4, 4, 4},
+        {PlaneCounts::kProtected, true, {3, 1, 0}, {3, 0, 0}, 4, 6, 3},
+        {PlaneCounts::kProtectedFlatOutput, true, {3, 1, 0}, {0, 0, 3}, 3, 6, 3},
+        {PlaneCounts::kFlatAsLayer, false, {3, 0, 0}, {3, 0, 0}, 3, 1, 3},
+        {PlaneCounts::kAllZero, true, {0, 0, 0}, {0, 0, 0}, 4, 0, 4},
+    };
+    for (const Case &c : cases) {
+        PlayedHost played({});
+        played.filterHost.document = host::MakeDocument(4, 4, 8, 3, c.hasTransparency);
+        played.filterHost.settings.planeCounts = c.counts;
+        played.ViolationsOf([&](FilterRecord &record) {
+            EXPECT_EQ(record.inLayerPlanes, c.in[0]);
+            EXPECT_EQ(record.inTransparencyMask, c.in[1]);
+            EXPECT_EQ(record.inNonLayerPlanes, c.in[2]);
+            EXPECT_EQ(record.outLayerPlanes, c.out[0]);
+            EXPECT_EQ(record.outTransparencyMask, c.out[1]);
+            EXPECT_EQ(record.outNonLayerPlanes, c.out[2]);
+            EXPECT_EQ(record.planes, c.planes);
+            EXPECT_EQ(record.filterCase, c.filterCase);
+            for (int16_t plane = 0; plane < 5; plane++) {
+                AskFor(record, {}, {0, 0, 1, 1});
+                AskForPlanes(record, plane, plane);
+                EXPECT_EQ(record.advanceState(), plane < c.outputPlanes ? kNoError : kParamErr);
+            }
+        });
+    }
+}
+
+TEST(ImageAccess, ModesDepthsAndSizes) {
+    const int16_t modes[2][3] = {{1, 10, 17}, {3, 11, 16}};
+    for (const int32_t planes : {1, 3})
+        for (const int32_t depth : {8, 16, 32}) {
+            PlayedHost played({});
+            played.filterHost.document = host::MakeDocument(70, 20, depth, planes, false);
+            played.ViolationsOf([&](FilterRecord &record) {
+                EXPECT_EQ(record.imageMode, modes[planes == 3][depth == 8 ? 0 : depth == 16 ? 1 : 2]);
+                EXPECT_EQ(record.depth, depth);
+                EXPECT_EQ(record.imageSize.h, 70);
+                EXPECT_EQ(record.filterRect.bottom, 20);
+                EXPECT_EQ(record.bigDocumentData->imageSize32.v, 20);
+                EXPECT_EQ(record.bigDocumentData->PluginUsing32BitCoordinates, 0);
+                EXPECT_EQ(record.inTileWidth, 256);
+            });
+        }
+}

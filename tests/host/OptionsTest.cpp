@@ -1,0 +1,190 @@
+#include "host/Options.h"
+#include "host/Parameters.h"
+#include "plugin/ScriptKeys.h"
+#include "tests/host/TestFiles.h"
+
+using host::Options;
+
+static Options ParseGood(std::vector<std::wstring> arguments) {
+    arguments.insert(arguments.end(), {L"in.png", L"out.png"});
+    Options options;
+    std::string why;
+    EXPECT_TRUE(host::ParseOptions(arguments, &options, &why)) << why;
+    return options;
+}
+
+static std::string ParseBad(const std::vector<std::wstring> &arguments) {
+    Options options;
+    std::string why;
+    EXPECT_FALSE(host::ParseOptions(arguments, &options, &why));
+    EXPECT_TRUE(options.photo.empty()) << "the output was touched";
+    return why;
+}
+
+TEST(Options, ValuesReachTheirKeys) {
+    struct Case {
+        std::wstring option, value;
+        host::DescriptorValue expected;
+    };
+    const auto percent = [](uint32_t key, double value) {
+        return host::UnitFloatValue(key, kUnitPercent, value);
+    };
+    const Case cases[] = {
+        {L"--threshold", L"0", percent(kKeyThreshold, 0)},
+        {L"--intensity", L"-5", percent(kKeyIntensity, -5)},
+        {L"--length", L"12.5", percent(kKeyLength, 12.5)},
+        {L"--sharpness", L"100", percent(kKeySpikeSharpness, 100)},
+        {L"--saturation", L"1e2", percent(kKeySaturation, 100)},
+        {L"--rainbow", L"+7", percent(kKeyRainbowIntensity, 7)},
+        {L"--rainbow-frequency", L"107", percent(kKeyRainbowFrequency, 107)},
+        {L"--secondary", L"3", percent(kKeySecondaryIntensity, 3)},
+        {L"--flare", L"4", percent(kKeySoftFlareBrightness, 4)},
+        {L"--angle", L"22.46", host::UnitFloatValue(kKeyAngle, kUnitAngle, 22.46)},
+        {L"--points", L"40000", host::IntegerValue(kKeyNumberOfPoints, 40000)},
+        {L"--effect", L"Hollywood Star", host::EnumeratedValue(kKeyEffect, kTypeEffect, kHollywoodStar)},
+    };
+    for (const Case &c : cases) {
+        EXPECT_EQ(ParseGood({c.option, c.value}).values, std::vector{c.expected});
+        EXPECT_EQ(ParseGood({c.option + L"=" + c.value}).values, std::vector{c.expected});
+    }
+    EXPECT_EQ(ParseGood({L"--effects-only"}).values,
+              std::vector{host::BooleanValue(kKeyOutputSpikesOnly, true)});
+}
+
+TEST(Options, EffectsByAnyName) {
+    struct Case {
+        const char *name;
+        uint32_t code;
+    };
+    for (const Case c : {Case{"efT0", kStandardStar},
+                         {"EFT6", kStarBurst},
+                         {"Standard Star", kStandardStar},
+                         {"hollywood", kHollywoodStar},
+                         {"HYPER-STAR", kHyperStar},
+                         {"north", kNorthStar},
+                         {"Religious Cross", kReligiousCross},
+                         {"cross", kReligiousCross},
+                         {"vector", kVectorStar},
+                         {"star_burst", kStarBurst},
+                         {"Burst", kStarBurst}}) {
+        uint32_t code = 0;
+        EXPECT_TRUE(host::FindEffect(c.name, &code)) << c.name;
+        EXPECT_EQ(code, c.code) << c.name;
+    }
+    for (const char *name : {"", "star", "efT7", "efT", "efT00", "standardstarr", "holly wood star x"}) {
+        uint32_t code = 7;
+        EXPECT_FALSE(host::FindEffect(name, &code)) << name;
+        EXPECT_EQ(code, 7u);
+    }
+}
+
+TEST(Options, FilesAndFlags) {
+    const Options options =
+        ParseGood({L"--quiet", L"--last", L"--mask", L"m.png", L"--plugin=p.8bf", L"--roi", L"1,2,30,40"});
+    EXPECT_EQ(options.photo, L"in.png");
+    EXPECT_EQ(options.out, L"out.png");
+    EXPECT_TRUE(options.isQuiet);
+    EXPECT_TRUE(options.useLast);
+    EXPECT_EQ(options.mask, L"m.png");
+    EXPECT_EQ(options.plugin, L"p.8bf");
+    EXPECT_EQ(options.roi, (host::Rectangle{1, 2, 30, 40}));
+    Options dashes;
+    std::string why;
+    ASSERT_TRUE(host::ParseOptions({L"--quiet", L"--", L"--photo", L"-"}, &dashes, &why)) << why;
+    EXPECT_EQ(dashes.photo, L"--photo");
+    EXPECT_EQ(dashes.out, L"-");
+    ASSERT_TRUE(host::ParseOptions({L"--about"}, &dashes, &why));
+    EXPECT_EQ(dashes.task, host::ProgramTask::kAbout);
+}
+
+TEST(Options, WrongUsageIsExplained) {
+    struct Case {
+        std::vector<std::wstring> arguments;
+        const char *why;
+    };
+    const Case cases[] = {
+        {{}, "PHOTO and OUT are missing"},
+        {{L"a.png"}, "OUT is missing"},
+        {{L"a", L"b", L"c"}, "not also \"c\""},
+        {{L"--nonsense", L"a", L"b"}, "unknown option --nonsense"},
+        {{L"-x", L"a", L"b"}, "unknown option -x"},
+        {{L"--quiet=1", L"a", L"b"}, "unknown option --quiet=1"},
+        {{L"a", L"b", L"--angle"}, "--angle needs a value"},
+        {{L"--angle", L"x", L"a", L"b"}, "--angle needs a number"},
+        {{L"--angle", L"nan", L"a", L"b"}, "--angle needs a number"},
+        {{L"--angle", L"0x10", L"a", L"b"}, "--angle needs a number"},
+        {{L"--angle", L"5 5", L"a", L"b"}, "--angle needs a number"},
+        {{L"--angle", L"1e9", L"a", L"b"}, "--angle needs a number"},
+        {{L"--angle=", L"a", L"b"}, "--angle needs a number"},
+        {{L"--points", L"6.5", L"a", L"b"}, "--points needs a whole number"},
+        {{L"--effect", L"sparkle", L"a", L"b"}, "there is no effect \"sparkle\""},
+        {{L"--roi", L"1,2,3", L"a", L"b"}, "--roi needs"},
+        {{L"--roi", L"1,2,3,4,5", L"a", L"b"}, "--roi needs"},
+        {{L"--roi", L"5,0,5,9", L"a", L"b"}, "--roi needs"},
+        {{L"--mask=", L"a", L"b"}, "--mask needs a value"},
+        {{L"--last", L"--settings", L"s.sss", L"a", L"b"}, "exclude each other"},
+    };
+    for (const Case &c : cases)
+        EXPECT_NE(ParseBad(c.arguments).find(c.why), std::string::npos) << c.why;
+}
+
+TEST(Options, SettingsFilesAreReadWhole) {
+    const TestFolder folder;
+    const std::wstring path = folder.File(L"a.sss");
+    ParameterSet set = kDefaultParameters;
+    set.angle = 225;
+    set.numberOfPoints = -3;
+    set.outputSpikesOnly = 1;
+    set.effectType = kVectorStar;
+    set.threshold = 32767;
+    host::Bytes file(255, 0);
+    std::memcpy(file.data(), &set, sizeof(set));
+    WriteBytes(path, file);
+    host::Descriptor described;
+    std::string why;
+    ASSERT_TRUE(host::ReadSettingsFile(path, &described, &why)) << why;
+    EXPECT_EQ(described, host::DescribeParameters(set));
+    ASSERT_EQ(described.values.size(), 13u);
+    EXPECT_EQ(host::FindValue(described, kKeyAngle)->real, 22.5);
+    EXPECT_EQ(host::FindValue(described, kKeyNumberOfPoints)->integer, -3);
+    EXPECT_EQ(host::FindValue(described, kKeyEffect)->code, kVectorStar);
+
+    const host::Descriptor before = described;
+    for (const size_t length : {size_t{0}, size_t{40}, size_t{254}, size_t{256}}) {
+        host::Bytes wrong = file;
+        wrong.resize(length);
+        WriteBytes(path, wrong);
+        EXPECT_FALSE(host::ReadSettingsFile(path, &described, &why)) << length;
+    }
+    file[6] = 4; // build
+    WriteBytes(path, file);
+    EXPECT_FALSE(host::ReadSettingsFile(path, &described, &why));
+    EXPECT_FALSE(host::ReadSettingsFile(folder.File(L"absent.sss"), &described, &why));
+    EXPECT_EQ(described, before);
+}
+
+TEST(HostMemory, IsKeptAndDamageIsNoticed) {
+    const TestFolder folder;
+    SetEnvironmentVariableW(L"BRILLATRIX_HOST_FOLDER", folder.path.c_str());
+    host::HostMemory memory, read;
+    std::string why;
+    EXPECT_TRUE(host::LoadHostMemory(&read, &why)) << "no file yet";
+    EXPECT_FALSE(read.lastParameters.has_value());
+    memory.lastParameters = host::DescribeParameters(kDefaultParameters);
+    host::Descriptor block;
+    block.values = {host::DataValue('PBlk', "block", 5)};
+    memory.registry = {{"a", block, true}, {"b", block, false}};
+    ASSERT_TRUE(host::SaveHostMemory(memory, &why)) << why;
+    ASSERT_TRUE(host::LoadHostMemory(&read, &why)) << why;
+    EXPECT_EQ(read.lastParameters, memory.lastParameters);
+    ASSERT_EQ(read.registry.size(), 1u) << "only persistent entries are kept";
+    EXPECT_EQ(read.registry[0].key, "a");
+    EXPECT_EQ(read.registry[0].descriptor, block);
+    const host::Bytes whole = ReadBytes(folder.File(L"Registry.bin"));
+    for (size_t length = 0; length < whole.size(); length += 7) {
+        WriteBytes(folder.File(L"Registry.bin"),
+                   host::Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(length)));
+        EXPECT_FALSE(host::LoadHostMemory(&read, &why)) << length;
+    }
+    SetEnvironmentVariableW(L"BRILLATRIX_HOST_FOLDER", nullptr);
+}

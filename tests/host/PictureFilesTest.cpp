@@ -1,0 +1,399 @@
+#include "tests/host/TestFiles.h"
+
+#include "host/PictureMetadata.h"
+#include "host/SystemText.h"
+
+#include <cmath>
+
+using host::Bytes;
+using host::Picture;
+
+static Bytes TextBytes(const std::string &text) {
+    return {text.begin(), text.end()};
+}
+
+static void WriteGood(const std::wstring &path, const Picture &picture) {
+    std::string why;
+    ASSERT_TRUE(host::WritePicture(path, picture, {}, &why)) << why;
+}
+
+// Everything that a format can hold comes back to the bit.
+TEST(PictureFiles, LosslessFormatsKeepEverySample) {
+    struct Case {
+        const wchar_t *name;
+        int32_t depth, colourPlanes;
+        bool hasAlpha;
+    };
+    const Case cases[] = {
+        {L"a.png", 8, 1, false},  {L"a.png", 8, 3, false},  {L"a.png", 8, 3, true},
+        {L"a.png", 16, 1, false}, {L"a.png", 16, 3, false}, {L"a.png", 16, 3, true},
+        {L"a.tif", 8, 1, false},  {L"a.tif", 8, 1, true},   {L"a.tif", 8, 3, false},
+        {L"a.tif", 8, 3, true},   {L"a.tif", 16, 1, false}, {L"a.tif", 16, 1, true},
+        {L"a.TIF", 16, 3, false}, {L"a.tiff", 16, 3, true}, {L"a.tif", 32, 1, false},
+        {L"a.tif", 32, 1, true},  {L"a.tif", 32, 3, false}, {L"a.tif", 32, 3, true},
+        {L"a.bmp", 8, 1, false},  {L"a.bmp", 8, 3, false},  {L"a.ppm", 8, 3, false},
+        {L"a.ppm", 16, 3, false}, {L"a.pgm", 8, 1, false},  {L"a.pgm", 16, 1, false},
+        {L"a.pfm", 32, 1, false}, {L"a.pfm", 32, 3, false}, {L"a.b.png", 8, 3, false},
+    };
+    const TestFolder folder;
+    for (const Case &c : cases) {
+        SCOPED_TRACE(host::ToUtf8(c.name) + " " + std::to_string(c.depth) + " " +
+                     std::to_string(c.colourPlanes) + (c.hasAlpha ? " alpha" : ""));
+        for (const int32_t width : {1, 3, 70})
+            for (const int32_t height : {1, 131}) {
+                const Picture picture = MakeTestPicture(width, height, c.depth, c.colourPlanes, c.hasAlpha);
+                WriteGood(folder.File(c.name), picture);
+                EXPECT_EQ(ReadGood(folder.File(c.name)), picture) << width << " x " << height;
+            }
+    }
+    EXPECT_EQ(folder.List().size(), 8u) << "temporary files are left";
+}
+
+TEST(PictureFiles, JpegKeepsSizeAndNearlyTheSamples) {
+    const TestFolder folder;
+    for (const int32_t colourPlanes : {1, 3}) {
+        Picture picture = host::MakePicture(64, 40, 8, colourPlanes, false);
+        for (Bytes &plane : picture.planes)
+            for (size_t i = 0; i < plane.size(); i++)
+                plane[i] = static_cast<uint8_t>(i % 64 * 3 + 20);
+        WriteGood(folder.File(L"a.jpg"), picture);
+        const Picture read = ReadGood(folder.File(L"a.jpg"));
+        ASSERT_EQ(read.width, 64);
+        ASSERT_EQ(read.height, 40);
+        ASSERT_EQ(read.colourPlanes, colourPlanes);
+        int worst = 0;
+        for (size_t plane = 0; plane < read.planes.size(); plane++)
+            for (size_t i = 0; i < read.planes[plane].size(); i++)
+                worst = std::max(worst, std::abs(read.planes[plane][i] - picture.planes[plane][i]));
+        EXPECT_LE(worst, 4);
+    }
+}
+
+// A grey picture with transparency becomes colour in a PNG: its codec knows no other way.
+TEST(PictureFiles, GreyWithTransparencyAsPng) {
+    const TestFolder folder;
+    for (const int32_t depth : {8, 16}) {
+        const Picture picture = MakeTestPicture(9, 4, depth, 1, true);
+        WriteGood(folder.File(L"a.png"), picture);
+        const Picture read = ReadGood(folder.File(L"a.png"));
+        ASSERT_EQ(read.planes.size(), 4u);
+        for (size_t plane = 0; plane < 3; plane++)
+            EXPECT_EQ(read.planes[plane], picture.planes[0]);
+        EXPECT_EQ(read.planes[3], picture.planes[1]);
+    }
+}
+
+// Bytes of a 2 x 1 PNG made elsewhere, 16-bit grey 0x1234 and 0xABCD: the codec's byte order, both ways.
+TEST(PictureFiles, SixteenBitPngHasTheFormatsByteOrder) {
+    const Bytes known = {0x89, 0x50, 0x4E, 0x47, 0x0D, 0x0A, 0x1A, 0x0A, 0x00, 0x00, 0x00, 0x0D, 0x49, 0x48,
+                         0x44, 0x52, 0x00, 0x00, 0x00, 0x02, 0x00, 0x00, 0x00, 0x01, 0x10, 0x00, 0x00, 0x00,
+                         0x00, 0x81, 0xD9, 0xFC, 0x15, 0x00, 0x00, 0x00, 0x0D, 0x49, 0x44, 0x41, 0x54, 0x78,
+                         0x9C, 0x63, 0x10, 0x32, 0x59, 0x7D, 0x16, 0x00, 0x03, 0x0C, 0x01, 0xBF, 0x6E, 0xB9,
+                         0xC6, 0x5D, 0x00, 0x00, 0x00, 0x00, 0x49, 0x45, 0x4E, 0x44, 0xAE, 0x42, 0x60, 0x82};
+    const TestFolder folder;
+    WriteBytes(folder.File(L"known.png"), known);
+    const Picture picture = ReadGood(folder.File(L"known.png"));
+    ASSERT_EQ(picture.depth, 16);
+    ASSERT_EQ(picture.colourPlanes, 1);
+    EXPECT_EQ(picture.planes[0], (Bytes{0x34, 0x12, 0xCD, 0xAB}));
+    WriteGood(folder.File(L"again.png"), picture);
+    EXPECT_EQ(ReadGood(folder.File(L"again.png")), picture);
+}
+
+TEST(PictureFiles, NetpbmHeadersAndRanges) {
+    const TestFolder folder;
+    const std::wstring path = folder.File(L"a.x");
+    WriteBytes(path, TextBytes("P5 # a comment\n#another 7 7\n2\t1 # and one\n255\n\x01\xFE"));
+    EXPECT_EQ(ReadGood(path).planes[0], (Bytes{1, 254}));
+    WriteBytes(path, TextBytes(std::string("P6 1 1 1\n\x00\x01\x01", 12)));
+    EXPECT_EQ(ReadGood(path).planes, (std::vector<Bytes>{{0}, {255}, {255}}));
+    WriteBytes(path,
+               TextBytes(std::string("P5 2 1 1000\n\x01\xF4\x7F\xFF", 16))); // 500 and more than allowed
+    EXPECT_EQ(ReadGood(path).planes[0], (Bytes{0x00, 0x80, 0xFF, 0xFF}));
+    WriteBytes(path, TextBytes(std::string("Pf\n1 2\n1.0\n\x3F\x80\x00\x00\xBF\x80\x00\x00", 19)));
+    const Picture read = ReadGood(path);
+    ASSERT_EQ(read.depth, 32);
+    EXPECT_EQ(read.planes[0], (Bytes{0, 0, 0x80, 0xBF, 0, 0, 0x80, 0x3F})) << "rows go from the bottom up";
+}
+
+// Small TIFF files by hand: big-endian, white is zero, plane after plane, several strips.
+static Bytes MakeTiff(host::ByteOrder order, uint32_t width, uint32_t height,
+                      const std::vector<std::pair<uint16_t, std::vector<uint32_t>>> &tags,
+                      const Bytes &samples) {
+    Bytes file = order == host::ByteOrder::kBig ? Bytes{'M', 'M', 0, 42} : Bytes{'I', 'I', 42, 0};
+    const size_t count = tags.size() + 2;
+    const uint32_t extraAt = static_cast<uint32_t>(8 + 2 + 12 * count + 4);
+    Bytes extra = samples; // samples first, so that offset extraAt is theirs
+    host::AppendNumber(file, uint32_t{8}, order);
+    host::AppendNumber(file, static_cast<uint16_t>(count), order);
+    auto all = tags;
+    all.insert(all.begin(), {{256, {width}}, {257, {height}}});
+    for (const auto &[tag, numbers] : all) {
+        host::AppendNumber(file, tag, order);
+        host::AppendNumber(file, uint16_t{4}, order);
+        host::AppendNumber(file, static_cast<uint32_t>(numbers.size()), order);
+        host::AppendNumber(
+            file, numbers.size() == 1 ? numbers[0] : static_cast<uint32_t>(extraAt + extra.size()), order);
+        for (size_t i = 0; numbers.size() > 1 && i < numbers.size(); i++)
+            host::AppendNumber(extra, numbers[i], order);
+    }
+    host::AppendNumber(file, uint32_t{0}, order);
+    host::AppendBytes(file, extra.data(), extra.size());
+    return file;
+}
+
+TEST(PictureFiles, UnusualTiffs) {
+    const TestFolder folder;
+    const std::wstring path = folder.File(L"a.tif");
+    const uint32_t at = 8 + 2 + 12 * 7 + 4;
+    WriteBytes(path, MakeTiff(host::ByteOrder::kBig, 2, 1,
+                              {{258, {16}}, {259, {1}}, {262, {0}}, {273, {at}}, {277, {1}}},
+                              {0x12, 0x34, 0xFF, 0xFF}));
+    EXPECT_EQ(ReadGood(path).planes[0], (Bytes{0xCB, 0xED, 0, 0})) << "white is zero";
+
+    const uint32_t planarAt = 8 + 2 + 12 * 8 + 4;
+    WriteBytes(path, MakeTiff(host::ByteOrder::kLittle, 2, 1,
+                              {{258, {8, 8, 8}},
+                               {262, {2}},
+                               {273, {planarAt, planarAt + 2, planarAt + 4}},
+                               {277, {3}},
+                               {278, {1}},
+                               {284, {2}}},
+                              {1, 2, 3, 4, 5, 6}));
+    EXPECT_EQ(ReadGood(path).planes, (std::vector<Bytes>{{1, 2}, {3, 4}, {5, 6}})) << "plane after plane";
+
+    const uint32_t stripsAt = 8 + 2 + 12 * 7 + 4;
+    WriteBytes(path,
+               MakeTiff(host::ByteOrder::kLittle, 1, 3,
+                        {{258, {8}}, {262, {1}}, {273, {stripsAt + 2, stripsAt}}, {277, {1}}, {278, {2}}},
+                        {9, 0, 7, 8}));
+    EXPECT_EQ(ReadGood(path).planes[0], (Bytes{7, 8, 9})) << "strips in another order";
+}
+
+TEST(PictureFiles, OrientationTurnsThePictureUpright) {
+    // 3 x 2 samples A B C / D E F, as they look after each turn.
+    const char *const turned[] = {"ABCDEF", "CBAFED", "FEDCBA", "DEFABC",
+                                  "ADBECF", "DAEBFC", "FCEBDA", "CFBEAD"};
+    for (int32_t orientation = 1; orientation <= 8; orientation++) {
+        Picture picture = host::MakePicture(3, 2, 8, 1, false);
+        picture.planes[0] = {'A', 'B', 'C', 'D', 'E', 'F'};
+        host::ApplyOrientation(picture, orientation);
+        EXPECT_EQ(std::string(picture.planes[0].begin(), picture.planes[0].end()), turned[orientation - 1]);
+        EXPECT_EQ(picture.width, orientation < 5 ? 3 : 2);
+        EXPECT_EQ(picture.planes[0].size(), 6u);
+    }
+}
+
+TEST(PictureFiles, JpegOrientationIsFoundAndApplied) {
+    const TestFolder folder;
+    WriteGood(folder.File(L"a.jpg"), MakeTestPicture(16, 8, 8, 3, false));
+    Bytes file = ReadBytes(folder.File(L"a.jpg"));
+    const Bytes exif = {0xFF, 0xE1, 0,    34,   'E', 'x', 'i', 'f', 0, 0, 'I', 'I', 42, 0, 8, 0, 0, 0,
+                        1,    0,    0x12, 0x01, 3,   0,   1,   0,   0, 0, 6,   0,   0,  0, 0, 0, 0, 0};
+    file.insert(file.begin() + 2, exif.begin(), exif.end());
+    WriteBytes(folder.File(L"turned.jpg"), file);
+    const Picture read = ReadGood(folder.File(L"turned.jpg"));
+    EXPECT_EQ(read.width, 8);
+    EXPECT_EQ(read.height, 16);
+}
+
+// As much of a profile as readers check: sizes, class, spaces, signature, illuminant; filled up with junk.
+static Bytes MakeProfile(const char *space, size_t size) {
+    Bytes profile(132, 0);
+    const auto put = [&](size_t at, uint32_t number) {
+        Bytes bytes;
+        host::AppendNumber(bytes, number, host::ByteOrder::kBig);
+        std::copy(bytes.begin(), bytes.end(), profile.begin() + static_cast<ptrdiff_t>(at));
+    };
+    put(0, static_cast<uint32_t>(size));
+    put(8, 0x02400000);
+    put(12, 'mntr');
+    std::memcpy(profile.data() + 16, space, 4);
+    put(20, 'XYZ ');
+    put(36, 'acsp');
+    put(68, 0x0000F6D6);
+    put(72, 0x00010000);
+    put(76, 0x0000D32D);
+    for (uint32_t i = 0; profile.size() < size; i++)
+        profile.push_back(static_cast<uint8_t>(i * i >> 3));
+    return profile;
+}
+
+TEST(PictureFiles, ColourProfilesTravelAlong) {
+    const TestFolder folder;
+    for (const wchar_t *name : {L"a.png", L"a.tif", L"a.jpg"})
+        for (const size_t size : {size_t{200}, size_t{150000}}) {
+            SCOPED_TRACE(host::ToUtf8(name) + " " + std::to_string(size));
+            Picture picture = MakeTestPicture(5, 5, 8, 3, false);
+            picture.iccProfile = MakeProfile("RGB ", size);
+            WriteGood(folder.File(name), picture);
+            EXPECT_EQ(ReadGood(folder.File(name)).iccProfile, picture.iccProfile);
+            EXPECT_TRUE(host::ListDropped(folder.File(name), picture).empty());
+        }
+    Picture grey = MakeTestPicture(5, 5, 8, 1, false);
+    grey.iccProfile = MakeProfile("RGB ", 200); // of another kind of picture
+    WriteGood(folder.File(L"b.tif"), grey);
+    EXPECT_TRUE(ReadGood(folder.File(L"b.tif")).iccProfile.empty());
+}
+
+TEST(PictureFiles, SaysWhatAnEndingCannotHold) {
+    std::string why;
+    const Picture eight = host::MakePicture(1, 1, 8, 3, true),
+                  sixteen = host::MakePicture(1, 1, 16, 1, false),
+                  real = host::MakePicture(1, 1, 32, 3, false);
+    EXPECT_FALSE(host::CanHoldPicture(L"a.jpg", sixteen, &why));
+    EXPECT_EQ(why, "a .jpg file cannot hold 16-bit samples; use png, tif or ppm");
+    EXPECT_FALSE(host::CanHoldPicture(L"a.bmp", sixteen, &why));
+    EXPECT_FALSE(host::CanHoldPicture(L"a.pfm", eight, &why));
+    EXPECT_FALSE(host::CanHoldPicture(L"a.png", real, &why));
+    EXPECT_EQ(why, "a .png file cannot hold 32-bit float samples; use tif or pfm");
+    EXPECT_FALSE(host::CanHoldPicture(L"a.pgm", eight, &why));
+    EXPECT_EQ(why, "a .pgm file cannot hold colour; use ppm, png or tif");
+    for (const wchar_t *name : {L"a", L"a.", L"png", L"a.xyz", L"folder.png\\a", L""}) {
+        EXPECT_FALSE(host::CanHoldPicture(name, eight, &why)) << host::ToUtf8(name);
+        EXPECT_EQ(why, "its ending is none of png, jpg, tif, bmp, ppm, pgm, pfm");
+    }
+    EXPECT_EQ(host::ListDropped(L"a.jpg", eight).size(), 1u);
+    EXPECT_TRUE(host::ListDropped(L"a.png", eight).empty());
+}
+
+TEST(PictureFiles, DamagedFilesAreRefusedWithAReason) {
+    const TestFolder folder;
+    const std::wstring path = folder.File(L"bad");
+    EXPECT_NE(ReadBad(folder.File(L"absent.png")), "");
+    WriteBytes(path, {});
+    EXPECT_EQ(ReadBad(path), "the file is empty");
+    for (const std::string text :
+         {"P6", "P6\n", "P6 3", "P6 x 3 255\n", "P6 3 3\n", "P6 3 3 0\n",
+          "P6 3 3 65536\nxxxxxxxxxxxxxxxxxxxxxxxxxxx", "P6 99999999999999999999 1 255\n", "P5 2 2 255\nabc",
+          "PF 1 1 0\nabcdabcdabcd", "Pf 1 1 nonsense\nabcd", "PF 2 2 -1\nabc", "P4 1 1\n\x01",
+          "hello, this is no picture", "BM", "II*", "GIF89a"}) {
+        WriteBytes(path, TextBytes(text));
+        EXPECT_NE(ReadBad(path), "") << text;
+    }
+}
+
+TEST(PictureFiles, SizesAreCheckedBeforeAnythingIsAllocated) {
+    const TestFolder folder;
+    const std::wstring path = folder.File(L"bad");
+    WriteBytes(path, TextBytes("P6 32768 1 255\n"));
+    EXPECT_EQ(ReadBad(path), "it has 32768 x 1 pixels; at most 32767 in each direction can be filtered");
+    WriteBytes(path, TextBytes("P5 0 5 255\n"));
+    EXPECT_EQ(ReadBad(path), "it has 0 x 5 pixels");
+    WriteBytes(path, TextBytes("PF 32767 32767 -1\nabc"));
+    EXPECT_EQ(ReadBad(path), "the file ends early");
+    WriteBytes(path, MakeTiff(host::ByteOrder::kLittle, 32767, 32767,
+                              {{258, {16}}, {259, {1}}, {262, {1}}, {273, {8}}, {277, {1}}}, {1, 2}));
+    EXPECT_EQ(ReadBad(path), "the file ends early");
+    // A PNG, whole but for a header that claims more than its data can become.
+    WriteGood(folder.File(L"a.png"), MakeTestPicture(4, 4, 8, 3, false));
+    Bytes png = ReadBytes(folder.File(L"a.png"));
+    png[18] = png[22] = 0x7F;
+    png[19] = png[23] = 0xFF;
+    WriteBytes(path, png);
+    EXPECT_NE(ReadBad(path), "");
+}
+
+TEST(PictureFiles, FilesCutShortAreRefused) {
+    const TestFolder folder;
+    const std::wstring path = folder.File(L"bad");
+    for (const wchar_t *name : {L"a.png", L"a.tif", L"a.jpg", L"a.bmp", L"a.ppm"}) {
+        WriteGood(folder.File(name), MakeTestPicture(50, 50, 8, 3, false));
+        const Bytes whole = ReadBytes(folder.File(name));
+        for (const size_t part : {size_t{3}, size_t{20}, whole.size() / 2, whole.size() - 100}) {
+            WriteBytes(path, Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(part)));
+            EXPECT_NE(ReadBad(path), "") << host::ToUtf8(name) << " cut to " << part;
+        }
+    }
+}
+
+// Damage anywhere: refused or read as something, but never a crash or a picture of another make-up than it
+// says.
+TEST(PictureFiles, DamagedBytesNeverCrash) {
+    const TestFolder folder;
+    const std::wstring path = folder.File(L"bad");
+    uint32_t random = 99;
+    for (const wchar_t *name : {L"a.png", L"a.tif", L"a.jpg", L"a.bmp", L"a.pgm", L"a.pfm"}) {
+        const bool isFloat = std::wstring(name) == L"a.pfm", isGrey = std::wstring(name) == L"a.pgm";
+        WriteGood(folder.File(name), MakeTestPicture(9, 7, isFloat ? 32 : 8, isGrey ? 1 : 3, false));
+        const Bytes whole = ReadBytes(folder.File(name));
+        for (int round = 0; round < 60; round++) {
+            Bytes damaged = whole;
+            for (int i = 0; i < 3; i++) {
+                random = random * 1664525u + 1013904223u;
+                damaged[(random >> 8) % std::min<size_t>(damaged.size(), 220)] =
+                    static_cast<uint8_t>(random >> 24);
+            }
+            WriteBytes(path, damaged);
+            Picture picture;
+            std::string why;
+            if (!host::ReadPicture(path, &picture, &why)) {
+                EXPECT_NE(why, "");
+                continue;
+            }
+            const size_t size = static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height) *
+                                static_cast<size_t>(picture.depth / 8);
+            for (const Bytes &plane : picture.planes)
+                EXPECT_EQ(plane.size(), size);
+        }
+    }
+}
+
+TEST(PictureFiles, AFailedOrCancelledWriteLeavesNothing) {
+    const TestFolder folder;
+    const Picture picture = MakeTestPicture(5, 5, 8, 3, false);
+    std::string why = "old";
+    EXPECT_FALSE(host::WritePicture(
+        folder.File(L"a.tif"), picture, [] { return true; }, &why));
+    EXPECT_EQ(why, "");
+    EXPECT_TRUE(folder.List().empty());
+    WriteBytes(folder.File(L"a.png"), {1, 2, 3});
+    EXPECT_FALSE(host::WritePicture(
+        folder.File(L"a.png"), picture, [] { return true; }, &why));
+    EXPECT_EQ(ReadBytes(folder.File(L"a.png")), (Bytes{1, 2, 3})) << "the older file is gone";
+    EXPECT_FALSE(host::WritePicture(folder.File(L"absent\\a.png"), picture, {}, &why));
+    EXPECT_NE(why, "");
+}
+
+TEST(SixteenBits, EverySampleComesBackAndEveryHostValueToo) {
+    Picture picture = host::MakePicture(256, 256, 16, 1, false);
+    for (uint32_t v = 0; v < 65536; v++) {
+        const uint16_t sample = static_cast<uint16_t>(v);
+        std::memcpy(picture.planes[0].data() + v * 2, &sample, 2);
+    }
+    const Picture before = picture;
+    host::Document document = host::TakeDocument(picture);
+    EXPECT_EQ(host::GetSample(document, 0, 255, 255), 32768);
+    EXPECT_EQ(host::GetSample(document, 0, 0, 128), 16384);
+    host::PutDocument(std::move(document), picture);
+    EXPECT_EQ(picture, before) << "an untouched sample changed";
+    for (uint32_t v = 0; v <= 32768; v++) {
+        const uint16_t file = host::FromHost16(static_cast<uint16_t>(v));
+        ASSERT_EQ(host::ToHost16(file), v);
+        ASSERT_LE(std::abs(file - v * 65535.0 / 32768.0), 0.5);
+    }
+    EXPECT_EQ(host::FromHost16(65535), 65535);
+}
+
+TEST(SixteenBits, AChangedSampleIsTheNearest) {
+    Picture picture = host::MakePicture(2, 1, 16, 1, false);
+    const uint16_t samples[2] = {1001, 1001};
+    std::memcpy(picture.planes[0].data(), samples, 4);
+    host::Document document = host::TakeDocument(picture);
+    host::SetSample(document, 0, 1, 0, 20000);
+    host::PutDocument(std::move(document), picture);
+    uint16_t after[2];
+    std::memcpy(after, picture.planes[0].data(), 4);
+    EXPECT_EQ(after[0], 1001);
+    EXPECT_EQ(after[1], 39999); // 20000 * 65535 / 32768 = 39999.4
+}
+
+TEST(Masks, AreGreyOfAnyPicture) {
+    Picture colour = host::MakePicture(2, 1, 8, 3, true);
+    colour.planes = {{255, 255}, {255, 0}, {255, 0}, {0, 255}};
+    EXPECT_EQ(host::ToGrey8(colour), (Bytes{255, 76})) << "transparency does not count";
+    Picture real = host::MakePicture(3, 1, 32, 1, false);
+    const float samples[3] = {NAN, 0.5f, 7.0f};
+    std::memcpy(real.planes[0].data(), samples, sizeof(samples));
+    EXPECT_EQ(host::ToGrey8(real), (Bytes{0, 128, 255}));
+}

@@ -1,0 +1,308 @@
+// The program itself, run as a user runs it.
+#include "tests/host/TestFiles.h"
+
+#include "host/Parameters.h"
+#include "host/SystemText.h"
+
+#include <windows.h>
+
+#include <algorithm>
+
+constexpr DWORD kLongestRun = 60000; // milliseconds
+
+struct ProgramRun {
+    DWORD status;
+    std::string out;
+    std::string err;
+};
+
+static HANDLE OpenForChild(const std::wstring &path) {
+    SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
+    return CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, &inherited, CREATE_ALWAYS, 0, nullptr);
+}
+
+static std::string TakeText(const std::wstring &path) {
+    const host::Bytes bytes = ReadBytes(path);
+    DeleteFileW(path.c_str());
+    return {bytes.begin(), bytes.end()};
+}
+
+// Photos and results in a folder of their own, which also holds the program's memory.
+class ProgramTest : public testing::Test {
+protected:
+    TestFolder folder;
+    host::Picture photo;
+
+    void SetUp() override {
+        photo = MakeTestPicture(40, 30, 8, 3, false);
+        std::string why;
+        ASSERT_TRUE(host::WritePicture(folder.File(L"in.png"), photo, {}, &why)) << why;
+        SetEnvironmentVariableW(L"BRILLATRIX_HOST_FOLDER", folder.path.c_str());
+    }
+    void TearDown() override {
+        SetEnvironmentVariableW(L"BRILLATRIX_HOST_FOLDER", nullptr);
+        SetEnvironmentVariableW(L"INVERT_FILTER", nullptr);
+    }
+    PROCESS_INFORMATION Begin(const std::vector<std::wstring> &arguments, DWORD flags) {
+        std::wstring line = L"\"" + ProgramFile(L"brillatrix.exe") + L"\"";
+        for (const std::wstring &argument : arguments)
+            line += L" \"" + argument + L"\"";
+        STARTUPINFOW startup = {};
+        startup.cb = sizeof(startup);
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = OpenForChild(folder.File(L"out.txt"));
+        startup.hStdError = OpenForChild(folder.File(L"err.txt"));
+        PROCESS_INFORMATION process = {};
+        EXPECT_TRUE(CreateProcessW(nullptr, line.data(), nullptr, nullptr, TRUE, flags, nullptr, nullptr,
+                                   &startup, &process));
+        CloseHandle(startup.hStdOutput);
+        CloseHandle(startup.hStdError);
+        return process;
+    }
+    ProgramRun End(const PROCESS_INFORMATION &process) {
+        ProgramRun run = {};
+        EXPECT_EQ(WaitForSingleObject(process.hProcess, kLongestRun), WAIT_OBJECT_0);
+        TerminateProcess(process.hProcess, 99);
+        GetExitCodeProcess(process.hProcess, &run.status);
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+        run.out = TakeText(folder.File(L"out.txt"));
+        run.err = TakeText(folder.File(L"err.txt"));
+        return run;
+    }
+    ProgramRun Run(const std::vector<std::wstring> &arguments) { return End(Begin(arguments, 0)); }
+    // With the test filter.
+    ProgramRun Invert(std::vector<std::wstring> arguments, const wchar_t *order = L"") {
+        SetEnvironmentVariableW(L"INVERT_FILTER", order);
+        arguments.insert(arguments.end(), {L"--plugin", ProgramFile(L"InvertFilter.8bf")});
+        return Run(arguments);
+    }
+    // No file but the photo, the program's memory and the ones named.
+    void ExpectFiles(std::vector<std::wstring> names) {
+        names.insert(names.end(), {L"in.png"});
+        std::vector<std::wstring> found = folder.List();
+        std::erase(found, L"Registry.bin");
+        EXPECT_TRUE(std::is_permutation(found.begin(), found.end(), names.begin(), names.end()));
+    }
+};
+
+static bool Holds(const std::string &text, const std::string &part) {
+    return text.find(part) != std::string::npos;
+}
+
+TEST_F(ProgramTest, InvertsAPhoto) {
+    const ProgramRun run = Invert({folder.File(L"in.png"), folder.File(L"out.tif")});
+    EXPECT_EQ(run.status, 0u) << run.err;
+    EXPECT_EQ(run.err, "");
+    const host::Picture result = ReadGood(folder.File(L"out.tif"));
+    for (size_t plane = 0; plane < 3; plane++)
+        for (size_t i = 0; i < photo.planes[plane].size(); i++)
+            ASSERT_EQ(result.planes[plane][i], 255 - photo.planes[plane][i]);
+    ExpectFiles({L"out.tif"});
+}
+
+TEST_F(ProgramTest, RoiLeavesTheRestAlone) {
+    host::Picture deep = MakeTestPicture(20, 20, 16, 3, true);
+    std::string why;
+    ASSERT_TRUE(host::WritePicture(folder.File(L"deep.tif"), deep, {}, &why)) << why;
+    const ProgramRun run = Invert({L"--roi", L"5,6,10,8", folder.File(L"deep.tif"), folder.File(L"out.png")});
+    ASSERT_EQ(run.status, 0u) << run.err;
+    const host::Picture result = ReadGood(folder.File(L"out.png"));
+    for (size_t plane = 0; plane < 4; plane++)
+        for (size_t i = 0; i < 400; i++) {
+            const bool isInside = i % 20 >= 5 && i % 20 < 10 && i / 20 >= 6 && i / 20 < 8;
+            const bool isSame = std::memcmp(&result.planes[plane][i * 2], &deep.planes[plane][i * 2], 2) == 0;
+            ASSERT_EQ(isSame, !isInside) << plane << " " << i;
+        }
+}
+
+TEST_F(ProgramTest, UsageErrorsGiveTwo) {
+    const std::wstring in = folder.File(L"in.png"), out = folder.File(L"out.png");
+    EXPECT_EQ(Invert({}).status, 2u);
+    const ProgramRun unknown = Invert({L"--sparkle", in, out});
+    EXPECT_EQ(unknown.status, 2u);
+    EXPECT_TRUE(Holds(unknown.err, "brillatrix: unknown option --sparkle")) << unknown.err;
+    const ProgramRun beyond = Invert({L"--roi", L"0,0,41,30", in, out});
+    EXPECT_EQ(beyond.status, 2u);
+    EXPECT_TRUE(Holds(beyond.err, "40 x 30 pixels")) << beyond.err;
+    ExpectFiles({});
+    const ProgramRun help = Run({L"--help"});
+    EXPECT_EQ(help.status, 0u);
+    EXPECT_TRUE(Holds(help.out, "Usage: brillatrix [options] PHOTO OUT"));
+    EXPECT_EQ(help.err, "");
+    EXPECT_EQ(Run({L"--version"}).status, 0u);
+}
+
+TEST_F(ProgramTest, FileErrorsGiveThreeAndSayWhichAndWhy) {
+    struct Case {
+        std::vector<std::wstring> arguments;
+        const char *what, *why;
+    };
+    host::Bytes settings(255, 1);
+    WriteBytes(folder.File(L"bad.sss"), settings);
+    std::string why;
+    ASSERT_TRUE(host::WritePicture(folder.File(L"small.png"), MakeTestPicture(3, 3, 8, 1, false), {}, &why));
+    const std::wstring in = folder.File(L"in.png"), out = folder.File(L"out.png");
+    const Case cases[] = {
+        {{folder.File(L"absent.png"), out}, "cannot read", "absent.png"},
+        {{folder.File(L"bad.sss"), out}, "cannot read", "not a picture"},
+        {{in, folder.File(L"out.gif")}, "cannot write", "its ending is none of"},
+        {{in, folder.File(L"out.pfm")}, "cannot write", "cannot hold 8-bit"},
+        {{in, folder.File(L"no\\out.png")}, "cannot write", "out.png"},
+        {{L"--mask", folder.File(L"absent.png"), in, out}, "cannot read", "absent.png"},
+        {{L"--mask", folder.File(L"small.png"), in, out}, "cannot use", "3 x 3 pixels, the photo 40 x 30"},
+        {{L"--settings", folder.File(L"bad.sss"), in, out}, "cannot read", "not a saved set"},
+        {{L"--plugin", folder.File(L"bad.sss"), in, out}, "cannot load", "bad.sss"},
+    };
+    for (const Case &c : cases) {
+        const bool hasPlugin = c.arguments[0] == L"--plugin";
+        const ProgramRun run = hasPlugin ? Run(c.arguments) : Invert(c.arguments);
+        EXPECT_EQ(run.status, 3u) << run.err;
+        EXPECT_TRUE(Holds(run.err, c.what) && Holds(run.err, c.why)) << run.err;
+    }
+    ExpectFiles({L"bad.sss", L"small.png"});
+}
+
+TEST_F(ProgramTest, PluginErrorsGiveFourWithCodeAndMeaning) {
+    const std::wstring in = folder.File(L"in.png"), out = folder.File(L"out.png");
+    const ProgramRun failed = Invert({in, out}, L"fail");
+    EXPECT_EQ(failed.status, 4u);
+    EXPECT_TRUE(Holds(failed.err, "the plug-in reported error -36: input or output failed")) << failed.err;
+    const ProgramRun reported = Invert({in, out}, L"report");
+    EXPECT_EQ(reported.status, 4u);
+    EXPECT_TRUE(Holds(reported.err, "error -30904: No good day")) << reported.err;
+    const ProgramRun crashed = Invert({in, out}, L"crash");
+    EXPECT_EQ(crashed.status, 4u);
+    EXPECT_TRUE(Holds(crashed.err, "the plug-in crashed (code 0xC0000005)")) << crashed.err;
+    ExpectFiles({});
+}
+
+TEST_F(ProgramTest, BoxesBecomeLines) {
+    const ProgramRun run = Invert({folder.File(L"in.png"), folder.File(L"out.png")}, L"box");
+    EXPECT_EQ(run.status, 0u);
+    EXPECT_EQ(run.err, "brillatrix: Invert: Something to say\n");
+    const ProgramRun about = Invert({L"--about"});
+    EXPECT_EQ(about.status, 0u);
+    EXPECT_EQ(about.out, "Invert (Test)\nAbout Invert\nInverts.\n");
+}
+
+TEST_F(ProgramTest, DroppedThingsAreNotedUnlessQuiet) {
+    std::string why;
+    ASSERT_TRUE(host::WritePicture(folder.File(L"a.png"), MakeTestPicture(9, 9, 8, 3, true), {}, &why));
+    const ProgramRun run = Invert({folder.File(L"a.png"), folder.File(L"out.jpg")});
+    EXPECT_EQ(run.status, 0u);
+    EXPECT_TRUE(Holds(run.err, "note: the transparency is dropped")) << run.err;
+    const ProgramRun quiet = Invert({L"--quiet", folder.File(L"a.png"), folder.File(L"out.jpg")});
+    EXPECT_EQ(quiet.status, 0u);
+    EXPECT_EQ(quiet.err, "");
+}
+
+// A console is needed to send the key; systems that give none to the test leave this to the hand.
+TEST_F(ProgramTest, CtrlBreakCancelsWithinATileAndLeavesNothing) {
+    std::string why;
+    ASSERT_TRUE(
+        host::WritePicture(folder.File(L"big.ppm"), MakeTestPicture(4096, 4096, 8, 3, false), {}, &why));
+    AllocConsole();
+    SetEnvironmentVariableW(L"INVERT_FILTER", L"slow"); // 256 tiles, 8 s in all
+    const PROCESS_INFORMATION process = Begin(
+        {L"--plugin", ProgramFile(L"InvertFilter.8bf"), folder.File(L"big.ppm"), folder.File(L"out.ppm")},
+        CREATE_NEW_PROCESS_GROUP);
+    Sleep(1500);
+    const ULONGLONG sent = GetTickCount64();
+    const BOOL wasSent = GenerateConsoleCtrlEvent(CTRL_BREAK_EVENT, process.dwProcessId);
+    if (!wasSent)
+        TerminateProcess(process.hProcess, 99);
+    const ProgramRun run = End(process);
+    if (!wasSent)
+        GTEST_SKIP() << "no console here";
+    EXPECT_LT(GetTickCount64() - sent, 1500u);
+    EXPECT_EQ(run.status, 5u);
+    EXPECT_EQ(run.err, "brillatrix: cancelled\n");
+    ExpectFiles({L"big.ppm"});
+}
+
+// From here on with the real filter.
+class RealFilterTest : public ProgramTest {
+protected:
+    void SetUp() override {
+        ProgramTest::SetUp();
+        if (!DoesFileExist(ProgramFile(L"BrillatrixX64.8bf")))
+            GTEST_SKIP() << "the filter is not built";
+        // A few lights on a dark picture.
+        photo = host::MakePicture(200, 150, 8, 3, false);
+        for (host::Bytes &plane : photo.planes)
+            std::fill(plane.begin(), plane.end(), uint8_t{10});
+        for (const size_t at : {size_t{40 * 200 + 50}, size_t{100 * 200 + 150}, size_t{75 * 200 + 100}})
+            for (host::Bytes &plane : photo.planes)
+                for (const size_t offset : {0, 1, 2, 200, 201, 202, 400, 401, 402})
+                    plane[at + offset] = 250;
+        std::string why;
+        ASSERT_TRUE(host::WritePicture(folder.File(L"in.png"), photo, {}, &why)) << why;
+    }
+    host::Picture Filter(std::vector<std::wstring> arguments) {
+        arguments.insert(arguments.end(), {folder.File(L"in.png"), folder.File(L"out.tif")});
+        const ProgramRun run = Run(arguments);
+        EXPECT_EQ(run.status, 0u) << run.err;
+        EXPECT_EQ(run.err, "");
+        return ReadGood(folder.File(L"out.tif"));
+    }
+};
+
+TEST_F(RealFilterTest, AddsStarsAndTheSameOnesEveryTime) {
+    const host::Picture first = Filter({});
+    EXPECT_NE(first.planes, photo.planes);
+    Filter({L"--effect", L"cross", L"--angle", L"30"});
+    EXPECT_EQ(Filter({}), first) << "an earlier run changed the defaults";
+}
+
+TEST_F(RealFilterTest, LastTakesTheParametersOfTheLastRun) {
+    const host::Picture cross = Filter({L"--effect", L"cross", L"--length", L"80"});
+    EXPECT_EQ(Filter({L"--last"}), cross);
+    const host::Picture turned = Filter({L"--last", L"--angle", L"40"});
+    EXPECT_NE(turned, cross);
+    EXPECT_EQ(Filter({L"--effect", L"cross", L"--length", L"80", L"--angle", L"40"}), turned);
+}
+
+TEST_F(RealFilterTest, SettingsFileAndOptionsMeanTheSame) {
+    ParameterSet set = kDefaultParameters;
+    set.effectType = kNorthStar;
+    set.intensity = 90;
+    set.angle = 200;
+    host::Bytes file(255, 0);
+    std::memcpy(file.data(), &set, sizeof(set));
+    WriteBytes(folder.File(L"a.sss"), file);
+    const host::Picture byFile = Filter({L"--settings", folder.File(L"a.sss"), L"--angle", L"33.3"});
+    EXPECT_EQ(Filter({L"--effect", L"efT4", L"--intensity", L"90", L"--angle", L"33.3"}), byFile);
+}
+
+TEST_F(RealFilterTest, MaskRoiAndEffectsOnly) {
+    host::Picture mask = host::MakePicture(200, 150, 8, 1, false);
+    std::string why;
+    ASSERT_TRUE(host::WritePicture(folder.File(L"mask.png"), mask, {}, &why)) << why;
+    EXPECT_EQ(Filter({L"--mask", folder.File(L"mask.png")}), photo) << "no light is selected";
+    const host::Picture part = Filter({L"--roi", L"0,0,100,150"});
+    for (size_t plane = 0; plane < 3; plane++)
+        for (size_t y = 0; y < 150; y++)
+            ASSERT_TRUE(std::equal(&part.planes[plane][y * 200 + 100], &part.planes[plane][y * 200 + 199] + 1,
+                                   &photo.planes[plane][y * 200 + 100]));
+    EXPECT_NE(part, photo);
+    const host::Picture alone = Filter({L"--effects-only"});
+    EXPECT_EQ(alone.planes[0][5], 0) << "the photo shines through";
+    EXPECT_NE(*std::max_element(alone.planes[0].begin(), alone.planes[0].end()), 0);
+}
+
+TEST_F(RealFilterTest, WildValuesNeverBreakIt) {
+    for (const std::vector<std::wstring> &arguments :
+         {std::vector<std::wstring>{L"--points", L"0"},
+          {L"--points", L"40000"},
+          {L"--rainbow-frequency", L"107"},
+          {L"--intensity", L"-1000000", L"--length", L"1000000"},
+          {L"--angle", L"-1000000", L"--threshold", L"1000000", L"--flare", L"1000000"}})
+        Filter(arguments);
+}
+
+TEST_F(RealFilterTest, AboutNamesIt) {
+    const ProgramRun about = Run({L"--about"});
+    EXPECT_EQ(about.status, 0u);
+    EXPECT_TRUE(about.out.starts_with("Brillatrix Pro... (Nexorvanta Software)\n")) << about.out;
+}

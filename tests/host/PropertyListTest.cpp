@@ -1,0 +1,184 @@
+#include "host/Aete.h"
+#include "host/ByteStream.h"
+#include "host/PiPL.h"
+
+#include <gtest/gtest.h>
+
+using host::Bytes;
+
+namespace {
+
+Bytes MakeProperty(const char *key, Bytes data) {
+    Bytes property = {'M', 'I', 'B', '8'};
+    for (int i = 3; i >= 0; i--)
+        property.push_back(static_cast<uint8_t>(key[i]));
+    host::AppendNumber(property, uint32_t{0});
+    host::AppendNumber(property, static_cast<uint32_t>(data.size()));
+    host::AppendBytes(property, data.data(), data.size());
+    return property;
+}
+
+std::vector<Bytes> GoodProperties() {
+    return {MakeProperty("kind", {'M', 'F', 'B', '8'}),
+            MakeProperty("name", {4, 'N', 'a', 'm', 'e', 0, 0, 0}),
+            MakeProperty("catg", {3, 'C', 'a', 't', 0, 0, 0, 0}),
+            MakeProperty("vers", {0, 0, 4, 0}),
+            MakeProperty("8664", {'M', 'a', 'i', 'n', 0, 0, 0, 0}),
+            MakeProperty("mode", {0x50, 0, 0, 0}),
+            MakeProperty("hstm", {0,   0,   0,    0,    'D', 'C', 'B', 'A', '4', '3',
+                                  '2', '1', 0x80, 0x3E, 'x', 'y', 0,   0,   0,   0}),
+            MakeProperty("enbl", {'t', 'r', 'u', 'e', 0, 0, 0, 0}),
+            MakeProperty("ms32", {0x10, 0, 0, 0, 0x20, 0, 0, 0}),
+            MakeProperty("flly", {0x80, 0, 0, 0}),
+            MakeProperty("fici", Bytes(28, 5))};
+}
+
+Bytes MakeList(const std::vector<Bytes> &properties) {
+    Bytes list = {1, 0, 0, 0, 0, 0};
+    host::AppendNumber(list, static_cast<uint32_t>(properties.size()));
+    for (const Bytes &property : properties)
+        host::AppendBytes(list, property.data(), property.size());
+    return list;
+}
+
+std::string WhyRefused(const Bytes &list) {
+    host::Pipl pipl;
+    std::string why;
+    EXPECT_FALSE(host::ParsePipl(list.data(), list.size(), &pipl, &why));
+    EXPECT_TRUE(pipl.properties.empty()) << "the output was touched";
+    return why;
+}
+
+// Suite, event, two parameters, one enumeration.
+Bytes MakeTerminology() {
+    const std::string text = std::string("\x01\x00\x01\x00\x00\x00\x00\x00\x01\x00", 10) +
+                             "\x02"
+                             "Su"
+                             "\x01"
+                             "D" +
+                             "1VXN" + std::string("\x01\x00\x01\x00\x01\x00", 6) +
+                             "\x02"
+                             "Ev" +
+                             "\x01"
+                             "E" +
+                             "1VXN" + "2VXN" + "llun" + std::string("\x00\x00\x00", 3) + "RmI#" +
+                             std::string("\x00\x00\xB0\x02\x00", 5) +
+                             "\x01"
+                             "p" +
+                             "1yek" + "buod" +
+                             "\x01"
+                             "P" +
+                             std::string("\x00\x00", 2) +
+                             "\x01"
+                             "q" +
+                             "2yek" + "pyTe" + std::string("\x00\x00\x20", 3) +
+                             std::string("\x00\x00\x00\x00\x01\x00", 6) + "pyTe" +
+                             std::string("\x01\x00", 2) +
+                             "\x03"
+                             "One" +
+                             "1uVe" +
+                             "\x01"
+                             "o";
+    return {text.begin(), text.end()};
+}
+
+} // namespace
+
+TEST(PropertyList, EveryFieldIsRead) {
+    const Bytes list = MakeList(GoodProperties());
+    host::Pipl pipl;
+    std::string why;
+    ASSERT_TRUE(host::ParsePipl(list.data(), list.size(), &pipl, &why)) << why;
+    EXPECT_EQ(pipl.properties.size(), 11u);
+    EXPECT_EQ(pipl.kind, uint32_t{'8BFM'});
+    EXPECT_EQ(pipl.name, "Name");
+    EXPECT_EQ(pipl.category, "Cat");
+    EXPECT_EQ(pipl.version, 0x40000u);
+    EXPECT_EQ(pipl.entryName64, "Main");
+    EXPECT_EQ(pipl.modes, 0x50u);
+    EXPECT_TRUE(pipl.hasTerminology);
+    EXPECT_EQ(pipl.terminologyClass, uint32_t{'ABCD'});
+    EXPECT_EQ(pipl.terminologyEvent, uint32_t{'1234'});
+    EXPECT_EQ(pipl.terminologyId, 16000);
+    EXPECT_EQ(pipl.terminologyScope, "xy");
+    EXPECT_EQ(pipl.enableExpression, "true");
+    EXPECT_EQ(pipl.maxRows, 16);
+    EXPECT_EQ(pipl.maxColumns, 32);
+    EXPECT_EQ(pipl.layerSupport, 0x80u);
+    EXPECT_TRUE(pipl.hasFilterCases);
+    EXPECT_EQ(pipl.filterCases[6].flags, 5);
+}
+
+TEST(PropertyList, WhatHostsRejectIsRejected) {
+    struct Case {
+        size_t property;
+        Bytes replacement;
+        const char *why;
+    };
+    const Case cases[] = {
+        {0, MakeProperty("kind", {'M', 'A', 'B', '8'}), "not a filter"},
+        {1, MakeProperty("name", {0, 0, 0, 0}), "name or a category"},
+        {1, MakeProperty("name", {3, 'a', 'b', 'c'}), "name or a category"}, // no zero behind
+        {1, MakeProperty("name", {200, 'a', 'b', 0}), "name or a category"},
+        {2, MakeProperty("catx", {1, 'a', 0, 0}), "name or a category"},
+        {3, MakeProperty("vers", {1, 0, 4, 0}), "newer filter interface"},
+        {4, MakeProperty("8664", {'M', 'a', 'i', 'n'}), "no 64-bit entry"}, // not ended
+        {4, MakeProperty("wx86", {'M', 0, 0, 0}), "no 64-bit entry"},
+        {5, MakeProperty("mode", {0x50, 0, 0}), "multiple of 4"},
+    };
+    for (const Case &c : cases) {
+        std::vector<Bytes> properties = GoodProperties();
+        properties[c.property] = c.replacement;
+        EXPECT_NE(WhyRefused(MakeList(properties)).find(c.why), std::string::npos) << c.why;
+    }
+    const Bytes good = MakeList(GoodProperties());
+    for (size_t length = 0; length < good.size(); length++)
+        EXPECT_NE(WhyRefused(Bytes(good.begin(), good.begin() + static_cast<ptrdiff_t>(length))), "")
+            << length;
+    Bytes wild = good;
+    wild[6] = wild[7] = wild[8] = wild[9] = 0xFF; // count
+    EXPECT_NE(WhyRefused(wild), "");
+    wild = good;
+    wild[2] = 1; // version
+    EXPECT_NE(WhyRefused(wild), "");
+}
+
+TEST(Terminology, EveryFieldIsRead) {
+    const Bytes bytes = MakeTerminology();
+    host::Aete aete;
+    std::string why;
+    ASSERT_TRUE(host::ParseAete(bytes.data(), bytes.size(), &aete, &why)) << why;
+    EXPECT_EQ(aete.suiteName, "Su");
+    EXPECT_EQ(aete.suiteDescription, "D");
+    EXPECT_EQ(aete.suiteId, uint32_t{'NXV1'});
+    EXPECT_EQ(aete.eventName, "Ev");
+    EXPECT_EQ(aete.eventClass, uint32_t{'NXV1'});
+    EXPECT_EQ(aete.eventId, uint32_t{'NXV2'});
+    EXPECT_EQ(aete.replyType, uint32_t{'null'});
+    EXPECT_EQ(aete.directType, uint32_t{'#ImR'});
+    EXPECT_EQ(aete.directFlags, 0xB000);
+    ASSERT_EQ(aete.parameters.size(), 2u);
+    EXPECT_EQ(aete.parameters[0].name, "p");
+    EXPECT_EQ(aete.parameters[0].key, uint32_t{'key1'});
+    EXPECT_EQ(aete.parameters[0].type, uint32_t{'doub'});
+    EXPECT_EQ(aete.parameters[0].description, "P");
+    EXPECT_EQ(aete.parameters[1].flags, 0x2000);
+    ASSERT_EQ(aete.enumerations.size(), 1u);
+    EXPECT_EQ(aete.enumerations[0].type, uint32_t{'eTyp'});
+    ASSERT_EQ(aete.enumerations[0].values.size(), 1u);
+    EXPECT_EQ(aete.enumerations[0].values[0].name, "One");
+    EXPECT_EQ(aete.enumerations[0].values[0].code, uint32_t{'eVu1'});
+    EXPECT_EQ(aete.enumerations[0].values[0].description, "o");
+}
+
+TEST(Terminology, CutOrLongerBytesAreRefused) {
+    Bytes bytes = MakeTerminology();
+    host::Aete aete;
+    std::string why;
+    for (size_t length = 0; length < bytes.size(); length++)
+        EXPECT_FALSE(host::ParseAete(bytes.data(), length, &aete, &why)) << length;
+    bytes.resize(bytes.size() + 3, 0);
+    EXPECT_TRUE(host::ParseAete(bytes.data(), bytes.size(), &aete, &why)) << "zeros behind are harmless";
+    bytes.back() = 1;
+    EXPECT_FALSE(host::ParseAete(bytes.data(), bytes.size(), &aete, &why));
+}
