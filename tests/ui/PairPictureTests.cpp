@@ -4,8 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <richedit.h>
+
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -143,33 +147,40 @@ TEST_P(PairPictures, OnlyTheFocusedFieldIsHighlighted) {
     WriteBmp(all, PathOf("focus"));
 }
 
-TEST_P(PairPictures, HighlightIsTheTextPlusThreePixels) {
-    FocusParameterControl(0);
-    const Picture picture = Capture();
-    const HDC dc = GetDC(gParameterControls[0].edit);
-    const HGDIOBJ old = SelectObject(dc, gParameterControls[0].font);
-    SIZE extent = {};
-    GetTextExtentPoint32A(dc, "50", 2, &extent);
-    SelectObject(dc, old);
-    ReleaseDC(gParameterControls[0].edit, dc);
-    const RECT area = AreaInPicture(dialog.window, gParameterControls[0].edit);
-    LONG right = area.left;
+// Where the highlight of a field ends, from the field's left edge; 0 without one.
+LONG HighlightEnd(const Picture &picture, const RECT &area) {
+    LONG end = 0;
     for (LONG x = area.left; x < area.right; ++x)
         if (CountPixels(picture, {x, area.top, x + 1, area.bottom}, PixelOfSystemColor(COLOR_HIGHLIGHT)) > 0)
-            right = x + 1;
-    RECT format = {};
-    SendMessageA(gParameterControls[0].edit, 0x00B2 /* EM_GETRECT */, 0, reinterpret_cast<LPARAM>(&format));
-    EXPECT_EQ(right - area.left, format.left + extent.cx + 3);
+            end = x + 1 - area.left;
+    return end;
 }
 
-TEST_P(PairPictures, HalfTypedTextIsShown) {
+LONG ExpectedHighlightEnd(const ParameterControl &row, const std::string &text) {
+    const HDC dc = GetDC(row.edit);
+    const HGDIOBJ old = SelectObject(dc, row.font);
+    SIZE extent = {};
+    GetTextExtentPoint32A(dc, text.c_str(), static_cast<int>(text.size()), &extent);
+    SelectObject(dc, old);
+    ReleaseDC(row.edit, dc);
+    RECT format = {};
+    SendMessageA(row.edit, EM_GETRECT, 0, reinterpret_cast<LPARAM>(&format));
+    return format.left + extent.cx + 3;
+}
+
+TEST_P(PairPictures, TheHighlightFitsTheTextAlsoWhileItIsTyped) {
+    const ParameterControl &row = gParameterControls[3];
     FocusParameterControl(3);
-    TypeText(gParameterControls[3].edit, "-7.2");
-    FocusParameterControl(3);
+    EXPECT_EQ(HighlightEnd(Capture(), AreaInPicture(dialog.window, row.edit)),
+              ExpectedHighlightEnd(row, "15.0"));
+    TypeText(row.edit, "-");
+    EXPECT_EQ(HighlightEnd(Capture(), AreaInPicture(dialog.window, row.edit)),
+              ExpectedHighlightEnd(row, "-"));
+    TypeText(row.edit, "7.2");
     const Picture picture = Capture();
     WriteBmp(picture, PathOf("typed"));
-    const RECT area = AreaInPicture(dialog.window, gParameterControls[3].edit);
-    EXPECT_GT(CountPixels(picture, area, PixelOfSystemColor(COLOR_HIGHLIGHT)), 50);
+    EXPECT_EQ(HighlightEnd(picture, AreaInPicture(dialog.window, row.edit)),
+              ExpectedHighlightEnd(row, "-7.2"));
 }
 
 TEST_P(PairPictures, PaintingGivesEverythingBackAndSurvivesFailures) {
