@@ -3,3 +3,9 @@ brillatrix_test(engine_tests
     SOURCES engine/AnalysisImageTest.cpp engine/DetectionTest.cpp engine/HideEffectsTest.cpp
         engine/ImageBufferTest.cpp engine/LightSourceTableTest.cpp engine/RadialProfileTest.cpp
         engine/ShapeSamplerTest.cpp engine/TableBuildTest.cpp engine/TestImages.cpp)
+
+if(WIN32)
+    brillatrix_test(init_task_tests
+        LIBS engine recording_diag
+        SOURCES engine/InitTaskTest.cpp engine/TestImages.cpp ${CMAKE_SOURCE_DIR}/host/ModuleImports.cpp)
+endif()
