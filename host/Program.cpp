@@ -12,8 +12,13 @@
 
 #include <new>
 
+#ifndef BRILLATRIX_VERSION // for tools that look at this file outside the build
+#define BRILLATRIX_VERSION "unknown"
+#endif
+
 namespace host {
 
+constexpr int16_t kTileSize = 1024;
 constexpr wchar_t kModuleName[] = L"BrillatrixX64.8bf";
 
 static void PrintProblem(const std::string &text) {
@@ -84,8 +89,6 @@ static int ShowAbout(const Options &options) {
 // What a run works on.
 struct Job {
     Options options;
-    std::wstring photoPath;
-    std::wstring outPath;
     Picture picture;
     Bytes mask;
     Descriptor parameters;
@@ -93,12 +96,12 @@ struct Job {
 };
 
 static int ReadMask(Job *job) {
-    if (job->options.mask.empty())
+    const std::wstring &path = job->options.mask;
+    if (path.empty())
         return kExitDone;
     Picture mask;
     std::string why;
-    const std::wstring path = NativePath(job->options.mask);
-    if (!ReadPicture(path, &mask, &why))
+    if (!ReadPicture(NativePath(path), &mask, &why))
         return FailFile("read", path, why);
     if (mask.width != job->picture.width || mask.height != job->picture.height)
         return FailFile("use", path,
@@ -118,8 +121,8 @@ static int GatherParameters(Job *job) {
             PutValue(job->parameters, value);
     else if (job->options.useLast)
         PrintNote(job->options, "there was no last run; the defaults are used");
-    const std::wstring path = NativePath(job->options.settings);
-    if (!job->options.settings.empty() && !ReadSettingsFile(path, &job->parameters, &why))
+    const std::wstring &path = job->options.settings;
+    if (!path.empty() && !ReadSettingsFile(NativePath(path), &job->parameters, &why))
         return FailFile("read", path, why);
     for (const DescriptorValue &value : job->options.values)
         PutValue(job->parameters, value);
@@ -128,12 +131,10 @@ static int GatherParameters(Job *job) {
 
 static int PrepareJob(Job *job) {
     std::string why;
-    job->photoPath = NativePath(job->options.photo);
-    job->outPath = NativePath(job->options.out);
-    if (!ReadPicture(job->photoPath, &job->picture, &why))
-        return FailFile("read", job->photoPath, why);
-    if (!CanHoldPicture(job->outPath, job->picture, &why))
-        return FailFile("write", job->outPath, why);
+    if (!ReadPicture(NativePath(job->options.photo), &job->picture, &why))
+        return FailFile("read", job->options.photo, why);
+    if (!CanHoldPicture(job->options.out, job->picture, &why))
+        return FailFile("write", job->options.out, why);
     const Rectangle image = {0, 0, job->picture.width, job->picture.height};
     if (job->options.roi && !Contains(image, *job->options.roi)) {
         PrintProblem("--roi reaches beyond the photo's " + std::to_string(image.right) + " x " +
@@ -151,6 +152,7 @@ static void SetUpHost(Job *job, FilterHost *filterHost) {
     filterHost->document = TakeDocument(job->picture);
     filterHost->document.mask = std::move(job->mask);
     filterHost->settings.filterRect = job->options.roi;
+    filterHost->settings.tileWidth = filterHost->settings.tileHeight = kTileSize;
     filterHost->settings.isCancelled = IsCancelled;
     if (!job->options.isQuiet)
         filterHost->settings.onProgress = ShowProgressBar;
@@ -194,13 +196,13 @@ static int FilterPicture(Job *job) {
 
 static int WriteResult(const Job &job) {
     std::string why;
-    if (!WritePicture(job.outPath, job.picture, IsCancelled, &why)) {
+    if (!WritePicture(NativePath(job.options.out), job.picture, IsCancelled, &why)) {
         if (!why.empty())
-            return FailFile("write", job.outPath, why);
+            return FailFile("write", job.options.out, why);
         PrintProblem("cancelled");
         return kExitCancelled;
     }
-    for (const std::string &dropped : ListDropped(job.outPath, job.picture))
+    for (const std::string &dropped : ListDropped(job.options.out, job.picture))
         PrintNote(job.options, dropped);
     return kExitDone;
 }

@@ -87,6 +87,8 @@ static bool EncodeInto(IWICImagingFactory *factory, IStream *stream, bool isJpeg
         result = encoder->Initialize(stream, WICBitmapEncoderNoCache);
     if (SUCCEEDED(result))
         result = encoder->CreateNewFrame(frame.Slot(), options.Slot());
+    if (SUCCEEDED(result) && (!frame.pointer || !options.pointer))
+        result = E_POINTER;
     if (!CheckCodec(result, "no codec for this format", why) ||
         !BeginFrame(frame.pointer, options.pointer, isJpeg, picture, layout, why) ||
         !WriteRows(frame.pointer, picture, layout, swaps, why))
