@@ -87,10 +87,9 @@ static bool EncodeInto(IWICImagingFactory *factory, IStream *stream, bool isJpeg
         result = encoder->Initialize(stream, WICBitmapEncoderNoCache);
     if (SUCCEEDED(result))
         result = encoder->CreateNewFrame(frame.Slot(), options.Slot());
-    if (SUCCEEDED(result) && (!frame.pointer || !options.pointer))
-        result = E_POINTER;
-    if (!CheckCodec(result, "no codec for this format", why) ||
-        !BeginFrame(frame.pointer, options.pointer, isJpeg, picture, layout, why) ||
+    if (FAILED(result) || !frame.pointer || !options.pointer)
+        return CheckCodec(FAILED(result) ? result : E_POINTER, "no codec for this format", why);
+    if (!BeginFrame(frame.pointer, options.pointer, isJpeg, picture, layout, why) ||
         !WriteRows(frame.pointer, picture, layout, swaps, why))
         return false;
     result = frame->Commit();

@@ -10,7 +10,7 @@
 namespace {
 
 constexpr HostResult kFailure = -36;
-constexpr DWORD kSlowTile = 30; // milliseconds
+constexpr DWORD kSlowTile = 250; // milliseconds
 
 std::string Order() {
     char text[32] = {};
@@ -56,6 +56,15 @@ HostResult InvertTile(FilterRecord &record, const HostRect32 &tile, int16_t plan
     return result;
 }
 
+// Lets a test know that a tile is being worked on.
+void SpendTime() {
+    if (const HANDLE event = OpenEventA(EVENT_MODIFY_STATE, FALSE, "InvertFilterAtWork")) {
+        SetEvent(event);
+        CloseHandle(event);
+    }
+    Sleep(kSlowTile);
+}
+
 HostResult InvertAll(FilterRecord &record) {
     const HostRect32 area = record.bigDocumentData->filterRect32;
     const bool isSlow = Order() == "slow";
@@ -68,7 +77,7 @@ HostResult InvertAll(FilterRecord &record) {
                 if (const HostResult result = InvertTile(record, tile, plane))
                     return result;
             if (isSlow)
-                Sleep(kSlowTile);
+                SpendTime();
             if (record.abortProc())
                 return kUserCanceledErr;
         }

@@ -216,10 +216,12 @@ TEST_F(ProgramTest, CtrlCCancelsWithinATileAndLeavesNothing) {
     std::string why;
     ASSERT_TRUE(
         host::WritePicture(folder.File(L"big.ppm"), MakeTestPicture(4096, 4096, 8, 3, false), {}, &why));
-    SetEnvironmentVariableW(L"INVERT_FILTER", L"slow"); // 256 tiles, 8 s in all
+    SetEnvironmentVariableW(L"INVERT_FILTER", L"slow"); // 16 tiles, 4 s in all
+    const HANDLE atWork = CreateEventA(nullptr, FALSE, FALSE, "InvertFilterAtWork");
     const PROCESS_INFORMATION process = Begin(
         {L"--plugin", ProgramFile(L"InvertFilter.8bf"), folder.File(L"big.ppm"), folder.File(L"out.ppm")}, 0);
-    Sleep(1500);
+    EXPECT_EQ(WaitForSingleObject(atWork, kLongestRun), WAIT_OBJECT_0);
+    CloseHandle(atWork);
     const ULONGLONG pressed = GetTickCount64();
     EXPECT_TRUE(PressCtrlC(process.hProcess));
     const ProgramRun run = End(process);
