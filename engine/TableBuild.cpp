@@ -71,7 +71,6 @@ HostResult PrepareTableBuild(const ImageBuffer &image, int32_t workers, TableBui
     build->documentBounds = image.bounds;
     const IntRect &bounds = build->shared.image.bounds;
     build->shared.rowsTotal = static_cast<uint32_t>(bounds.bottom - bounds.top);
-    build->shared.rowsDone = 0;
     const HostResult result = InitializeWorkers(workers, build);
     return result == kNoError && IsCancelled(*build) ? kUserCanceledErr : result;
 }

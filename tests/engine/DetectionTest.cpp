@@ -95,10 +95,13 @@ TEST_F(DetectionTest, ASpotBesideAFlatAreaIsStillFound) {
 }
 
 TEST_F(DetectionTest, ASpotWiderThanSixtyFourPixelsIsDropped) {
-    for (const double radius : {58.0, 75.0}) {
+    for (const double radius : {58.0, 80.0}) {
         const TestImage image = MakeDisk(400, 200, 200, radius);
         EXPECT_EQ(Detect(image.buffer).size(), radius < 64 ? 1u : 0u) << radius;
     }
+    const TestImage wide = MakeSpots(500, 500, {{250, 250, 110, 245}}, 5);
+    for (const LightSource &s : Detect(wide.buffer))
+        EXPECT_LE(s.RadiusSquared, 65 * 65);
 }
 
 TEST_F(DetectionTest, EquallyBrightNeighborsAreOneSource) {
@@ -158,6 +161,18 @@ TEST_F(DetectionTest, SmallRingsPassTheContrastTestOnlyInsideTheBounds) {
         PassesRingContrast(worker.context, LightSourcePosition{20, 0, 20, 0}, 8)); // 0 is not below 0
     EXPECT_FALSE(
         PassesRingContrast(worker.context, LightSourcePosition{20, 0, 20, 0}, 90)); // rings past the last
+}
+
+TEST_F(DetectionTest, ALargeRingPassesWhenTheOutsideIsATenthDarkerThanTheInside) {
+    // Brightest 255, inside 100: (255 - 100) × 11 = 1705 against (255 - outside) × 10.
+    for (const uint8_t outside : {84, 85}) {
+        const TestImage image = MakeGrayRgb(60, 60, [outside](int x, int y) {
+            const double distance = std::hypot(x - 30, y - 30);
+            return distance < 1 ? uint8_t{255} : distance < 11 ? uint8_t{100} : outside;
+        });
+        const TestWorker worker(image.buffer);
+        EXPECT_EQ(PassesRingContrast(worker.context, LightSourcePosition{30, 0, 30, 0}, 10), outside == 84);
+    }
 }
 
 TEST_F(DetectionTest, BrightnessIsTheInsideSquaredTwiceTimesTheRelativeRadius) {

@@ -91,6 +91,20 @@ TEST_F(RadialProfileTest, OneOtherColorKeepsASpotFromBeingFlat) {
     }
 }
 
+TEST_F(RadialProfileTest, AnEdgeIsADropByMoreThanAThirtyFifth) {
+    for (const uint8_t outside : {247, 248}) // 255 - 255/35 lies between
+        for (const int32_t reach : {0, 2, 3, 5, 30}) {
+            const TestImage square = MakeGrayRgb(401, 401, [=](int x, int y) {
+                return std::abs(x - 200) <= reach && std::abs(y - 200) <= reach ? uint8_t{255} : outside;
+            });
+            bool isFlat;
+            const RadialProfile profile = ProfileOf(square.buffer, 200, 200, &isFlat);
+            EXPECT_EQ(isFlat, outside == 248);
+            const double expected = outside == 248 ? -1 : reach + (reach == 30 ? 0.25 : 0.5);
+            EXPECT_NEAR(profile.radii[0], expected, 1e-5) << reach;
+        }
+}
+
 TEST_F(RadialProfileTest, ADimSlopeIsNoEdge) {
     // One level in 255 a pixel: far below a 35th of the brightest, then steps under the limit.
     const TestImage slope = MakeGrayRgb(401, 401, [](int x, int y) {
