@@ -1,5 +1,5 @@
-// The image that detection looks at: a copy of the filtered area, reduced so that its longer side is at most 1200
-// pixels. It is always a copy of its own: marking a flat area never touches the picture.
+// The image that detection looks at: a copy of the filtered area, reduced so that its longer side is at most
+// 1200 pixels. It is always a copy of its own: marking a flat area never touches the picture.
 #pragma once
 
 #include "diag/ResultCodes.h"
@@ -26,9 +26,10 @@ struct AnalysisImage {
     size_t sampleBytes;
 };
 
-// Builds the analysis image of `source` (bounds, samples, maxBrightness). A reduction stops when *cancel becomes
-// non-zero. Returns kNoError, kUserCanceledErr or kParamErr; on failure *out is left alone.
-HostResult PrepareAnalysisImage(const ImageBuffer &source, const std::atomic<uint8_t> &cancel, AnalysisImage *out);
+// Builds the analysis image of `source` (bounds, samples, maxBrightness). A reduction stops when *cancel
+// becomes non-zero. Returns kNoError, kUserCanceledErr or kParamErr; on failure *out is left alone.
+HostResult PrepareAnalysisImage(const ImageBuffer &source, const std::atomic<uint8_t> &cancel,
+                                AnalysisImage *out);
 void FreeAnalysisImage(AnalysisImage *image);
 
 // The pixel at (x, y); all five values are 0 outside the bounds.
@@ -46,4 +47,6 @@ inline uint32_t PixelBrightness(const PixelSample &p) {
     return static_cast<uint32_t>((uint64_t{p.red} + p.green + p.blue) / 3);
 }
 
-inline bool IsPixelSelected(const PixelSample &p) { return p.selectionLevel >= 0x7FFFFFFFu && p.coverage != 0; }
+inline bool IsPixelSelected(const PixelSample &p) {
+    return p.selectionLevel >= 0x7FFFFFFFu && p.coverage != 0;
+}

@@ -1,5 +1,5 @@
-// Unsigned 32-bit fractions of full scale, in which 4294967294 stands for 1.0, their product in the two precision
-// modes, and the process-wide mode and visibility floor.
+// Unsigned 32-bit fractions of full scale, in which 4294967294 stands for 1.0, their product in the two
+// precision modes, and the process-wide mode and visibility floor.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,8 @@ constexpr uint32_t kFloor16Bit = 4095;
 constexpr uint32_t kFloor32Bit = 2047; // smaller than the 16-bit floor: meant so
 constexpr uint32_t kFloorPreview = 65535;
 
-// Precision mode (true: precise) and visibility floor. Set by the thread that starts a render or builds the table,
-// before it does so; renders never overlap, so neither is locked.
+// Precision mode (true: precise) and visibility floor. Set by the thread that starts a render or builds the
+// table, before it does so; renders never overlap, so neither is locked.
 extern bool gPreciseMode;
 extern uint32_t gFloor;
 
@@ -23,11 +23,15 @@ inline uint32_t FloorForBytesPerSample(int32_t bytesPerSample) {
     return bytesPerSample == 4 ? kFloor32Bit : kFloor8Bit;
 }
 
-inline uint32_t MulPrecise(uint32_t a, uint32_t b) { return static_cast<uint32_t>((uint64_t{a} * b) >> 32); }
+inline uint32_t MulPrecise(uint32_t a, uint32_t b) {
+    return static_cast<uint32_t>((uint64_t{a} * b) >> 32);
+}
 
-// The preview's cheap form. The operand near 1.0 goes first and loses 18 bits, the small one second and loses only
-// 14: the other way round every entry laid would lose 1/64 of its brightness.
-inline uint32_t MulFast(uint32_t nearOne, uint32_t small) { return (nearOne >> 18) * (small >> 14); }
+// The preview's cheap form. The operand near 1.0 goes first and loses 18 bits, the small one second and loses
+// only 14: the other way round every entry laid would lose 1/64 of its brightness.
+inline uint32_t MulFast(uint32_t nearOne, uint32_t small) {
+    return (nearOne >> 18) * (small >> 14);
+}
 
 inline uint32_t Mul(uint32_t nearOne, uint32_t small) {
     return gPreciseMode ? MulPrecise(nearOne, small) : MulFast(nearOne, small);

@@ -1,4 +1,5 @@
-// Whole-pixel rectangles in document coordinates (x to the right, y downward), half-open on the right and bottom.
+// Whole-pixel rectangles in document coordinates (x to the right, y downward), half-open on the right and
+// bottom.
 #pragma once
 
 #include <algorithm>
@@ -8,7 +9,9 @@ struct IntRect {
     int32_t left, top, right, bottom;
 };
 
-inline bool IsEmptyRect(const IntRect &r) { return r.left >= r.right || r.top >= r.bottom; }
+inline bool IsEmptyRect(const IntRect &r) {
+    return r.left >= r.right || r.top >= r.bottom;
+}
 
 inline bool RectContains(const IntRect &r, int32_t x, int32_t y) {
     return x >= r.left && x < r.right && y >= r.top && y < r.bottom;
@@ -21,8 +24,8 @@ inline IntRect IntersectRects(const IntRect &a, const IntRect &b) {
     return IsEmptyRect(r) ? IntRect{0, 0, 0, 0} : r;
 }
 
-// What the renderer knows of the filtered area. Written on the host's thread when the image is read, before any
-// other thread starts; read-only until the run ends.
+// What the renderer knows of the filtered area. Written on the host's thread when the image is read, before
+// any other thread starts; read-only until the run ends.
 struct ImageGeometry {
     IntRect filterRect;
     int32_t width, height;
