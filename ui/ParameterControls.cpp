@@ -5,25 +5,12 @@
 #include "ui/ParameterEditPaint.h"
 #include "ui/ParameterTrackbar.h"
 #include "ui/ParameterValue.h"
+#include "ui/Tooltips.h"
 
 #include <commctrl.h>
 #include <richedit.h>
 
 namespace {
-
-void AddTooltip(HWND dialog, HWND tooltipWindow, int controlId, const char *text) {
-    const HWND control = GetDlgItem(dialog, controlId);
-    if (!control)
-        return;
-    TTTOOLINFOA tool = {};
-    // The smallest form: common controls before version 6 refuse the one with the last field.
-    tool.cbSize = TTTOOLINFOA_V1_SIZE;
-    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
-    tool.hwnd = dialog;
-    tool.uId = reinterpret_cast<UINT_PTR>(control);
-    tool.lpszText = const_cast<char *>(text); // the control copies it
-    SendMessageA(tooltipWindow, TTM_ADDTOOLA, 0, reinterpret_cast<LPARAM>(&tool));
-}
 
 // A trackbar whose range reaches below zero is set to its minimum first, so that the thumb is redrawn.
 void ShowRow(const ParameterControl &row) {
