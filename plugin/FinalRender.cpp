@@ -63,10 +63,12 @@ HostResult RenderTile(const RenderSettings &settings, const ImageBuffer &input, 
     if (RenderEffect(settings, input, area, GetLightSourceTable(), gShuttingDown, &output)) {
         ReportProgress(*progress);
         result = WriteTile(output);
-        ++progress->done;
-        ReportProgress(*progress);
     } else {
         result = kWriteErr;
+    }
+    if (result == kNoError) {
+        ++progress->done;
+        ReportProgress(*progress);
     }
     FreeImageBuffer(&output);
     return result;
