@@ -285,6 +285,13 @@ TEST(PictureFiles, SizesAreCheckedBeforeAnythingIsAllocated) {
     WriteBytes(path, MakeTiff(host::ByteOrder::kLittle, 32767, 32767,
                               {{258, {16}}, {259, {1}}, {262, {1}}, {273, {8}}, {277, {1}}}, {1, 2}));
     EXPECT_EQ(ReadBad(path), "the file ends early");
+    // A BMP that claims more than any compression could make of it.
+    WriteGood(folder.File(L"a.bmp"), MakeTestPicture(4, 4, 8, 3, false));
+    Bytes bmp = ReadBytes(folder.File(L"a.bmp"));
+    bmp[18] = bmp[22] = 0xFF;
+    bmp[19] = bmp[23] = 0x7F;
+    WriteBytes(path, bmp);
+    EXPECT_EQ(ReadBad(path), "the file ends early");
     // A PNG, whole but for a header that claims more than its data can become.
     WriteGood(folder.File(L"a.png"), MakeTestPicture(4, 4, 8, 3, false));
     Bytes png = ReadBytes(folder.File(L"a.png"));
@@ -302,7 +309,12 @@ TEST(PictureFiles, FilesCutShortAreRefused) {
         const Bytes whole = ReadBytes(folder.File(name));
         for (const size_t part : {size_t{3}, size_t{20}, whole.size() / 2, whole.size() - 100}) {
             WriteBytes(path, Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(part)));
-            EXPECT_NE(ReadBad(path), "") << host::ToUtf8(name) << " cut to " << part;
+            const std::string why = ReadBad(path);
+            EXPECT_NE(why, "") << host::ToUtf8(name) << " cut to " << part;
+            // A codec may well fill up what is missing of a JPEG, so it is not asked.
+            if (std::wstring(name) == L"a.jpg" && part > 3) {
+                EXPECT_EQ(why, "the file ends early") << part;
+            }
         }
     }
 }
