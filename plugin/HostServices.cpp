@@ -9,20 +9,20 @@
 namespace {
 
 // The suites are released where they were acquired, whatever the record of a later call says.
-SPBasicSuite *sBasicSuite;
-bool sComInitialized;
+SPBasicSuite *gBasicSuite;
+bool gComInitialized;
 
 template <typename Suite> void AcquireSuite(const char *name, int32_t version, const Suite **suite) {
     if (*suite)
         return;
     const void *found = nullptr;
-    if (sBasicSuite->AcquireSuite(name, version, &found) == 0)
+    if (gBasicSuite->AcquireSuite(name, version, &found) == 0)
         *suite = static_cast<const Suite *>(found);
 }
 
 template <typename Suite> void ReleaseSuite(const char *name, int32_t version, const Suite **suite) {
-    if (*suite && sBasicSuite->ReleaseSuite)
-        sBasicSuite->ReleaseSuite(name, version);
+    if (*suite && gBasicSuite->ReleaseSuite)
+        gBasicSuite->ReleaseSuite(name, version);
     *suite = nullptr;
 }
 
@@ -34,10 +34,10 @@ void AcquireHostSuites() {
     SPBasicSuite *basic = gFilterRecord->sSPBasic;
     if (!basic || !basic->AcquireSuite)
         return;
-    if (basic != sBasicSuite) {
+    if (basic != gBasicSuite) {
         gPropertySuite = nullptr;
         gErrorSuite = nullptr;
-        sBasicSuite = basic;
+        gBasicSuite = basic;
     }
     AcquireSuite(kPropertySuiteName, kPropertySuiteVersion, &gPropertySuite);
     AcquireSuite(kErrorSuiteName, kErrorSuiteVersion, &gErrorSuite);
@@ -49,15 +49,15 @@ void ReleaseHostSuites() {
 }
 
 bool InitializeCom() {
-    if (!sComInitialized)
-        sComInitialized = SUCCEEDED(CoInitialize(nullptr));
-    return sComInitialized;
+    if (!gComInitialized)
+        gComInitialized = SUCCEEDED(CoInitialize(nullptr));
+    return gComInitialized;
 }
 
 void UninitializeCom() {
-    if (sComInitialized)
+    if (gComInitialized)
         CoUninitialize();
-    sComInitialized = false;
+    gComInitialized = false;
 }
 
 void SuspendHostCursor() {

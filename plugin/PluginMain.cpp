@@ -12,7 +12,7 @@
 
 namespace {
 
-bool sFirstCallDone;
+bool gFirstCallDone;
 
 void StoreCallRecords(int16_t selector, void *record, intptr_t *data, HostResult *result) {
     gFilterRecord = selector == kSelectorAbout ? nullptr : static_cast<FilterRecord *>(record);
@@ -34,14 +34,14 @@ void CreateSection() {
 // The host's window may be another one in a later run; the log is set up once for the process.
 void PrepareProcess() {
     void *parent = ParentWindow();
-    if (sFirstCallDone) {
+    if (gFirstCallDone) {
         if (IsReportOwnerThread())
             SetReportOwnerWindow(parent);
         return;
     }
     InitAppFolders(kShortProductName, kProductName);
     OpenLog(parent, GetCurrentThreadId());
-    sFirstCallDone = true;
+    gFirstCallDone = true;
 }
 
 void Dispatch(int16_t selector) {

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <climits>
+#include <map>
+#include <set>
 #include <windows.h>
 
 namespace {
@@ -252,6 +254,7 @@ TEST_F(Failing, MemoryMayRunOutAtAnyAllocation) {
     before = MakeNight({.width = 60, .height = 45, .hasTransparency = true, .lights = 2});
     before.mask.assign(60 * 45, 255);
     expected = FilteredNight(before, parameters);
+    std::set<std::string> told;
     for (const bool andLater : {false, true}) {
         int64_t failures = 0;
         for (int64_t n = 1;; n += n < 60 ? 1 : n / 20) {
@@ -263,6 +266,8 @@ TEST_F(Failing, MemoryMayRunOutAtAnyAllocation) {
             const host::RunResult result = RunOnce();
             const bool reached = ModuleAllocations() >= n;
             FailModuleAllocation(0, false);
+            for (const host::ShownBox &box : boxes)
+                told.insert(box.title + ": " + box.text);
             failures += result.code != kNoError;
             if (result.code == kNoError && !reached)
                 break;
@@ -276,6 +281,10 @@ TEST_F(Failing, MemoryMayRunOutAtAnyAllocation) {
         std::printf("%lld runs failed\n", static_cast<long long>(failures));
         EXPECT_GT(failures, 5);
     }
+    EXPECT_EQ(told, (std::set<std::string>{
+                        "Error - Exiting Plugin: Could not allocate memory for an image.",
+                        "Error - Exiting Plugin: Could not allocate memory for an image mask.",
+                        "Warning: Low memory.  Check image - some effects may not be rendered."}));
 }
 
 // Blocks, system objects and COM: a run, good or bad, leaves exactly what the run before it left.
