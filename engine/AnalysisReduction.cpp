@@ -1,7 +1,11 @@
 // Each analysis pixel is the average of a window of `scale` document pixels a side, centred on the document
 // pixel that the merge of the light source tables will give back for it; so a star sits on its light. Windows
-// overlap or leave gaps of a fraction of a pixel, as that rounding wills. Sums run row by row, left to right,
-// in double.
+// overlap or leave gaps of a fraction of a pixel, as that rounding wills.
+//
+// What the average is, down to the last bit: the sums of weight and of weight × value over the window, row by
+// row, left to right, in double; their quotient plus a half, truncated. It is found in two ways. The fast one
+// adds whole rows into columns first and the columns of a window then. It ends within a known distance of the
+// other; only where a whole number lies within that distance is the sum done again in its own order.
 #include "engine/AnalysisReduction.h"
 
 #include "diag/BufferUsage.h"
@@ -12,7 +16,14 @@
 
 namespace {
 
-constexpr int kValuesPerPixel = 5; // a pixel sample's five values
+constexpr double kFullValue = 4294967295.0;
+constexpr double kWidenedByte = 0x01010101; // what a byte of a mask is multiplied by
+constexpr double kWorkingByte = 65793;      // the same for a colour
+// Each operation rounds by at most 2^-53, relatively, and nothing is ever subtracted. Both ways together take
+// fewer than six a pixel of the window, and kSpareRoundings stands for those that come once; the rest of this
+// is to spare.
+constexpr double kRoundingOfPixel = 1.0 / (int64_t{1} << 49);
+constexpr int32_t kSpareRoundings = 16;
 
 // The document pixels under one analysis pixel along one axis.
 struct AxisWindow {
@@ -39,10 +50,52 @@ double CoverageOf(const AxisWindow &w, int32_t pixel) {
     return std::min<double>(w.end, pixel + 1.0) - std::max<double>(w.begin, pixel);
 }
 
-struct PixelSum {
-    double values[kValuesPerPixel];
-    double weight;
+// One of the five values of a pixel sample, as it lies in the source.
+struct Layer {
+    const uint8_t *samples; // row by row; null: full everywhere
+    int32_t bytesPerSample;
+    bool isWidened;  // from a working value to 32 bits
+    double byteUnit; // bytes only: their value is the byte times this
 };
+
+Layer ColorLayer(const ImageBuffer &source, int32_t plane) {
+    return Layer{source.planes[plane], source.bytesPerSample, false, kWorkingByte};
+}
+
+Layer CoverageLayer(const ImageBuffer &source) {
+    if (!source.transparencyPlanes)
+        return Layer{};
+    return Layer{source.planes[source.colorPlanes], source.bytesPerSample, true, kWidenedByte};
+}
+
+Layer SelectionLayer(const ImageBuffer &source) {
+    return Layer{source.mask, 1, true, kWidenedByte};
+}
+
+uint32_t WidenWorking(uint32_t working) {
+    return (working << 8) | (working >> 16);
+}
+
+// Hands the value of each of `count` samples, from number `start` on, to `put`.
+template <typename Sample, typename Convert, typename Put>
+void ForEachSample(const Layer &layer, int64_t start, int32_t count, Convert convert, Put put) {
+    const uint8_t *from = layer.samples + start * static_cast<int64_t>(sizeof(Sample));
+    for (int32_t i = 0; i < count; ++i, from += sizeof(Sample)) {
+        Sample sample;
+        memcpy(&sample, from, sizeof sample);
+        const uint32_t working = convert(sample);
+        put(i, layer.isWidened ? WidenWorking(working) : working);
+    }
+}
+
+template <typename Put> void ForEachValue(const Layer &layer, int64_t start, int32_t count, Put put) {
+    if (layer.bytesPerSample == 1)
+        ForEachSample<uint8_t>(layer, start, count, WorkingFrom8, put);
+    else if (layer.bytesPerSample == 2)
+        ForEachSample<uint16_t>(layer, start, count, WorkingFrom16, put);
+    else
+        ForEachSample<float>(layer, start, count, WorkingFromFloat, put);
+}
 
 // Everything a reduction needs besides its output; one owner, freed by FreeScratch.
 struct Scratch {
@@ -51,143 +104,205 @@ struct Scratch {
     size_t weightCount;    // of all column windows
     AxisWindow *windows;   // one for each analysis column
     double *weights;       // of the columns' pixels, window after window
-    PixelSample *row;      // the source row at hand
-    PixelSum *sums;        // one for each analysis column
+    double *perWeight;     // one for each analysis column: 1 / the sum of its weights
+    int32_t *byteSums;     // one for each column of the source: its whole pixels in the row of windows
+    double *columns;       // the same, of all its pixels
 };
 
 void FreeScratch(Scratch *s) {
     CountedFree(s->windows, s->analysisWidth * sizeof *s->windows);
     CountedFree(s->weights, s->weightCount * sizeof *s->weights);
-    CountedFree(s->row, s->width * sizeof *s->row);
-    CountedFree(s->sums, s->analysisWidth * sizeof *s->sums);
+    CountedFree(s->perWeight, s->analysisWidth * sizeof *s->perWeight);
+    CountedFree(s->byteSums, s->width * sizeof *s->byteSums);
+    CountedFree(s->columns, s->width * sizeof *s->columns);
     *s = Scratch{};
+}
+
+void FillWeights(Scratch *s) {
+    double *weight = s->weights;
+    for (int32_t i = 0; i < s->analysisWidth; ++i) {
+        double sum = 0.0;
+        for (int32_t k = 0; k < s->windows[i].count; ++k, ++weight) {
+            *weight = CoverageOf(s->windows[i], s->windows[i].first + k);
+            sum += *weight;
+        }
+        s->perWeight[i] = 1.0 / sum;
+    }
 }
 
 bool PrepareColumns(const ImageBuffer &source, const AnalysisImage &image, Scratch *s) {
     s->windows = static_cast<AxisWindow *>(CountedAlloc(s->analysisWidth * sizeof *s->windows));
-    if (!s->windows)
+    s->perWeight = static_cast<double *>(CountedAlloc(s->analysisWidth * sizeof *s->perWeight));
+    if (!s->windows || !s->perWeight)
         return false;
     for (int32_t i = 0; i < s->analysisWidth; ++i) {
         s->windows[i] = WindowAt(image.bounds.left + i, image.scale, source.bounds.left, source.bounds.right);
         s->weightCount += static_cast<size_t>(s->windows[i].count);
     }
     s->weights = static_cast<double *>(CountedAlloc(s->weightCount * sizeof *s->weights));
-    if (!s->weights)
-        return false;
-    double *weight = s->weights;
-    for (int32_t i = 0; i < s->analysisWidth; ++i)
-        for (int32_t k = 0; k < s->windows[i].count; ++k)
-            *weight++ = CoverageOf(s->windows[i], s->windows[i].first + k);
-    return true;
+    if (s->weights)
+        FillWeights(s);
+    return s->weights != nullptr;
 }
 
 bool AllocateScratch(const ImageBuffer &source, const AnalysisImage &image, Scratch *s) {
     *s = Scratch{};
     s->width = source.width;
     s->analysisWidth = image.bounds.right - image.bounds.left;
-    s->row = static_cast<PixelSample *>(CountedAlloc(s->width * sizeof *s->row));
-    s->sums = static_cast<PixelSum *>(CountedAlloc(s->analysisWidth * sizeof *s->sums));
-    return s->row && s->sums && PrepareColumns(source, image, s);
+    s->byteSums = static_cast<int32_t *>(CountedAlloc(s->width * sizeof *s->byteSums));
+    s->columns = static_cast<double *>(CountedAlloc(s->width * sizeof *s->columns));
+    return s->byteSums && s->columns && PrepareColumns(source, image, s);
 }
 
-// Adds the row at hand to the sums of every analysis column. `rowWeight` is the row's own part of the window.
-void AddRow(const Scratch &s, int32_t imageLeft, double rowWeight) {
-    const double *weight = s.weights;
+void AddBytes(const uint8_t *row, int32_t width, int32_t *sums) {
+    for (int32_t x = 0; x < width; ++x)
+        sums[x] += row[x];
+}
+
+void AddWeightedBytes(const uint8_t *row, int32_t width, double weight, double *columns) {
+    for (int32_t x = 0; x < width; ++x)
+        columns[x] += weight * row[x];
+}
+
+void AddSums(const int32_t *sums, int32_t width, double *columns) {
+    for (int32_t x = 0; x < width; ++x)
+        columns[x] += sums[x];
+}
+
+// The sums of a layer's columns over a window of rows, in bytes times their weights.
+void SumByteColumns(const Layer &layer, const ImageBuffer &source, const AxisWindow &rows, const Scratch &s) {
+    std::fill_n(s.byteSums, s.width, 0);
+    std::fill_n(s.columns, s.width, 0.0);
+    for (int32_t y = rows.first; y < rows.first + rows.count; ++y) {
+        const uint8_t *row = layer.samples + int64_t{y - source.bounds.top} * s.width;
+        const double weight = CoverageOf(rows, y);
+        if (weight == 1.0)
+            AddBytes(row, s.width, s.byteSums);
+        else
+            AddWeightedBytes(row, s.width, weight, s.columns);
+    }
+    AddSums(s.byteSums, s.width, s.columns);
+}
+
+// The same for deeper samples, in values.
+void SumDeepColumns(const Layer &layer, const ImageBuffer &source, const AxisWindow &rows, const Scratch &s) {
+    std::fill_n(s.columns, s.width, 0.0);
+    for (int32_t y = rows.first; y < rows.first + rows.count; ++y) {
+        const double weight = CoverageOf(rows, y);
+        double *columns = s.columns;
+        ForEachValue(layer, int64_t{y - source.bounds.top} * s.width, s.width,
+                     [columns, weight](int32_t x, uint32_t value) { columns[x] += weight * value; });
+    }
+}
+
+// A window's average in its own order of sums.
+uint32_t AverageInOrder(const Layer &layer, const ImageBuffer &source, const AxisWindow &rows,
+                        const AxisWindow &columns, const double *columnWeights) {
+    double sum = 0.0, weight = 0.0;
+    for (int32_t y = rows.first; y < rows.first + rows.count; ++y) {
+        const double rowWeight = CoverageOf(rows, y);
+        const int64_t start =
+            int64_t{y - source.bounds.top} * source.width + (columns.first - source.bounds.left);
+        ForEachValue(layer, start, columns.count, [&](int32_t k, uint32_t value) {
+            const double w = rowWeight * columnWeights[k];
+            sum += w * value;
+            weight += w;
+        });
+    }
+    return static_cast<uint32_t>(std::min(sum / weight + 0.5, kFullValue));
+}
+
+// The average from the sums of a window's columns; false when it lies too near to a whole number to tell.
+bool AverageOfColumns(const double *columns, const double *columnWeights, int32_t count, double perWeight,
+                      double roundings, uint32_t *average) {
+    double sum = 0.0;
+    for (int32_t k = 0; k < count; ++k)
+        sum += columnWeights[k] * columns[k];
+    const double quotient = sum * perWeight + 0.5;
+    const double doubt = quotient * roundings * kRoundingOfPixel;
+    *average = static_cast<uint32_t>(std::min(quotient - doubt, kFullValue));
+    return *average == static_cast<uint32_t>(std::min(quotient + doubt, kFullValue));
+}
+
+// One value of every pixel in a row of the result.
+void ReduceLayerRow(const Layer &layer, const ImageBuffer &source, const AxisWindow &rows, const Scratch &s,
+                    uint32_t PixelSample::*value, PixelSample *out) {
+    const bool hasBytes = layer.bytesPerSample == 1;
+    if (hasBytes)
+        SumByteColumns(layer, source, rows, s);
+    else
+        SumDeepColumns(layer, source, rows, s);
+    const double unit = (hasBytes ? layer.byteUnit : 1.0) / (rows.end - rows.begin);
+    const double *weights = s.weights;
     for (int32_t i = 0; i < s.analysisWidth; ++i) {
         const AxisWindow &window = s.windows[i];
-        const PixelSample *p = s.row + (window.first - imageLeft);
-        PixelSum sum = s.sums[i];
-        for (int32_t k = 0; k < window.count; ++k, ++p) {
-            const double w = rowWeight * *weight++;
-            sum.values[0] += w * p->red;
-            sum.values[1] += w * p->green;
-            sum.values[2] += w * p->blue;
-            sum.values[3] += w * p->coverage;
-            sum.values[4] += w * p->selectionLevel;
-            sum.weight += w;
-        }
-        s.sums[i] = sum;
+        const double roundings = double{1.0} * rows.count * window.count + kSpareRoundings;
+        uint32_t average;
+        if (!AverageOfColumns(s.columns + (window.first - source.bounds.left), weights, window.count,
+                              unit * s.perWeight[i], roundings, &average))
+            average = AverageInOrder(layer, source, rows, window, weights);
+        out[i].*value = average;
+        weights += window.count;
     }
 }
 
-uint32_t Average(const PixelSum &sum, int value) {
-    return static_cast<uint32_t>(std::min(sum.values[value] / sum.weight + 0.5, 4294967295.0));
-}
-
-// One row of the result; false when cancelled.
-bool ReduceRow(const ImageBuffer &source, int32_t y, const std::atomic<uint8_t> &cancel, const Scratch &s,
-               AnalysisImage *image) {
-    const AxisWindow window = WindowAt(y, image->scale, source.bounds.top, source.bounds.bottom);
-    std::fill_n(s.sums, s.analysisWidth, PixelSum{});
-    for (int32_t k = 0; k < window.count; ++k) {
-        if (cancel.load(std::memory_order_relaxed))
-            return false;
-        ReadSampleRow(source, window.first + k, s.row);
-        AddRow(s, source.bounds.left, CoverageOf(window, window.first + k));
-    }
-    PixelSample *out = image->samples + int64_t{y - image->bounds.top} * s.analysisWidth;
-    for (int32_t i = 0; i < s.analysisWidth; ++i) {
-        const PixelSum &sum = s.sums[i];
-        out[i] =
-            PixelSample{Average(sum, 0), Average(sum, 1), Average(sum, 2), Average(sum, 3), Average(sum, 4)};
-    }
-    return true;
-}
-
-// Reads `count` samples of a plane, of the type Sample, and hands each working value to `put`.
-template <typename Sample, typename Convert, typename Put>
-void ReadPlaneRow(const uint8_t *plane, int64_t start, int32_t count, Convert convert, Put put) {
-    const uint8_t *from = plane + start * static_cast<int64_t>(sizeof(Sample));
-    for (int32_t i = 0; i < count; ++i, from += sizeof(Sample)) {
-        Sample sample;
-        memcpy(&sample, from, sizeof sample);
-        put(i, convert(sample));
-    }
-}
-
-template <typename Put> void ReadPlaneRow(const ImageBuffer &buffer, int32_t plane, int64_t start, Put put) {
-    const uint8_t *samples = buffer.planes[plane];
-    if (buffer.bytesPerSample == 1)
-        ReadPlaneRow<uint8_t>(samples, start, buffer.width, WorkingFrom8, put);
-    else if (buffer.bytesPerSample == 2)
-        ReadPlaneRow<uint16_t>(samples, start, buffer.width, WorkingFrom16, put);
+void ReduceLayerRowOrFill(const Layer &layer, const ImageBuffer &source, const AxisWindow &rows,
+                          const Scratch &s, uint32_t PixelSample::*value, PixelSample *out) {
+    if (layer.samples)
+        ReduceLayerRow(layer, source, rows, s, value, out);
     else
-        ReadPlaneRow<float>(samples, start, buffer.width, WorkingFromFloat, put);
+        for (int32_t i = 0; i < s.analysisWidth; ++i)
+            out[i].*value = 0xFFFFFFFFu;
 }
 
-void ReadColors(const ImageBuffer &buffer, int64_t start, PixelSample *row) {
-    if (buffer.colorPlanes == 1) {
-        ReadPlaneRow(buffer, 0, start,
-                     [row](int32_t i, uint32_t v) { row[i].red = row[i].green = row[i].blue = v; });
-        return;
+// One row of the result.
+void ReduceRow(const ImageBuffer &source, int32_t y, const Scratch &s, AnalysisImage *image) {
+    const AxisWindow rows = WindowAt(y, image->scale, source.bounds.top, source.bounds.bottom);
+    PixelSample *out = image->samples + int64_t{y - image->bounds.top} * s.analysisWidth;
+    ReduceLayerRow(ColorLayer(source, 0), source, rows, s, &PixelSample::red, out);
+    if (source.colorPlanes == 1) {
+        for (int32_t i = 0; i < s.analysisWidth; ++i)
+            out[i].green = out[i].blue = out[i].red;
+    } else {
+        ReduceLayerRow(ColorLayer(source, 1), source, rows, s, &PixelSample::green, out);
+        ReduceLayerRow(ColorLayer(source, 2), source, rows, s, &PixelSample::blue, out);
     }
-    ReadPlaneRow(buffer, 0, start, [row](int32_t i, uint32_t v) { row[i].red = v; });
-    ReadPlaneRow(buffer, 1, start, [row](int32_t i, uint32_t v) { row[i].green = v; });
-    ReadPlaneRow(buffer, 2, start, [row](int32_t i, uint32_t v) { row[i].blue = v; });
+    ReduceLayerRowOrFill(CoverageLayer(source), source, rows, s, &PixelSample::coverage, out);
+    ReduceLayerRowOrFill(SelectionLayer(source), source, rows, s, &PixelSample::selectionLevel, out);
+}
+
+// Reads one value of every pixel in a row of the source.
+void ReadLayerRow(const Layer &layer, int64_t start, int32_t width, uint32_t PixelSample::*value,
+                  PixelSample *row) {
+    if (layer.samples)
+        ForEachValue(layer, start, width, [=](int32_t i, uint32_t v) { row[i].*value = v; });
+    else
+        for (int32_t i = 0; i < width; ++i)
+            row[i].*value = 0xFFFFFFFFu;
 }
 
 } // namespace
 
 void ReadSampleRow(const ImageBuffer &buffer, int32_t y, PixelSample *row) {
     const int64_t start = int64_t{y - buffer.bounds.top} * buffer.width;
-    ReadColors(buffer, start, row);
-    if (buffer.transparencyPlanes)
-        ReadPlaneRow(buffer, buffer.colorPlanes, start,
-                     [row](int32_t i, uint32_t v) { row[i].coverage = (v << 8) | (v >> 16); });
-    else
-        for (int32_t i = 0; i < buffer.width; ++i)
-            row[i].coverage = 0xFFFFFFFFu;
-    for (int32_t i = 0; i < buffer.width; ++i)
-        row[i].selectionLevel = buffer.mask ? buffer.mask[start + i] * 0x01010101u : 0xFFFFFFFFu;
+    const int32_t lastPlane = buffer.colorPlanes - 1;
+    ReadLayerRow(ColorLayer(buffer, 0), start, buffer.width, &PixelSample::red, row);
+    ReadLayerRow(ColorLayer(buffer, std::min(1, lastPlane)), start, buffer.width, &PixelSample::green, row);
+    ReadLayerRow(ColorLayer(buffer, lastPlane), start, buffer.width, &PixelSample::blue, row);
+    ReadLayerRow(CoverageLayer(buffer), start, buffer.width, &PixelSample::coverage, row);
+    ReadLayerRow(SelectionLayer(buffer), start, buffer.width, &PixelSample::selectionLevel, row);
 }
 
 HostResult ReduceToAnalysisImage(const ImageBuffer &source, const std::atomic<uint8_t> &cancel,
                                  AnalysisImage *image) {
     Scratch scratch;
     HostResult result = AllocateScratch(source, *image, &scratch) ? kNoError : kParamErr;
-    for (int32_t y = image->bounds.top; result == kNoError && y < image->bounds.bottom; ++y)
-        if (!ReduceRow(source, y, cancel, scratch, image))
+    for (int32_t y = image->bounds.top; result == kNoError && y < image->bounds.bottom; ++y) {
+        if (cancel.load(std::memory_order_relaxed))
             result = kUserCanceledErr;
+        else
+            ReduceRow(source, y, scratch, image);
+    }
     FreeScratch(&scratch);
     return result;
 }
