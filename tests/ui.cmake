@@ -2,5 +2,5 @@
 # place of the calls that would wait for a person.
 brillatrix_test(ui_tests
     LIBS ui recording_diag
-    SOURCES ui/GdiCalls.cpp ui/NumberTextTests.cpp ui/PairDialog.cpp ui/PairPictureTests.cpp ui/ParameterPairTests.cpp
+    SOURCES support/WindowPicture.cpp ui/GdiCalls.cpp ui/NumberTextTests.cpp ui/PairDialog.cpp ui/PairPictureTests.cpp ui/ParameterPairTests.cpp
             ui/ParameterSetListTests.cpp ui/UserPrompts.cpp ui/WindowPlacementTests.cpp storage/TemporaryFolder.cpp)

@@ -33,8 +33,10 @@ void OnPaint() {
     SelectViewTool(GetViewTool());
 }
 
-void OnFocusChanged() {
-    gPreviewDisplay.spaceHeld = false;
+// A key that is held when the focus goes comes up elsewhere.
+void OnFocusChanged(bool focused) {
+    if (!focused)
+        gPreviewDisplay.spaceHeld = false;
     ReadViewModifiers();
     RefreshDisplayCursor();
     InvalidateRect(gPreviewDisplay.window, nullptr, FALSE);
@@ -81,7 +83,7 @@ LRESULT CALLBACK DisplayProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
         return HTCLIENT;
     case WM_SETFOCUS:
     case WM_KILLFOCUS:
-        OnFocusChanged();
+        OnFocusChanged(message == WM_SETFOCUS);
         return 0;
     case WM_PAINT:
         OnPaint();

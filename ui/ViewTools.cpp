@@ -50,6 +50,12 @@ void EnableZoomButton(int controlId, bool enabled) {
     ShowPicture(controlId, enabled ? kPictureNormal : kPictureDisabled);
 }
 
+// The posted message picks the cursor and the marks for what the display then shows.
+void RefreshDisplayTool() {
+    if (gViewTools.display)
+        PostMessageW(gViewTools.display, kMsgRefreshCursor, 0, 0);
+}
+
 void RedrawDisplay() {
     if (gViewTools.display)
         InvalidateRect(gViewTools.display, nullptr, FALSE);
@@ -124,8 +130,8 @@ void SelectViewTool(uint32_t tool) {
     }
     for (const ToolIcon &icon : kToolIcons)
         ShowToolIcon(icon);
-    if (changes && gViewTools.display)
-        PostMessageW(gViewTools.display, kMsgRefreshCursor, 0, 0);
+    if (changes)
+        RefreshDisplayTool();
 }
 
 void EnableEffectTools() {
@@ -192,6 +198,7 @@ bool CenterPreview(double x, double y, bool request) {
     if (request)
         AskForPreview();
     RedrawDisplay();
+    RefreshDisplayTool();
     return true;
 }
 
@@ -215,8 +222,7 @@ void UpdateZoomControls() {
         SetDlgItemTextA(gViewTools.dialog, kZoomTextId, text);
     EnableZoomButton(kZoomInButtonId, zoom < kMaximumZoom);
     EnableZoomButton(kZoomOutButtonId, zoom > kMinimumZoom);
-    if (gViewTools.display)
-        PostMessageW(gViewTools.display, kMsgRefreshCursor, 0, 0);
+    RefreshDisplayTool();
 }
 
 void UpdateScrollBars() {

@@ -46,6 +46,11 @@ HFONT WINAPI MakeFont(int height, int width, int escapement, int orientation, in
                                   strikeOut, charSet, outPrecision, clipPrecision, quality, pitch, face));
 }
 
+HRGN WINAPI MakeRegion(int left, int top, int right, int bottom) {
+    static const auto real = Real<decltype(MakeRegion)>("CreateRectRgn");
+    return MustFail() ? nullptr : Keep(real(left, top, right, bottom));
+}
+
 BOOL WINAPI GiveBackObject(HGDIOBJ object) {
     static const auto real = Real<decltype(GiveBackObject)>("DeleteObject");
     gLive.erase(object);
@@ -65,6 +70,7 @@ extern "C" {
 decltype(&MakeContext) __imp_CreateCompatibleDC = MakeContext;
 decltype(&MakeBitmap) __imp_CreateCompatibleBitmap = MakeBitmap;
 decltype(&MakeFont) __imp_CreateFontW = MakeFont;
+decltype(&MakeRegion) __imp_CreateRectRgn = MakeRegion;
 decltype(&GiveBackObject) __imp_DeleteObject = GiveBackObject;
 decltype(&GiveBackContext) __imp_DeleteDC = GiveBackContext;
 }

@@ -1,4 +1,5 @@
 // What the pairs look like: the colours of each state, and pictures to look at, left beside the test program.
+#include "tests/support/WindowPicture.h"
 #include "tests/ui/GdiCalls.h"
 #include "tests/ui/PairDialog.h"
 
@@ -14,51 +15,6 @@
 #include <vector>
 
 namespace {
-
-// Top-down, 32 bits a pixel.
-struct Picture {
-    int width = 0, height = 0;
-    std::vector<uint32_t> pixels;
-};
-
-Picture CaptureWindow(HWND window) {
-    RECT rect;
-    GetWindowRect(window, &rect);
-    Picture picture;
-    picture.width = rect.right - rect.left;
-    picture.height = rect.bottom - rect.top;
-    picture.pixels.resize(static_cast<size_t>(picture.width) * picture.height);
-    BITMAPINFO info = {};
-    info.bmiHeader = {sizeof(BITMAPINFOHEADER), picture.width, -picture.height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
-    void *bits = nullptr;
-    const HDC source = GetWindowDC(window), memory = CreateCompatibleDC(source);
-    const HBITMAP bitmap = CreateDIBSection(memory, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    const HGDIOBJ old = SelectObject(memory, bitmap);
-    BitBlt(memory, 0, 0, picture.width, picture.height, source, 0, 0, SRCCOPY);
-    GdiFlush();
-    memcpy(picture.pixels.data(), bits, picture.pixels.size() * sizeof(uint32_t));
-    SelectObject(memory, old);
-    DeleteObject(bitmap);
-    DeleteDC(memory);
-    ReleaseDC(window, source);
-    return picture;
-}
-
-void WriteBmp(const Picture &picture, const std::string &path) {
-    const uint32_t imageSize = static_cast<uint32_t>(picture.pixels.size() * sizeof(uint32_t));
-    BITMAPFILEHEADER file = {};
-    file.bfType = 0x4D42;
-    file.bfOffBits = sizeof(BITMAPFILEHEADER) + sizeof(BITMAPINFOHEADER);
-    file.bfSize = file.bfOffBits + imageSize;
-    const BITMAPINFOHEADER info = {
-        sizeof info, picture.width, -picture.height, 1, 32, BI_RGB, imageSize, 0, 0, 0, 0};
-    FILE *stream = fopen(path.c_str(), "wb");
-    ASSERT_NE(stream, nullptr);
-    fwrite(&file, sizeof file, 1, stream);
-    fwrite(&info, sizeof info, 1, stream);
-    fwrite(picture.pixels.data(), 1, imageSize, stream);
-    fclose(stream);
-}
 
 uint32_t PixelOfSystemColor(int index) {
     const COLORREF color = GetSysColor(index);

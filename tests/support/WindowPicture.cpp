@@ -1,0 +1,76 @@
+#include "tests/support/WindowPicture.h"
+
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+
+namespace {
+
+Picture CaptureContext(HDC source, int width, int height) {
+    Picture picture;
+    picture.width = width;
+    picture.height = height;
+    picture.pixels.resize(static_cast<size_t>(width) * height);
+    BITMAPINFO info = {};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void *bits = nullptr;
+    const HDC memory = CreateCompatibleDC(source);
+    const HBITMAP bitmap = CreateDIBSection(memory, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    const HGDIOBJ old = SelectObject(memory, bitmap);
+    BitBlt(memory, 0, 0, width, height, source, 0, 0, SRCCOPY);
+    GdiFlush();
+    memcpy(picture.pixels.data(), bits, picture.pixels.size() * sizeof(uint32_t));
+    SelectObject(memory, old);
+    DeleteObject(bitmap);
+    DeleteDC(memory);
+    return picture;
+}
+
+void Write(const void *data, size_t size, FILE *stream) {
+    if (fwrite(data, 1, size, stream) != size)
+        throw std::runtime_error("the picture could not be written");
+}
+
+} // namespace
+
+Picture CaptureWindow(HWND window) {
+    RECT rect = {};
+    GetWindowRect(window, &rect);
+    const HDC dc = GetWindowDC(window);
+    const Picture picture = CaptureContext(dc, rect.right - rect.left, rect.bottom - rect.top);
+    ReleaseDC(window, dc);
+    return picture;
+}
+
+Picture CaptureClient(HWND window) {
+    RECT rect = {};
+    GetClientRect(window, &rect);
+    const HDC dc = GetDC(window);
+    const Picture picture = CaptureContext(dc, rect.right, rect.bottom);
+    ReleaseDC(window, dc);
+    return picture;
+}
+
+void WriteBmp(const Picture &picture, const std::string &path) {
+    const uint32_t imageSize = static_cast<uint32_t>(picture.pixels.size() * sizeof(uint32_t));
+    BITMAPFILEHEADER file = {};
+    file.bfType = 0x4D42;
+    file.bfOffBits = sizeof(BITMAPFILEHEADER) + sizeof(BITMAPINFOHEADER);
+    file.bfSize = file.bfOffBits + imageSize;
+    const BITMAPINFOHEADER info = {
+        sizeof info, picture.width, -picture.height, 1, 32, BI_RGB, imageSize, 0, 0, 0, 0};
+    FILE *stream = fopen(path.c_str(), "wb");
+    if (!stream)
+        throw std::runtime_error("cannot open " + path);
+    Write(&file, sizeof file, stream);
+    Write(&info, sizeof info, stream);
+    Write(picture.pixels.data(), imageSize, stream);
+    fclose(stream);
+}
+
+std::string ProgramFolder() {
+    char path[MAX_PATH] = "";
+    GetModuleFileNameA(nullptr, path, sizeof path);
+    const std::string name = path;
+    return name.substr(0, name.find_last_of('\\') + 1);
+}

@@ -1,0 +1,301 @@
+// The controls around the display: tool icons, zoom text and buttons, menu, scroll bars, fit commands.
+#include "tests/support/RecordingDiag.h"
+#include "tests/view/FakePreview.h"
+#include "tests/view/ViewDialog.h"
+
+#include "storage/UISettings.h"
+#include "ui/DialogMessages.h"
+#include "ui/ViewMenu.h"
+
+#include <gtest/gtest.h>
+
+#include <commctrl.h>
+#include <string>
+
+namespace {
+
+constexpr IntRect kImage = {0, 0, 4000, 3000};
+
+class ViewControls : public testing::Test {
+protected:
+    ViewDialog dialog;
+
+    void SetUp() override {
+        gFakePreview = {};
+        gMenuAnswer = {};
+        SetViewTool(kToolZoom);
+        ASSERT_TRUE(OpenViewDialog(&dialog, kImage));
+        TakeReports();
+        dialog.previewRequests = 0;
+    }
+    void TearDown() override {
+        CloseViewDialog(&dialog);
+        EXPECT_TRUE(TakeReports().empty());
+        EXPECT_EQ(LiveMenus(), 0);
+    }
+
+    std::string ZoomText() {
+        char text[50] = "";
+        GetDlgItemTextA(dialog.window, kZoomTextId, text, sizeof text);
+        return text;
+    }
+    bool IsEnabled(int id) { return IsWindowEnabled(GetDlgItem(dialog.window, id)) != FALSE; }
+    SCROLLINFO Bar(int id) {
+        SCROLLINFO info = {};
+        info.cbSize = sizeof info;
+        info.fMask = SIF_ALL;
+        GetScrollInfo(GetDlgItem(dialog.window, id), SB_CTL, &info);
+        return info;
+    }
+    void Scroll(int id, int code, int position = 0) {
+        const HWND bar = GetDlgItem(dialog.window, id);
+        SendMessageA(dialog.window, id == kHorizontalBarId ? WM_HSCROLL : WM_VSCROLL,
+                     MAKEWPARAM(code, static_cast<WORD>(position)), reinterpret_cast<LPARAM>(bar));
+        PumpMessages();
+    }
+    void PickFromMenu(int command) {
+        gMenuAnswer.command = command;
+        ShowZoomMenu({100, 100}, TPM_LEFTALIGN);
+        PumpMessages();
+    }
+    bool IsDisplayInvalid() { return GetUpdateRect(dialog.display, nullptr, FALSE) != FALSE; }
+};
+
+TEST_F(ViewControls, TheFirstPaintingShowsTheStoredTool) {
+    EXPECT_EQ(gViewTools.tool, kToolZoom);
+    EXPECT_EQ(dialog.pictures[kZoomIconId], kPictureSelected);
+    EXPECT_EQ(dialog.pictures[kPanIconId], kPictureNormal);
+    EXPECT_EQ(dialog.pictures[kHideIconId], kPictureDisabled);
+    EXPECT_EQ(dialog.pictures[kShowIconId], kPictureDisabled);
+    EXPECT_EQ(gFakePreview.starts, 1);
+}
+
+TEST_F(ViewControls, AToolIsStoredShownAndTakesItsCursor) {
+    SelectViewTool(kToolPan);
+    EXPECT_EQ(GetViewTool(), kToolPan);
+    EXPECT_EQ(gPreviewDisplay.cursor, kCursorZoomIn) << "the cursor is picked by the posted message";
+    PumpMessages();
+    EXPECT_EQ(gPreviewDisplay.cursor, kCursorOpenHand);
+    EXPECT_EQ(dialog.pictures[kPanIconId], kPictureSelected);
+    EXPECT_EQ(dialog.pictures[kZoomIconId], kPictureNormal);
+    SelectViewTool(kToolNone);
+    EXPECT_EQ(gViewTools.tool, kToolPan);
+    EXPECT_EQ(GetViewTool(), kToolPan);
+
+    SetLightSources(&dialog, nullptr, 0);
+    EXPECT_TRUE(IsEnabled(kHideIconId) && IsEnabled(kShowIconId));
+    EXPECT_EQ(dialog.pictures[kHideIconId], kPictureNormal);
+    SelectViewTool(kToolHide);
+    EXPECT_EQ(dialog.pictures[kHideIconId], kPictureSelected);
+    EXPECT_EQ(dialog.pictures[kShowIconId], kPictureNormal);
+}
+
+TEST_F(ViewControls, TextAndButtonsFollowTheZoom) {
+    EXPECT_EQ(ZoomText(), " 100.00%");
+    for (int i = 0; i < 30; ++i)
+        ZoomIn();
+    EXPECT_EQ(ZoomText(), " 1600.00%");
+    EXPECT_FALSE(IsEnabled(kZoomInButtonId));
+    EXPECT_EQ(dialog.pictures[kZoomInButtonId], kPictureDisabled);
+    EXPECT_TRUE(IsEnabled(kZoomOutButtonId));
+    ZoomIn();
+    EXPECT_FALSE(IsEnabled(kZoomInButtonId));
+    ZoomOut();
+    EXPECT_EQ(ZoomText(), " 1200.00%");
+    EXPECT_TRUE(IsEnabled(kZoomInButtonId));
+    EXPECT_EQ(dialog.pictures[kZoomInButtonId], kPictureNormal);
+    for (int i = 0; i < 30; ++i)
+        ZoomOut();
+    EXPECT_EQ(ZoomText(), " 0.30%");
+    EXPECT_FALSE(IsEnabled(kZoomOutButtonId));
+    EXPECT_TRUE(IsEnabled(kZoomInButtonId));
+    ShowActualPixels();
+    EXPECT_EQ(gViewTools.view.zoom, 100.0);
+}
+
+TEST_F(ViewControls, EveryZoomAsksForAPreviewAndRedraws) {
+    for (const double zoom : {200.0, 200.0, 50.0}) {
+        UpdateWindow(dialog.display);
+        dialog.previewRequests = 0;
+        SetZoom(zoom);
+        EXPECT_TRUE(IsDisplayInvalid());
+        PumpMessages();
+        EXPECT_EQ(dialog.previewRequests, 1);
+    }
+}
+
+TEST_F(ViewControls, MenuItemsSetTheirZooms) {
+    const std::map<int, std::pair<std::string, double>> expected = {
+        {40017, {"6%", 6.25}},           {40016, {"12%", 12.5}},   {40015, {"25%", 25}},
+        {40014, {"33%", 33.33}},         {40013, {"50%", 50}},     {40012, {"66%", 66.67}},
+        {40011, {"100%", 100}},          {40010, {"200%", 200}},   {40009, {"300%", 300}},
+        {40008, {"400%", 400}},          {40007, {"600%", 600}},   {40006, {"800%", 800}},
+        {40005, {"1000%", 1000}},        {40004, {"1200%", 1200}}, {40003, {"1600%", 1600}},
+        {40018, {"Actual Pixels", 100}},
+    };
+    ShowZoomMenu({7, 8}, TPM_BOTTOMALIGN | TPM_CENTERALIGN);
+    const AskedMenu asked = TakeAskedMenu();
+    EXPECT_EQ(asked.x, 7);
+    EXPECT_EQ(asked.y, 8);
+    EXPECT_EQ(asked.owner, dialog.window);
+    EXPECT_EQ(asked.flags & (TPM_BOTTOMALIGN | TPM_CENTERALIGN | TPM_RETURNCMD),
+              static_cast<UINT>(TPM_BOTTOMALIGN | TPM_CENTERALIGN | TPM_RETURNCMD));
+    EXPECT_EQ(asked.items.size(), expected.size() + 2);
+    EXPECT_EQ(asked.separators, 3);
+    EXPECT_EQ(gViewTools.view.zoom, 100.0) << "nothing was picked";
+    for (const auto &[command, item] : expected) {
+        EXPECT_EQ(asked.items.at(command), item.first);
+        SetZoom(31.0);
+        PickFromMenu(command);
+        EXPECT_EQ(gViewTools.view.zoom, item.second) << item.first;
+    }
+    EXPECT_EQ(asked.items.at(40019), "Fit in View");
+    EXPECT_EQ(asked.items.at(40020), "Fit on Screen");
+    PickFromMenu(40012);
+    EXPECT_EQ(ZoomText(), " 66.67%");
+}
+
+TEST_F(ViewControls, MenuFailuresAreReported) {
+    gMenuAnswer.error = 0x57A;
+    PickFromMenu(0);
+    auto reports = TakeReports();
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].record.line, 1205u);
+    EXPECT_EQ(reports[0].message, "TrackPopupMenu() failed with error code 0x57A");
+    gMenuAnswer = {};
+    PickFromMenu(0x9999);
+    reports = TakeReports();
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].record.line, 1211u);
+    EXPECT_EQ(reports[0].message, "TrackPopupMenu() returned unexpected value 0x9999");
+    EXPECT_EQ(gViewTools.view.zoom, 100.0);
+}
+
+TEST_F(ViewControls, TheDisplaysContextMenuIsTheZoomMenu) {
+    gMenuAnswer.command = 40009;
+    SendMessageA(dialog.display, WM_CONTEXTMENU, 0, MAKELPARAM(50, 60));
+    AskedMenu asked = TakeAskedMenu();
+    EXPECT_EQ(asked.x, 50);
+    EXPECT_EQ(asked.y, 60);
+    EXPECT_TRUE(asked.flags & TPM_RIGHTALIGN);
+    EXPECT_EQ(gViewTools.view.zoom, 300.0);
+    // The menu key gives no position.
+    SetCursorPos(123, 234);
+    SendMessageA(dialog.display, WM_KEYUP, VK_APPS, static_cast<LPARAM>(0xC0000001u));
+    asked = TakeAskedMenu();
+    EXPECT_EQ(asked.x, 123);
+    EXPECT_EQ(asked.y, 234);
+    // A right click, through the class procedure.
+    SendMouse(dialog.display, WM_RBUTTONUP, 30, 40);
+    POINT point = {30, 40};
+    ClientToScreen(dialog.display, &point);
+    asked = TakeAskedMenu();
+    EXPECT_EQ(asked.x, point.x);
+    EXPECT_EQ(asked.y, point.y);
+}
+
+TEST_F(ViewControls, FitInViewUsesTheDisplayInsideItsBorder) {
+    PickFromMenu(40019);
+    EXPECT_DOUBLE_EQ(gViewTools.view.zoom, 10.0);
+    EXPECT_EQ(Bar(kHorizontalBarId).nMax, 0);
+    SetWindowPos(dialog.display, nullptr, 0, 0, 802, 502, SWP_NOMOVE | SWP_NOZORDER);
+    FitInView();
+    EXPECT_NEAR(gViewTools.view.zoom, 16.6667, 0.0001);
+    EXPECT_EQ(ZoomText(), " 16.67%");
+}
+
+TEST_F(ViewControls, FitOnScreenGivesTheDialogTheWorkArea) {
+    PickFromMenu(40020);
+    RECT window = {}, work = {};
+    GetWindowRect(dialog.window, &window);
+    SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
+    EXPECT_TRUE(EqualRect(&window, &work));
+    EXPECT_DOUBLE_EQ(gViewTools.view.zoom, 10.0);
+}
+
+TEST_F(ViewControls, BarsScrollTheView) {
+    Scroll(kHorizontalBarId, SB_LEFT);
+    const SCROLLINFO start = Bar(kHorizontalBarId);
+    EXPECT_EQ(start.nMin, 0);
+    EXPECT_EQ(start.nMax, 4000);
+    EXPECT_EQ(start.nPage, 400u);
+    EXPECT_EQ(start.nPos, 0);
+    const struct {
+        int code, expected;
+    } steps[] = {{SB_LINERIGHT, 1},    {SB_PAGERIGHT, 401}, {SB_LINELEFT, 400},   {SB_PAGELEFT, 0},
+                 {SB_PAGELEFT, 0},     {SB_RIGHT, 3600},    {SB_LINERIGHT, 3600}, {SB_PAGELEFT, 3200},
+                 {SB_ENDSCROLL, 3200}, {SB_LEFT, 0}};
+    int position = 0;
+    for (const auto &step : steps) {
+        UpdateWindow(dialog.display);
+        dialog.previewRequests = 0;
+        Scroll(kHorizontalBarId, step.code);
+        EXPECT_EQ(Bar(kHorizontalBarId).nPos, step.expected);
+        EXPECT_EQ(CurrentPreviewGeometry().centerX, step.expected + 200);
+        EXPECT_EQ(dialog.previewRequests, step.expected != position);
+        position = step.expected;
+    }
+    // A thumb position past 16 bits comes from the bar, not from the message.
+    SetZoom(1600.0);
+    for (const int code : {SB_THUMBTRACK, SB_THUMBPOSITION}) {
+        SCROLLINFO info = Bar(kVerticalBarId);
+        info.nPos = 40001;
+        info.fMask = SIF_POS;
+        SetScrollInfo(GetDlgItem(dialog.window, kVerticalBarId), SB_CTL, &info, FALSE);
+        const int tracked = Bar(kVerticalBarId).nTrackPos;
+        Scroll(kVerticalBarId, code, 5);
+        EXPECT_EQ(Bar(kVerticalBarId).nPos, tracked);
+    }
+    // Bars that are not the preview's, and those with nothing to scroll.
+    EXPECT_FALSE(OnPreviewScroll(GetDlgItem(dialog.window, 2), SB_LINERIGHT));
+    EXPECT_FALSE(OnPreviewScroll(nullptr, SB_LINERIGHT));
+    FitInView();
+    PumpMessages();
+    dialog.previewRequests = 0;
+    Scroll(kVerticalBarId, SB_BOTTOM);
+    EXPECT_EQ(dialog.previewRequests, 0);
+}
+
+TEST_F(ViewControls, TooltipsAreOnTheFourIcons) {
+    const HWND tips = CreateWindowExA(0, TOOLTIPS_CLASSA, nullptr, WS_POPUP, 0, 0, 0, 0, dialog.window,
+                                      nullptr, nullptr, nullptr);
+    RegisterViewTooltips(dialog.window, tips);
+    const std::map<int, std::string> expected = {
+        {1043, "Pan Tool (P) - use this tool to move the image in the display area"},
+        {1044, "Zoom Tool (Z) - use this tool to zoom the image in or out, double click to go to 100%"},
+        {1123,
+         "Hide Effects Tool (X) - use this tool to turn unwanted effects off, drag to do multiples; hold "
+         "down the Alt key to reveal previously hidden effects"},
+        {1184,
+         "Show Hidden Effects Tool (+) - use this tool to toggle previously hidden effects on, drag to do "
+         "multiples; hold down the Alt key to hide them"},
+    };
+    for (const auto &[id, text] : expected) {
+        // The call for narrow texts gives 80 characters at most.
+        wchar_t buffer[300] = L"";
+        TTTOOLINFOW tool = {};
+        tool.cbSize = TTTOOLINFOW_V1_SIZE;
+        tool.uFlags = TTF_IDISHWND;
+        tool.hwnd = dialog.window;
+        tool.uId = reinterpret_cast<UINT_PTR>(GetDlgItem(dialog.window, id));
+        tool.lpszText = buffer;
+        SendMessageW(tips, TTM_GETTEXTW, sizeof buffer / sizeof *buffer, reinterpret_cast<LPARAM>(&tool));
+        EXPECT_EQ(std::wstring(buffer), std::wstring(text.begin(), text.end()));
+    }
+    DestroyWindow(tips);
+}
+
+TEST_F(ViewControls, WithoutADialogNothingHappens) {
+    CloseViewDialog(&dialog);
+    EXPECT_EQ(gFakePreview.stops, 1);
+    SetZoom(200.0);
+    SelectViewTool(kToolPan);
+    FitInView();
+    EXPECT_FALSE(CancelPreviewGesture());
+    EXPECT_FALSE(OnPreviewWheel(MAKEWPARAM(0, 120), 0));
+    OnPreviewDeactivated();
+    OnPreviewModifierKey(VK_SPACE, true);
+    EXPECT_FALSE(AttachPreviewDisplay(nullptr, {}, nullptr));
+}
+
+} // namespace
