@@ -83,58 +83,69 @@ bool GetNumber(const ScriptReader &reader, FourCharCode type, double *value) {
     return false;
 }
 
-void ReadNumber(const ScriptReader &reader, FourCharCode key, FourCharCode type, int16_t *field) {
+bool ReadNumber(const ScriptReader &reader, FourCharCode key, FourCharCode type, int16_t *field) {
     double value = 0;
     if (!GetNumber(reader, type, &value) || std::isnan(value))
-        return;
+        return false;
     *field = NarrowToField(key == kKeyAngle ? value * kTenthsPerDegree : value);
+    return true;
 }
 
-void ReadNumberOfPoints(const ScriptReader &reader, FourCharCode type, int16_t *field) {
+bool ReadNumberOfPoints(const ScriptReader &reader, FourCharCode type, int16_t *field) {
     int32_t value = 0;
-    if (type == kTypeInteger && reader.procs->getIntegerProc &&
-        reader.procs->getIntegerProc(reader.descriptor, &value) == kNoError)
-        *field = NarrowToField(value);
+    if (type != kTypeInteger || !reader.procs->getIntegerProc ||
+        reader.procs->getIntegerProc(reader.descriptor, &value) != kNoError)
+        return false;
+    *field = NarrowToField(value);
+    return true;
 }
 
-void ReadOutputSpikesOnly(const ScriptReader &reader, FourCharCode type, uint8_t *field) {
+bool ReadOutputSpikesOnly(const ScriptReader &reader, FourCharCode type, uint8_t *field) {
     HostBoolean value = 0;
-    if (type == kTypeBoolean && reader.procs->getBooleanProc &&
-        reader.procs->getBooleanProc(reader.descriptor, &value) == kNoError)
-        *field = value != 0;
+    if (type != kTypeBoolean || !reader.procs->getBooleanProc ||
+        reader.procs->getBooleanProc(reader.descriptor, &value) != kNoError)
+        return false;
+    *field = value != 0;
+    return true;
 }
 
 // Some hosts give an enumerated value the type of its own enumeration.
-void ReadEffect(const ScriptReader &reader, FourCharCode type, uint32_t *field) {
+bool ReadEffect(const ScriptReader &reader, FourCharCode type, uint32_t *field) {
     FourCharCode value = 0;
-    if ((type == kTypeEnumerated || type == kTypeEffect) && reader.procs->getEnumeratedProc &&
-        reader.procs->getEnumeratedProc(reader.descriptor, &value) == kNoError)
-        *field = value;
+    if ((type != kTypeEnumerated && type != kTypeEffect) || !reader.procs->getEnumeratedProc ||
+        reader.procs->getEnumeratedProc(reader.descriptor, &value) != kNoError)
+        return false;
+    *field = value;
+    return true;
 }
 
-void ReadKey(const ScriptReader &reader, FourCharCode key, FourCharCode type, ParameterSet *set) {
+// False for a key of ours whose value could not be taken.
+bool ReadKey(const ScriptReader &reader, FourCharCode key, FourCharCode type, ParameterSet *set) {
     if (key == kKeyOutputSpikesOnly)
-        ReadOutputSpikesOnly(reader, type, &set->outputSpikesOnly);
-    else if (key == kKeyEffect)
-        ReadEffect(reader, type, &set->effectType);
-    else if (key == kKeyNumberOfPoints)
-        ReadNumberOfPoints(reader, type, &set->numberOfPoints);
-    else if (int16_t *field = NumberField(set, key))
-        ReadNumber(reader, key, type, field);
+        return ReadOutputSpikesOnly(reader, type, &set->outputSpikesOnly);
+    if (key == kKeyEffect)
+        return ReadEffect(reader, type, &set->effectType);
+    if (key == kKeyNumberOfPoints)
+        return ReadNumberOfPoints(reader, type, &set->numberOfPoints);
+    int16_t *field = NumberField(set, key);
+    return !field || ReadNumber(reader, key, type, field);
 }
 
-// Returns the host's verdict. A descriptor that cannot be opened is as good as one of wrong values.
-HostResult ReadDescriptorInto(const PIDescriptorParameters &script, ParameterSet *set) {
+// Returns the host's verdict, and whether every value found could be taken. A descriptor that cannot be
+// opened is as good as one of wrong values.
+HostResult ReadDescriptorInto(const PIDescriptorParameters &script, ParameterSet *set, bool *valuesFit) {
+    *valuesFit = false;
     const ReadDescriptorProcs *procs = script.readDescriptorProcs;
     KeyArray wanted;
     const ScriptReader reader = {procs, procs->openReadDescriptorProc(script.descriptor, wanted.keys)};
     if (!reader.descriptor)
         return kParamErr;
+    *valuesFit = true;
     FourCharCode key = 0, type = 0;
     int32_t flags = 0;
     for (int32_t i = 0; i < kMaxKeysRead && procs->getKeyProc(reader.descriptor, &key, &type, &flags) != 0;
          ++i)
-        ReadKey(reader, key, type, set);
+        *valuesFit = ReadKey(reader, key, type, set) && *valuesFit;
     return procs->closeReadDescriptorProc(reader.descriptor);
 }
 
@@ -149,10 +160,11 @@ void ReportScript(uint32_t siteCode, uint32_t icon, const char *text) {
     ReportError({siteCode, kUserMessage, 0}, icon, kTitleInvalidScript, "%s", text);
 }
 
-// What the user is told about a verdict other than 0, and how the run goes on.
-HostResult RefuseScript(HostResult verdict, bool *showDialog) {
+// What the user is told about a verdict other than 0, and how the run goes on. Some hosts give the general
+// code for a missing key too: only a value that did not fit makes it a script of no use.
+HostResult RefuseScript(HostResult verdict, bool valuesFit, bool *showDialog) {
     *showDialog = false;
-    if (verdict == kErrMissingParameter) {
+    if (verdict == kErrMissingParameter || (verdict == kParamErr && valuesFit)) {
         ReportScript(
             185, kWarningIcon,
             "The Photoshop Script you specified is not compatible with this version of Brillatrix Pro. "
@@ -188,10 +200,11 @@ HostResult ReadScriptParameters(bool *showDialog) {
     if (!CanRead(script))
         return kNoError;
     ParameterSet set = *gParameters;
-    const HostResult verdict = ReadDescriptorInto(*script, &set);
+    bool valuesFit = false;
+    const HostResult verdict = ReadDescriptorInto(*script, &set, &valuesFit);
     DisposeScript(script);
     if (verdict != kNoError)
-        return RefuseScript(verdict, showDialog);
+        return RefuseScript(verdict, valuesFit, showDialog);
     *gParameters = set;
     *showDialog = script->playInfo == kPlayDisplay;
     return kNoError;

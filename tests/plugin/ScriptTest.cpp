@@ -149,17 +149,24 @@ TEST_F(Script, PlayInfoDecidesAboutTheDialog) {
     EXPECT_EQ(DialogPendingByte(), 0);
 }
 
+// Hosts tell of missing keys by either code.
 TEST_F(Script, MissingKeysAreAWarningAndThenTheDialog) {
     filterHost.settings.missingKeys = MissingKeys::kReported;
-    EXPECT_EQ(RunScript({{host::UnitFloatValue(kKeyAngle, kUnitAngle, 22.46)}}).code, kNoError);
-    ASSERT_EQ(boxes.size(), 1u);
-    EXPECT_EQ(boxes[0].title, kTitle);
-    EXPECT_EQ(boxes[0].text,
-              "The Photoshop Script you specified is not compatible with this version of Brillatrix "
-              "Pro. Some settings have been set to their default values.");
-    EXPECT_EQ(boxes[0].style, 48u | MB_SETFOREGROUND);
-    EXPECT_EQ(SetInHandle(), kDefaultParameters);
-    EXPECT_EQ(DialogPendingByte(), 0); // the dialog was run
+    for (const bool generalCode : {false, true}) {
+        SCOPED_TRACE(generalCode);
+        boxes.clear();
+        if (generalCode)
+            filterHost.settings.closeReadResult = kParamErr;
+        EXPECT_EQ(RunScript({{host::UnitFloatValue(kKeyAngle, kUnitAngle, 22.46)}}).code, kNoError);
+        ASSERT_EQ(boxes.size(), 1u);
+        EXPECT_EQ(boxes[0].title, kTitle);
+        EXPECT_EQ(boxes[0].text,
+                  "The Photoshop Script you specified is not compatible with this version of Brillatrix "
+                  "Pro. Some settings have been set to their default values.");
+        EXPECT_EQ(boxes[0].style, 48u | MB_SETFOREGROUND);
+        EXPECT_EQ(SetInHandle(), kDefaultParameters);
+        EXPECT_EQ(DialogPendingByte(), 0); // the dialog was run
+    }
     EXPECT_NE(LogText().find("Line 185: User Message: 'Invalid Script Specified' - 'The Photoshop Script"),
               std::string::npos);
     ExpectCleanHost();
@@ -182,7 +189,10 @@ TEST_F(Script, OtherVerdictsEndTheRun) {
         SCOPED_TRACE(c.verdict);
         boxes.clear();
         filterHost.settings.closeReadResult = c.verdict;
-        const host::RunResult result = RunScript(ScriptOf(EveryFieldChanged()));
+        host::Descriptor script = ScriptOf(EveryFieldChanged());
+        if (c.verdict == kParamErr)
+            host::PutValue(script, host::IntegerValue(kKeyLength, 3)); // of a type that does not fit
+        const host::RunResult result = RunScript(script);
         EXPECT_EQ(result.code, c.verdict);
         EXPECT_EQ(result.failedSelector, kSelectorStart);
         ASSERT_EQ(boxes.size(), 1u);
