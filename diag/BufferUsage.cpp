@@ -38,12 +38,17 @@ bool CreateBufferUsageSection(uint32_t *systemError) {
     return true;
 }
 
-void DeleteBufferUsageSection() {
+void PassThroughBufferUsageSection() {
     if (!gSectionExists)
         return;
     EnterCriticalSection(&gBufferUsageSection);
-    gSectionExists = false;
     LeaveCriticalSection(&gBufferUsageSection);
+}
+
+void DeleteBufferUsageSection() {
+    if (!gSectionExists)
+        return;
+    gSectionExists = false;
     DeleteCriticalSection(&gBufferUsageSection);
 }
 

@@ -8,8 +8,9 @@
 // Creates the section when it does not exist. False, with the system's error code in *systemError, when the
 // system refuses. The calls below also work, and count, while no section exists.
 bool CreateBufferUsageSection(uint32_t *systemError);
-// Enters and leaves the section once, so that no other thread is inside it, then deletes it. No other thread
-// may take or give back memory meanwhile.
+// Enters and leaves the section once, so that no other thread is inside it.
+void PassThroughBufferUsageSection();
+// No other thread may take or give back memory meanwhile.
 void DeleteBufferUsageSection();
 
 // malloc, realloc and free with the counter. `size` and `oldSize` are in bytes; a caller keeps the size of

@@ -77,8 +77,9 @@ void RunSelector(int16_t selector) {
         UnlockHandles();
 }
 
-// A thread may still be inside the section: deleting it waits for that thread first.
+// A thread may still be inside the section; what it has to say belongs into the log.
 void TearDown() {
+    PassThroughBufferUsageSection();
     CloseLog();
     DeleteBufferUsageSection();
 }

@@ -22,6 +22,7 @@ struct Watch {
     int64_t comInitializations;
     HRESULT comResult;
     bool refuseSections;
+    std::atomic<int64_t> events, enteredSection, closedHandle, deletedSection;
 };
 Watch gWatch;
 
@@ -74,6 +75,7 @@ uintptr_t WatchedBeginThread(void *security, unsigned stack, unsigned(WINAPI *st
 BOOL WINAPI WatchedClose(HANDLE handle) {
     const BOOL closed = CloseHandle(handle);
     gWatch.handles -= closed != FALSE;
+    gWatch.closedHandle = ++gWatch.events;
     return closed;
 }
 
@@ -106,8 +108,14 @@ BOOL WINAPI WatchedInitializeSection(CRITICAL_SECTION *section, DWORD spins) {
     return made;
 }
 
+void WINAPI WatchedEnterSection(CRITICAL_SECTION *section) {
+    gWatch.enteredSection = ++gWatch.events;
+    EnterCriticalSection(section);
+}
+
 void WINAPI WatchedDeleteSection(CRITICAL_SECTION *section) {
     --gWatch.sections;
+    gWatch.deletedSection = ++gWatch.events;
     DeleteCriticalSection(section);
 }
 
@@ -139,6 +147,7 @@ void HookModule(HMODULE module, host::ImportHooks *hooks) {
     hook("CoInitialize", WatchedCoInitialize);
     hook("CoUninitialize", WatchedCoUninitialize);
     hook("InitializeCriticalSectionAndSpinCount", WatchedInitializeSection);
+    hook("EnterCriticalSection", WatchedEnterSection);
     hook("DeleteCriticalSection", WatchedDeleteSection);
     hook("SHGetFolderPathA", WatchedFolderPath);
 }
@@ -155,6 +164,7 @@ std::wstring ModulePath() {
 void ModuleFixture::SetUp() {
     gWatch.folder = folder.Path();
     gWatch.heapBlocks = gWatch.handles = gWatch.sections = gWatch.allocations = gWatch.failAt = 0;
+    gWatch.events = gWatch.enteredSection = gWatch.closedHandle = gWatch.deletedSection = 0;
     gWatch.comInitializations = 0;
     gWatch.comResult = S_OK;
     gWatch.refuseSections = false;
@@ -203,6 +213,10 @@ host::RunResult ModuleFixture::Run(bool withParameters) {
 
 HeldObjects ModuleFixture::Held() const {
     return {gWatch.heapBlocks, gWatch.handles, gWatch.comInitializations, gWatch.sections};
+}
+
+TeardownOrder ModuleFixture::LastTeardown() const {
+    return {gWatch.enteredSection, gWatch.closedHandle, gWatch.deletedSection};
 }
 
 void ModuleFixture::FailModuleAllocation(int64_t n, bool andLater) {

@@ -23,6 +23,11 @@ struct HeldObjects {
     bool operator==(const HeldObjects &) const = default;
 };
 
+// When the module last did each of these, counted in events of all of them; 0: never.
+struct TeardownOrder {
+    int64_t enteredSection, closedHandle, deletedSection;
+};
+
 class ModuleFixture : public ::testing::Test {
 protected:
     void SetUp() override;
@@ -34,6 +39,7 @@ protected:
     host::RunResult Run(bool withParameters = true);
 
     HeldObjects Held() const;
+    TeardownOrder LastTeardown() const;
     // From now on the n-th heap allocation of the module fails (1 = the next), and every later one too when
     // asked; 0 switches failing off.
     void FailModuleAllocation(int64_t n, bool andLater);

@@ -291,6 +291,17 @@ TEST_F(SelectorCall, TeardownFollowsAFailureAndFinish) {
     ExpectCleanHost();
 }
 
+// The log stays open until no thread is inside the section any more.
+TEST_F(SelectorCall, TeardownEntersTheSectionThenClosesTheLogThenDeletesTheSection) {
+    Open();
+    EXPECT_EQ(host::CallAbout(filterHost), kNoError);
+    const TeardownOrder order = LastTeardown();
+    EXPECT_NE(LogText().find("Log closed"), std::string::npos);
+    EXPECT_GT(order.enteredSection, 0);
+    EXPECT_LT(order.enteredSection, order.closedHandle);
+    EXPECT_LT(order.closedHandle, order.deletedSection);
+}
+
 TEST_F(SelectorCall, ARefusedCriticalSectionIsNoFailure) {
     RefuseCriticalSections();
     EXPECT_EQ(Run().code, kNoError);

@@ -73,6 +73,7 @@ void ReportError(const ErrorRecord &record, uint32_t messageBoxFlags, const char
 bool CreateBufferUsageSection(uint32_t *) {
     return true;
 }
+void PassThroughBufferUsageSection() {}
 void DeleteBufferUsageSection() {}
 
 void *CountedAlloc(size_t size) {
