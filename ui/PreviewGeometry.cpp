@@ -20,22 +20,21 @@ int32_t ScaleHigh(int32_t edge, double zoom) {
     return static_cast<int32_t>(std::floor((edge + kFullZoom / zoom - kEdgeTolerance) * zoom / kFullZoom));
 }
 
-// The guess by division may be off by one; the two loops make it exact.
+// Edges that differ from a whole pixel by no more than this lie on it.
+constexpr double kTouchTolerance = 0.00000001;
+
+// The loops see to it that scaling leads back, whatever the rounding of the divisions.
 int32_t UnscaleLow(int32_t edge, double zoom) {
-    auto low = static_cast<int32_t>(std::floor(edge * kFullZoom / zoom));
+    auto low = static_cast<int32_t>(std::floor(edge * kFullZoom / zoom + kTouchTolerance));
     while (ScaleLow(low, zoom) > edge)
         --low;
-    while (ScaleLow(low + 1, zoom) <= edge)
-        ++low;
     return low;
 }
 
 int32_t UnscaleHigh(int32_t edge, double zoom) {
-    auto high = static_cast<int32_t>(std::ceil(edge * kFullZoom / zoom));
+    auto high = static_cast<int32_t>(std::ceil(edge * kFullZoom / zoom - kTouchTolerance));
     while (ScaleHigh(high, zoom) < edge)
         ++high;
-    while (ScaleHigh(high - 1, zoom) >= edge)
-        --high;
     return high;
 }
 

@@ -26,7 +26,7 @@ inline double RenderingZoom(double zoom) {
 
 // Every pixel of a zoomed image that the rectangle touches.
 IntRect ScaleRect(const IntRect &rect, double zoom);
-// The smallest rectangle that becomes at least `scaled` when it is zoomed.
+// Every document pixel that a rectangle of scaled ones touches; zoomed again it becomes at least `scaled`.
 IntRect UnscaleRect(const IntRect &scaled, double zoom);
 
 // The part of the scaled plane behind the display; it may reach out of the image.

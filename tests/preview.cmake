@@ -1,0 +1,14 @@
+# The preview's images and its task. The arithmetic and the pixels also run natively, from their sources.
+set(preview_portable
+    ../ui/PreviewDrawing.cpp ../ui/PreviewGeometry.cpp ../ui/PreviewReduction.cpp ../ui/PreviewStore.cpp)
+if(WIN32)
+    brillatrix_test(preview_tests
+        LIBS ui_preview test_support recording_diag
+        SOURCES preview/GeometryTest.cpp preview/PreviewRun.cpp preview/StoreTest.cpp preview/SystemObjects.cpp
+                preview/TruthTest.cpp)
+    target_compile_definitions(preview_tests PRIVATE BRILLATRIX_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
+else()
+    brillatrix_test(preview_native_tests
+        LIBS engine test_support recording_diag
+        SOURCES ${preview_portable} preview/GeometryTest.cpp preview/StoreTest.cpp)
+endif()

@@ -1,0 +1,163 @@
+// A finished preview shows what the final render will give.
+#include "diag/BufferUsage.h"
+#include "engine/FixedPoint.h"
+#include "render/RenderDriver.h"
+#include "tests/preview/PreviewRun.h"
+#include "tests/support/RecordingDiag.h"
+#include "ui/DialogMessages.h"
+#include "ui/PreviewInvariants.h"
+#include "ui/PreviewStore.h"
+#include "ui/ProxyUpdateTask.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+const std::atomic<uint8_t> kGoOn{0};
+
+// The final render of the request's effect for the screen, at the scale of a zoom of up to 100.
+PixelStore RenderFinal(const PreviewRun &run, const PreviewRequest &request, double scale) {
+    ImageBuffer output{};
+    EXPECT_EQ(AllocateImageBuffer(run.image.imageMode, run.image.bytesPerSample, 0, run.image.bounds, false,
+                                  &output, nullptr),
+              kNoError);
+    gPreciseMode = true;
+    gFloor = run.image.bytesPerSample == 1 ? 16383 : run.image.bytesPerSample == 2 ? 4095 : 2047;
+    EXPECT_TRUE(RenderEffect(SettingsOfRequest(request), run.image, run.image.bounds, GetLightSourceTable(),
+                             kGoOn, &output));
+    PixelStore picture{};
+    EXPECT_TRUE(AllocateStore(ScaleRect(run.image.bounds, scale), scale, &picture));
+    EXPECT_TRUE(FillStore(output, kGoOn, &picture));
+    FreeImageBuffer(&output);
+    return picture;
+}
+
+struct Difference {
+    int worst;
+    double mean;
+    int64_t changed; // samples that the effect makes at least 8 levels brighter
+};
+
+int Channel(uint32_t pixel, int channel) {
+    return static_cast<int>(pixel >> (8 * channel) & 0xFF);
+}
+
+// Compares a painted view with the final picture at the same scale.
+Difference Compare(const PreviewRun &run, const PreviewGeometry &geometry,
+                   const std::vector<uint32_t> &painted, const PixelStore &final) {
+    PixelStore original{};
+    EXPECT_TRUE(AllocateStore(final.bounds, final.scale, &original));
+    EXPECT_TRUE(FillStore(run.image, kGoOn, &original));
+    const IntRect visible = VisibleRect(geometry);
+    Difference difference{};
+    int64_t samples = 0, sum = 0;
+    size_t at = 0;
+    for (int32_t y = visible.top; y < visible.bottom; ++y)
+        for (int32_t x = visible.left; x < visible.right; ++x, ++at) {
+            if (!RectContains(final.bounds, x, y))
+                continue;
+            const int64_t index = int64_t{y - final.bounds.top} * (final.bounds.right - final.bounds.left) +
+                                  (x - final.bounds.left);
+            for (int c = 0; c < 3; ++c) {
+                const int wanted = Channel(final.pixels[index], c);
+                const int error = std::abs(Channel(painted[at], c) - wanted);
+                difference.worst = std::max(difference.worst, error);
+                difference.changed += wanted >= Channel(original.pixels[index], c) + 8;
+                sum += error;
+                ++samples;
+            }
+        }
+    difference.mean = double(sum) / double(std::max<int64_t>(samples, 1));
+    FreeStore(&original);
+    return difference;
+}
+
+Difference PreviewAgainstFinal(PreviewRun *run, const PreviewGeometry &geometry) {
+    const PreviewRequest request = MakeTestRequest(geometry);
+    EXPECT_TRUE(run->Start());
+    RequestPreview(request);
+    EXPECT_TRUE(run->WaitUntilServed());
+    const std::vector<uint32_t> painted = run->Paint(geometry);
+    StopProxyUpdateTask();
+    PixelStore final = RenderFinal(*run, request, std::min(geometry.zoom, 100.0));
+    const Difference difference = Compare(*run, geometry, painted, final);
+    FreeStore(&final);
+    return difference;
+}
+
+} // namespace
+
+TEST(PreviewTruth, FinishedPreviewIsTheFinalRenderButForTheFastMode) {
+    const struct {
+        int32_t mode, bytes;
+    } forms[] = {{kModeRgb8, 1}, {kModeRgb16, 2}, {kModeRgb32, 4}, {kModeGray8, 1}};
+    for (const auto &form : forms)
+        for (const double zoom : {100.0, 50.0, 16.67}) {
+            PreviewRun run(1500, 1000, 60, form.mode, form.bytes);
+            const Difference d = PreviewAgainstFinal(&run, run.View(zoom, 700, 500));
+            std::printf("mode %d at %.2f %%: worst %d, mean %.4f of 255, %lld samples with effect\n",
+                        form.mode, zoom, d.worst, d.mean, static_cast<long long>(d.changed));
+            EXPECT_LE(d.worst, 8);
+            EXPECT_LT(d.mean, 1.0);
+            EXPECT_GT(d.changed, 1000); // there is something to compare
+        }
+    EXPECT_EQ(gPreviewFaults, 0u);
+    EXPECT_EQ(BufferBytesInUse(), 0);
+}
+
+TEST(PreviewTruth, EnlargedPixelsAreThoseOfFullSize) {
+    PreviewRun run(400, 300, 12);
+    ASSERT_TRUE(run.Start());
+    const PreviewGeometry full = run.View(100.0, 400, 300), fourfold = run.View(400.0, 400, 300);
+    RequestPreview(MakeTestRequest(full));
+    ASSERT_TRUE(run.WaitUntilServed());
+    const std::vector<uint32_t> picture = run.Paint(full);
+    RequestPreview(MakeTestRequest(fourfold));
+    ASSERT_TRUE(run.WaitUntilServed());
+    const std::vector<uint32_t> enlarged = run.Paint(fourfold);
+    const IntRect visible = VisibleRect(fourfold);
+    for (int32_t y = 0; y < 300; ++y)
+        for (int32_t x = 0; x < 400; ++x)
+            ASSERT_EQ(enlarged[static_cast<size_t>(y * 400 + x)],
+                      picture[static_cast<size_t>((visible.top + y) / 4 * 400 + (visible.left + x) / 4)]);
+}
+
+TEST(PreviewTruth, PreviewOffAndTheTimeBeforeTheTableShowTheOriginal) {
+    PreviewRun run(900, 700, 30);
+    ASSERT_TRUE(run.Start());
+    const PreviewGeometry view = run.View(50.0, 500, 400);
+    const auto isOriginal = [&](const std::vector<uint32_t> &painted) {
+        PixelStore original{};
+        EXPECT_TRUE(AllocateStore(ScaleRect(run.image.bounds, 50.0), 50.0, &original));
+        EXPECT_TRUE(FillStore(run.image, kGoOn, &original));
+        const IntRect visible = VisibleRect(view);
+        bool isSame = true;
+        for (int32_t y = 0; y < 350; ++y)
+            for (int32_t x = 0; x < 450; ++x)
+                isSame = isSame && painted[static_cast<size_t>((y - visible.top) * 500 + x - visible.left)] ==
+                                       (original.pixels[y * 450 + x] & 0xFFFFFF);
+        FreeStore(&original);
+        return isSame;
+    };
+    RequestPreview(MakeTestRequest(view, false));
+    ASSERT_TRUE(run.WaitUntilServed());
+    std::vector<uint32_t> painted = run.Paint(view);
+    EXPECT_TRUE(isOriginal(painted));
+    EXPECT_EQ(painted[0], 0x123456u); // the image does not fill the display: beside it nothing is painted
+
+    RequestPreview(MakeTestRequest(view));
+    ASSERT_TRUE(run.WaitUntilServed());
+    const std::vector<uint32_t> withEffect = run.Paint(view);
+    EXPECT_FALSE(isOriginal(withEffect));
+
+    RequestPreview(MakeTestRequest(view, false)); // and back: nothing is rendered anew
+    ASSERT_TRUE(run.WaitUntilServed());
+    EXPECT_TRUE(isOriginal(run.Paint(view)));
+    RequestPreview(MakeTestRequest(view));
+    ASSERT_TRUE(run.WaitUntilServed());
+    EXPECT_EQ(run.Paint(view), withEffect);
+}
