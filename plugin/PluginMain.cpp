@@ -24,11 +24,13 @@ void StoreCallRecords(int16_t selector, void *record, intptr_t *data, HostResult
 }
 
 // Teardown deletes the section, so the call after it makes a new one.
-void CreateSection() {
+HostResult CreateSection() {
     uint32_t systemError = 0;
-    if (!CreateBufferUsageSection(&systemError))
-        ReportError({139, kSystemError, systemError}, kStopIcon, kTitleUnexpected,
-                    "Could not create 'BufferUsageSection' critical section.");
+    if (CreateBufferUsageSection(&systemError))
+        return kNoError;
+    ReportError({139, kSystemError, systemError}, kStopIcon, kTitleUnexpected,
+                "Could not create 'BufferUsageSection' critical section.");
+    return kMemFullErr;
 }
 
 // The host's window may be another one in a later run; the log is set up once for the process.
@@ -102,9 +104,12 @@ void RunSelectorGuarded(int16_t selector) {
 extern "C" void PluginMain(int16_t selector, void *record, intptr_t *data, int16_t *result) {
     HostResult unwantedResult = kNoError;
     StoreCallRecords(selector, record, data, result ? result : &unwantedResult);
-    CreateSection();
+    *gResult = CreateSection();
     PrepareProcess();
-    RunSelectorGuarded(selector);
+    if (*gResult == kNoError)
+        RunSelectorGuarded(selector);
+    else
+        ReleaseRunServices();
     if (*gResult != kNoError || selector == kSelectorAbout || selector == kSelectorFinish)
         TearDown();
     gResult = nullptr;

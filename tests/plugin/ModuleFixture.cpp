@@ -233,8 +233,8 @@ void ModuleFixture::SetComResult(HRESULT result) {
     gWatch.comResult = result;
 }
 
-void ModuleFixture::RefuseCriticalSections() {
-    gWatch.refuseSections = true;
+void ModuleFixture::RefuseCriticalSections(bool refuse) {
+    gWatch.refuseSections = refuse;
 }
 
 ParameterSet ModuleFixture::SetInHandle() const {

@@ -47,8 +47,8 @@ protected:
     int64_t ModuleAllocations() const;
     // CoInitialize answers this from now on.
     void SetComResult(HRESULT result);
-    // InitializeCriticalSectionAndSpinCount fails from now on.
-    void RefuseCriticalSections();
+    // InitializeCriticalSectionAndSpinCount fails from now on, or no longer.
+    void RefuseCriticalSections(bool refuse);
 
     // The bytes of the parameters handle as a set, all zero without one.
     ParameterSet SetInHandle() const;

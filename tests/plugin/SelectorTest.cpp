@@ -302,11 +302,31 @@ TEST_F(SelectorCall, TeardownEntersTheSectionThenClosesTheLogThenDeletesTheSecti
     EXPECT_LT(order.closedHandle, order.deletedSection);
 }
 
-TEST_F(SelectorCall, ARefusedCriticalSectionIsNoFailure) {
-    RefuseCriticalSections();
-    EXPECT_EQ(Run().code, kNoError);
-    EXPECT_TRUE(boxes.empty());
+// About takes the section away between two calls, so any call may be the one that cannot make it.
+TEST_F(SelectorCall, ARefusedCriticalSectionIsAMemoryErrorThatHoldsNothing) {
+    Open();
+    ASSERT_EQ(Call(kSelectorParameters), kNoError);
+    ASSERT_EQ(Call(kSelectorPrepare), kNoError);
+    ASSERT_EQ(host::CallAbout(filterHost), kNoError);
+    boxes.clear();
+    RefuseCriticalSections(true);
+    EXPECT_EQ(Call(kSelectorStart), kMemFullErr);
     ExpectCleanHost();
+    EXPECT_EQ(host::CallAbout(filterHost), kMemFullErr);
+    EXPECT_EQ(Run().code, kMemFullErr);
+    EXPECT_TRUE(boxes.empty());
+    EXPECT_TRUE(filterHost.log.advances.empty());
+    RefuseCriticalSections(false);
+    EXPECT_EQ(Run().code, kNoError);
+    ExpectCleanHost();
+}
+
+// The first call goes on to make the folders and the log.
+TEST_F(SelectorCall, ARefusedCriticalSectionStillLetsTheFirstCallSetUp) {
+    Open();
+    RefuseCriticalSections(true);
+    EXPECT_EQ(Call(kSelectorParameters), kMemFullErr);
+    EXPECT_NE(LogText().find("Log closed"), std::string::npos);
 }
 
 TEST_F(SelectorCall, FirstCallMakesFoldersAndOneLog) {
