@@ -15,6 +15,9 @@ ParameterBlockAccessor gParameterBlockAccessor = nullptr;
 namespace {
 
 constexpr char kInitialSettingsName[] = "LastSavedParameters";
+// Of the messages about an invalid or unreadable file; the initial settings have a title of their own only
+// for an obsolete one.
+constexpr char kTitleReadFailed[] = "Warning - Failed to Read Saved Parameter Set";
 // The bytes that mean something; a file of the current version without all of them is half a record.
 constexpr size_t kRecordSize = 40;
 constexpr size_t kVersionWords = 4;
@@ -90,8 +93,8 @@ void DeleteParameterFile(const wchar_t *path) {
                 DescribePath(path).text);
 }
 
-void DropInvalidFile(const wchar_t *path, const ParameterFileTexts &texts) {
-    ReportError({kSiteInvalid, kUserMessage, 0}, kWarningIcon, texts.failureTitle,
+void DropInvalidFile(const wchar_t *path) {
+    ReportError({kSiteInvalid, kUserMessage, 0}, kWarningIcon, kTitleReadFailed,
                 "Your Parameter Set file '%s' is invalid and is being deleted.\r\n", DescribePath(path).text);
     DeleteParameterFile(path);
 }
@@ -100,7 +103,7 @@ void DropObsoleteFile(const wchar_t *path, const ParameterFileTexts &texts, cons
     char text[kMaxPath + 200];
     snprintf(text, sizeof text, texts.obsoleteFormat, DescribePath(path).text);
     ReportError(
-        {kSiteObsolete, kUserMessage, 0}, kWarningIcon, texts.failureTitle,
+        {kSiteObsolete, kUserMessage, 0}, kWarningIcon, texts.obsoleteTitle,
         "%s\r\n\r\nFile Version: Major Version = '%d', Minor Version = '%d', Revision = '%d', Build = '%d'",
         text, version.words[0], version.words[1], version.words[2], version.words[3]);
     DeleteParameterFile(path);
@@ -109,7 +112,7 @@ void DropObsoleteFile(const wchar_t *path, const ParameterFileTexts &texts, cons
 // For the initial settings a file that cannot be read is a matter of the log alone.
 void TellUnreadable(const wchar_t *path, const ParameterFileTexts &texts) {
     if (texts.unreadableFormat)
-        ReportError({kSiteUnreadable, kUserMessage, 0}, kWarningIcon, texts.failureTitle,
+        ReportError({kSiteUnreadable, kUserMessage, 0}, kWarningIcon, kTitleReadFailed,
                     texts.unreadableFormat, DescribePath(path).text);
 }
 
@@ -181,7 +184,7 @@ bool ReadParameterFile(const wchar_t *path, const ParameterFileTexts &texts, Par
     ParameterBlock read;
     const ParameterFileState state = LoadParameterStructure(path, &read);
     if (state == kFileInvalid)
-        DropInvalidFile(path, texts);
+        DropInvalidFile(path);
     else if (state != kFileRead)
         TellUnreadable(path, texts);
     if (state != kFileRead)

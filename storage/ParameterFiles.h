@@ -25,7 +25,7 @@ bool SaveParametersFile(const ParameterBlock &block, const char *path);
 
 // What ReadParameterFile tells the user about one sort of file.
 struct ParameterFileTexts {
-    const char *failureTitle;     // of the messages about an invalid or obsolete file
+    const char *obsoleteTitle;    // of the message about an obsolete file
     const char *convertedFormat;  // takes the path
     const char *obsoleteFormat;   // takes the path, or nothing; the version words follow it
     const char *unreadableFormat; // of a file that stays; takes the path. Null: the user is not told

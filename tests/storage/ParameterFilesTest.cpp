@@ -16,7 +16,8 @@ namespace {
 using Strings = std::vector<std::string>;
 
 constexpr ParameterBlock kIdentity = {{0, 0, 0, 0, 0, 0, 5, 0}};
-constexpr char kFailureTitle[] = "Warning - Failed to Read Initial Settings Parameters";
+constexpr char kObsoleteTitle[] = "Warning - Failed to Read Initial Settings Parameters";
+constexpr char kInvalidTitle[] = "Warning - Failed to Read Saved Parameter Set"; // as for a named set
 
 // A stand-in for the frame's accessor: keeps what is committed, converts only when told to.
 struct AccessorState {
@@ -92,8 +93,8 @@ std::string DebugLine(const std::string &message) {
     return "0 16 Debug:  Unexpected Error: " + message;
 }
 
-std::string Warning(const std::string &message) {
-    return std::string("1 48 ") + kFailureTitle + ": " + message;
+std::string Warning(const char *title, const std::string &message) {
+    return std::string("1 48 ") + title + ": " + message;
 }
 
 Strings ObsoleteReports(unsigned major, unsigned minor, unsigned revision, unsigned build) {
@@ -108,7 +109,7 @@ Strings ObsoleteReports(unsigned major, unsigned minor, unsigned revision, unsig
         "'%u', "
         "Revision = '%u', Build = '%u'",
         major, minor, revision, build);
-    return {DebugLine(mismatch), Warning(obsolete)};
+    return {DebugLine(mismatch), Warning(kObsoleteTitle, obsolete)};
 }
 
 TEST_F(InitialSettings, AWholeFileIsCommittedWhateverFollowsTheRecord) {
@@ -130,7 +131,7 @@ TEST_F(InitialSettings, AWholeFileIsCommittedWhateverFollowsTheRecord) {
 // 0.
 TEST_F(InitialSettings, AShortFileIsNeverCommittedAndGoes) {
     const std::string invalid =
-        Warning("Your Parameter Set file '" + path + "' is invalid and is being deleted.\r\n");
+        Warning(kInvalidTitle, "Your Parameter Set file '" + path + "' is invalid and is being deleted.\r\n");
     for (const size_t size : {0, 1, 6, 7, 8, 39}) {
         WriteWholeFile(path, Content(size));
         EXPECT_FALSE(Read()) << size;
