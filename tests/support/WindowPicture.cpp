@@ -20,6 +20,9 @@ Picture CaptureContext(HDC source, int width, int height) {
     BitBlt(memory, 0, 0, width, height, source, 0, 0, SRCCOPY);
     GdiFlush();
     memcpy(picture.pixels.data(), bits, picture.pixels.size() * sizeof(uint32_t));
+    // Drawing leaves anything in the highest byte, which viewers take for transparency.
+    for (uint32_t &pixel : picture.pixels)
+        pixel |= 0xFF000000;
     SelectObject(memory, old);
     DeleteObject(bitmap);
     DeleteDC(memory);

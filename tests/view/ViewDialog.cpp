@@ -55,6 +55,11 @@ INT_PTR CALLBACK ViewDialogProc(HWND, UINT message, WPARAM wParam, LPARAM lParam
         return FALSE;
     case kMsgRequestPreview:
         ++gDialog->previewRequests;
+        if (gDialog->onRequest)
+            gDialog->onRequest();
+        return TRUE;
+    case kMsgProgress:
+        gDialog->served += gViewTools.tableReady && lParam == 0;
         return TRUE;
     case kMsgTableReady:
         OnPreviewTableReady();
@@ -130,14 +135,18 @@ int LiveMenus() {
 }
 
 bool OpenViewDialog(ViewDialog *dialog, const IntRect &image, int displayWidth, int displayHeight) {
-    if (!RegisterPreviewDisplayClass())
-        return false;
-    *dialog = ViewDialog();
-    gDialog = dialog;
     gImage = {};
     gImage.bounds = image;
     gTable = {};
     gLightSourceTable = &gTable;
+    return OpenViewDialogOn(dialog, gImage, displayWidth, displayHeight);
+}
+
+bool OpenViewDialogOn(ViewDialog *dialog, const ImageBuffer &image, int displayWidth, int displayHeight) {
+    if (!RegisterPreviewDisplayClass())
+        return false;
+    *dialog = ViewDialog();
+    gDialog = dialog;
     HoldKeys(false, false);
     // A template without controls: header, no menu, the dialog class, no caption.
     struct {
@@ -155,7 +164,7 @@ bool OpenViewDialog(ViewDialog *dialog, const IntRect &image, int displayWidth, 
     dialog->display = AddControl(
         dialog->window, {"ProxyDisplay", WS_TABSTOP, kPreviewDisplayId, 20, 30, displayWidth, displayHeight});
     const bool attached =
-        AttachPreviewDisplay(dialog->window, {&gImage, nullptr, 0, dialog->window}, ShowPicture);
+        AttachPreviewDisplay(dialog->window, {&image, nullptr, 0, dialog->window}, ShowPicture);
     ShowWindow(dialog->window, SW_SHOW);
     SetForegroundWindow(dialog->window);
     PumpMessages();
@@ -170,7 +179,8 @@ void CloseViewDialog(ViewDialog *dialog) {
         DestroyWindow(dialog->window);
     PumpMessages();
     dialog->window = dialog->display = nullptr;
-    gLightSourceTable = nullptr;
+    if (gLightSourceTable == &gTable)
+        gLightSourceTable = nullptr;
     gDialog = nullptr;
 }
 

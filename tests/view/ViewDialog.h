@@ -10,6 +10,8 @@
 struct ViewDialog {
     HWND window = nullptr, display = nullptr;
     int previewRequests = 0;             // kMsgRequestPreview handled
+    void (*onRequest)() = nullptr;       // called for each
+    int served = 0;                      // times that the progress was reset
     std::map<int, ToolPicture> pictures; // shown last, by control
 };
 
@@ -17,6 +19,8 @@ struct ViewDialog {
 // light source table. Every message that waits is handled.
 bool OpenViewDialog(ViewDialog *dialog, const IntRect &image, int displayWidth = 402,
                     int displayHeight = 302);
+// The same on a real image, with the light source table that there is.
+bool OpenViewDialogOn(ViewDialog *dialog, const ImageBuffer &image, int displayWidth, int displayHeight);
 void CloseViewDialog(ViewDialog *dialog);
 // Makes `sources` the light source table, and announces it.
 void SetLightSources(ViewDialog *dialog, LightSource *sources, uint32_t count);

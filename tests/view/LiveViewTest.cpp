@@ -1,0 +1,257 @@
+// The display with the real preview behind it: pictures to look at, left beside the test program, and what
+// must hold of them.
+#include "engine/InitializationTask.h"
+#include "host/PictureFiles.h"
+#include "plugin/ParameterSet.h"
+#include "render/AngleTables.h"
+#include "render/RenderDriver.h"
+#include "tests/support/NightScene.h"
+#include "tests/support/RecordingDiag.h"
+#include "tests/support/WindowPicture.h"
+#include "tests/view/ViewDialog.h"
+
+#include "storage/UISettings.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <random>
+
+namespace {
+
+constexpr int kWidth = 482, kHeight = 362; // of the display
+constexpr int16_t kParameters[kRequestParameters] = {50, 60, 55, 150, 6, 50, 30, 50, 50, 15, 30};
+bool gPreviewOn = true;
+
+void SendRequest() {
+    RequestPreview(
+        MakePreviewRequest(CurrentPreviewGeometry(), gPreviewOn, kParameters, kStandardStar, false));
+}
+
+std::filesystem::path DemoPhoto() {
+    return std::filesystem::path(BRILLATRIX_SOURCE_DIR) / "build" / "demo" / "launchpad_dusk.jpg";
+}
+
+// The demonstration photo when it was fetched, otherwise a generated night of its size.
+void MakeImage(ImageBuffer *image) {
+    host::Picture picture;
+    std::string why;
+    bool maskFailed = false;
+    if (!std::filesystem::exists(DemoPhoto()) || !host::ReadPicture(DemoPhoto().wstring(), &picture, &why)) {
+        ASSERT_EQ(AllocateImageBuffer(kModeRgb8, 1, 0, {0, 0, 640, 427}, false, image, &maskFailed),
+                  kNoError);
+        PaintNightScene(MakeSceneLights(640, 427, 40, 3), 0.05, 7, image);
+        return;
+    }
+    const host::Document document = host::TakeDocument(picture);
+    ASSERT_EQ(document.colourPlanes, 3);
+    ASSERT_EQ(AllocateImageBuffer(kModeRgb8, 1, 0, {0, 0, document.width, document.height}, false, image,
+                                  &maskFailed),
+              kNoError);
+    for (int32_t plane = 0; plane < image->colorPlanes; ++plane)
+        memcpy(image->planes[plane], document.planes[plane].data(), document.planes[plane].size());
+}
+
+class LiveView : public testing::Test {
+protected:
+    ImageBuffer image = {};
+    ViewDialog dialog;
+
+    void SetUp() override {
+        gPreviewOn = true;
+        ASSERT_NO_FATAL_FAILURE(MakeImage(&image));
+        SetImageGeometry(image.bounds);
+        BuildAngleTables();
+        ResetRenderState();
+        StartLightSourceTableInit(image);
+        SetViewTool(kToolPan);
+        ASSERT_TRUE(OpenViewDialogOn(&dialog, image, kWidth, kHeight));
+        dialog.onRequest = SendRequest;
+        SetFocus(dialog.display);
+        while (!gViewTools.tableReady)
+            PumpFor(5);
+        Ask();
+    }
+    void TearDown() override {
+        CloseViewDialog(&dialog);
+        StopLightSourceTableInit();
+        CloseLightSourceTableThread();
+        FreeRenderState();
+        FreeImageBuffer(&image);
+        EXPECT_TRUE(TakeReports().empty());
+    }
+
+    // Waits until the preview of the present view is finished; then nothing more comes.
+    void Finish() {
+        for (int quiet = 0, last = -1; quiet < 10; last = dialog.served) {
+            PumpFor(10);
+            quiet = dialog.served > 0 && dialog.served == last ? quiet + 1 : 0;
+        }
+    }
+    void Ask() {
+        PumpMessages();
+        dialog.served = 0;
+        SendRequest();
+        Finish();
+    }
+    Picture Capture() {
+        Ask();
+        UpdateWindow(dialog.display);
+        return CaptureClient(dialog.display);
+    }
+    Picture CaptureOriginal() {
+        gPreviewOn = false;
+        const Picture picture = Capture();
+        gPreviewOn = true;
+        return picture;
+    }
+    void Restore(const PreviewGeometry &view) {
+        SetZoom(view.zoom);
+        CenterPreview(view.centerX, view.centerY);
+        PumpMessages();
+    }
+    void HideEverything(bool hidden) {
+        SetZoom(16.0);
+        SelectViewTool(kToolHide);
+        HoldKeys(!hidden, false);
+        DragDisplay(dialog, {1, 1}, {kWidth - 2, kHeight - 2});
+        HoldKeys(false, false);
+        SelectViewTool(kToolPan);
+        PumpMessages();
+    }
+    // The brightest light that has a star is shown in the middle, or as near to it as the image's edge
+    // allows.
+    ViewPoint ShowBrightest(double zoom) {
+        SetZoom(zoom);
+        const LightSource &source = GetLightSourceTable().records[BrightestLight()];
+        CenterPreview(source.X * zoom / 100.0, source.Y * zoom / 100.0);
+        PumpMessages();
+        return ClientFromDocument(gViewTools.view, source.X * 4 + source.XQuarter,
+                                  source.Y * 4 + source.YQuarter);
+    }
+    uint32_t BrightestLight() {
+        const LightSourceTableView table = GetLightSourceTable();
+        for (uint32_t i = 0; i < table.count; ++i)
+            if (table.records[i].State != 0)
+                return i;
+        return 0;
+    }
+    void Save(const Picture &picture, const char *what, double zoom) {
+        char name[60];
+        snprintf(name, sizeof name, "preview-%.0f-%s.bmp", zoom, what);
+        WriteBmp(picture, ProgramFolder() + name);
+    }
+};
+
+// Mean difference of two pictures, in levels of 255.
+double MeanDifference(const Picture &a, const Picture &b) {
+    double sum = 0;
+    for (int y = 0; y < a.height; ++y)
+        for (int x = 0; x < a.width; ++x)
+            for (int shift = 0; shift < 24; shift += 8)
+                sum += std::abs(static_cast<int>(PixelAt(a, x, y) >> shift & 255) -
+                                static_cast<int>(PixelAt(b, x, y) >> shift & 255));
+    return sum / (3.0 * a.width * a.height);
+}
+
+TEST_F(LiveView, HiddenLightsLeaveTheOriginalAndComeBack) {
+    for (const double zoom : {16.0, 100.0, 400.0}) {
+        ShowBrightest(zoom);
+        const PreviewGeometry view = CurrentPreviewGeometry();
+        const Picture stars = Capture(), original = CaptureOriginal();
+        Save(stars, "stars", zoom);
+        EXPECT_GT(MeanDifference(stars, original), 0.02) << zoom;
+        HideEverything(true);
+        Restore(view);
+        EXPECT_EQ(MeanDifference(Capture(), original), 0.0) << zoom;
+        Save(Capture(), "hidden", zoom);
+        HideEverything(false);
+        Restore(view);
+        EXPECT_EQ(MeanDifference(Capture(), stars), 0.0) << zoom;
+    }
+}
+
+TEST_F(LiveView, OneClickTakesOneStarAway) {
+    for (const double zoom : {100.0, 400.0}) {
+        SelectViewTool(kToolHide);
+        const ViewPoint client = ShowBrightest(zoom);
+        const uint32_t index = BrightestLight();
+        const Picture stars = Capture();
+        SendMouse(dialog.display, WM_MOUSEMOVE, client.x, client.y);
+        Save(Capture(), "marked", zoom);
+        ClickDisplay(dialog, client.x, client.y);
+        EXPECT_EQ(GetLightSourceTable().records[index].State, 0u);
+        SendMessageA(dialog.display, WM_MOUSELEAVE, 0, 0);
+        const Picture without = Capture();
+        Save(without, "one-hidden", zoom);
+        EXPECT_GT(MeanDifference(without, stars), 0.0);
+        HoldKeys(true, false);
+        ClickDisplay(dialog, client.x, client.y);
+        HoldKeys(false, false);
+        SendMessageA(dialog.display, WM_MOUSELEAVE, 0, 0);
+        EXPECT_EQ(MeanDifference(Capture(), stars), 0.0);
+    }
+}
+
+// Whatever was done before, a finished preview looks as if it had been painted afresh.
+TEST_F(LiveView, NothingStaleAfterRandomUse) {
+    std::mt19937 random(17);
+    for (int round = 0; round < 12; ++round) {
+        for (int i = 0; i < 12; ++i) {
+            const POINT from = {static_cast<LONG>(random() % kWidth), static_cast<LONG>(random() % kHeight)};
+            const POINT to = {static_cast<LONG>(random() % kWidth), static_cast<LONG>(random() % kHeight)};
+            SelectViewTool(1 + random() % 4);
+            if (gViewTools.tool == kToolZoom)
+                SetZoom(kZoomLadder[4 + random() % 11]);
+            else
+                DragDisplay(dialog, from, to);
+            if (random() % 3 == 0)
+                WheelDisplay(dialog, from.x, from.y, random() % 2 ? 120 : -120);
+            PumpFor(random() % 30);
+        }
+        SelectViewTool(kToolPan);
+        PumpMessages();
+        const Picture shown = Capture();
+        InvalidateRect(dialog.display, nullptr, FALSE);
+        UpdateWindow(dialog.display);
+        ASSERT_EQ(MeanDifference(shown, CaptureClient(dialog.display)), 0.0) << "round " << round;
+    }
+}
+
+// The dialog may be closed at any moment of the task's work.
+TEST_F(LiveView, ClosingInTheMiddleOfTheWork) {
+    std::mt19937 random(23);
+    for (int i = 0; i < 20; ++i) {
+        CloseViewDialog(&dialog);
+        ASSERT_TRUE(OpenViewDialogOn(&dialog, image, kWidth, kHeight));
+        dialog.onRequest = SendRequest;
+        SetZoom(kZoomLadder[4 + random() % 15]);
+        PumpFor(random() % 40);
+    }
+}
+
+TEST_F(LiveView, PanningIsFast) {
+    SetZoom(100.0);
+    Finish();
+    double worst = 0.0, total = 0.0;
+    constexpr int steps = 60;
+    LARGE_INTEGER frequency, start, end;
+    QueryPerformanceFrequency(&frequency);
+    for (int i = 0; i < steps; ++i) {
+        QueryPerformanceCounter(&start);
+        ScrollPreview(i < steps / 2 ? 2 : -2, 0);
+        UpdateWindow(dialog.display);
+        QueryPerformanceCounter(&end);
+        const double ms = 1000.0 * static_cast<double>(end.QuadPart - start.QuadPart) /
+                          static_cast<double>(frequency.QuadPart);
+        worst = std::max(worst, ms);
+        total += ms;
+    }
+    printf("%d x %d: %.2f ms a step, worst %.2f ms\n", kWidth, kHeight, total / steps, worst);
+    EXPECT_LT(total / steps, 16.0);
+}
+
+} // namespace
