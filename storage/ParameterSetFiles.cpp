@@ -94,8 +94,10 @@ ParameterBlock *ReadSavedParameterSet(NativeWindow ownerWindow, const wchar_t *p
 
 bool ReadAllParameterSets(NativeWindow ownerWindow, ParameterSetTaker take, void *context) {
     WidePath folder, pattern;
-    if (!GetUserParametersFolder(&folder) || !JoinPath(folder.text, L"*", kWideExtension, &pattern))
+    if (!GetUserParametersFolder(&folder))
         return false;
+    if (!JoinPath(folder.text, L"*", kWideExtension, &pattern))
+        return SearchFailed(folder.text, ERROR_FILENAME_EXCED_RANGE);
     const SetSearch search = {ownerWindow, folder.text, take, context};
     WIN32_FIND_DATAW found;
     const HANDLE handle = FindFirstFileW(pattern.text, &found);

@@ -182,6 +182,9 @@ TEST_F(ParameterSetFiles, WithoutAFolderNothingIsSearchedOrDeleted) {
     strcpy(gParametersFolder, (folder / "missing").c_str());
     EXPECT_TRUE(ReadAll(false).empty());
     EXPECT_EQ(TakeReports().size(), 1u);
+    strcpy(gParametersFolder, ("C:\\" + std::string(kMaxPath - 8, 'x')).c_str()); // no room for the pattern
+    EXPECT_TRUE(ReadAll(false).empty());
+    EXPECT_EQ(TakeReports().size(), 1u);
     gParametersFolder[0] = '\0';
     EXPECT_TRUE(ReadAll(false).empty());
     EXPECT_FALSE(DeleteSavedParameterSet(L"x"));
