@@ -14,7 +14,7 @@ long SystemObjectsMade();
 
 // The n-th call of that name from now on (1 = the next) fails with the given error, once. An empty name:
 // none.
-void FailSystemCall(const std::string &name, int n, DWORD error);
+void FailSystemCall(const char *name, int n, DWORD error);
 
 // What was invalidated since the last call; an empty rectangle stands for a whole window.
 std::vector<RECT> TakeInvalidations();

@@ -1,0 +1,260 @@
+// What becomes of the regions and the window when the view changes, and random sequences of everything a
+// dialog does, with the rules checked after every step.
+#include "diag/BufferUsage.h"
+#include "engine/InitializationTask.h"
+#include "engine/LightSourceTable.h"
+#include "render/RenderDriver.h"
+#include "tests/preview/PreviewRun.h"
+#include "tests/preview/SystemObjects.h"
+#include "tests/support/RecordingDiag.h"
+#include "ui/PreviewImages.h"
+#include "ui/PreviewInvariants.h"
+#include "ui/PreviewProxies.h"
+#include "ui/PreviewTiles.h"
+#include "ui/ProxyUpdateTask.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+
+namespace {
+
+// The images alone, prepared and rendered on this thread.
+struct Images {
+    PreviewRun run;
+    PreviewCancelFlags cancel{};
+    explicit Images(int32_t width, int32_t height) : run(width, height, 20) {
+        EXPECT_TRUE(WaitLightSourceTable(nullptr, nullptr, 20000));
+        CreatePreviewProxies(run.image);
+        gCheckPreview = true;
+        gPreviewFaults = 0;
+    }
+    ~Images() {
+        EXPECT_EQ(gPreviewFaults, 0u);
+        gCheckPreview = false;
+        DeletePreviewRegions();
+        FreePreviewImages();
+    }
+    // Renders all of an area; the number of tiles.
+    int Render(const PreviewRequest &request, PreviewArea area) {
+        int tiles = 0;
+        PreviewTile tile{};
+        while (FindPreviewTile(request, area, &tile) && tiles < 1000) {
+            EXPECT_EQ(RenderPreviewTile(request, tile, cancel), TileResult::rendered);
+            ++tiles;
+        }
+        return tiles;
+    }
+};
+
+bool SameRect(const IntRect &a, const IntRect &b) {
+    return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
+}
+
+} // namespace
+
+TEST(PreviewPreparation, ZoomDecidesWhetherScaledPixelsServe) {
+    Images images(1200, 900);
+    const auto prepare = [&](double zoom) {
+        const PreviewRequest request = MakeTestRequest(images.run.View(zoom));
+        PreparePreview(request);
+        return request;
+    };
+    images.Render(prepare(50.0), PreviewArea::surroundings);
+    EXPECT_TRUE(IsRegionFilled(gProxies.ValidScaledProxyRegion));
+    prepare(25.0); // both are rendered at full size
+    EXPECT_TRUE(IsRegionFilled(gProxies.ValidScaledProxyRegion));
+    images.Render(prepare(200.0), PreviewArea::visible);
+    EXPECT_TRUE(IsRegionFilled(gProxies.ValidScaledProxyRegion));
+    prepare(300.0);
+    EXPECT_FALSE(IsRegionFilled(gProxies.ValidScaledProxyRegion));
+    EXPECT_TRUE(IsRegionFilled(gProxies.ValidEffectProxyRegion)); // needs no new stars
+}
+
+TEST(PreviewPreparation, ShortPanKeepsTheWindowAndLongPanCutsIt) {
+    Images images(2000, 1500);
+    PreviewGeometry view = images.run.View(100.0);
+    PreparePreview(MakeTestRequest(view));
+    const IntRect window = RegionBox(gProxies.ScaledProxyRegion);
+    EXPECT_TRUE(SameRect(window, {550, 450, 1450, 1050})); // three displays of 300 × 200
+    images.Render(MakeTestRequest(view), PreviewArea::surroundings);
+    EXPECT_TRUE(SameRect(RegionBox(gProxies.ValidScaledProxyRegion), window));
+
+    view.centerX += 149;
+    view.centerY -= 99;
+    PreparePreview(MakeTestRequest(view));
+    EXPECT_TRUE(SameRect(RegionBox(gProxies.ScaledProxyRegion), window));
+    EXPECT_TRUE(SameRect(RegionBox(gProxies.ValidScaledProxyRegion), window));
+    EXPECT_EQ(images.Render(MakeTestRequest(view), PreviewArea::surroundings), 0);
+
+    view.centerX += 60; // a slow pan in small steps gets there too
+    PreparePreview(MakeTestRequest(view));
+    const IntRect moved = RegionBox(gProxies.ScaledProxyRegion);
+    EXPECT_TRUE(SameRect(moved, {759, 351, 1659, 951}));
+    EXPECT_TRUE(SameRect(RegionBox(gProxies.ValidScaledProxyRegion), IntersectRects(window, moved)));
+    EXPECT_EQ(images.Render(MakeTestRequest(view), PreviewArea::visible), 0); // panned onto rendered pixels
+
+    view.display = {1, 1, 401, 301}; // another size
+    PreparePreview(MakeTestRequest(view));
+    EXPECT_FALSE(SameRect(RegionBox(gProxies.ScaledProxyRegion), moved));
+    view.centerX = -9000; // beside the image: one pixel wide
+    PreparePreview(MakeTestRequest(view));
+    EXPECT_EQ(RegionBox(gProxies.ScaledProxyRegion).right, 1);
+    EXPECT_EQ(images.Render(MakeTestRequest(view), PreviewArea::visible), 0);
+}
+
+TEST(PreviewPreparation, EffectIsForgottenOnlyForOtherParameters) {
+    Images images(800, 600);
+    PreviewRequest request = MakeTestRequest(images.run.View(100.0));
+    PreparePreview(request);
+    images.Render(request, PreviewArea::image);
+    EXPECT_TRUE(SameRect(RegionBox(gProxies.ValidEffectProxyRegion), images.run.image.bounds));
+    request.requestTime += 5;
+    PreparePreview(request);
+    EXPECT_TRUE(IsRegionFilled(gProxies.ValidEffectProxyRegion));
+    for (int i = 0; i < kRequestParameters + 2; ++i) {
+        if (i < kRequestParameters)
+            ++request.parameters[i];
+        else if (i == kRequestParameters)
+            request.effectsOnly = 1;
+        else
+            request.effectType = kHyperStar;
+        PreparePreview(request);
+        EXPECT_FALSE(IsRegionFilled(gProxies.ValidEffectProxyRegion)) << i;
+        EXPECT_FALSE(IsRegionFilled(gProxies.ValidScaledProxyRegion)) << i;
+        images.Render(request, PreviewArea::visible);
+    }
+}
+
+TEST(PreviewPreparation, InvalidatingARectangleNeedsTheEffectLayer) {
+    Images images(800, 600);
+    TakeReports();
+    SetFilterEffectsInvalidInRect({0, 0, 10, 10});
+    PreviewRequest request = MakeTestRequest(images.run.View(100.0), false);
+    PreparePreview(request);
+    SetFilterEffectsInvalidInRect({0, 0, 10, 10});
+    std::vector<RecordedReport> reports = TakeReports();
+    ASSERT_EQ(reports.size(), 2u);
+    EXPECT_EQ(reports[1].message,
+              "SetFilterEffectsInvalidInRect() called when Filter Effect Layer not active.");
+
+    request.previewOn = 1;
+    PreparePreview(request);
+    images.Render(request, PreviewArea::image);
+    images.Render(request, PreviewArea::surroundings);
+    SetFilterEffectsInvalidInRect({400, 300, 410, 320});
+    EXPECT_TRUE(TakeReports().empty());
+    for (const HRGN region :
+         {gProxies.ValidEffectProxyRegion, gProxies.ValidScaledProxyRegion, gProxies.FreshRegion}) {
+        EXPECT_FALSE(PtInRegion(region, 400, 300));
+        EXPECT_FALSE(PtInRegion(region, 409, 319));
+        EXPECT_TRUE(PtInRegion(region, 410, 300));
+        EXPECT_TRUE(PtInRegion(region, 400, 299));
+    }
+    EXPECT_EQ(images.Render(request, PreviewArea::visible), 1);
+}
+
+TEST(PreviewPreparation, FailingRegionsAreReportedAndEndNothing) {
+    Images images(800, 600);
+    PreviewRequest request = MakeTestRequest(images.run.View(100.0));
+    PreparePreview(request);
+    gCheckPreview = false;
+    TakeReports();
+    for (const char *call : {"SetRectRgn", "CombineRgn", "ExtCreateRegion"})
+        for (int n = 1; n <= 12; ++n) {
+            request.zoom = n % 2 ? 200.0 : 50.0;
+            ++request.centerX;
+            FailSystemCall(call, n, 8);
+            PreparePreview(request);
+            PreviewTile tile{};
+            if (FindPreviewTile(request, PreviewArea::visible, &tile))
+                RenderPreviewTile(request, tile, images.cancel);
+        }
+    FailSystemCall(nullptr, 0, 0);
+    std::vector<uint32_t> sites;
+    for (const RecordedReport &report : TakeReports()) {
+        EXPECT_EQ(report.title, kTitleUnexpected);
+        sites.push_back(report.record.line);
+    }
+    for (const uint32_t site : {793u, 832u, 835u, 838u, 841u, 858u})
+        EXPECT_TRUE(std::find(sites.begin(), sites.end(), site) != sites.end()) << site;
+}
+
+// Everything a dialog does, in any order and at any moment; a picture that is finished is the right one.
+TEST(PreviewPreparation, RandomSequencesKeepTheRulesAndEndInTheRightPicture) {
+    const bool isLong = std::getenv("BRILLATRIX_TEST_LONG") != nullptr;
+    const uint32_t seed = isLong ? std::random_device()() : 20260101u;
+    std::printf("seed %u\n", seed);
+    std::mt19937 random(seed);
+    PreviewRun run(700, 500, 25);
+    gCheckPreview = true;
+    gPreviewFaults = gPreviewChecks = 0;
+    TakeReports();
+    ASSERT_TRUE(run.Start());
+    PreviewRequest request = MakeTestRequest(run.View(100.0));
+    RequestPreview(request);
+    ASSERT_TRUE(run.WaitUntilServed());
+    PreviewGeometry view = run.View(100.0);
+    constexpr double kZooms[] = {6.25, 16.67, 33.33, 50.0, 80.0, 100.0, 150.0, 200.0, 400.0, 1600.0};
+    const int rounds = isLong ? 4000 : 120;
+    for (int i = 0; i < rounds; ++i) {
+        switch (random() % 8) {
+        case 0:
+            view = run.View(kZooms[random() % std::size(kZooms)], view.display.right - 1,
+                            view.display.bottom - 1);
+            break;
+        case 1:
+        case 2:
+            view.centerX += static_cast<int32_t>(random() % 301) - 150;
+            view.centerY += static_cast<int32_t>(random() % 301) - 150;
+            break;
+        case 3:
+            view.display = {1, 1, 2 + static_cast<int32_t>(random() % 500),
+                            2 + static_cast<int32_t>(random() % 400)};
+            break;
+        case 4:
+            request.parameters[2] = static_cast<uint16_t>(random() % 101);
+            break;
+        case 5:
+            request.previewOn = random() % 4 != 0;
+            break;
+        case 6:
+            ChangeEffectAt(static_cast<int32_t>(random() % 700), static_cast<int32_t>(random() % 500),
+                           view.zoom, static_cast<int32_t>(random() % 4));
+            break;
+        default: {
+            const auto x = static_cast<int32_t>(random() % 600), y = static_cast<int32_t>(random() % 400);
+            ChangeEffectsInRect({x, y, x + 150, y + 150}, static_cast<int32_t>(random() % 2));
+        }
+        }
+        const uint8_t previewOn = request.previewOn;
+        uint16_t parameters[kRequestParameters];
+        std::copy_n(request.parameters, kRequestParameters, parameters);
+        request = MakeTestRequest(view, previewOn != 0);
+        std::copy_n(parameters, kRequestParameters, request.parameters);
+        run.TakeMessages();
+        RequestPreview(request);
+        if (random() % 3 == 0)
+            Sleep(random() % 20);
+        if (random() % 4 == 0)
+            run.Paint(view);
+        if (random() % 12 != 0)
+            continue;
+        // Let it finish. What is shown must be what a preview made from nothing shows.
+        while (run.WaitUntilServed(300)) {
+        }
+        const std::vector<uint32_t> shown = run.Paint(view);
+        ASSERT_TRUE(run.Start());
+        RequestPreview(request);
+        ASSERT_TRUE(run.WaitUntilServed());
+        ASSERT_EQ(shown, run.Paint(view)) << "round " << i;
+    }
+    StopProxyUpdateTask();
+    std::printf("%u checks\n", gPreviewChecks.load());
+    EXPECT_GT(gPreviewChecks, static_cast<uint32_t>(rounds) / 2);
+    EXPECT_EQ(gPreviewFaults, 0u);
+    for (const RecordedReport &report : TakeReports())
+        ADD_FAILURE() << report.message;
+    gCheckPreview = false;
+}

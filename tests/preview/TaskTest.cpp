@@ -1,0 +1,330 @@
+// The Proxy Update Task: its objects, its order of work, its messages, and that it always ends.
+#include "diag/BufferUsage.h"
+#include "engine/FixedPoint.h"
+#include "engine/InitializationTask.h"
+#include "engine/LightSourceTable.h"
+#include "render/RenderDriver.h"
+#include "tests/preview/PreviewRun.h"
+#include "tests/preview/SystemObjects.h"
+#include "tests/support/RecordingDiag.h"
+#include "ui/DialogMessages.h"
+#include "ui/PreviewImages.h"
+#include "ui/PreviewProxies.h"
+#include "ui/ProxyUpdateState.h"
+#include "ui/ProxyUpdateTask.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <random>
+
+namespace {
+
+std::vector<SentMessage> Only(const std::vector<SentMessage> &messages, UINT wanted, size_t from) {
+    std::vector<SentMessage> found;
+    std::copy_if(messages.begin() + static_cast<ptrdiff_t>(from), messages.end(), std::back_inserter(found),
+                 [&](const SentMessage &m) { return m.message == wanted; });
+    return found;
+}
+
+bool IsReported(const std::vector<RecordedReport> &reports, uint32_t site, const char *text) {
+    return std::any_of(reports.begin(), reports.end(), [&](const RecordedReport &r) {
+        return r.record.line == site && r.message == text && r.title == kTitleUnexpected;
+    });
+}
+
+} // namespace
+
+TEST(ProxyUpdateTask, ServesVisibleSurroundingsAndTheRestAndCountsThem) {
+    PreviewRun run(3000, 2000, 20);
+    ASSERT_TRUE(run.Start());
+    PreviewGeometry view = run.View(100.0, 300, 200);
+    RequestPreview(MakeTestRequest(view));
+    ASSERT_TRUE(run.WaitUntilServed());
+    EXPECT_EQ(gFloor, 65535u);
+    EXPECT_FALSE(gPreciseMode);
+    const size_t ready =
+        static_cast<size_t>(std::find_if(run.messages.begin(), run.messages.end(),
+                                         [](const SentMessage &m) { return m.message == kMsgTableReady; }) -
+                            run.messages.begin());
+    std::vector<SentMessage> progress = Only(run.messages, kMsgProgress, ready);
+    // 2 visible tiles of 200, the window of 900 × 600 in tiles of 200 but for those, the rest in tiles of
+    // 1024.
+    ASSERT_GE(progress.size(), 2u);
+    for (size_t i = 0; i + 1 < progress.size(); ++i) {
+        EXPECT_EQ(progress[i].wParam, i + 1);
+        EXPECT_EQ(progress[i].lParam, 2);
+    }
+    EXPECT_GT(progress.size(), 2u + 12u);
+    EXPECT_EQ(progress.back().lParam, 0);
+    StopProxyUpdateTask();
+}
+
+TEST(ProxyUpdateTask, QuickPreviewRepaintsOnce) {
+    PreviewRun run(300, 200, 4);
+    ASSERT_TRUE(run.Start());
+    PreviewGeometry view = run.View(100.0, 300, 200);
+    RequestPreview(MakeTestRequest(view));
+    ASSERT_TRUE(run.WaitUntilServed());
+    Sleep(20);
+    TakeInvalidations();
+    const size_t before = run.messages.size();
+    PreviewRequest request = MakeTestRequest(view);
+    ++request.parameters[2];
+    const DWORD start = GetTickCount();
+    RequestPreview(request);
+    ASSERT_TRUE(run.WaitUntilServed());
+    Sleep(20);
+    const std::vector<RECT> invalid = TakeInvalidations();
+    EXPECT_EQ(Only(run.messages, kMsgProgress, before).size(), 3u); // two tiles and the end
+    if (GetTickCount() - start < 400) {
+        ASSERT_EQ(invalid.size(), 1u);
+        EXPECT_TRUE(invalid[0].left == 1 && invalid[0].top == 1 && invalid[0].right == 301 &&
+                    invalid[0].bottom == 201);
+    }
+    // Another zoom repaints all of it, and what needs nothing repaints nothing.
+    RequestPreview(MakeTestRequest(run.View(50.0, 300, 200)));
+    ASSERT_TRUE(run.WaitUntilServed());
+    Sleep(20);
+    std::vector<RECT> zoomed = TakeInvalidations();
+    ASSERT_FALSE(zoomed.empty());
+    EXPECT_EQ(zoomed[0].right, 0);
+    RequestPreview(MakeTestRequest(run.View(50.0, 300, 200)));
+    ASSERT_TRUE(run.WaitUntilServed());
+    Sleep(20);
+    EXPECT_TRUE(TakeInvalidations().empty());
+}
+
+TEST(ProxyUpdateTask, HidingALightRendersOnlyItsStarAnew) {
+    PreviewRun run(1600, 1200, 12);
+    ASSERT_TRUE(run.Start());
+    const PreviewGeometry view = run.View(100.0, 1600, 1200);
+    PreviewRequest request = MakeTestRequest(view);
+    request.parameters[2] = 5;  // short spikes
+    request.parameters[10] = 0; // no flare, which reaches far
+    RequestPreview(request);
+    ASSERT_TRUE(run.WaitUntilServed());
+    const std::vector<uint32_t> before = run.Paint(view);
+    const LightSourceTableView table = GetLightSourceTable();
+    ASSERT_GT(table.count, 3u);
+    const LightSource light = table.records[2];
+    ASSERT_EQ(ChangeEffectAt(light.X, light.Y, 100.0, kHideEffect), 2);
+    EXPECT_FALSE(PtInRegion(gProxies.ValidEffectProxyRegion, light.X, light.Y));
+    HRGN whole = CreateRectRgn(0, 0, 1600, 1200);
+    CombineRgn(whole, whole, gProxies.ValidEffectProxyRegion, RGN_DIFF);
+    const IntRect redone = RegionBox(whole);
+    DeleteObject(whole);
+    EXPECT_LT(int64_t{redone.right - redone.left} * (redone.bottom - redone.top), 1600 * 1200 / 4);
+    RequestPreview(request);
+    ASSERT_TRUE(run.WaitUntilServed());
+    const std::vector<uint32_t> hidden = run.Paint(view);
+    EXPECT_NE(hidden, before);
+    ASSERT_EQ(ChangeEffectAt(light.X, light.Y, 100.0, kRestoreHidden), 2);
+    RequestPreview(request);
+    ASSERT_TRUE(run.WaitUntilServed());
+    EXPECT_EQ(run.Paint(view), before);
+    // While the original is shown, a change is remembered for the effect.
+    request.previewOn = 0;
+    RequestPreview(request);
+    ASSERT_TRUE(run.WaitUntilServed());
+    EXPECT_GT(ChangeEffectsInRect({light.X, light.Y, light.X + 1, light.Y + 1}, kHideEffect), 0);
+    request.previewOn = 1;
+    RequestPreview(request);
+    ASSERT_TRUE(run.WaitUntilServed());
+    EXPECT_EQ(run.Paint(view), hidden);
+}
+
+TEST(ProxyUpdateTask, NewRequestTakesOverAtOnce) {
+    PreviewRun run(3000, 2000, 200);
+    ASSERT_TRUE(run.Start());
+    const PreviewGeometry view = run.View(16.67, 500, 334);
+    RequestPreview(MakeTestRequest(view));
+    ASSERT_TRUE(run.WaitUntilServed());
+    PreviewRequest request = MakeTestRequest(view);
+    for (int i = 0; i < 20; ++i) {
+        request.parameters[2] = static_cast<uint16_t>(40 + i);
+        RequestPreview(request);
+        Sleep(5);
+    }
+    ASSERT_TRUE(run.WaitUntilServed());
+    const std::vector<uint32_t> shown = run.Paint(view);
+    ASSERT_TRUE(run.Start()); // from nothing, with the last values
+    RequestPreview(request);
+    ASSERT_TRUE(run.WaitUntilServed());
+    EXPECT_EQ(shown, run.Paint(view));
+}
+
+TEST(ProxyUpdateTask, StopsAtAnyMomentAndLeavesNothing) {
+    const bool isLong = std::getenv("BRILLATRIX_TEST_LONG") != nullptr;
+    const int rounds = isLong ? 3000 : 300;
+    std::mt19937 random(12);
+    const int64_t bytes = BufferBytesInUse();
+    {
+        PreviewRun run(500, 400, 15);
+        ASSERT_TRUE(WaitLightSourceTable(nullptr, nullptr, 20000));
+        ASSERT_TRUE(run.Start()); // whatever is made once for all is made now
+        RequestPreview(MakeTestRequest(run.View(50.0)));
+        ASSERT_TRUE(run.WaitUntilServed());
+        StopProxyUpdateTask();
+        const int live = LiveSystemObjects();
+        const int64_t held = BufferBytesInUse();
+        const long made = SystemObjectsMade();
+        DWORD longest = 0;
+        for (int i = 0; i < rounds; ++i) {
+            ASSERT_TRUE(run.Start());
+            const unsigned requests = random() % 4;
+            for (unsigned r = 0; r < requests; ++r) {
+                RequestPreview(MakeTestRequest(run.View(random() % 2 ? 100.0 : 33.33)));
+                if (random() % 2)
+                    Sleep(random() % 4);
+            }
+            if (random() % 3 == 0)
+                run.Paint(run.View(100.0));
+            const DWORD start = GetTickCount();
+            StopProxyUpdateTask();
+            longest = std::max(longest, GetTickCount() - start);
+            ASSERT_EQ(LiveSystemObjects(), live) << "round " << i << ": " << LiveSystemObjectNames();
+            ASSERT_EQ(BufferBytesInUse(), held) << "round " << i;
+        }
+        std::printf("%ld objects made and given back, longest stop %lu ms\n", SystemObjectsMade() - made,
+                    longest);
+        EXPECT_GT(SystemObjectsMade() - made, rounds * 15L);
+        EXPECT_LT(longest, 1000u);
+        RequestPreview(MakeTestRequest(run.View(100.0))); // nobody there: no harm
+        StopProxyUpdateTask();
+    }
+    EXPECT_EQ(BufferBytesInUse(), bytes);
+}
+
+TEST(ProxyUpdateTask, StopsPromptlyWhileTheTableIsBeingBuilt) {
+    DWORD longest = 0;
+    for (int i = 0; i < 4; ++i) {
+        PreviewRun run(2400, 1800, 400);
+        ASSERT_TRUE(run.Start());
+        RequestPreview(MakeTestRequest(run.View(33.33)));
+        Sleep(static_cast<DWORD>(i) * 20);
+        if (WaitLightSourceTable(nullptr, nullptr, 0))
+            continue; // too fast for this test
+        gFloor = 16383;
+        const DWORD start = GetTickCount();
+        StopProxyUpdateTask();
+        longest = std::max(longest, GetTickCount() - start);
+        if (!WaitLightSourceTable(nullptr, nullptr, 0)) {
+            EXPECT_EQ(gFloor, 16383u); // the detection's mode is left alone
+        }
+        EXPECT_TRUE(Only(run.messages, kMsgTableReady, 0).empty());
+    }
+    std::printf("longest stop %lu ms\n", longest);
+    EXPECT_LT(longest, 200u); // a slice of 50 ms, and what else the machine is doing
+}
+
+TEST(ProxyUpdateTask, FailingCreationsAreReportedAndOnlyTheThreadsIsFatal) {
+    const struct {
+        const char *call;
+        int n;
+        uint32_t site;
+        const char *text;
+    } failures[] = {
+        {"CreateEvent", 1, 344, "Could not create ParametersAvailableEvent."},
+        {"CreateEvent", 2, 350, "Could not create ProxyUpdateTerminateEvent."},
+        {"CreateEvent", 3, 356, "Could not create ProxyUpdateTaskExitEvent."},
+        {"CreateMutex", 1, 362, "Could not create NewRenderingParametersMutex."},
+        {"CreateRectRgn", 1, 388, "Could not create InvalidateDisplayRegion."},
+        {"CreateRectRgn", 2, 383, "Could not create WorkRegion."},
+        {"CreateRectRgn", 3, 393, "Could not create ValidScaledProxyRegion."},
+        {"CreateRectRgn", 4, 398, "Could not create InvalidWorkRegion."},
+        {"CreateRectRgn", 5, 403, "Could not create TempRegion."},
+        {"CreateRectRgn", 6, 407, "Could not create ScaledProxyRegion."},
+        {"CreateRectRgn", 8, 652, "Could not create ValidEffectProxyRegion."},
+        {"CreateRectRgn", 9, 657, "Could not create ValidHostProxyRegion."},
+        {"CreateMutex", 2, 367, "Could not create the preview images mutex."},
+        {"CreateDIBSection", 1, 424, "Could not create a bitmap for the preview."},
+        {"CreateCompatibleDC", 1, 414, "Could not create a device context for the preview."},
+        {"CreateCompatibleBitmap", 1, 424, "Could not create a bitmap for the preview."},
+        {"_beginthreadex", 1, 475, "Could not start Proxy Update Task."},
+    };
+    PreviewRun run(300, 200, 6);
+    ASSERT_TRUE(WaitLightSourceTable(nullptr, nullptr, 20000));
+    const int live = LiveSystemObjects();
+    const int64_t held = BufferBytesInUse();
+    for (const auto &failure : failures) {
+        TakeReports();
+        FailSystemCall(failure.call, failure.n, 14);
+        EXPECT_EQ(run.Start(), failure.site != 475) << failure.text;
+        FailSystemCall(nullptr, 0, 0);
+        EXPECT_TRUE(IsReported(TakeReports(), failure.site, failure.text)) << failure.text;
+        RequestPreview(MakeTestRequest(run.View(50.0)));
+        run.WaitUntilServed(60);
+        StopProxyUpdateTask();
+        FreeRenderState(); // the stamps are the renderer's
+        ASSERT_EQ(LiveSystemObjects(), live) << failure.text << ": " << LiveSystemObjectNames();
+        ASSERT_EQ(BufferBytesInUse(), held) << failure.text;
+    }
+    TakeReports();
+    EXPECT_FALSE(StartProxyUpdateTask(run.display, {nullptr, nullptr, 0, run.dialog}));
+    EXPECT_FALSE(StartProxyUpdateTask(nullptr, {&run.image, nullptr, 0, run.dialog}));
+    EXPECT_TRUE(TakeReports().empty());
+}
+
+// One allocation after the other fails, while requests are served: the preview goes on as far as it can.
+TEST(ProxyUpdateTask, GoesOnWithoutMemory) {
+    PreviewRun run(300, 200, 6);
+    ASSERT_TRUE(WaitLightSourceTable(nullptr, nullptr, 20000));
+    const int64_t held = BufferBytesInUse();
+    for (const bool andAllLater : {false, true})
+        for (int64_t n = 1; n <= 24; ++n) {
+            ASSERT_TRUE(run.Start());
+            ASSERT_TRUE(run.WaitFor(kMsgTableReady));
+            FailAllocation(n, andAllLater);
+            RequestPreview(MakeTestRequest(run.View(n % 2 ? 50.0 : 100.0)));
+            EXPECT_TRUE(run.WaitUntilServed(5000)) << n;
+            FailAllocation(0, false);
+            ResetRenderState();
+            PreviewRequest request = MakeTestRequest(run.View(50.0));
+            ++request.parameters[0];
+            RequestPreview(request);
+            EXPECT_TRUE(run.WaitUntilServed(5000)) << n;
+            StopProxyUpdateTask();
+            FreeRenderState();
+            ASSERT_LE(BufferBytesInUse(), held) << n;
+        }
+    TakeReports();
+}
+
+TEST(ProxyUpdateTask, TileBitmapCarriesTheProfileBehindItsHeader) {
+    std::vector<uint8_t> profile(3000, 0xAB);
+    TileBitmapHeader description{};
+    DescribeTileBitmap(profile.data(), 3000, &description);
+    const BITMAPV5HEADER &header = description.header;
+    EXPECT_TRUE(header.bV5Size == 124 && header.bV5Width == 1040 && std::abs(header.bV5Height) == 1040 &&
+                header.bV5Planes == 1 && header.bV5BitCount == 32 && header.bV5Compression == BI_RGB);
+    EXPECT_EQ(memcmp(&header.bV5CSType, "DEBM", 4), 0);
+    EXPECT_TRUE(header.bV5ProfileData == 124 && header.bV5ProfileSize == 3000 && header.bV5Intent == 4);
+    EXPECT_EQ(memcmp(reinterpret_cast<const uint8_t *>(&description) + 124, profile.data(), 3000), 0);
+    DescribeTileBitmap(nullptr, 0, &description);
+    EXPECT_EQ(memcmp(&header.bV5CSType, " niW", 4), 0);
+    EXPECT_EQ(header.bV5ProfileSize, 0u);
+    TakeReports();
+    profile.resize(16385);
+    DescribeTileBitmap(profile.data(), 16385, &description);
+    EXPECT_EQ(memcmp(&header.bV5CSType, " niW", 4), 0);
+    EXPECT_TRUE(
+        IsReported(TakeReports(), 446, "Preallocated ConversionInfo.ICCProfile too small for this image."));
+    profile.resize(16384);
+    DescribeTileBitmap(profile.data(), 16384, &description);
+    EXPECT_EQ(header.bV5ProfileSize, 16384u);
+    EXPECT_TRUE(TakeReports().empty());
+
+    // The profile goes the longer way to the screen, with the same pixels where nothing can be matched.
+    PreviewRun run(300, 200, 4);
+    ASSERT_TRUE(run.Start(profile.data(), 3000));
+    const PreviewGeometry view = run.View(100.0, 300, 200);
+    RequestPreview(MakeTestRequest(view));
+    ASSERT_TRUE(run.WaitUntilServed());
+    const std::vector<uint32_t> matched = run.Paint(view);
+    ASSERT_TRUE(run.Start());
+    RequestPreview(MakeTestRequest(view));
+    ASSERT_TRUE(run.WaitUntilServed());
+    EXPECT_EQ(matched, run.Paint(view));
+}
