@@ -42,6 +42,9 @@ inline PixelSample FetchPixel(const AnalysisImage &image, int32_t x, int32_t y) 
 
 // Takes the pixel out of detection: white, covered, not selected. Callers hold the analysis-image mutex.
 void MarkPixel(AnalysisImage *image, int32_t x, int32_t y);
+inline bool IsPixelMarked(const PixelSample &p) {
+    return p.red == 0xFFFFFFFFu;
+}
 
 inline uint32_t PixelBrightness(const PixelSample &p) {
     return static_cast<uint32_t>((uint64_t{p.red} + p.green + p.blue) / 3);

@@ -4,6 +4,7 @@
 #include "engine/FloodFill.h"
 #include "engine/RadialProfile.h"
 #include "engine/RadiusRefinement.h"
+#include "engine/SpotMemo.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,38 +36,79 @@ bool IsAlreadyFound(const LightSourceTable &table, Pixel at) {
 // more than `tolerance` deviations. Returns the deviation before the replacement, -1.0 when there is no
 // radius.
 double MeasureCleanProfile(WorkerContext *worker, Pixel at, double tolerance, RadialProfile *profile) {
-    const PixelSample reference = FetchPixel(worker->shared->image, at.x, at.y);
-    if (!MeasureProfile(worker->shared->image, at.x, at.y, profile))
-        FillFlatArea(worker, at.x, at.y, reference);
+    const DetectionShared &shared = *worker->shared;
+    const uint32_t state = PictureState(shared);
+    if (!RecallProfile(*worker, at.x, at.y, state, profile)) {
+        const PixelSample reference = FetchPixel(shared.image, at.x, at.y);
+        if (MeasureProfile(shared.image, at.x, at.y, profile))
+            RememberProfile(*worker, at.x, at.y, state, *profile);
+        else
+            FillFlatArea(worker, at.x, at.y, reference);
+    }
     const double deviation = MeasureProfileStatistics(0.0, profile).deviation;
     MeasureProfileStatistics(deviation * tolerance, profile);
     return deviation;
 }
 
-// Moves to the centre that the profiles point to, until it stays. A step out of the bounds is not taken, and
-// then nothing can change any more. False when the spot has no centre.
-bool Recenter(WorkerContext *worker, Pixel *at) {
+// Where the profile at a pixel says the centre is: the nearest whole pixel. A step out of the bounds is not
+// taken.
+MeasuredPixel MeasureStep(WorkerContext *worker, Pixel at) {
     const IntRect &bounds = worker->shared->image.bounds;
+    MeasuredPixel step{};
+    step.state = PictureState(*worker->shared);
     RadialProfile profile;
-    MeasureCleanProfile(worker, *at, kRecenterTolerance, &profile);
+    MeasureCleanProfile(worker, at, kRecenterTolerance, &profile);
+    LightSourcePosition center;
+    step.hasCenter = FindProfileCenter(profile, at.x, at.y, &center);
+    if (!step.hasCenter)
+        return step;
+    const LightSourcePosition nearest = NearestWholePixel(center);
+    if (RectContains(bounds, center.X, center.Y) && RectContains(bounds, nearest.X, nearest.Y)) {
+        step.dx = nearest.X - at.x;
+        step.dy = nearest.Y - at.y;
+    }
+    return step;
+}
+
+MeasuredPixel StepFrom(WorkerContext *worker, Pixel at) {
+    MeasuredPixel *entry = MemoEntry(*worker, at.x, at.y);
+    if (!entry)
+        return MeasureStep(worker, at);
+    if (entry->state != PictureState(*worker->shared))
+        *entry = MeasureStep(worker, at);
+    return *entry;
+}
+
+// Moves to the centre that the profiles point to, until it stays. False when the spot has no centre. The step
+// after the last move is measured too: that may take a flat area out of detection.
+bool Recenter(WorkerContext *worker, Pixel *at) {
+    MeasuredPixel step = StepFrom(worker, *at);
     for (int32_t i = 0; i < kRecenterings; ++i) {
-        LightSourcePosition center;
-        if (!FindProfileCenter(profile, at->x, at->y, &center))
+        if (!step.hasCenter)
             return false;
-        const LightSourcePosition nearest = NearestWholePixel(center);
-        const bool isInside =
-            RectContains(bounds, center.X, center.Y) && RectContains(bounds, nearest.X, nearest.Y);
-        if (!isInside || (nearest.X == at->x && nearest.Y == at->y))
+        if (step.dx == 0 && step.dy == 0)
             break;
-        *at = Pixel{nearest.X, nearest.Y};
-        MeasureCleanProfile(worker, *at, kRecenterTolerance, &profile);
+        *at = Pixel{at->x + step.dx, at->y + step.dy};
+        step = StepFrom(worker, *at);
     }
     return true;
 }
 
+bool IsRefused(const WorkerContext &worker, Pixel at) {
+    const MeasuredPixel *entry = MemoEntry(worker, at.x, at.y);
+    return entry && entry->isRefused && entry->state == PictureState(*worker.shared);
+}
+
+// `state` is the picture's when the spot was measured.
+void RememberRefusal(const WorkerContext &worker, Pixel at, uint32_t state) {
+    MeasuredPixel *entry = MemoEntry(worker, at.x, at.y);
+    if (entry && entry->state == state)
+        entry->isRefused = 1;
+}
+
 bool PassesPreCheck(WorkerContext *worker, Pixel *at) {
     return IsLocalMaximum(worker->shared->image, *at) && !IsAlreadyFound(worker->table, *at) &&
-           Recenter(worker, at) && !IsAlreadyFound(worker->table, *at);
+           Recenter(worker, at) && !IsAlreadyFound(worker->table, *at) && !IsRefused(*worker, *at);
 }
 
 // 0 when no radius is above 0.
@@ -161,9 +203,14 @@ void AnalyzeCandidate(WorkerContext *worker, int32_t x, int32_t y) {
     Pixel at{x, y};
     LightSourcePosition center;
     double radius;
-    if (!PassesPreCheck(worker, &at) || !MeasureSpot(worker, at, &center, &radius) ||
-        !PassesRingContrast(*worker, center, radius) || !RefineRadius(*worker, &center, &radius))
+    if (!PassesPreCheck(worker, &at))
         return;
+    const uint32_t state = PictureState(*worker->shared);
+    if (!MeasureSpot(worker, at, &center, &radius) || !PassesRingContrast(*worker, center, radius) ||
+        !RefineRadius(*worker, &center, &radius)) {
+        RememberRefusal(*worker, at, state);
+        return;
+    }
     uint32_t levels[3];
     MeasureColorLevels(*worker, center, radius, levels);
     const AnalysisImage &image = worker->shared->image;

@@ -23,6 +23,7 @@ struct DetectionShared {
     ImageLock imageLock;
     std::atomic<uint32_t> rowsDone;  // `RowsDone`: rows that the workers have finished
     std::atomic<uint32_t> rowsTotal; // `RowsTotal`: rows of the analysis image
+    std::atomic<uint32_t> fills;     // flat areas that have been marked
 };
 
 // One worker. Owned by the run that made it; used by one thread at a time.
@@ -42,7 +43,7 @@ struct WorkerContext {
     int32_t ringCount;
     LightSourceTable table;
     void *terminationEvent; // set when the worker ends; null where workers have no threads
-    void *spare;            // freed at clean-up when set
+    void *spare;            // the worker's memo (SpotMemo.h), or null; freed at clean-up
     size_t spareBytes;
     uint32_t index;
     DetectionShared *shared;

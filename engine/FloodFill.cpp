@@ -72,7 +72,10 @@ void FillFlatArea(WorkerContext *worker, int32_t x, int32_t y, const PixelSample
     const ImageLock &imageLock = worker->shared->imageLock;
     if (imageLock.lock)
         imageLock.lock(imageLock.owner);
+    const bool isNew = !IsPixelMarked(FetchPixel(worker->shared->image, x, y));
     const bool hasMemory = FillFrom(&worker->shared->image, FillPosition{x, y}, reference, &list);
+    if (isNew) // a marked seed spreads nowhere
+        worker->shared->fills.fetch_add(1, std::memory_order_relaxed);
     if (imageLock.unlock)
         imageLock.unlock(imageLock.owner);
     CountedFree(list.positions, list.allocatedBytes);

@@ -7,6 +7,7 @@
 namespace {
 
 constexpr int32_t kMaxSteps = 137;
+constexpr int32_t kEdgeReach = 8;             // an edge test looks back so many steps
 constexpr double kDiagonalWeight = 0.7071067; // not the nearest value of 1/√2: meant so
 constexpr uint32_t kLargestMinimum = 0xFFFFFF;
 
@@ -105,6 +106,24 @@ int32_t StepsInside(int32_t position, int32_t step, int32_t begin, int32_t end) 
     return std::min(kMaxSteps, step > 0 ? end - 1 - position : position - begin);
 }
 
+bool HasSameColor(const PixelSample &a, const PixelSample &b) {
+    return a.red == b.red && a.green == b.green && a.blue == b.blue;
+}
+
+// Takes the steps over pixels that look like the centre: they hold no edge and no other colour. `p` is the
+// centre. Returns the first step not taken; the brightness of those before it is kept as far back as an edge
+// test looks.
+int32_t SkipSameColor(ProfileWalk *walk, const PixelSample *p, int64_t stride, int32_t steps) {
+    int32_t k = 1;
+    for (p += stride; k <= steps && HasSameColor(*p, walk->reference); p += stride)
+        ++k;
+    for (int32_t i = std::max(k - kEdgeReach, 1); i < k; ++i)
+        walk->b[i] = walk->b[0];
+    if (k > 1)
+        walk->darkest = std::min(walk->darkest, walk->b[0]);
+    return k;
+}
+
 enum class WalkEnd { kEdge, kOutOfBounds, kNoEdge };
 
 WalkEnd WalkDirection(ProfileWalk *walk, int32_t x, int32_t y, int32_t direction, float *radius) {
@@ -115,7 +134,9 @@ WalkEnd WalkDirection(ProfileWalk *walk, int32_t x, int32_t y, int32_t direction
                                    StepsInside(y, step.dy, bounds.top, bounds.bottom));
     const PixelSample *p = walk->image->samples + (y - bounds.top) * width + (x - bounds.left);
     const int64_t stride = step.dy * width + step.dx;
-    for (int32_t k = 1; k <= steps; ++k) {
+    const int32_t first = SkipSameColor(walk, p, stride, steps);
+    p += stride * (first - 1);
+    for (int32_t k = first; k <= steps; ++k) {
         p += stride;
         walk->b[k] = PixelBrightness(*p);
         walk->colorVaries = walk->colorVaries || ColorVaries(*p, walk->reference);

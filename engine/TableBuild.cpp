@@ -53,6 +53,7 @@ void ResetTableBuild(const std::atomic<uint8_t> *cancel, const ImageLock &imageL
     build->shared.imageLock = imageLock;
     build->shared.rowsDone = 0;
     build->shared.rowsTotal = 0;
+    build->shared.fills = 0;
     build->hooks = hooks;
     build->documentBounds = IntRect{};
     build->workers = nullptr;

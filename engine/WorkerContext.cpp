@@ -3,6 +3,7 @@
 #include "diag/BufferUsage.h"
 #include "diag/ErrorReport.h"
 #include "engine/LightSourceGrid.h"
+#include "engine/SpotMemo.h"
 
 #include <cstring>
 
@@ -76,6 +77,7 @@ HostResult InitializeWorkerContext(uint32_t index, const IntRect &band, Detectio
     if (result == kNoError) {
         FillShapes(worker);
         AttachLightSourceGrid(shared->image.bounds, kGridCellSize, &worker->table);
+        AttachSpotMemo(worker);
     }
     return result;
 }

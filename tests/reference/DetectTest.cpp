@@ -176,6 +176,32 @@ TEST_F(Detection, LargeScenes) {
     }
 }
 
+// Chequers of a few colours, wide and narrow: every pixel is a candidate, many ways to a centre meet, and
+// flat areas are taken out between them.
+TEST_F(Detection, Chequers) {
+    Tally tally;
+    for (int i = 0; i < cases::Count(16); ++i) {
+        Random random(76, i);
+        const Picture image = PickPicture(&random, random.Pick(100, 220), random.Pick(100, 220));
+        const int64_t side = random.OneOf({3, 9, 20, 41, 70, 150}), shift = random.Pick(0, 99);
+        const int64_t colors = random.Pick(2, 4);
+        uint8_t looks[4][4]; // of each colour: a byte a plane
+        for (auto &look : looks)
+            for (uint8_t &byte : look)
+                byte = static_cast<uint8_t>(random.OneOf({0, 1, 60, 62, 63}));
+        cases::FillBytes(image.buffer, 63);
+        for (int64_t p = 0; p < image.buffer.planeSize * PlaneCount(image.buffer); ++p) {
+            const int64_t at = p % image.buffer.planeSize;
+            const int64_t x = at % image.buffer.width + shift, y = at / image.buffer.width + shift;
+            const uint8_t *look = looks[(x / side + y / side * (colors - 1)) % colors];
+            // The last byte of a sample weighs most: 63 makes a float of nearly 1.
+            image.buffer.pixels[(p + 1) * image.buffer.bytesPerSample - 1] = look[p / image.buffer.planeSize];
+        }
+        ASSERT_NO_FATAL_FAILURE(CompareTable(image.buffer, static_cast<int32_t>(random.Pick(1, 4)), &tally))
+            << "case " << i;
+    }
+}
+
 // The merge's scaling on pictures that are reduced.
 TEST_F(Detection, ReducedScenes) {
     Tally tally;
