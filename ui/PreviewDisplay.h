@@ -63,7 +63,8 @@ struct PreviewDisplay {
     bool spaceHeld;           // Pan as long as it lasts
     DisplayCursor cursor;     // idle
     DisplayCursor dragCursor; // while a button is down
-    int32_t wheelRest;        // of turns too small for a step
+    int32_t wheelRest;        // of turns too small for a step of the zoom
+    int32_t restX, restY;     // of turns too small for a pixel of scrolling
     bool painted;             // once, since it was attached
     bool leaveTracked;        // WM_MOUSELEAVE will come
     int32_t antsPhase;        // of the dashes of the drag rectangle

@@ -39,6 +39,14 @@ void ShowCorner(bool last) {
         CenterPreview(scaled.left, scaled.top);
 }
 
+// Pixels to scroll for a turn; what is left of it waits for the next.
+int32_t ScrolledByWheel(int32_t extent, int delta, int32_t *rest) {
+    *rest += SmallStep(extent) * delta;
+    const int32_t pixels = *rest / WHEEL_DELTA;
+    *rest -= pixels * WHEEL_DELTA;
+    return pixels;
+}
+
 // Wheels that report parts of a turn zoom after a whole one.
 void ZoomByWheel(int delta, POINT screen) {
     int32_t &rest = gPreviewDisplay.wheelRest;
@@ -108,11 +116,11 @@ void OnDisplayWheel(int delta, UINT keys, POINT screen, bool sideways) {
     if (gPreviewDisplay.mouse.state != kMouseIdle)
         return;
     if (sideways)
-        ScrollPreview(-SmallStep(ViewWidth()) * delta / WHEEL_DELTA, 0);
+        ScrollPreview(-ScrolledByWheel(ViewWidth(), delta, &gPreviewDisplay.restX), 0);
     else if (keys & MK_CONTROL)
-        ScrollPreview(0, SmallStep(ViewHeight()) * delta / WHEEL_DELTA);
+        ScrollPreview(0, ScrolledByWheel(ViewHeight(), delta, &gPreviewDisplay.restY));
     else if (keys & MK_SHIFT)
-        ScrollPreview(SmallStep(ViewWidth()) * delta / WHEEL_DELTA, 0);
+        ScrollPreview(ScrolledByWheel(ViewWidth(), delta, &gPreviewDisplay.restX), 0);
     else
         ZoomByWheel(delta, screen);
 }

@@ -109,6 +109,8 @@ int32_t ScrolledPosition(const SCROLLINFO &info, int scrollCode) {
 
 void AttachViewTools(HWND dialog, HWND display, const IntRect &image, ShowToolPicture showPicture) {
     gViewTools = {dialog, display, showPicture, kToolNone, MakeViewState(image), false};
+    if (GetViewTool() > kToolZoom)
+        SetViewTool(kToolZoom);
     UpdateViewLayout();
     UpdateZoomControls();
 }

@@ -30,7 +30,8 @@ struct ViewTools {
 extern ViewTools gViewTools;
 
 // Takes over the dialog's controls; `image` is the host's filter rectangle. The zoom is 100 and no tool is
-// current. Called by the preview display when it is attached.
+// current; a stored effect tool gives way to Zoom, for it needs the light source table. Called by the preview
+// display when it is attached.
 void AttachViewTools(HWND dialog, HWND display, const IntRect &image, ShowToolPicture showPicture);
 void DetachViewTools();
 

@@ -268,6 +268,10 @@ TEST_F(DisplayInput, TheWheelScrollsWithCtrlAndShift) {
     EXPECT_EQ(View().zoom, 100.0);
     SendMessageA(dialog.display, WM_MOUSEHWHEEL, MAKEWPARAM(0, 120), 0);
     EXPECT_EQ(View().centerX, start.centerX + 120);
+    // A fine wheel scrolls as far as a coarse one.
+    for (int i = 0; i < 120; ++i)
+        WheelDisplay(dialog, 100, 100, 1, MK_CONTROL);
+    EXPECT_EQ(View().centerY, start.centerY - 60);
     // Beside the display the wheel is not ours.
     EXPECT_FALSE(OnPreviewWheel(MAKEWPARAM(0, 120), MAKELPARAM(1, 1)));
     WheelDisplay(dialog, 500, 100, 120);

@@ -70,6 +70,17 @@ TEST_F(ViewControls, TheFirstPaintingShowsTheStoredTool) {
     EXPECT_EQ(gFakePreview.starts, 1);
 }
 
+// The effect tools need the light source table.
+TEST_F(ViewControls, AStoredEffectToolGivesWayToZoom) {
+    for (const uint32_t stored : {kToolHide, kToolShow, kToolPan}) {
+        CloseViewDialog(&dialog);
+        SetViewTool(stored);
+        ASSERT_TRUE(OpenViewDialog(&dialog, kImage));
+        EXPECT_EQ(gViewTools.tool, stored == kToolPan ? kToolPan : kToolZoom);
+        EXPECT_EQ(GetViewTool(), gViewTools.tool);
+    }
+}
+
 TEST_F(ViewControls, AToolIsStoredShownAndTakesItsCursor) {
     SelectViewTool(kToolPan);
     EXPECT_EQ(GetViewTool(), kToolPan);
