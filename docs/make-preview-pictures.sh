@@ -20,7 +20,7 @@ for shot in 16-stars 100-stars 400-stars 16-hidden 100-hidden 400-hidden 100-mar
     one-hidden) what="one light hidden" ;;
     esac
     convert "$(dirname "$program")/preview-$shot.bmp" -gravity NorthWest -font Liberation-Sans -pointsize 16 \
-        -fill white -annotate +10+8 "$zoom %, $what" "$work/$shot.png"
+        -fill white -annotate +10+8 "$zoom %%, $what" "$work/$shot.png"
     set -- "$@" "$work/$shot.png"
 done
 montage "$@" -tile 3x3 -geometry +3+3 -background black -quality 85 "$root/docs/preview.jpg"

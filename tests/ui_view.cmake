@@ -1,5 +1,14 @@
-# The view tools and the preview display, driven with real messages. FakePreview.cpp takes the place of the
-# preview's images and its task; ViewDialog.cpp that of the menu call that would wait for a person.
+# The view tools and the preview display.
+if(NOT WIN32)
+    brillatrix_test(view_native_tests
+        LIBS recording_diag
+        SOURCES ../ui/PreviewGeometry.cpp ../ui/ViewCursor.cpp ../ui/ViewState.cpp ../ui/ViewZoom.cpp
+                view/ViewArithmeticTest.cpp)
+    return()
+endif()
+
+# Driven with real messages. FakePreview.cpp takes the place of the preview's images and its task; ViewDialog.cpp that
+# of the menu call that would wait for a person.
 brillatrix_test(view_tests
     LIBS ui_view view_resources recording_diag
     SOURCES support/WindowPicture.cpp ui/GdiCalls.cpp view/DisplayMouseTest.cpp view/DisplayPaintTest.cpp

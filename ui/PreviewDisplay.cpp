@@ -20,6 +20,8 @@ constexpr char kDisplayClass[] = "ProxyDisplay";
 constexpr UINT_PTR kDisplaySubclassId = 1;
 constexpr LRESULT kDialogCode = DLGC_STATIC | DLGC_WANTARROWS;
 static_assert(kDialogCode == 257);
+constexpr LRESULT kHandled = 1;
+static_assert(kHandled == HTCLIENT);
 
 POINT ClientPoint(LPARAM lParam) {
     return {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
@@ -77,10 +79,9 @@ LRESULT CALLBACK DisplayProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
         return TRUE;
     case WM_GETDLGCODE:
         return kDialogCode;
-    case WM_ERASEBKGND:
-        return 1;
-    case WM_NCHITTEST:
-        return HTCLIENT;
+    case WM_ERASEBKGND: // erased
+    case WM_NCHITTEST:  // all of it is client area
+        return kHandled;
     case WM_SETFOCUS:
     case WM_KILLFOCUS:
         OnFocusChanged(message == WM_SETFOCUS);

@@ -33,6 +33,16 @@ int32_t Extent(const Axis &axis) {
     return axis.displayHigh - axis.displayLow;
 }
 
+// From the visible part's edge to its centre, in whole pixels as the centre is shown.
+int32_t Half(const Axis &axis) {
+    return Extent(axis) / 2;
+}
+
+// What Half leaves of the display's true middle: none, or half a pixel.
+double HalfRest(const Axis &axis) {
+    return Extent(axis) % 2 / 2.0;
+}
+
 bool Fits(const Axis &axis, double zoom) {
     return axis.imageExtent * zoom / 100.0 <= Extent(axis) + kFitTolerance;
 }
@@ -42,15 +52,17 @@ int32_t RoundCenter(double center) {
 }
 
 int32_t VisibleLow(const Axis &axis) {
-    return RoundCenter(axis.center) - Extent(axis) / 2;
+    return RoundCenter(axis.center) - Half(axis);
 }
 
 // An image that fits stands in the middle; any other fills the display.
 double ClampCenter(const Axis &axis, double zoom) {
     const int32_t low = axis.scaledLow, high = axis.scaledHigh;
-    const int32_t extent = Extent(axis), half = extent / 2;
-    if (Fits(axis, zoom))
-        return low - (extent - (high - low)) / 2 + half;
+    const int32_t extent = Extent(axis), half = Half(axis);
+    if (Fits(axis, zoom)) {
+        const int32_t margin = (extent - (high - low)) / 2;
+        return low - margin + half;
+    }
     const double first = low + half, last = std::max(first, static_cast<double>(high - extent + half));
     return std::clamp(axis.center, first, last);
 }
@@ -62,7 +74,7 @@ void ClampView(ViewState *view) {
 
 // The scaled distance from the centre to the middle of a client pixel.
 double OffsetFromCenter(const Axis &axis, int32_t client) {
-    return client - axis.displayLow + 0.5 - Extent(axis) / 2;
+    return client - axis.displayLow + 0.5 - Half(axis);
 }
 
 double ZoomCenterAbout(const Axis &axis, double ratio, double offset) {
@@ -96,19 +108,19 @@ ViewState MakeViewState(const IntRect &image) {
 
 void SetViewClientSize(ViewState *view, int32_t width, int32_t height) {
     // The middle of the view, not the rounded-down half of its extent, is what stays.
-    const double middleX = view->centerX - Extent(AxisX(*view)) / 2 + Extent(AxisX(*view)) / 2.0;
-    const double middleY = view->centerY - Extent(AxisY(*view)) / 2 + Extent(AxisY(*view)) / 2.0;
+    const double middleX = view->centerX + HalfRest(AxisX(*view));
+    const double middleY = view->centerY + HalfRest(AxisY(*view));
     view->display = {kBorder, kBorder, std::max(kBorder, width - kBorder),
                      std::max(kBorder, height - kBorder)};
-    view->centerX = middleX - Extent(AxisX(*view)) / 2.0 + Extent(AxisX(*view)) / 2;
-    view->centerY = middleY - Extent(AxisY(*view)) / 2.0 + Extent(AxisY(*view)) / 2;
+    view->centerX = middleX - HalfRest(AxisX(*view));
+    view->centerY = middleY - HalfRest(AxisY(*view));
     ClampView(view);
 }
 
 void SetViewZoom(ViewState *view, double zoom) {
     const double ratio = ClampZoom(zoom) / view->zoom;
-    view->centerX = ZoomCenterAbout(AxisX(*view), ratio, Extent(AxisX(*view)) % 2 / 2.0);
-    view->centerY = ZoomCenterAbout(AxisY(*view), ratio, Extent(AxisY(*view)) % 2 / 2.0);
+    view->centerX = ZoomCenterAbout(AxisX(*view), ratio, HalfRest(AxisX(*view)));
+    view->centerY = ZoomCenterAbout(AxisY(*view), ratio, HalfRest(AxisY(*view)));
     view->zoom = ClampZoom(zoom);
     ClampView(view);
 }
@@ -130,8 +142,8 @@ void ZoomViewToRect(ViewState *view, const IntRect &client) {
     const double middleX = VisibleLow(x) + (client.left + client.right) / 2.0 - x.displayLow;
     const double middleY = VisibleLow(y) + (client.top + client.bottom) / 2.0 - y.displayLow;
     view->zoom = zoom;
-    view->centerX = middleX * ratio - Extent(x) % 2 / 2.0;
-    view->centerY = middleY * ratio - Extent(y) % 2 / 2.0;
+    view->centerX = middleX * ratio - HalfRest(x);
+    view->centerY = middleY * ratio - HalfRest(y);
     ClampView(view);
 }
 
