@@ -1,0 +1,203 @@
+// The whole filter module on a host of our own, beside a filter that only reads, copies and writes the same
+// picture through the same host.
+//
+//   host_bench MODULE.8bf [--megapixels 24,100] [--lights 50,500] [--depth 8|16|32] [--repeat N]
+//
+// Prints one line a case: seconds for the copy and for the whole run (best of N), their ratio, the peak of
+// the process's memory, and how much of it is above that of the copy.
+#include "bench/Timing.h"
+#include "engine/ImageBuffer.h"
+#include "host/FilterHost.h"
+#include "tests/support/NightScene.h"
+
+#include <windows.h>
+
+#include <psapi.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr uint32_t kSeed = 7;
+constexpr double kNoise = 0.02;
+constexpr int32_t kCopyTile = 2048; // the filter's own output tiles
+constexpr int16_t kHostTile = 1024;
+
+struct Options {
+    std::wstring module;
+    std::vector<int32_t> megapixels = {24, 100}, lights = {50, 500};
+    int32_t depth = 8, repeat = 1;
+};
+
+[[noreturn]] void Fail(const char *what) {
+    fprintf(stderr, "host_bench: %s\n", what);
+    exit(1);
+}
+
+double MebibytesOf(SIZE_T bytes) {
+    return static_cast<double>(bytes) / (1 << 20);
+}
+
+PROCESS_MEMORY_COUNTERS ReadMemory() {
+    PROCESS_MEMORY_COUNTERS counters{};
+    if (!GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters))
+        Fail("no memory counters");
+    return counters;
+}
+
+// --- The copying filter
+
+void AskFor(FilterRecord *record, const HostRect32 &in, const HostRect32 &out) {
+    if (!record->bigDocumentData)
+        Fail("the host has no large rectangles");
+    record->bigDocumentData->PluginUsing32BitCoordinates = 1;
+    record->bigDocumentData->inRect32 = in;
+    record->bigDocumentData->outRect32 = out;
+    record->bigDocumentData->maskRect32 = HostRect32{};
+}
+
+void CopyRows(const FilterRecord &record, int32_t rowBytes, int32_t rows) {
+    const auto *from = static_cast<const uint8_t *>(record.inData);
+    auto *to = static_cast<uint8_t *>(record.outData);
+    for (int32_t y = 0; y < rows; ++y, from += record.inRowBytes, to += record.outRowBytes)
+        memcpy(to, from, static_cast<size_t>(rowBytes));
+}
+
+int16_t CopyPlane(FilterRecord *record, int16_t plane, const HostPoint32 &size) {
+    record->inLoPlane = record->inHiPlane = record->outLoPlane = record->outHiPlane = plane;
+    for (int32_t top = 0; top < size.v; top += kCopyTile)
+        for (int32_t left = 0; left < size.h; left += kCopyTile) {
+            const HostRect32 tile = {top, left, std::min(top + kCopyTile, size.v),
+                                     std::min(left + kCopyTile, size.h)};
+            AskFor(record, tile, tile);
+            if (const int16_t result = record->advanceState())
+                return result;
+            CopyRows(*record, (tile.right - tile.left) * (record->depth / 8), tile.bottom - tile.top);
+        }
+    return kNoError;
+}
+
+void CopyEntry(int16_t selector, void *parameters, intptr_t *, int16_t *result) {
+    auto *record = static_cast<FilterRecord *>(parameters);
+    *result = kNoError;
+    if (selector != kSelectorStart)
+        return;
+    record->inputRate = kFixedOne;
+    const HostPoint32 size = record->bigDocumentData->imageSize32;
+    for (int16_t plane = 0; plane < 3 && *result == kNoError; ++plane)
+        *result = CopyPlane(record, plane, size);
+    AskFor(record, HostRect32{}, HostRect32{});
+}
+
+// --- The cases
+
+host::Document MakeScene(int32_t megapixels, int32_t lights, int32_t depth) {
+    const auto width = static_cast<int32_t>(std::sqrt(megapixels * 1e6 * 1.5));
+    const int32_t height = width * 2 / 3;
+    const int32_t modes[] = {kModeRgb8, kModeRgb16, kModeRgb32};
+    ImageBuffer image{};
+    bool maskFailed = false;
+    if (AllocateImageBuffer(modes[depth / 16], depth / 8, 0, IntRect{0, 0, width, height}, false, &image,
+                            &maskFailed) != kNoError)
+        Fail("no memory for a picture");
+    PaintNightScene(MakeSceneLights(width, height, lights, kSeed), kNoise, kSeed, &image);
+    host::Document document = host::MakeDocument(width, height, depth, image.colorPlanes, false);
+    for (int32_t plane = 0; plane < image.colorPlanes; ++plane)
+        memcpy(document.planes[static_cast<size_t>(plane)].data(), image.planes[plane],
+               document.planes[static_cast<size_t>(plane)].size());
+    FreeImageBuffer(&image);
+    return document;
+}
+
+// Seconds from Prepare to Finish.
+double TimeRun(host::FilterHost *filterHost) {
+    host::ClearLog(*filterHost);
+    const Stopwatch watch;
+    const host::RunResult result = host::RunFilter(*filterHost, false);
+    const double seconds = watch.Seconds();
+    if (result.code != kNoError)
+        Fail("the filter failed");
+    return seconds;
+}
+
+template <typename Open> double BestRun(const host::Document &document, int32_t repeat, Open open) {
+    double best = 0;
+    for (int32_t i = 0; i < repeat; ++i) {
+        host::FilterHost filterHost;
+        filterHost.document = document;
+        filterHost.settings.tileWidth = filterHost.settings.tileHeight = kHostTile;
+        open(&filterHost);
+        const double seconds = TimeRun(&filterHost);
+        host::CloseHost(filterHost);
+        best = i == 0 ? seconds : std::min(best, seconds);
+    }
+    return best;
+}
+
+void RunCase(const host::FilterModule &module, int32_t megapixels, int32_t lights, const Options &options) {
+    const host::Document document = MakeScene(megapixels, lights, options.depth);
+    const double copy = BestRun(document, options.repeat, [&module](host::FilterHost *filterHost) {
+        host::OpenHost(*filterHost, CopyEntry, &module.pipl);
+    });
+    const SIZE_T copyPeak = ReadMemory().PeakWorkingSetSize;
+    const double whole = BestRun(document, options.repeat, [&module](host::FilterHost *filterHost) {
+        host::OpenHost(*filterHost, module);
+    });
+    const SIZE_T peak = ReadMemory().PeakWorkingSetSize;
+    printf("%4d %7d %8.3f %8.3f %10.1f %9.0f %10.0f\n", megapixels, lights, copy, whole, whole / copy,
+           MebibytesOf(peak), MebibytesOf(peak - copyPeak));
+    fflush(stdout);
+}
+
+std::vector<int32_t> ParseNumbers(const char *text) {
+    std::vector<int32_t> numbers;
+    for (char *rest = const_cast<char *>(text); *rest; rest += *rest == ',')
+        numbers.push_back(static_cast<int32_t>(strtol(rest, &rest, 10)));
+    return numbers;
+}
+
+Options ParseOptions(int argc, char **argv) {
+    if (argc < 2 || argc % 2 != 0)
+        Fail("usage: host_bench MODULE.8bf [--megapixels 24,100] [--lights 50,500] [--depth 8] [--repeat N]");
+    Options options;
+    options.module.assign(argv[1], argv[1] + strlen(argv[1]));
+    for (int i = 2; i + 1 < argc; i += 2) {
+        const std::string name = argv[i];
+        if (name == "--megapixels")
+            options.megapixels = ParseNumbers(argv[i + 1]);
+        else if (name == "--lights")
+            options.lights = ParseNumbers(argv[i + 1]);
+        else if (name == "--depth")
+            options.depth = atoi(argv[i + 1]);
+        else if (name == "--repeat")
+            options.repeat = atoi(argv[i + 1]);
+        else
+            Fail("unknown option");
+    }
+    if (options.depth != 8 && options.depth != 16 && options.depth != 32)
+        Fail("the depth is 8, 16 or 32");
+    return options;
+}
+
+} // namespace
+
+// The peak of memory only ever rises within a process: run single cases to compare them.
+int main(int argc, char **argv) {
+    const Options options = ParseOptions(argc, argv);
+    host::FilterModule module;
+    std::string why;
+    if (!host::LoadFilterModule(options.module, &module, &why))
+        Fail(why.c_str());
+    printf("MPix  lights   copy s  whole s  of copies  peak MiB  above copy\n");
+    for (const int32_t megapixels : options.megapixels)
+        for (const int32_t lights : options.lights)
+            RunCase(module, megapixels, lights, options);
+    host::UnloadFilterModule(&module);
+    return 0;
+}
