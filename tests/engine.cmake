@@ -1,8 +1,7 @@
 brillatrix_test(engine_tests
     LIBS engine recording_diag
-    SOURCES engine/AnalysisImageTest.cpp engine/DetectionTest.cpp engine/HideEffectsTest.cpp
-        engine/ImageBufferTest.cpp engine/LightSourceTableTest.cpp engine/RadialProfileTest.cpp
-        engine/ShapeSamplerTest.cpp engine/TableBuildTest.cpp engine/TestImages.cpp)
+    SOURCES engine/AnalysisImageTest.cpp engine/DetectionTest.cpp engine/ImageBufferTest.cpp
+        engine/LightSourceTableTest.cpp engine/TableBuildTest.cpp engine/TestImages.cpp)
 
 if(WIN32)
     brillatrix_test(init_task_tests

@@ -76,47 +76,4 @@ TEST_F(ImageBufferTest, FreeingTwiceIsHarmless) {
     EXPECT_EQ(buffer.pixels, nullptr);
 }
 
-TEST(SampleConversion, EveryEightBitSampleComesBack) {
-    EXPECT_EQ(WorkingFrom8(255), 16777215u);
-    for (int v = 0; v <= 255; ++v)
-        EXPECT_EQ(WorkingTo8(WorkingFrom8(static_cast<uint8_t>(v))), v);
-    EXPECT_EQ(WorkingTo8(65793u + 32896u), 1); // 1.49999 and 1.50001 levels
-    EXPECT_EQ(WorkingTo8(65793u + 32897u), 2);
-}
-
-TEST(SampleConversion, EverySixteenBitSampleComesBackClamped) {
-    for (int v = 0; v <= 65535; ++v)
-        ASSERT_EQ(WorkingTo16(WorkingFrom16(static_cast<uint16_t>(v))), std::min(v, 32768));
-    EXPECT_EQ(WorkingFrom16(32768), 16777215u);
-    EXPECT_EQ(WorkingFrom16(65535), 16777215u);
-    EXPECT_EQ(WorkingFrom16(16384), 8388608u); // 8388607.5 to nearest, upward
-}
-
-TEST(SampleConversion, FloatsAreClampedAndNeverLeaveTheRange) {
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    EXPECT_EQ(WorkingFromFloat(std::numeric_limits<float>::quiet_NaN()), 0u);
-    for (const float f : {-kInfinity, -1e30f, -0.0f, 0.0f, 1e-38f, 2.9e-8f})
-        EXPECT_EQ(WorkingFromFloat(f), 0u) << f;
-    for (const float f : {1.0f, 1.0001f, 3e38f, kInfinity})
-        EXPECT_EQ(WorkingFromFloat(f), 16777215u) << f;
-    EXPECT_EQ(WorkingFromFloat(0.99999994f), 16777214u);
-    EXPECT_EQ(WorkingFromFloat(0.5f), 8388608u);
-    for (uint32_t w = 0; w <= 16777215u; w += 997)
-        ASSERT_EQ(WorkingFromFloat(WorkingToFloat(w)), w);
-}
-
-TEST_F(ImageBufferTest, ReadSampleReadsEveryDepth) {
-    TestImage image(kModeGray8, 1, 1, IntRect{0, 0, 2, 1}, false);
-    image.buffer.planes[1][1] = 7;
-    EXPECT_EQ(ReadSample(image.buffer, image.buffer.planes[1], 1), WorkingFrom8(7));
-    TestImage image16(kModeGray16, 2, 0, IntRect{0, 0, 2, 1}, false);
-    const uint16_t sample16 = 40000;
-    memcpy(image16.buffer.planes[0] + 2, &sample16, 2);
-    EXPECT_EQ(ReadSample(image16.buffer, image16.buffer.planes[0], 1), 16777215u);
-    TestImage image32(kModeGray32, 4, 0, IntRect{0, 0, 2, 1}, false);
-    const float sample32 = 0.25f;
-    memcpy(image32.buffer.planes[0] + 4, &sample32, 4);
-    EXPECT_EQ(ReadSample(image32.buffer, image32.buffer.planes[0], 1), 4194304u);
-}
-
 } // namespace

@@ -21,26 +21,24 @@ void SetSample8(ImageBuffer *buffer, int plane, int32_t x, int32_t y, uint8_t va
     buffer->planes[plane][int64_t{y} * buffer->width + x] = value;
 }
 
-TestImage MakeRgb(int32_t width, int32_t height, const std::function<uint8_t(int, int, int)> &valueAt) {
+TestImage MakeGrayRgb(int32_t width, int32_t height, const std::function<uint8_t(int, int)> &valueAt) {
     TestImage image(kModeRgb8, 1, 0, IntRect{0, 0, width, height}, false);
     for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x)
+        for (int32_t x = 0; x < width; ++x) {
+            const uint8_t value = valueAt(x, y);
             for (int channel = 0; channel < 3; ++channel)
-                SetSample8(&image.buffer, channel, x, y, valueAt(x, y, channel));
+                SetSample8(&image.buffer, channel, x, y, value);
+        }
     return image;
 }
 
-TestImage MakeGrayRgb(int32_t width, int32_t height, const std::function<uint8_t(int, int)> &valueAt) {
-    return MakeRgb(width, height, [&valueAt](int x, int y, int) { return valueAt(x, y); });
-}
-
 TestImage MakeSpots(int32_t width, int32_t height, const std::vector<Spot> &spots, uint8_t background) {
-    return MakeRgb(width, height, [&](int x, int y, int channel) {
+    return MakeGrayRgb(width, height, [&](int x, int y) {
         double value = background;
         for (const Spot &s : spots) {
             const double squares = ((x - s.x) * (x - s.x) + (y - s.y) * (y - s.y)) / (2 * s.sigma * s.sigma);
             if (squares < 20) // beyond it nothing is left of a spot
-                value += s.peak * s.color[static_cast<size_t>(channel)] * std::exp(-squares);
+                value += s.peak * std::exp(-squares);
         }
         return static_cast<uint8_t>(std::lround(std::min(value, 255.0)));
     });
@@ -55,7 +53,7 @@ TestImage MakeDisk(int32_t side, double centerX, double centerY, double radius) 
 
 TestImage MakeNoise(int32_t width, int32_t height, uint32_t seed) {
     std::mt19937 random(seed);
-    return MakeRgb(width, height, [&random](int, int, int) { return static_cast<uint8_t>(random() % 256); });
+    return MakeGrayRgb(width, height, [&random](int, int) { return static_cast<uint8_t>(random() % 256); });
 }
 
 void EngineTest::SetUp() {

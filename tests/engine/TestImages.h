@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -24,9 +23,7 @@ struct TestImage {
     TestImage &operator=(const TestImage &) = delete;
 };
 
-// An 8-bit RGB picture at the origin, each sample from valueAt(x, y, channel).
-TestImage MakeRgb(int32_t width, int32_t height, const std::function<uint8_t(int, int, int)> &valueAt);
-// The same with three equal channels.
+// An 8-bit RGB picture at the origin, all three channels from valueAt(x, y).
 TestImage MakeGrayRgb(int32_t width, int32_t height, const std::function<uint8_t(int, int)> &valueAt);
 
 void SetSample8(ImageBuffer *buffer, int plane, int32_t x, int32_t y, uint8_t value);
@@ -34,7 +31,6 @@ void SetSample8(ImageBuffer *buffer, int plane, int32_t x, int32_t y, uint8_t va
 struct Spot {
     double x, y, sigma; // pixels
     double peak;        // added at the centre, in 8-bit levels
-    std::array<double, 3> color{1, 1, 1};
 };
 // Gaussian spots on an even background.
 TestImage MakeSpots(int32_t width, int32_t height, const std::vector<Spot> &spots, uint8_t background);
