@@ -4,7 +4,7 @@ set(preview_portable
 if(WIN32)
     brillatrix_test(preview_tests
         LIBS ui_preview test_support recording_diag
-        SOURCES preview/GeometryTest.cpp preview/PreparationTest.cpp preview/PreviewRun.cpp preview/RegionTest.cpp
+        SOURCES preview/GeometryTest.cpp preview/PreparationTest.cpp preview/PreviewRun.cpp preview/RegionTest.cpp preview/SpeedTest.cpp
                 preview/StoreTest.cpp preview/SystemObjects.cpp preview/TaskTest.cpp
                 preview/TruthTest.cpp)
     target_compile_definitions(preview_tests PRIVATE BRILLATRIX_SOURCE_DIR="${CMAKE_SOURCE_DIR}")

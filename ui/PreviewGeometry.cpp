@@ -86,8 +86,8 @@ IntRect WindowAroundView(const PreviewGeometry &geometry, double margin) {
     return window;
 }
 
-int32_t PreviewTileSize(double renderingZoom, const IntRect &visible) {
-    const auto whole = static_cast<int32_t>(renderingZoom * kTilePerZoom);
+int32_t PreviewTileSize(double zoom, const IntRect &visible) {
+    const auto whole = static_cast<int32_t>(zoom * kTilePerZoom);
     const int32_t side = std::min(visible.right - visible.left, visible.bottom - visible.top);
     return std::max(std::min(std::max(whole, kSmallestTile), side), 1);
 }

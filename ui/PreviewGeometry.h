@@ -40,8 +40,9 @@ IntRect ImageInClient(const PreviewGeometry &geometry);
 // empty one is widened to one pixel each way.
 IntRect WindowAroundView(const PreviewGeometry &geometry, double margin);
 
-// Side of the square tiles that the visible part is rendered in, in scaled pixels; at least 1.
-int32_t PreviewTileSize(double renderingZoom, const IntRect &visible);
+// Side of the square tiles that the visible part (scaled) is rendered in, in scaled pixels: those of 1024
+// document pixels at any zoom, so that a small picture of a large image comes in pieces too; at least 1.
+int32_t PreviewTileSize(double zoom, const IntRect &visible);
 // Tiles that cover a rectangle; at least 1.
 int32_t CountTiles(const IntRect &rect, int32_t tileSize);
 // The tile of the grid that starts at the area's corner, nearest to (x, y), cut to the area.

@@ -62,7 +62,7 @@ bool FindTileIn(const IntRect &area, int32_t side, HRGN valid, const RegionStep 
 
 bool FindTileLocked(const PreviewRequest &request, PreviewArea area, IntRect *tile) {
     const IntRect visible = VisibleImage(request);
-    const int32_t side = PreviewTileSize(gProxies.renderingZoom, visible);
+    const int32_t side = PreviewTileSize(request.zoom, visible);
     switch (area) {
     case PreviewArea::visible:
         return gProxies.scaledProxy.pixels &&

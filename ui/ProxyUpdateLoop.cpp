@@ -57,7 +57,7 @@ Serving BeginServing() {
     serving.displayed = VisibleRect(GeometryOfRequest(request));
     serving.visible = VisibleImage(request);
     serving.total =
-        CountTiles(serving.visible, PreviewTileSize(RenderingZoom(request.zoom), serving.visible));
+        CountTiles(serving.visible, PreviewTileSize(request.zoom, serving.visible));
     serving.isQuiet = true;
     CheckPendingRegion(serving);
     PreparePreview(request);
