@@ -7,7 +7,7 @@ brillatrix_test(host_tests
     LIBS filter_host
     SOURCES
         host/TestFiles.cpp host/PlayedFilter.cpp
-        host/PictureFilesTest.cpp host/ImageAccessTest.cpp host/FilterRunTest.cpp host/DescriptorTest.cpp
+        host/PictureFilesTest.cpp host/ImageAccessTest.cpp host/FilterRunTest.cpp host/MisuseTest.cpp
         host/PropertyListTest.cpp host/OptionsTest.cpp host/FilterModuleTest.cpp host/ProgramTest.cpp)
 add_dependencies(host_tests brillatrix invert_filter)
 if(TARGET BrillatrixX64)

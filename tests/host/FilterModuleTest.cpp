@@ -1,9 +1,5 @@
 #include "host/FilterHost.h"
-#include "host/ModuleImports.h"
-#include "host/ShownBoxes.h"
 #include "tests/host/TestFiles.h"
-
-#include <algorithm>
 
 // The test filter, loaded for one test, told what to do.
 struct InvertFilter {
@@ -70,19 +66,6 @@ TEST(FilterModule, InvertsEveryKindOfDocument) {
     }
 }
 
-TEST(FilterModule, FailuresAndTextsComeThrough) {
-    const InvertFilter filter("report");
-    host::FilterHost filterHost;
-    filterHost.document = MakeNumbered(4, 4, 8, 3, false);
-    const host::Document before = filterHost.document;
-    host::OpenHost(filterHost, filter.module);
-    EXPECT_EQ(host::RunFilter(filterHost, true).code, kErrReportString);
-    EXPECT_EQ(filterHost.log.errorText, "No good day");
-    SetEnvironmentVariableA("INVERT_FILTER", "fail");
-    EXPECT_EQ(host::RunFilter(filterHost, true).code, -36);
-    EXPECT_EQ(filterHost.document, before);
-}
-
 TEST(FilterModule, FilesThatAreNoFilterAreRefused) {
     host::FilterModule module;
     std::string why;
@@ -94,52 +77,4 @@ TEST(FilterModule, FilesThatAreNoFilterAreRefused) {
     WriteBytes(folder.File(L"a.8bf"), {'M', 'Z', 1, 2, 3});
     EXPECT_FALSE(host::LoadFilterModule(folder.File(L"a.8bf"), &module, &why));
     EXPECT_EQ(module.module, nullptr);
-}
-
-static DWORD WINAPI AnswerOrder(LPCSTR, LPSTR buffer, DWORD) {
-    lstrcpyA(buffer, "fail");
-    return 4;
-}
-
-TEST(ModuleImports, AreReplacedAndPutBack) {
-    const InvertFilter filter;
-    const std::vector<std::string> imports = host::ListImports(filter.module.module);
-    const auto isGet = [](const std::string &import) { return import.ends_with("!GetEnvironmentVariableA"); };
-    ASSERT_EQ(std::count_if(imports.begin(), imports.end(), isGet), 1);
-    host::FilterHost filterHost;
-    filterHost.document = MakeNumbered(4, 4, 8, 3, false);
-    host::OpenHost(filterHost, filter.module);
-    host::ImportHooks hooks;
-    EXPECT_EQ(host::ReplaceImport(filter.module.module, "user32.dll", "GetEnvironmentVariableA", AnswerOrder,
-                                  &hooks),
-              nullptr);
-    EXPECT_EQ(
-        host::ReplaceImport(filter.module.module, nullptr, "GetEnvironmentVariable", AnswerOrder, &hooks),
-        nullptr);
-    EXPECT_NE(host::ReplaceImport(filter.module.module, "kernel32.DLL", "GetEnvironmentVariableA",
-                                  AnswerOrder, &hooks),
-              nullptr);
-    EXPECT_EQ(host::RunFilter(filterHost, true).code, -36);
-    host::RestoreImports(&hooks);
-    EXPECT_EQ(host::RunFilter(filterHost, true).code, kNoError);
-}
-
-TEST(ShownBoxes, AreCaughtAndAnswered) {
-    const InvertFilter filter("box");
-    host::FilterHost filterHost;
-    filterHost.document = MakeNumbered(4, 4, 8, 3, false);
-    host::OpenHost(filterHost, filter.module);
-    std::vector<host::ShownBox> boxes;
-    host::CatchBoxes(filter.module.module, [&](const host::ShownBox &box) {
-        boxes.push_back(box);
-        return IDOK;
-    });
-    EXPECT_EQ(host::RunFilter(filterHost, true).code, kNoError);
-    EXPECT_EQ(host::CallAbout(filterHost), kNoError);
-    host::ReleaseBoxes();
-    ASSERT_EQ(boxes.size(), 2u);
-    EXPECT_EQ(boxes[0].title, "Invert");
-    EXPECT_EQ(boxes[0].text, "Something to say");
-    EXPECT_FALSE(boxes[0].isDialog);
-    EXPECT_EQ(boxes[1].title, "About Invert");
 }

@@ -67,24 +67,6 @@ TEST(ImageAccess, OutputIsCommittedAtTheNextAdvanceAndAtTheEnd) {
     EXPECT_TRUE(played.filterHost.log.violations.empty());
 }
 
-TEST(ImageAccess, InputStaysTheSourceAndPrefillShowsTheDestination) {
-    for (const bool prefills : {false, true}) {
-        PlayedHost played({});
-        played.filterHost.settings.prefillOutput = prefills;
-        const uint8_t source = played.filterHost.document.planes[0][0];
-        played.ViolationsOf([&](FilterRecord &record) {
-            AskFor(record, {0, 0, 1, 1}, {0, 0, 1, 1});
-            AskForPlanes(record, 0, 0);
-            ASSERT_EQ(record.advanceState(), kNoError);
-            EXPECT_EQ(*static_cast<uint8_t *>(record.outData), prefills ? source : 0xA5);
-            *static_cast<uint8_t *>(record.outData) = 99;
-            ASSERT_EQ(record.advanceState(), kNoError);
-            EXPECT_EQ(*static_cast<uint8_t *>(record.inData), source);
-            EXPECT_EQ(*static_cast<uint8_t *>(record.outData), prefills ? 99 : 0xA5);
-        });
-    }
-}
-
 TEST(ImageAccess, RequestsOutOfBoundsAreRefusedAndReported) {
     struct Case {
         Area in, out, mask;
@@ -178,82 +160,5 @@ TEST(ImageAccess, MaskIsServedAndClipsWhereTheHostDoesThat) {
             EXPECT_NEAR(host::GetSample(after, 0, 1, 0), filterWritesOutside ? white : white * 128 / 255,
                         white / 500);
             EXPECT_EQ(host::GetSample(after, 0, 2, 0), white);
-        }
-}
-
-TEST(ImageAccess, PaddingIsServedWhereSupported) {
-    for (const int16_t padding : {int16_t{-1}, int16_t{77}, int16_t{-3}}) {
-        PlayedHost played({});
-        played.filterHost.settings.supportsPadding = true;
-        const uint8_t corner = played.filterHost.document.planes[0][0];
-        played.ViolationsOf([&](FilterRecord &record) {
-            record.inputPadding = padding;
-            AskFor(record, {-2, -1, 3, 3}, {});
-            AskForPlanes(record, 0, 0);
-            ASSERT_EQ(record.advanceState(), padding == -3 ? kParamErr : kNoError);
-            if (padding == -3)
-                return;
-            EXPECT_EQ(Row(record.inData, record.inRowBytes, 0)[0], padding == -1 ? corner : 77);
-            EXPECT_EQ(Row(record.inData, record.inRowBytes, 1)[2], corner);
-            EXPECT_EQ(Row(record.inData, record.inRowBytes, 1)[3], corner + 1);
-        });
-    }
-}
-
-// What the record says of each kind of layer.
-TEST(ImageAccess, PlaneCounts) {
-    using host::PlaneCounts;
-    struct Case {
-        PlaneCounts counts;
-        bool hasTransparency;
-        int16_t in[3], out[3]; // layer, transparency, non-layer
-        int16_t planes, filterCase;
-        int16_t outputPlanes; // that the host serves
-    };
-    const Case cases[] = {
-        {PlaneCounts::kAutomatic, false, {0, 0, 3}, {0, 0, 3}, 3, 1, 3},
-        {PlaneCounts::kAutomatic, true, {3, 1, 0}, {3, 1, 0}, 4, 4, 4},
-        {PlaneCounts::kProtected, true, {3, 1, 0}, {3, 0, 0}, 4, 6, 3},
-        {PlaneCounts::kProtectedFlatOutput, true, {3, 1, 0}, {0, 0, 3}, 3, 6, 3},
-        {PlaneCounts::kFlatAsLayer, false, {3, 0, 0}, {3, 0, 0}, 3, 1, 3},
-        {PlaneCounts::kAllZero, true, {0, 0, 0}, {0, 0, 0}, 4, 0, 4},
-    };
-    for (const Case &c : cases) {
-        PlayedHost played({});
-        played.filterHost.document = host::MakeDocument(4, 4, 8, 3, c.hasTransparency);
-        played.filterHost.settings.planeCounts = c.counts;
-        played.ViolationsOf([&](FilterRecord &record) {
-            EXPECT_EQ(record.inLayerPlanes, c.in[0]);
-            EXPECT_EQ(record.inTransparencyMask, c.in[1]);
-            EXPECT_EQ(record.inNonLayerPlanes, c.in[2]);
-            EXPECT_EQ(record.outLayerPlanes, c.out[0]);
-            EXPECT_EQ(record.outTransparencyMask, c.out[1]);
-            EXPECT_EQ(record.outNonLayerPlanes, c.out[2]);
-            EXPECT_EQ(record.planes, c.planes);
-            EXPECT_EQ(record.filterCase, c.filterCase);
-            for (int16_t plane = 0; plane < 5; plane++) {
-                AskFor(record, {}, {0, 0, 1, 1});
-                AskForPlanes(record, plane, plane);
-                EXPECT_EQ(record.advanceState(), plane < c.outputPlanes ? kNoError : kParamErr);
-            }
-        });
-    }
-}
-
-TEST(ImageAccess, ModesDepthsAndSizes) {
-    const int16_t modes[2][3] = {{1, 10, 17}, {3, 11, 16}};
-    for (const int32_t planes : {1, 3})
-        for (const int32_t depth : {8, 16, 32}) {
-            PlayedHost played({});
-            played.filterHost.document = host::MakeDocument(70, 20, depth, planes, false);
-            played.ViolationsOf([&](FilterRecord &record) {
-                EXPECT_EQ(record.imageMode, modes[planes == 3][depth == 8 ? 0 : depth == 16 ? 1 : 2]);
-                EXPECT_EQ(record.depth, depth);
-                EXPECT_EQ(record.imageSize.h, 70);
-                EXPECT_EQ(record.filterRect.bottom, 20);
-                EXPECT_EQ(record.bigDocumentData->imageSize32.v, 20);
-                EXPECT_EQ(record.bigDocumentData->PluginUsing32BitCoordinates, 0);
-                EXPECT_EQ(record.inTileWidth, 256);
-            });
         }
 }

@@ -300,19 +300,3 @@ TEST_F(RealFilterTest, MaskRoiAndEffectsOnly) {
     EXPECT_EQ(alone.planes[0][5], 0) << "the photo shines through";
     EXPECT_NE(*std::max_element(alone.planes[0].begin(), alone.planes[0].end()), 0);
 }
-
-TEST_F(RealFilterTest, WildValuesNeverBreakIt) {
-    for (const std::vector<std::wstring> &arguments :
-         {std::vector<std::wstring>{L"--points", L"0"},
-          {L"--points", L"40000"},
-          {L"--rainbow-frequency", L"107"},
-          {L"--intensity", L"-1000000", L"--length", L"1000000"},
-          {L"--angle", L"-1000000", L"--threshold", L"1000000", L"--flare", L"1000000"}})
-        Filter(arguments);
-}
-
-TEST_F(RealFilterTest, AboutNamesIt) {
-    const ProgramRun about = Run({L"--about"});
-    EXPECT_EQ(about.status, 0u);
-    EXPECT_TRUE(about.out.starts_with("Brillatrix Pro... (Nexorvanta Software)\n")) << about.out;
-}

@@ -1,5 +1,6 @@
 #include "host/Aete.h"
 #include "host/ByteStream.h"
+#include "host/Descriptor.h"
 #include "host/PiPL.h"
 
 #include <gtest/gtest.h>
@@ -143,34 +144,6 @@ TEST(PropertyList, WhatHostsRejectIsRejected) {
     EXPECT_NE(WhyRefused(wild), "");
 }
 
-TEST(Terminology, EveryFieldIsRead) {
-    const Bytes bytes = MakeTerminology();
-    host::Aete aete;
-    std::string why;
-    ASSERT_TRUE(host::ParseAete(bytes.data(), bytes.size(), &aete, &why)) << why;
-    EXPECT_EQ(aete.suiteName, "Su");
-    EXPECT_EQ(aete.suiteDescription, "D");
-    EXPECT_EQ(aete.suiteId, uint32_t{'NXV1'});
-    EXPECT_EQ(aete.eventName, "Ev");
-    EXPECT_EQ(aete.eventClass, uint32_t{'NXV1'});
-    EXPECT_EQ(aete.eventId, uint32_t{'NXV2'});
-    EXPECT_EQ(aete.replyType, uint32_t{'null'});
-    EXPECT_EQ(aete.directType, uint32_t{'#ImR'});
-    EXPECT_EQ(aete.directFlags, 0xB000);
-    ASSERT_EQ(aete.parameters.size(), 2u);
-    EXPECT_EQ(aete.parameters[0].name, "p");
-    EXPECT_EQ(aete.parameters[0].key, uint32_t{'key1'});
-    EXPECT_EQ(aete.parameters[0].type, uint32_t{'doub'});
-    EXPECT_EQ(aete.parameters[0].description, "P");
-    EXPECT_EQ(aete.parameters[1].flags, 0x2000);
-    ASSERT_EQ(aete.enumerations.size(), 1u);
-    EXPECT_EQ(aete.enumerations[0].type, uint32_t{'eTyp'});
-    ASSERT_EQ(aete.enumerations[0].values.size(), 1u);
-    EXPECT_EQ(aete.enumerations[0].values[0].name, "One");
-    EXPECT_EQ(aete.enumerations[0].values[0].code, uint32_t{'eVu1'});
-    EXPECT_EQ(aete.enumerations[0].values[0].description, "o");
-}
-
 TEST(Terminology, CutOrLongerBytesAreRefused) {
     Bytes bytes = MakeTerminology();
     host::Aete aete;
@@ -181,4 +154,25 @@ TEST(Terminology, CutOrLongerBytesAreRefused) {
     EXPECT_TRUE(host::ParseAete(bytes.data(), bytes.size(), &aete, &why)) << "zeros behind are harmless";
     bytes.back() = 1;
     EXPECT_FALSE(host::ParseAete(bytes.data(), bytes.size(), &aete, &why));
+}
+
+TEST(Descriptors, PackAndUnpack) {
+    host::Descriptor script;
+    script.values = {host::BooleanValue('bool', true),
+                     host::IntegerValue('numb', -7),
+                     host::FloatValue('real', 0.5),
+                     host::UnitFloatValue('angl', kUnitAngle, 22.5),
+                     host::EnumeratedValue('kind', 'kTyp', 'kTw2'),
+                     host::DataValue('data', "abc", 3)};
+    const std::vector<uint8_t> bytes = host::PackDescriptor(script);
+    host::Descriptor unpacked;
+    ASSERT_TRUE(host::UnpackDescriptor(bytes.data(), bytes.size(), &unpacked));
+    EXPECT_EQ(unpacked, script);
+    host::Descriptor untouched = script;
+    for (size_t length = 0; length < bytes.size(); length++)
+        EXPECT_FALSE(host::UnpackDescriptor(bytes.data(), length, &untouched)) << length;
+    std::vector<uint8_t> wild = bytes;
+    wild[4] = wild[5] = wild[6] = wild[7] = 0xFF; // count
+    EXPECT_FALSE(host::UnpackDescriptor(wild.data(), wild.size(), &untouched));
+    EXPECT_EQ(untouched, script);
 }

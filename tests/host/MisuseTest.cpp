@@ -1,0 +1,118 @@
+// What a filter may do wrong with what the host hands it: each is noticed, and said once.
+#include "tests/host/PlayedFilter.h"
+
+#include <thread>
+
+namespace {
+
+template <typename Suite> const Suite *Acquire(FilterRecord &record, const char *name, int32_t version) {
+    const void *suite = nullptr;
+    EXPECT_EQ(record.sSPBasic->AcquireSuite(name, version, &suite), 0) << name;
+    return static_cast<const Suite *>(suite);
+}
+
+const ActionDescriptorSuite *AcquireActions(FilterRecord &record) {
+    return Acquire<ActionDescriptorSuite>(record, kActionDescriptorSuiteName, 2);
+}
+
+ReadDescriptor OpenReader(FilterRecord &record) {
+    static FourCharCode none;
+    none = 0;
+    const PIDescriptorParameters &parameters = *record.descriptorParameters;
+    return parameters.readDescriptorProcs->openReadDescriptorProc(parameters.descriptor, &none);
+}
+
+} // namespace
+
+TEST(Misuse, IsReported) {
+    struct Case {
+        const char *expected;
+        std::function<void(FilterRecord &record)> action;
+    };
+    const Case cases[] = {
+        {"leaked 1 handle", [](FilterRecord &r) { r.handleProcs->newProc(10); }},
+        {"not alive",
+         [](FilterRecord &r) {
+             HostHandle handle = r.handleProcs->newProc(10);
+             r.handleProcs->disposeProc(handle);
+             r.handleProcs->disposeProc(handle);
+         }},
+        {"disposeProc of null", [](FilterRecord &r) { r.handleProcs->disposeProc(nullptr); }},
+        {"behind the end of a handle",
+         [](FilterRecord &r) {
+             HostHandle handle = r.handleProcs->newProc(10);
+             r.handleProcs->lockProc(handle, 1)[10] = 0;
+             r.handleProcs->disposeProc(handle);
+         }},
+        {"newProc of 0 bytes", [](FilterRecord &r) { r.handleProcs->newProc(0); }},
+        {"behind the end of the record",
+         [](FilterRecord &r) { reinterpret_cast<uint8_t *>(&r)[sizeof(r)] = 0; }},
+        {"another thread", [](FilterRecord &r) { std::thread([&] { r.abortProc(); }).join(); }},
+        {"leaked 1 descriptor reader", [](FilterRecord &r) { OpenReader(r); }},
+        {"leaked 1 descriptor writer",
+         [](FilterRecord &r) { r.descriptorParameters->writeDescriptorProcs->openWriteDescriptorProc(); }},
+        {"not open",
+         [](FilterRecord &r) {
+             const ReadDescriptorProcs &procs = *r.descriptorParameters->readDescriptorProcs;
+             ReadDescriptor reader = OpenReader(r);
+             procs.closeReadDescriptorProc(reader);
+             EXPECT_EQ(procs.closeReadDescriptorProc(reader), kParamErr);
+         }},
+        {"released a suite that it does not hold",
+         [](FilterRecord &r) { EXPECT_NE(r.sSPBasic->ReleaseSuite(kPropertySuiteName, 1), 0); }},
+        {"leaked 2 acquisition",
+         [](FilterRecord &r) {
+             AcquireActions(r);
+             AcquireActions(r);
+         }},
+        {"already present",
+         [](FilterRecord &r) {
+             const ActionDescriptorSuite *action = AcquireActions(r);
+             ActionDescriptor descriptor = nullptr;
+             action->Make(&descriptor);
+             action->PutInteger(descriptor, 'numb', 1);
+             action->PutInteger(descriptor, 'numb', 2);
+             action->Free(descriptor);
+             r.sSPBasic->ReleaseSuite(kActionDescriptorSuiteName, 2);
+         }},
+        {"leaked 1 action descriptor",
+         [](FilterRecord &r) {
+             ActionDescriptor descriptor = nullptr;
+             AcquireActions(r)->Make(&descriptor);
+             r.sSPBasic->ReleaseSuite(kActionDescriptorSuiteName, 2);
+         }},
+    };
+    for (const Case &c : cases) {
+        PlayedHost played({});
+        played.filterHost.script = host::Descriptor{{host::IntegerValue('numb', 1)}};
+        const auto violations = played.ViolationsOf(c.action);
+        ASSERT_EQ(violations.size(), 1u) << c.expected;
+        EXPECT_NE(violations[0].find(c.expected), std::string::npos) << violations[0];
+    }
+}
+
+TEST(Misuse, OfWhatIsNoLongerHeldIsReported) {
+    PlayedHost played({});
+    int32_t (*sizeOf)(HostHandle) = nullptr;
+    const auto violations = played.ViolationsOf([&](FilterRecord &record) {
+        sizeOf = record.handleProcs->getSizeProc;
+        const void *suite = &record;
+        EXPECT_EQ(record.sSPBasic->AcquireSuite(kPropertySuiteName, 9, &suite), kSuiteNotFound);
+        EXPECT_EQ(suite, &record) << "a failing call touched its output";
+        const ActionDescriptorSuite *action = AcquireActions(record);
+        record.sSPBasic->ReleaseSuite(kActionDescriptorSuiteName, 2);
+        ActionDescriptor descriptor = nullptr;
+        action->Make(&descriptor);
+        action->Free(descriptor);
+    });
+    ASSERT_FALSE(violations.empty());
+    EXPECT_TRUE(played.HasViolation("without holding its suite"));
+    sizeOf(nullptr);
+    EXPECT_TRUE(played.HasViolation("outside a selector"));
+    host::CloseHost(played.filterHost);
+
+    PlayedHost silent([](int16_t, FilterRecord &, intptr_t *) { return int16_t{0x1234}; });
+    silent.filterHost.settings.resultOnEntry = 0x1234;
+    EXPECT_EQ(silent.Run(), 0x1234);
+    EXPECT_TRUE(silent.HasViolation("left the result word alone"));
+}
