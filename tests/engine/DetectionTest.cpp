@@ -119,6 +119,23 @@ TEST_F(DetectionTest, AWhitePictureIsFilledOnceAndWhole) {
     EXPECT_TRUE(worker.Sources().empty());
 }
 
+TEST_F(DetectionTest, AFillStopsAtOtherColorsGapsAndUnselectedPixels) {
+    TestImage image(kModeRgb8, 1, 0, IntRect{0, 0, 7, 3}, true);
+    const uint8_t red[14] = {160, 160, 180, 181, 160, 160, 160, 160, 160, 160, 140, 139, 160, 160};
+    for (int32_t i = 0; i < 21; ++i) {
+        image.buffer.planes[0][i] = i < 14 ? red[i] : 160;
+        image.buffer.planes[1][i] = image.buffer.planes[2][i] = 80;
+        image.buffer.mask[i] = i >= 14 ? 0 : 1; // the last row is not selected at all; a trace is enough
+    }
+    TestWorker worker(image.buffer);
+    FillFlatArea(&worker.context, 0, 0, FetchPixel(worker.shared.image, 0, 0));
+    // 160 / 8 = 20: 180 and 140 belong, 181 and 139 do not, and the diagonal past them is no way through.
+    for (int32_t i = 0; i < 14; ++i)
+        EXPECT_EQ(FetchPixel(worker.shared.image, i % 7, i / 7).selectionLevel == 0, i % 7 < 3 + i / 7) << i;
+    for (int32_t x = 0; x < 7; ++x)
+        EXPECT_EQ(FetchPixel(worker.shared.image, x, 2).red, WorkingFrom8(160));
+}
+
 TEST_F(DetectionTest, AFillWithoutMemoryIsReportedAndStops) {
     const TestImage white = MakeGrayRgb(400, 400, [](int, int) { return 255; });
     CountedWorker worker(white.buffer);

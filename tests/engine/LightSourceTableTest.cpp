@@ -122,6 +122,10 @@ TEST_F(LightSourceTableTest, AMergeStopsWhenCancelledAndPassesOnAMemoryFailure) 
     const AnalysisImage image{IntRect{0, 0, 4, 4}, 1.0, 0, samples.data(), 0};
     TestTable worker;
     Add(&worker.table, 1, 1, 1);
+    worker.table.records[0].State = 2; // never so in a worker's table: not taken
+    EXPECT_EQ(MergeWorkerTable(worker.table, image, cancel), kNoError);
+    EXPECT_TRUE(GlobalSources().empty());
+    worker.table.records[0].State = 1;
     FailAllocation(1, false);
     EXPECT_EQ(MergeWorkerTable(worker.table, image, cancel), kMemFullErr);
     FailAllocation(0, false);

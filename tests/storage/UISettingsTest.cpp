@@ -57,48 +57,44 @@ protected:
     std::string path;
 };
 
-TEST_F(UISettingsFile, AFirstRunHasTheDefaultsAndReportsNothing) {
-    EXPECT_FALSE(LoadsAnything());
-    EXPECT_TRUE(HasDefaults());
-    EXPECT_TRUE(TakeReports().empty());
-}
-
+// A missing file is no failure; anything else is told once and stays where it is.
 TEST_F(UISettingsFile, FilesThatAreNotOursChangeNothing) {
-    const std::string good = File(kCurrent, kFields);
-    for (const size_t size : {size_t{0}, size_t{1}, size_t{8}, size_t{51}}) {
-        WriteWholeFile(path, good.substr(0, size));
-        EXPECT_FALSE(LoadsAnything()) << size;
-        EXPECT_EQ(TakeReports().size(), 1u);
-    }
-    const uint16_t versions[][4] = {{0, 0, 0, 10}, {0, 0, 0, 12}, {1, 0, 0, 11},
-                                    {0, 1, 0, 11}, {0, 0, 1, 11}, {11, 0, 0, 0}};
-    for (const auto &version : versions) {
-        WriteWholeFile(path, File(version, kFields));
-        EXPECT_FALSE(LoadsAnything());
-        TakeReports();
-        EXPECT_TRUE(Exists(path));
-    }
-    EXPECT_TRUE(HasDefaults());
-}
-
-TEST_F(UISettingsFile, AnotherVersionIsReported) {
-    WriteWholeFile(path, File({0, 2, 65535, 10}, kFields));
     EXPECT_FALSE(LoadsAnything());
-    const auto reports = TakeReports();
-    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_TRUE(TakeReports().empty());
+    const std::string good = File(kCurrent, kFields);
+    std::vector<std::string> files;
+    for (const size_t size : {0, 1, 8, 51})
+        files.push_back(good.substr(0, size));
+    const uint16_t versions[][4] = {{0, 0, 0, 10}, {0, 0, 0, 12}, {1, 0, 0, 11},    {0, 1, 0, 11},
+                                    {0, 0, 1, 11}, {11, 0, 0, 0}, {0, 2, 65535, 10}};
+    for (const auto &version : versions)
+        files.push_back(File(version, kFields));
+    std::vector<RecordedReport> reports;
+    for (const std::string &file : files) {
+        WriteWholeFile(path, file);
+        EXPECT_FALSE(LoadsAnything()) << file.size();
+        reports = TakeReports();
+        ASSERT_EQ(reports.size(), 1u);
+        EXPECT_EQ(ReadWholeFile(path), file);
+    }
     EXPECT_EQ(reports[0].record.line, 1128u);
     EXPECT_EQ(reports[0].record.kind, kDebugMessage);
     EXPECT_EQ(reports[0].title, "Debug:  Unexpected Error");
     EXPECT_EQ(reports[0].message, "User Setting File version mismatch. File Version = '0','2','65535','10'");
 }
 
-TEST_F(UISettingsFile, FilesThatCannotBeReadAreReported) {
+TEST_F(UISettingsFile, FilesThatCannotBeReadOrWrittenAreReported) {
     WriteWholeFile(path, File(kCurrent, kFields));
     {
         const ExclusiveOpening held(path);
         EXPECT_FALSE(LoadsAnything());
     }
     EXPECT_EQ(TakeReports().size(), 1u);
+    FailNextCall("WriteFile:short", 0);
+    EXPECT_FALSE(SaveUISettings());
+    EXPECT_TRUE(FailureHappened());
+    EXPECT_FALSE(TakeReports().empty());
+    EXPECT_EQ(ReadWholeFile(path), File(kCurrent, kFields));
     gSettingsFolder[0] = '\0';
     EXPECT_FALSE(LoadsAnything());
     EXPECT_FALSE(SaveUISettings());
@@ -131,17 +127,6 @@ TEST_F(UISettingsFile, FieldsThatCannotBeRightTakeTheirDefaults) {
         EXPECT_TRUE(LoadUISettings());
         EXPECT_TRUE(HasDefaults()) << tool;
     }
-}
-
-TEST_F(UISettingsFile, AFailedSaveKeepsTheOldFile) {
-    const std::string old = File(kCurrent, kFields);
-    WriteWholeFile(path, old);
-    FailNextCall("WriteFile:short", 0);
-    EXPECT_FALSE(SaveUISettings());
-    EXPECT_TRUE(FailureHappened());
-    EXPECT_FALSE(TakeReports().empty());
-    EXPECT_EQ(ReadWholeFile(path), old);
-    EXPECT_EQ(folder.Names(), std::vector<std::string>{"UISettings.bin"});
 }
 
 } // namespace
