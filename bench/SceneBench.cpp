@@ -4,8 +4,7 @@
 //   scene_bench [--megapixels 6,24,100] [--lights 50,500]
 //
 // Prints one line a case: seconds for the copy, for finding the lights and for rendering, the ratio of the
-// two together to the copy, the peak of the counted memory (the source image included) and the entries of one
-// stamp.
+// two together to the copy, and the peak of the counted memory (the source image included).
 #include "bench/Timing.h"
 #include "engine/FixedPoint.h"
 #include "engine/Geometry.h"
@@ -14,7 +13,6 @@
 #include "engine/SerialBuild.h"
 #include "render/AngleTables.h"
 #include "render/RenderDriver.h"
-#include "render/RenderState.h"
 #include "tests/support/NightScene.h"
 #include "tests/support/RecordingDiag.h"
 
@@ -40,7 +38,6 @@ struct BenchResult {
     double copy, find, render;
     uint32_t found;
     int64_t peakBytes;
-    int32_t starEntries, flareEntries; // of the fullest stamp
 };
 
 std::vector<int32_t> ParseNumbers(const char *text) {
@@ -99,13 +96,6 @@ double TimeRender(const ImageBuffer &image) {
     return watch.Seconds();
 }
 
-int32_t FullestStamp(const StampSet &set) {
-    int32_t most = 0;
-    for (const StarStamp &stamp : set.stamps)
-        most = std::max(most, stamp.count);
-    return most;
-}
-
 BenchResult RunCase(const BenchCase &which) {
     static const std::atomic<uint8_t> cancel{0};
     ResetPeakBufferBytes();
@@ -123,8 +113,6 @@ BenchResult RunCase(const BenchCase &which) {
     result.found = GetLightSourceTable().count;
     result.render = TimeRender(image);
     result.peakBytes = PeakBufferBytes();
-    result.starEntries = FullestStamp(gRenderState.stars);
-    result.flareEntries = FullestStamp(gRenderState.flares);
     FreeRenderState();
     FreeTableRecords(gLightSourceTable);
     FreeImageBuffer(&image);
@@ -132,9 +120,8 @@ BenchResult RunCase(const BenchCase &which) {
 }
 
 void PrintResult(double megapixels, const BenchCase &which, const BenchResult &r) {
-    printf("%6.1f %7d %6u %8.3f %8.3f %8.3f %9.1f %8.0f %11d %11d\n", megapixels, which.lights, r.found,
-           r.copy, r.find, r.render, (r.find + r.render) / r.copy, static_cast<double>(r.peakBytes) / 1e6,
-           r.starEntries, r.flareEntries);
+    printf("%6.1f %7d %6u %8.3f %8.3f %8.3f %9.1f %8.0f\n", megapixels, which.lights, r.found,
+           r.copy, r.find, r.render, (r.find + r.render) / r.copy, static_cast<double>(r.peakBytes) / 1e6);
     fflush(stdout);
 }
 
@@ -152,8 +139,7 @@ int main(int argc, char **argv) {
             Fail("usage: scene_bench [--megapixels 6,24,100] [--lights 50,500]");
     }
     BuildAngleTables();
-    printf("  MPix  lights  found   copy s   find s render s  of copies  peak MB  star entries  flare "
-           "entries\n");
+    printf("  MPix  lights  found   copy s   find s render s  of copies  peak MB\n");
     for (const int32_t size : megapixels)
         for (const int32_t count : lights) {
             const int32_t width = static_cast<int32_t>(std::sqrt(size * 1e6 * 1.5));

@@ -7,14 +7,6 @@ namespace {
 constexpr uint32_t kUnknownModeSite = 249;
 constexpr uint32_t kFullStrength = 1u << 24; // strengths from here on are opaque
 
-// The channel as a fraction of the largest one.
-uint32_t NormaliseChannel(uint32_t channel, uint32_t largest) {
-    if (largest == 0)
-        return kFractionOne;
-    const uint64_t share = (uint64_t{channel} << 32) / largest;
-    return static_cast<uint32_t>(std::min<uint64_t>(share, kFractionOne));
-}
-
 void BlendNormal(const Tint &source, WorkingPixel *pixel) {
     for (int c = 0; c < 3; ++c)
         pixel->channel[c] =
@@ -28,6 +20,13 @@ void BlendAdd(const Tint &source, WorkingPixel *pixel) {
 }
 
 } // namespace
+
+uint32_t NormaliseChannel(uint32_t channel, uint32_t largest) {
+    if (largest == 0)
+        return kFractionOne;
+    const uint64_t share = (uint64_t{channel} << 32) / largest;
+    return static_cast<uint32_t>(std::min<uint64_t>(share, kFractionOne));
+}
 
 void BlendScreen(const Tint &source, WorkingPixel *pixel) {
     const uint32_t largest = LargestChannel(source.channel);

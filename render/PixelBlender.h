@@ -26,6 +26,9 @@ inline uint32_t LargestChannel(const uint32_t channel[3]) {
     return std::max(channel[0], std::max(channel[1], channel[2]));
 }
 
+// The channel as a fraction of the largest one.
+uint32_t NormaliseChannel(uint32_t channel, uint32_t largest);
+
 // Mixes the pixel with its screen by the source's normalised colour, by the source's strength.
 void BlendScreen(const Tint &source, WorkingPixel *pixel);
 // Any of the modes above. An unknown one is reported and changes nothing.

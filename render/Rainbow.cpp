@@ -1,12 +1,10 @@
 #include "render/Rainbow.h"
 
 #include "engine/FixedPoint.h"
-#include "render/AngleTables.h"
 
 namespace {
 
 constexpr uint32_t kOnePercent = 42949672; // of 2^32
-constexpr uint32_t kRampPhases = 2000;     // the tint fades in over these
 constexpr int32_t kPeriodBase = 107;
 constexpr uint32_t kThirdTurn = kFullTurn / 3;
 
@@ -20,10 +18,18 @@ uint32_t RainbowPhase(const StampContext &context, uint32_t distance) {
 
 } // namespace
 
-RainbowFactors RainbowFactorsAt(const StampContext &context, uint32_t distance) {
+// Without a rainbow every triple is the same one.
+uint32_t RainbowStateAt(const StampContext &context, uint32_t distance) {
+    if (context.settings.rainbowIntensity == 0)
+        return 0;
     const uint32_t phase = RainbowPhase(context, distance);
+    return phase < kRampPhases ? phase : kRampPhases + phase % kFullTurn;
+}
+
+RainbowFactors FactorsOfState(const StampContext &context, uint32_t state) {
+    const uint32_t phase = state < kRampPhases ? state : state - kRampPhases;
     uint32_t amplitude = static_cast<uint32_t>(context.settings.rainbowIntensity) * kOnePercent;
-    if (phase < kRampPhases)
+    if (state < kRampPhases)
         amplitude = amplitude / kRampPhases * phase;
     const auto factorAt = [&](uint32_t shift) {
         return kFractionOne - Mul(gRainbowTable[(phase + shift) % kFullTurn], amplitude);

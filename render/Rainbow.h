@@ -1,13 +1,22 @@
 // The rainbow along a spike: three colour factors that depend only on the distance from the star's centre.
+//
+// They take few different values: while the tint fades in there is one triple for each phase, and after that
+// the triples repeat with every turn. A state is the number of a triple.
 #pragma once
 
+#include "render/AngleTables.h"
 #include "render/StampContext.h"
 
 #include <cstdint>
+
+constexpr uint32_t kRampPhases = 2000; // the tint fades in over these
+constexpr uint32_t kRainbowStates = kRampPhases + kFullTurn;
 
 struct RainbowFactors {
     uint32_t factor[3]; // for red, green, blue; fractions
 };
 
-// `distance` in tenths of a quarter pixel. The angle tables must be built.
-RainbowFactors RainbowFactorsAt(const StampContext &context, uint32_t distance);
+// `distance` in tenths of a quarter pixel.
+uint32_t RainbowStateAt(const StampContext &context, uint32_t distance);
+// The angle tables must be built.
+RainbowFactors FactorsOfState(const StampContext &context, uint32_t state);

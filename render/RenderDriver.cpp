@@ -1,10 +1,14 @@
 #include "render/RenderDriver.h"
 
+#include "diag/BufferUsage.h"
 #include "engine/FixedPoint.h"
 #include "render/AngleTables.h"
+#include "render/BandWorkers.h"
+#include "render/FixedPower.h"
 #include "render/OutputBase.h"
 #include "render/RenderState.h"
 #include "render/SourceTint.h"
+#include "render/StarBuilder.h"
 #include "render/StampLayer.h"
 
 #include <algorithm>
@@ -13,14 +17,22 @@
 
 namespace {
 
-// One render's inputs, as both passes need them.
+// Several bands for each worker, so that a band full of stars does not keep the others waiting; none lower
+// than this.
+constexpr int32_t kBandsPerWorker = 4, kLeastBandRows = 32;
+
+// One render's inputs. All workers read it.
 struct RenderJob {
     const RenderSettings &settings; // clamped
     const LightSourceTableView &lightSources;
     const std::atomic<uint8_t> &abort;
-    const IntRect &target;
-    ImageBuffer *output;
+    IntRect area; // the target, as far as the output holds it
+    const ImageBuffer &output;
     uint32_t cutLevel;
+    bool drawsStars, drawsFlares;
+    uint32_t flareShare;
+    BlendColor *colors; // kRainbowStates for each worker
+    int32_t bandRows;
 };
 
 // A document pixel's place at a zoom. The 3 is part of the design; a zoom so high that it leaves nothing to
@@ -40,9 +52,9 @@ StampPlace PlaceOfSource(const LightSource &source, double scale) {
     return StampPlace{ScalePosition(source.X, scale), ScalePosition(source.Y, scale), 0, 0};
 }
 
-// Lays a set's stamp onto every selected source whose value, its Intensity times `share`, is above the floor.
-// A `share` of null leaves the Intensity as it is. False when aborted or without a builder.
-bool RunPass(const RenderJob &job, StampSet *set, const uint32_t *share) {
+// Calls work(place, source, value) for each selected source whose value, its Intensity times `share`, is
+// above the floor; in table order. A `share` of null leaves the Intensity as it is. False when aborted.
+template <typename Work> bool ForEachLight(const RenderJob &job, const uint32_t *share, Work work) {
     for (uint32_t i = 0; i < job.lightSources.count; ++i) {
         if (job.abort.load(std::memory_order_relaxed) != 0)
             return false;
@@ -50,40 +62,132 @@ bool RunPass(const RenderJob &job, StampSet *set, const uint32_t *share) {
         if (!IsLightSourceSelected(source, job.cutLevel))
             continue;
         const uint32_t value = share ? Mul(source.Intensity, *share) : source.Intensity;
-        if (value <= gFloor)
-            continue;
-        const Tint tint = MakeSourceTint(source, job.settings.colorSaturation, value);
-        if (!LayStamp(set, PlaceOfSource(source, job.settings.scale), tint, job.target, job.output))
+        if (value > gFloor && !work(PlaceOfSource(source, job.settings.scale), source, value))
             return false;
     }
     return true;
 }
 
-bool RunStarPass(const RenderJob &job) {
-    if (job.settings.intensity < 1 && job.settings.secondaryIntensity < 1)
-        return true;
-    return RunPass(job, &gRenderState.stars, nullptr);
+// Whether a star at a place may touch the area: no arm goes further than the limits.
+bool IsNearArea(const RenderJob &job, const StampPlace &place) {
+    const int64_t reach = std::max(gRenderState.context.limitX, gRenderState.context.limitY) / kPhases + 4;
+    return place.x + reach >= job.area.left && place.x - reach < job.area.right &&
+           place.y + reach >= job.area.top && place.y - reach < job.area.bottom;
 }
 
-bool RunFlarePass(const RenderJob &job) {
-    if (job.settings.softFlareIntensity < 1)
+// Builds the stamps of all the phases that are needed. False when aborted or without a builder.
+bool PrepareStars(const RenderJob &job) {
+    return ForEachLight(job, nullptr, [&](const StampPlace &place, const LightSource &, uint32_t) {
+        if (!gRenderState.stars.build)
+            return false;
+        if (IsNearArea(job, place))
+            NeedStarStamp(place.px, place.py);
         return true;
-    const double level = job.settings.softFlareIntensity / 100.0;
-    const uint32_t share = static_cast<uint32_t>(level * level * kFractionOne);
-    return RunPass(job, &gRenderState.flares, &share);
+    });
+}
+
+bool PrepareFlares(const RenderJob &job) {
+    return ForEachLight(job, &job.flareShare, [&](const StampPlace &place, const LightSource &, uint32_t) {
+        if (!gRenderState.flares.build)
+            return false;
+        NeedFlareStamp(place.px, place.py);
+        return true;
+    });
+}
+
+void DrawStars(const RenderJob &job, const BandTarget &target) {
+    ForEachLight(job, nullptr, [&](const StampPlace &place, const LightSource &source, uint32_t value) {
+        LayStar(target, gRenderState.stars.stamps[place.px * kPhases + place.py], gRenderState.stars.tables,
+                place, MakeSourceTint(source, job.settings.colorSaturation, value));
+        return true;
+    });
+}
+
+void DrawFlares(const RenderJob &job, const BandTarget &target) {
+    ForEachLight(job, &job.flareShare,
+                 [&](const StampPlace &place, const LightSource &source, uint32_t value) {
+                     const FlareStamp &flare = gRenderState.flares.stamps[place.px * kPhases + place.py];
+                     if (flare.built)
+                         LayFlare(target, flare, gRenderState.flares.values, place,
+                                  MakeSourceTint(source, job.settings.colorSaturation, value));
+                     return true;
+                 });
+}
+
+// All stars, then all flares, onto one band.
+void DrawBand(void *data, int32_t band, int32_t worker) {
+    const RenderJob &job = *static_cast<const RenderJob *>(data);
+    const int32_t top = job.area.top + band * job.bandRows;
+    const BandTarget target{
+        gRenderState.context,
+        job.output,
+        {job.area.left, top, job.area.right, std::min(top + job.bandRows, job.area.bottom)},
+        job.abort,
+        job.colors + size_t{kRainbowStates} * static_cast<size_t>(worker)};
+    if (job.drawsStars)
+        DrawStars(job, target);
+    if (job.drawsFlares)
+        DrawFlares(job, target);
+}
+
+void DrawBands(RenderJob *job, int32_t workers) {
+    const int32_t rows = job->area.bottom - job->area.top;
+    const int32_t wanted = workers == 1 ? 1 : workers * kBandsPerWorker;
+    job->bandRows = std::max((rows + wanted - 1) / wanted, kLeastBandRows);
+    ForEachBand((rows + job->bandRows - 1) / job->bandRows, workers, DrawBand, job);
+}
+
+// Fewer workers when there is not enough memory for each; none when there is not even enough for one.
+int32_t AllocateColors(int32_t workers, BlendColor **colors) {
+    for (; workers > 0; workers /= 2) {
+        *colors = static_cast<BlendColor *>(
+            CountedAlloc(sizeof(BlendColor) * kRainbowStates * static_cast<size_t>(workers)));
+        if (*colors)
+            break;
+    }
+    return workers;
+}
+
+bool DrawEffect(RenderJob *job, int32_t workers) {
+    const bool starsReady = !job->drawsStars || PrepareStars(*job);
+    const bool flaresReady = starsReady && (!job->drawsFlares || PrepareFlares(*job));
+    if (!starsReady)
+        return false;
+    job->drawsFlares = job->drawsFlares && flaresReady;
+    const int32_t given = AllocateColors(std::clamp(workers, 1, kMaxRenderWorkers), &job->colors);
+    if (given == 0) {
+        ReportLowMemory();
+        return true;
+    }
+    DrawBands(job, given);
+    CountedFree(job->colors, sizeof(BlendColor) * kRainbowStates * static_cast<size_t>(given));
+    return flaresReady && job->abort.load(std::memory_order_relaxed) == 0;
 }
 
 } // namespace
 
 bool RenderEffect(const RenderSettings &settings, const ImageBuffer &source, const IntRect &target,
                   const LightSourceTableView &lightSources, const std::atomic<uint8_t> &abort,
-                  ImageBuffer *output) {
+                  ImageBuffer *output, int32_t workers) {
     RenderSettings clamped = settings;
     ClampRenderSettings(&clamped);
     BuildAngleTables();
+    PrepareCoveragePower();
     UpdateStamps(clamped);
+    gRenderState.abort = &abort;
     if (!PrepareOutputBase(source, target, clamped.effectsOnly, output))
         return false;
-    const RenderJob job{clamped, lightSources, abort, target, output, ThresholdCutLevel(clamped.threshold)};
-    return RunStarPass(job) && RunFlarePass(job);
+    const double flareLevel = clamped.softFlareIntensity / 100.0;
+    RenderJob job{clamped,
+                  lightSources,
+                  abort,
+                  IntersectRects(target, output->bounds),
+                  *output,
+                  ThresholdCutLevel(clamped.threshold),
+                  clamped.intensity >= 1 || clamped.secondaryIntensity >= 1,
+                  clamped.softFlareIntensity >= 1,
+                  static_cast<uint32_t>(flareLevel * flareLevel * kFractionOne),
+                  nullptr,
+                  0};
+    return DrawEffect(&job, workers);
 }

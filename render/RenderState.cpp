@@ -1,52 +1,72 @@
 #include "render/RenderState.h"
 
-#include "render/SoftFlare.h"
-#include "render/SpikeProfile.h"
 #include "render/StarBuilder.h"
 
 namespace {
 
 bool BuildStarStamp(StarStamp *stamp, int32_t px, int32_t py) {
-    return DrawStar(gRenderState.context, stamp, px, py);
+    return DrawStar(gRenderState.context, *gRenderState.abort, &gRenderState.stars.tables, stamp, px, py);
 }
 
-bool BuildFlareStamp(StarStamp *stamp, int32_t px, int32_t py) {
-    return DrawFlare(gRenderState.context, stamp, px, py);
+// Without memory for its values there is no flare, and no report: meant so.
+bool BuildFlareStamp(FlareStamp *stamp, int32_t px, int32_t py) {
+    ValueTable &values = gRenderState.flares.values;
+    if (!values.values && !BuildFlareTable(gRenderState.context, &values))
+        return false;
+    *stamp = MakeFlare(gRenderState.context, px, py);
+    return true;
 }
 
-void EmptySet(StampSet *set) {
-    for (StarStamp &stamp : set->stamps)
+void EmptyStars() {
+    for (StarStamp &stamp : gRenderState.stars.stamps)
         EmptyStamp(&stamp);
+    DropStarTables(&gRenderState.stars.tables);
 }
 
-void FreeSet(StampSet *set) {
-    for (StarStamp &stamp : set->stamps)
-        FreeStamp(&stamp);
+void EmptyFlares() {
+    for (FlareStamp &stamp : gRenderState.flares.stamps)
+        stamp = FlareStamp{};
+    FreeValueTable(&gRenderState.flares.values);
 }
 
 } // namespace
 
-RenderState gRenderState = {StampContext{}, StampSet{{}, BuildStarStamp}, StampSet{{}, BuildFlareStamp}};
+RenderState gRenderState = {StampContext{}, nullptr, StarSet{{}, {}, BuildStarStamp},
+                            FlareSet{{}, {}, BuildFlareStamp}};
 
 void UpdateStamps(const RenderSettings &settings) {
     const StampContext wanted = MakeStampContext(settings);
-    if (!StarStampsServe(gRenderState.context, wanted))
-        EmptySet(&gRenderState.stars);
+    if (!StarStampsServe(gRenderState.context, wanted)) {
+        EmptyStars();
+        PrepareFactors(wanted, &gRenderState.stars.tables);
+    }
     if (!FlareStampsServe(gRenderState.context, wanted))
-        EmptySet(&gRenderState.flares);
+        EmptyFlares();
     gRenderState.context = wanted;
 }
 
+const StarStamp &NeedStarStamp(int32_t px, int32_t py) {
+    StarStamp &stamp = gRenderState.stars.stamps[px * kPhases + py];
+    if (stamp.count == 0)
+        gRenderState.stars.build(&stamp, px, py);
+    return stamp;
+}
+
+const FlareStamp &NeedFlareStamp(int32_t px, int32_t py) {
+    FlareStamp &stamp = gRenderState.flares.stamps[px * kPhases + py];
+    if (!stamp.built)
+        gRenderState.flares.build(&stamp, px, py);
+    return stamp;
+}
+
 void ResetRenderState() {
-    EmptySet(&gRenderState.stars);
-    EmptySet(&gRenderState.flares);
-    ResetSpikeProfile();
-    ResetFlareValues();
+    EmptyStars();
+    EmptyFlares();
     gRenderState.context = StampContext{};
 }
 
 void FreeRenderState() {
     ResetRenderState();
-    FreeSet(&gRenderState.stars);
-    FreeSet(&gRenderState.flares);
+    for (StarStamp &stamp : gRenderState.stars.stamps)
+        FreeStamp(&stamp);
 }

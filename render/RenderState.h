@@ -1,18 +1,43 @@
-// What is kept from render to render: the stamps, and the context that they were built under. It belongs to
-// the one thread that renders; unlocked.
+// What is kept from render to render: the stamps with their tables, and the context that they were built
+// under. It is written by the one thread that renders, while its workers are not running; unlocked.
 #pragma once
 
 #include "render/RenderDriver.h"
+#include "render/SoftFlare.h"
 #include "render/StampContext.h"
 #include "render/StarStamp.h"
 
+constexpr int32_t kPhases = 4;                       // sub-pixel phases per axis, quarter pixels
+constexpr int32_t kStampsPerSet = kPhases * kPhases; // indexed px × 4 + py
+
+// Sets of stamps and the functions that build one of them; true when it is complete. A set without a builder
+// makes a render fail.
+struct StarSet {
+    StarStamp stamps[kStampsPerSet];
+    StarTables tables;
+    bool (*build)(StarStamp *stamp, int32_t px, int32_t py);
+};
+
+struct FlareSet {
+    FlareStamp stamps[kStampsPerSet];
+    ValueTable values; // shared by the phases; empty until the first is built
+    bool (*build)(FlareStamp *stamp, int32_t px, int32_t py);
+};
+
 struct RenderState {
     StampContext context; // of the last render; the builders of both sets read it
-    StampSet stars, flares;
+    const std::atomic<uint8_t> *abort;
+    StarSet stars;
+    FlareSet flares;
 };
 
 extern RenderState gRenderState;
 
 // Makes the settings (clamped) with the present geometry, precision mode and floor the state's context, and
-// empties the stamps that do not serve it. The stamps themselves are built when they are first laid.
+// empties the stamps that do not serve it. The stamps themselves are built when they are first needed.
 void UpdateStamps(const RenderSettings &settings);
+
+// The stamp of a phase, built when it holds nothing. That it could not be completed does not matter. The set
+// must have a builder.
+const StarStamp &NeedStarStamp(int32_t px, int32_t py);
+const FlareStamp &NeedFlareStamp(int32_t px, int32_t py);

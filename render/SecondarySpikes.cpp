@@ -1,9 +1,9 @@
 #include "render/SecondarySpikes.h"
 
 #include "render/EffectTypes.h"
-#include "render/SpikeRenderer.h"
+#include "render/StarBuilder.h"
 
-bool DrawSecondarySpikes(const StampContext &context, StarStamp *stamp, int32_t px, int32_t py) {
+int32_t ListSecondarySpikes(const StampContext &context, ArmShape *shapes) {
     const RenderSettings &settings = context.settings;
     const uint32_t onePercent = SpikeBrightness(settings.secondaryIntensity) / 100;
     ArmShape arm{};
@@ -14,8 +14,7 @@ bool DrawSecondarySpikes(const StampContext &context, StarStamp *stamp, int32_t 
     for (const BurstRay &ray : kStarBurstTable) {
         arm.angle = settings.angle + ray.angle * 10;
         arm.brightness = static_cast<uint32_t>(ray.weight) * onePercent;
-        if (!DrawArm(context, stamp, px, py, arm))
-            return false;
+        *shapes++ = arm;
     }
-    return true;
+    return kBurstRays;
 }

@@ -1,16 +1,18 @@
 #include "render/StampLayer.h"
 
 #include "engine/FixedPoint.h"
-#include "render/PixelAccess.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace {
 
-constexpr int64_t kReach = std::numeric_limits<int16_t>::max() + 1; // no entry's offset gets this far
+constexpr int64_t kReach = std::numeric_limits<int16_t>::max() + 1; // no pixel's offset gets this far
+constexpr int32_t kQuarters = 4, kTenths = 10;
+constexpr int32_t kRowsPerPoll = 64;
 
-// `area` as offsets from the place's pixel, as far as an entry can reach.
+// `area` as offsets from the place's pixel, as far as a stamp can reach.
 IntRect AreaInOffsets(const IntRect &area, const StampPlace &place) {
     const auto offset = [](int32_t edge, int32_t origin) {
         return static_cast<int32_t>(std::clamp(int64_t{edge} - origin, -kReach, kReach));
@@ -19,54 +21,168 @@ IntRect AreaInOffsets(const IntRect &area, const StampPlace &place) {
                    offset(area.bottom, place.y)};
 }
 
-Tint TintEntry(const Tint &tint, const StampEntry &entry) {
-    return Tint{{Mul(entry.factor[0], tint.channel[0]), Mul(entry.factor[1], tint.channel[1]),
-                 Mul(entry.factor[2], tint.channel[2])},
-                Mul(tint.value, entry.value)};
+// One light source's stamp on its way into a band.
+struct Laying {
+    const BandTarget &target;
+    const StampPlace &place;
+    IntRect window;      // the band, as offsets from the place
+    uint32_t leastValue; // smaller values cannot show
+    BlendPiece blend;    // what is the same for all pieces
+    void (*blendPiece)(const BlendPiece &piece);
+};
+
+uint32_t ThresholdOf(const StampContext &context) {
+    return std::max(context.floor / 2, 1u);
 }
 
-// Reads, blends and writes back at every entry, so that tiles never show.
-template <typename Sample>
-void LayEntries(const StarStamp &stamp, const StampPlace &place, const Tint &tint, const IntRect &window,
-                const ImageBuffer &output) {
-    const uint32_t threshold = gFloor / 2;
-    for (int32_t i = 0; i < stamp.count; ++i) {
-        const StampEntry &entry = stamp.entries[i];
-        if (!RectContains(window, entry.dx, entry.dy))
-            continue;
-        const Tint source = TintEntry(tint, entry);
-        if (Mul(LargestChannel(source.channel), source.value) < threshold)
-            continue;
-        const int64_t row = int64_t{place.y} + entry.dy - output.bounds.top;
-        const int64_t index = row * output.width + (int64_t{place.x} + entry.dx - output.bounds.left);
-        WorkingPixel pixel = ReadPixel<Sample>(output, index);
-        BlendScreen(source, &pixel);
-        WritePixel<Sample>(pixel, output, index);
+Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint &tint) {
+    Laying laying{target, place, AreaInOffsets(target.band, place), 0, BlendPiece{}, nullptr};
+    const uint32_t threshold = ThresholdOf(target.context);
+    laying.leastValue = LeastVisibleValue(LargestChannel(tint.channel), tint.value, threshold);
+    laying.blend.colors = target.colors;
+    laying.blend.tintValue = tint.value;
+    laying.blend.threshold = threshold;
+    laying.blend.precise = target.context.preciseMode;
+    laying.blend.planes = target.output.colorPlanes;
+    laying.blendPiece = gRenderPath->blend[target.output.bytesPerSample / 2];
+    return laying;
+}
+
+// Blends values into the row at offset `row` from the offset `from` on.
+void BlendRow(const Laying &laying, int32_t row, int32_t from, int32_t count, const uint32_t *values,
+              const uint16_t *states) {
+    const ImageBuffer &output = laying.target.output;
+    const int64_t y = int64_t{laying.place.y} + row - output.bounds.top;
+    const int64_t x = int64_t{laying.place.x} + from - output.bounds.left;
+    BlendPiece piece = laying.blend;
+    piece.values = values;
+    piece.states = states;
+    piece.count = count;
+    piece.room = static_cast<int32_t>(output.width - x);
+    for (int32_t plane = 0; plane < output.colorPlanes; ++plane)
+        piece.samples[plane] = output.planes[plane] + (y * output.width + x) * output.bytesPerSample;
+    laying.blendPiece(piece);
+}
+
+// Calls work(from, count) for each piece of a span.
+template <typename Work> void ForEachPiece(int32_t from, int32_t to, Work work) {
+    for (; from <= to; from += kRowPiece)
+        work(from, std::min(to - from + 1, kRowPiece));
+}
+
+BlendColor MakeBlendColor(const Tint &tint, const RainbowFactors &factors) {
+    uint32_t channel[3];
+    for (int c = 0; c < 3; ++c)
+        channel[c] = Mul(factors.factor[c], tint.channel[c]);
+    BlendColor color{LargestChannel(channel), {}};
+    for (int c = 0; c < 3; ++c)
+        color.inverse[c] = kFractionOne - NormaliseChannel(channel[c], color.largest);
+    return color;
+}
+
+// The colours of every state that occurs up to a distance.
+void PrepareColors(const StarTables &tables, const Tint &tint, uint32_t furthest, BlendColor *colors) {
+    if (tables.stateCount == 0)
+        return;
+    const uint32_t distance = std::min(furthest, tables.stateCount - 1);
+    const uint32_t last =
+        distance < tables.turnDistance ? tables.stateOfDistance[distance] : kRainbowStates - 1;
+    for (uint32_t state = 0; state <= last; ++state)
+        colors[state] = MakeBlendColor(tint, tables.factors[state]);
+}
+
+// The distance of the window's furthest corner.
+uint32_t FurthestInWindow(const IntRect &window) {
+    const int32_t x = std::max(std::abs(window.left), std::abs(window.right)) + 1;
+    const int32_t y = std::max(std::abs(window.top), std::abs(window.bottom)) + 1;
+    return MeasureDistance(x * kQuarters, y * kQuarters);
+}
+
+void LayArm(const Laying &laying, const Arm &arm, const PixelRange &walked, const uint16_t *stateOfDistance) {
+    uint32_t values[kRowRoom];
+    uint16_t states[kRowRoom];
+    const IntRect &window = laying.window;
+    const PixelRange rows = ArmRows(arm, walked);
+    const int32_t last = std::min(rows.to, window.bottom - 1);
+    for (int32_t row = std::max(rows.from, window.top); row <= last; ++row) {
+        const PixelRange span = SpanAbove(arm, ArmSpan(arm, walked, row), row, laying.leastValue);
+        ForEachPiece(std::max(span.from, window.left), std::min(span.to, window.right - 1),
+                     [&](int32_t from, int32_t count) {
+                         gRenderPath->fillArm({&arm, stateOfDistance, laying.blend.precise, row, from, count},
+                                              values, states);
+                         BlendRow(laying, row, from, count, values, states);
+                     });
     }
+}
+
+// Half the width of a flare's row, in pixels, as far as it can show; below 0 the row does not.
+int32_t FlareHalfWidth(const FlareStamp &flare, double reach, int32_t row) {
+    const double across = reach * reach - double{1.0} * row * row;
+    if (across < 0.0)
+        return -1;
+    return std::min(static_cast<int32_t>(std::sqrt(across)) + 2, flare.rings);
+}
+
+void LayFlareRow(const Laying &laying, const FlareStamp &flare, const ValueTable &values, int32_t row,
+                 int32_t halfWidth) {
+    uint32_t row_values[kRowRoom];
+    ForEachPiece(std::max(-halfWidth, laying.window.left), std::min(halfWidth, laying.window.right - 1),
+                 [&](int32_t from, int32_t count) {
+                     gRenderPath->fillFlare({&flare, &values, row, from, count}, row_values);
+                     if (flare.centreIsForced && row == 0 && from <= 0 && from + count > 0)
+                         row_values[-from] = flare.centre;
+                     BlendRow(laying, row, from, count, row_values, nullptr);
+                 });
 }
 
 } // namespace
 
-bool LayStamp(StampSet *set, const StampPlace &place, const Tint &tint, const IntRect &target,
-              ImageBuffer *output) {
-    if (!set->build)
-        return false;
-    StarStamp &stamp = set->stamps[place.px * kPhases + place.py];
-    if (stamp.count == 0)
-        set->build(&stamp, place.px, place.py);
-    const IntRect box{stamp.minX, stamp.minY, stamp.maxX, stamp.maxY};
-    const IntRect window = AreaInOffsets(IntersectRects(target, output->bounds), place);
-    if (IsEmptyRect(window) || IsEmptyRect(IntersectRects(box, window)))
-        return true;
-    switch (output->bytesPerSample) {
-    case 1:
-        LayEntries<uint8_t>(stamp, place, tint, window, *output);
-        break;
-    case 2:
-        LayEntries<uint16_t>(stamp, place, tint, window, *output);
-        break;
-    default:
-        LayEntries<float>(stamp, place, tint, window, *output);
+uint32_t LeastVisibleValue(uint32_t largest, uint32_t tintValue, uint32_t threshold) {
+    uint32_t low = 0, high = 0xFFFFFFFFu;
+    while (low < high) { // products do not fall when a factor grows
+        const uint32_t middle = low + (high - low) / 2;
+        if (Mul(largest, Mul(tintValue, middle)) >= threshold)
+            high = middle;
+        else
+            low = middle + 1;
     }
-    return true;
+    return low;
+}
+
+void LayStar(const BandTarget &target, const StarStamp &stamp, const StarTables &tables,
+             const StampPlace &place, const Tint &tint) {
+    const Laying laying = BeginLaying(target, place, tint);
+    if (IsEmptyRect(laying.window) || IsEmptyRect(IntersectRects(stamp.box, laying.window)))
+        return;
+    bool prepared = false;
+    for (int32_t i = 0; i < stamp.count; ++i) {
+        const Arm &arm = stamp.arms[i];
+        if (target.abort.load(std::memory_order_relaxed) != 0)
+            return;
+        const PixelRange walked = WalkAbove(arm, laying.leastValue);
+        if (walked.from > walked.to || IsEmptyRect(IntersectRects(arm.box, laying.window)))
+            continue;
+        if (!prepared)
+            PrepareColors(tables, tint, FurthestInWindow(laying.window), target.colors);
+        prepared = true;
+        LayArm(laying, arm, walked, tables.stateOfDistance);
+    }
+}
+
+void LayFlare(const BandTarget &target, const FlareStamp &flare, const ValueTable &values,
+              const StampPlace &place, const Tint &tint) {
+    const Laying laying = BeginLaying(target, place, tint);
+    if (IsEmptyRect(laying.window))
+        return;
+    target.colors[0] = MakeBlendColor(tint, RainbowFactors{{kFractionOne, kFractionOne, kFractionOne}});
+    const double reach = ReachOfLevel(values, laying.leastValue) / double{kTenths * kQuarters} + 1.0;
+    const int32_t first = std::max(-flare.rings, laying.window.top);
+    const int32_t last = std::min(flare.rings, laying.window.bottom - 1);
+    for (int32_t row = first; row <= last; ++row) {
+        if ((row - first) % kRowsPerPoll == 0 && target.abort.load(std::memory_order_relaxed) != 0)
+            return;
+        const int32_t halfWidth = FlareHalfWidth(flare, reach, row);
+        if (halfWidth >= 0)
+            LayFlareRow(laying, flare, values, row, halfWidth);
+    }
 }

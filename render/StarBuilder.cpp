@@ -1,36 +1,64 @@
 #include "render/StarBuilder.h"
 
-#include "render/EffectTypes.h"
+#include "diag/ErrorReport.h"
+#include "engine/FixedPoint.h"
 #include "render/SecondarySpikes.h"
-#include "render/SpikeRenderer.h"
+
+#include <cmath>
 
 namespace {
 
-bool DrawPrimaryArms(const StampContext &context, StarStamp *stamp, int32_t px, int32_t py) {
+constexpr uint32_t kLowMemorySite = 237;
+
+// The arms of the effect type; the number of them.
+int32_t ListPrimaryArms(const StampContext &context, ArmShape *shapes) {
     const RenderSettings &settings = context.settings;
     const ArmList list = LayoutStar({settings.effectType, settings.angle, settings.numberOfPoints,
                                      settings.length, SpikeBrightness(settings.intensity)});
-    ArmShape arm{};
-    arm.sharpnessFactor = StarSharpnessFactor(context);
-    arm.widthFactor = StarWidthFactor(context);
-    arm.decay = settings.intensity;
-    for (int32_t i = 0; i < list.count; ++i) {
-        arm.angle = list.arms[i].angle;
-        arm.length = list.arms[i].length;
-        arm.brightness = list.arms[i].brightness;
-        if (!DrawArm(context, stamp, px, py, arm))
-            return false;
-    }
-    return true;
+    for (int32_t i = 0; i < list.count; ++i)
+        shapes[i] = ArmShape{list.arms[i].angle,  StarSharpnessFactor(context), StarWidthFactor(context),
+                             list.arms[i].length, settings.intensity,           list.arms[i].brightness};
+    return list.count;
 }
 
 } // namespace
 
-bool DrawStar(const StampContext &context, StarStamp *stamp, int32_t px, int32_t py) {
+double StarSharpnessFactor(const StampContext &context) {
+    const double edge = std::pow(context.settings.spikeSharpness / 100.0, 3.5) + 0.003;
+    return edge * 500000.0 / context.diagonal / context.settings.scale;
+}
+
+double StarWidthFactor(const StampContext &context) {
+    return context.settings.scale * 0.005;
+}
+
+uint32_t SpikeBrightness(int32_t intensityPercent) {
+    return static_cast<uint32_t>(std::pow(intensityPercent / 100.0, 2.8) * kFractionOne);
+}
+
+bool DrawStar(const StampContext &context, const std::atomic<uint8_t> &abort, StarTables *tables,
+              StarStamp *stamp, int32_t px, int32_t py) {
     EmptyStamp(stamp);
     if (context.settings.length <= 0)
         return true;
-    if (!DrawPrimaryArms(context, stamp, px, py))
+    ArmShape shapes[kMaxStampArms];
+    int32_t count = ListPrimaryArms(context, shapes);
+    if (context.settings.secondaryIntensity > 0)
+        count += ListSecondarySpikes(context, shapes + count);
+    for (int32_t i = 0; i < count; ++i) {
+        if (abort.load(std::memory_order_relaxed) != 0) {
+            EmptyStamp(stamp);
+            return false;
+        }
+        if (AddArm(context, tables, px, py, shapes[i], stamp))
+            continue;
+        ReportLowMemory();
         return false;
-    return context.settings.secondaryIntensity <= 0 || DrawSecondarySpikes(context, stamp, px, py);
+    }
+    return true;
+}
+
+void ReportLowMemory() {
+    ReportError({kLowMemorySite, kUserMessage, 0}, kWarningIcon, kTitleWarning,
+                "Low memory.  Check image - some effects may not be rendered.");
 }

@@ -7,54 +7,126 @@
 
 namespace {
 
-bool FitsInt16(int32_t value) {
-    return value >= std::numeric_limits<int16_t>::min() && value <= std::numeric_limits<int16_t>::max();
+constexpr size_t kStampBytes = sizeof(Arm) * kMaxStampArms;
+
+// The states are read two at a time: one more than there are distances.
+size_t StateBytes(uint32_t count) {
+    return (size_t{count} + 1) * sizeof(uint16_t);
+}
+
+// No pixel of an arm lies further out: within the limits, or as far out across as along.
+uint32_t FurthestDistance(const StampContext &context) {
+    const int32_t furthest = std::max(context.limitX, context.limitY) + 16;
+    return MeasureDistance(furthest, furthest);
+}
+
+bool ExtendStates(const StampContext &context, uint32_t count, StarTables *tables) {
+    if (count <= tables->stateCount)
+        return true;
+    const size_t oldBytes = tables->stateOfDistance ? StateBytes(tables->stateCount) : 0;
+    void *grown = tables->stateOfDistance
+                      ? CountedRealloc(tables->stateOfDistance, oldBytes, StateBytes(count))
+                      : CountedAlloc(StateBytes(count));
+    if (!grown)
+        return false;
+    tables->stateOfDistance = static_cast<uint16_t *>(grown);
+    uint32_t last = tables->stateCount == 0 ? 0 : tables->stateOfDistance[tables->stateCount - 1];
+    bool rises = tables->turnDistance == tables->stateCount;
+    for (uint32_t distance = tables->stateCount; distance < count; ++distance) {
+        const uint32_t state = RainbowStateAt(context, distance);
+        rises = rises && state >= last && state < kRampPhases;
+        if (rises)
+            tables->turnDistance = distance + 1;
+        last = state;
+        tables->stateOfDistance[distance] = static_cast<uint16_t>(state);
+    }
+    tables->stateOfDistance[count] = 0;
+    tables->stateCount = count;
+    return true;
+}
+
+// The table of these inputs, built when there is none yet. Null when memory ran out.
+const ValueTable *FindValues(const StampContext &context, const SpikeProfileInputs &inputs,
+                             StarTables *tables) {
+    for (int32_t i = 0; i < tables->count; ++i)
+        if (SameProfileInputs(tables->inputs[i], inputs))
+            return &tables->values[i];
+    if (tables->count == kMaxStampArms)
+        return nullptr;
+    ValueTable values{};
+    if (!BuildSpikeTable(inputs, context.floor / 4, FurthestDistance(context), &values))
+        return nullptr;
+    if (!ExtendStates(context, values.count, tables)) {
+        FreeValueTable(&values);
+        return nullptr;
+    }
+    tables->inputs[tables->count] = inputs;
+    tables->values[tables->count] = values;
+    return &tables->values[tables->count++];
+}
+
+IntRect JoinRects(const IntRect &a, const IntRect &b) {
+    if (IsEmptyRect(a))
+        return b;
+    return IntRect{std::min(a.left, b.left), std::min(a.top, b.top), std::max(a.right, b.right),
+                   std::max(a.bottom, b.bottom)};
 }
 
 } // namespace
 
-bool ReserveStampEntry(StarStamp *stamp, uint64_t stepBytes) {
-    if (stamp->count == std::numeric_limits<int32_t>::max())
-        return false;
-    const uint64_t needed = (static_cast<uint64_t>(stamp->count) + 1) * sizeof(StampEntry);
-    if (stamp->capacityBytes >= needed)
+bool AddArm(const StampContext &context, StarTables *tables, int32_t px, int32_t py, const ArmShape &shape,
+            StarStamp *stamp) {
+    if (shape.length < 1 || shape.brightness < context.floor / 4 || stamp->count == kMaxStampArms)
         return true;
-    // Half of what is there, when that is more than the step: copying stays in proportion to the entries.
-    const uint64_t grownBytes = stamp->capacityBytes + std::max(stepBytes, stamp->capacityBytes / 2);
-    if (grownBytes > std::numeric_limits<size_t>::max())
+    if (!stamp->arms)
+        stamp->arms = static_cast<Arm *>(CountedAlloc(kStampBytes));
+    if (!stamp->arms)
         return false;
-    void *grown = stamp->entries ? CountedRealloc(stamp->entries, static_cast<size_t>(stamp->capacityBytes),
-                                                  static_cast<size_t>(grownBytes))
-                                 : CountedAlloc(static_cast<size_t>(grownBytes));
-    if (!grown)
+    const ValueTable *values = FindValues(
+        context, {shape.length, shape.decay, shape.brightness, context.settings.scale, context.diagonal},
+        tables);
+    if (!values)
         return false;
-    stamp->entries = static_cast<StampEntry *>(grown);
-    stamp->capacityBytes = grownBytes;
-    return true;
-}
-
-bool AppendStampEntry(StarStamp *stamp, int32_t quarterX, int32_t quarterY, const uint32_t factor[3],
-                      uint32_t value, uint64_t stepBytes) {
-    const int32_t dx = quarterX / kPhases, dy = quarterY / kPhases;
-    if (!FitsInt16(dx) || !FitsInt16(dy))
+    const Arm arm = MakeArm(context, px, py, shape, values);
+    if (arm.walked.from > arm.walked.to)
         return true;
-    if (!ReserveStampEntry(stamp, stepBytes))
-        return false;
-    stamp->entries[stamp->count++] = StampEntry{
-        static_cast<int16_t>(dx), static_cast<int16_t>(dy), {factor[0], factor[1], factor[2]}, value};
-    stamp->minX = std::min(stamp->minX, dx);
-    stamp->minY = std::min(stamp->minY, dy);
-    stamp->maxX = std::max(stamp->maxX, dx + 1);
-    stamp->maxY = std::max(stamp->maxY, dy + 1);
+    stamp->arms[stamp->count++] = arm;
+    stamp->box = JoinRects(stamp->box, arm.box);
     return true;
 }
 
 void EmptyStamp(StarStamp *stamp) {
     stamp->count = 0;
-    stamp->minX = stamp->minY = stamp->maxX = stamp->maxY = 0;
+    stamp->box = IntRect{0, 0, 0, 0};
 }
 
 void FreeStamp(StarStamp *stamp) {
-    CountedFree(stamp->entries, static_cast<size_t>(stamp->capacityBytes));
+    CountedFree(stamp->arms, stamp->arms ? kStampBytes : 0);
     *stamp = StarStamp{};
+}
+
+void DropStarTables(StarTables *tables) {
+    for (int32_t i = 0; i < tables->count; ++i)
+        FreeValueTable(&tables->values[i]);
+    if (tables->stateOfDistance)
+        CountedFree(tables->stateOfDistance, StateBytes(tables->stateCount));
+    tables->stateOfDistance = nullptr;
+    tables->stateCount = tables->turnDistance = 0;
+    tables->count = 0;
+}
+
+void PrepareFactors(const StampContext &context, StarTables *tables) {
+    for (uint32_t state = 0; state < kRainbowStates; ++state)
+        tables->factors[state] = FactorsOfState(context, state);
+}
+
+int64_t StampBytes(const StarStamp &stamp) {
+    return stamp.arms ? static_cast<int64_t>(kStampBytes) : 0;
+}
+
+int64_t TableBytes(const StarTables &tables) {
+    size_t bytes = tables.stateOfDistance ? StateBytes(tables.stateCount) : 0;
+    for (int32_t i = 0; i < tables.count; ++i)
+        bytes += size_t{tables.values[i].count} * sizeof(uint32_t);
+    return static_cast<int64_t>(bytes);
 }

@@ -1,43 +1,47 @@
-// A star stamp: the pixels of one star (or flare) around its centre, built once for each sub-pixel phase and
-// laid onto every light source of that phase.
+// A star stamp: the arms of one star, worked out once for each sub-pixel phase and laid onto every light
+// source of that phase; and the tables that all arms share.
 #pragma once
 
-#include <cstddef>
+#include "render/ArmSpan.h"
+#include "render/EffectTypes.h"
+#include "render/Rainbow.h"
+#include "render/SpikeProfile.h"
+
 #include <cstdint>
 
-struct StampEntry {
-    int16_t dx, dy;     // pixel offset from the light source's pixel
-    uint32_t factor[3]; // rainbow colour factors for red, green, blue; fractions
-    uint32_t value;     // fraction
-};
-static_assert(sizeof(StampEntry) == 20);
+constexpr int32_t kMaxStampArms = kMaxArms + kBurstRays;
 
-// Owner of `entries`: the record; FreeStamp releases them.
+// Owner of `arms`, room for kMaxStampArms or null: the record; FreeStamp releases them.
 struct StarStamp {
+    int32_t count; // arms, in drawing order
+    IntRect box;   // pixels that they may cover
+    Arm *arms;
+};
+
+// The values along the arms' lengths, a table for each different fall-off, and the rainbow's state by
+// distance, as far as the longest of them. All for one context. Owner of the tables: the record;
+// DropStarTables releases them.
+struct StarTables {
     int32_t count;
-    int32_t minX, minY, maxX, maxY; // bounding box in whole pixels, half-open
-    StampEntry *entries;
-    uint64_t capacityBytes;
+    SpikeProfileInputs inputs[kMaxStampArms];
+    ValueTable values[kMaxStampArms];
+    uint16_t *stateOfDistance;
+    uint32_t stateCount;
+    uint32_t turnDistance; // up to here the states rise; from here on any may occur
+    RainbowFactors factors[kRainbowStates];
 };
 
-constexpr int32_t kPhases = 4;                       // sub-pixel phases per axis, quarter pixels
-constexpr int32_t kStampsPerSet = kPhases * kPhases; // indexed px × 4 + py
-
-// Sets of stamps and the function that builds one of them. A set without a builder makes a render fail.
-struct StampSet {
-    StarStamp stamps[kStampsPerSet];
-    bool (*build)(StarStamp *stamp, int32_t px, int32_t py);
-};
-
-// Makes room for one more entry, growing by at least `stepBytes` and in proportion to what is there, so that
-// filling stays linear. False when memory ran out; the stamp is then unchanged.
-bool ReserveStampEntry(StarStamp *stamp, uint64_t stepBytes);
-// Appends an entry and widens the box to hold it. The position is in quarter pixels; its pixel is that
-// divided by 4, truncating toward zero, so that pixel 0 takes the positions -3..3. An entry whose pixel does
-// not fit 16 bits is left out. False when memory ran out; the stamp is then unchanged.
-bool AppendStampEntry(StarStamp *stamp, int32_t quarterX, int32_t quarterY, const uint32_t factor[3],
-                      uint32_t value, uint64_t stepBytes);
+// Appends an arm with its table. Nothing happens when the arm is too short or too faint. False when memory
+// ran out; the stamp is then unchanged.
+bool AddArm(const StampContext &context, StarTables *tables, int32_t px, int32_t py, const ArmShape &shape,
+            StarStamp *stamp);
 // Count 0 and an empty box; the array is kept.
 void EmptyStamp(StarStamp *stamp);
 // Gives the array back and leaves an empty stamp.
 void FreeStamp(StarStamp *stamp);
+void DropStarTables(StarTables *tables);
+// Fills in the rainbow's factors, by state.
+void PrepareFactors(const StampContext &context, StarTables *tables);
+// Bytes held by a stamp and by the tables.
+int64_t StampBytes(const StarStamp &stamp);
+int64_t TableBytes(const StarTables &tables);

@@ -1,5 +1,5 @@
 brillatrix_test(reference_tests
-    LIBS render engine recording_diag
+    LIBS render plain_render engine recording_diag
     SOURCES
         reference/ArithmeticTest.cpp
         reference/Cases.cpp
@@ -17,6 +17,8 @@ brillatrix_test(reference_tests
         reference/ReferenceSamplers.cpp
         reference/ReferenceStamps.cpp
         reference/ReferenceTable.cpp
+        reference/PlainRenderTest.cpp
         reference/RenderTest.cpp
+        reference/Scenes.cpp
         reference/StampTest.cpp
         reference/TableTest.cpp)

@@ -1,4 +1,4 @@
-brillatrix_test(render_tests LIBS render engine recording_diag
+brillatrix_test(render_tests LIBS render plain_render engine recording_diag
     SOURCES
     render/ArmTests.cpp
     render/BlendTests.cpp

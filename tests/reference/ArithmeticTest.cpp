@@ -128,22 +128,28 @@ TEST(SpikeProfile, ValuesFactorsAndFlareAreTheYardsticks) {
         const auto length = static_cast<int32_t>(random.Pick(1, 150));
         const auto brightness = static_cast<uint32_t>(random.Pick(0, 0xFFFFFFFE));
         const reference::ArmShape shape{{0, length, brightness}, 1, 1, decay};
-        SelectSpikeProfile({length, decay, brightness, context.settings.scale, gImageGeometry.diagonal});
+        const SpikeProfileInputs inputs{length, decay, brightness, context.settings.scale,
+                                        gImageGeometry.diagonal};
+        ValueTable table{};
+        ASSERT_TRUE(BuildSpikeTable(inputs, context.floor / 4, random.OneOf({50u, 5000u, 45000u}), &table));
         for (int j = 0; j < 200; ++j) {
             const auto distance =
                 static_cast<uint32_t>(random.Pick(0, random.OneOf({50, 5000, 45000, 1500000})));
-            ASSERT_EQ(SpikeValueAt(distance), reference::ProfileValue(context, shape, distance))
+            ASSERT_EQ(ComputeSpikeValue(inputs, distance), reference::ProfileValue(context, shape, distance))
                 << distance << " length " << length << " decay " << decay << " brightness " << brightness
                 << "\n"
                 << cases::Describe(context);
             ASSERT_EQ(FlareValueAt(product, distance), reference::FlareValue(context, distance))
                 << distance << "\n"
                 << cases::Describe(context);
-            const RainbowFactors factors = RainbowFactorsAt(product, distance);
+            const RainbowFactors factors = FactorsOfState(product, RainbowStateAt(product, distance));
             const auto expected = reference::ColorFactors(context, distance);
             for (int c = 0; c < 3; ++c)
                 ASSERT_EQ(factors.factor[c], expected[c]) << distance << "\n" << cases::Describe(context);
         }
+        for (uint32_t distance = 0; distance + 1 < table.count; ++distance)
+            ASSERT_EQ(table.values[distance], reference::ProfileValue(context, shape, distance)) << distance;
+        FreeValueTable(&table);
     }
 }
 

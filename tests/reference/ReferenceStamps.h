@@ -3,13 +3,15 @@
 #pragma once
 
 #include "render/RenderSettings.h"
-#include "render/StarStamp.h"
+#include "tests/plain/PlainStamps.h"
 #include "tests/reference/ReferenceMath.h"
 
 #include <cstdint>
 #include <vector>
 
 namespace reference {
+
+using plain::StampEntry;
 
 // Everything a render depends on besides the pictures.
 struct RenderContext {

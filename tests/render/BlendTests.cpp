@@ -98,24 +98,21 @@ TEST_F(RenderTest, SaturationMovesEveryChannelFromTheOldColour) {
     }
 }
 
-// Lays one opaque or nearly invisible entry on pixel (5, 5).
+// Lays one pixel: the forced centre of a flare without rings.
 constexpr uint32_t kHalfAlpha = 0x800000; // strength whose alpha is a half
-
-bool BuildOneEntry(StarStamp *stamp, int32_t, int32_t) {
-    const uint32_t factor[3] = {kOne, kOne, kOne};
-    return AppendStampEntry(stamp, 0, 0, factor, kHalfAlpha, 1024);
-}
 
 class DepthTest : public RenderTest {
 protected:
-    void TearDown() override {
-        FreeStamp(&set.stamps[0]);
-        RenderTest::TearDown();
+    void LayInto(TestImage *image, const IntRect &target, const StampPlace &place, const Tint &tint) {
+        const StampContext context = MakeStampContext(DefaultSettings());
+        uint32_t none = 0;
+        const ValueTable values{&none, 1, {}};
+        const FlareStamp dot{true, 0, 0, 0, kHalfAlpha, true};
+        BlendColor color;
+        LayFlare({context, image->buffer, IntersectRects(target, image->buffer.bounds), noAbort, &color}, dot,
+                 values, place, tint);
     }
-    void Lay(TestImage *image, const Tint &tint) {
-        ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, tint, image->buffer.bounds, &image->buffer));
-    }
-    StampSet set{{}, BuildOneEntry};
+    void Lay(TestImage *image, const Tint &tint) { LayInto(image, image->buffer.bounds, {5, 5, 0, 0}, tint); }
     const Tint white{{kOne, kOne, kOne}, kOne};
     const Tint red{{kOne, 0, 0}, kOne};
 };
@@ -186,17 +183,89 @@ TEST_F(DepthTest, FloatHighlightsAreKeptAndOddValuesBecomeNumbers) {
 TEST_F(DepthTest, EntriesOutsideTheTargetOrTooFaintAreLeft) {
     TestImage image(kModeRgb32, 0, {0, 0, 8, 8});
     const auto before = image.Bytes();
-    ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, white, {0, 0, 5, 8}, &image.buffer));
-    ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, white, {6, 0, 8, 8}, &image.buffer));
-    ASSERT_TRUE(LayStamp(&set, {-1, 5, 0, 0}, white, {-10, -10, 18, 18}, &image.buffer));
-    ASSERT_TRUE(LayStamp(&set, {0x7FFFFFFF, -0x7FFFFFFF, 0, 0}, white, image.buffer.bounds, &image.buffer));
+    LayInto(&image, {0, 0, 5, 8}, {5, 5, 0, 0}, white);
+    LayInto(&image, {6, 0, 8, 8}, {5, 5, 0, 0}, white);
+    LayInto(&image, {-10, -10, 18, 18}, {-1, 5, 0, 0}, white);
+    LayInto(&image, image.buffer.bounds, {0x7FFFFFFF, -0x7FFFFFFF, 0, 0}, white);
     Tint faint = white;
     faint.value = 4192000; // a strength of 8187, just below half the floor
-    ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, faint, image.buffer.bounds, &image.buffer));
+    LayInto(&image, image.buffer.bounds, {5, 5, 0, 0}, faint);
     EXPECT_EQ(image.Bytes(), before);
     faint.value = 4196000; // 8195, just above
-    ASSERT_TRUE(LayStamp(&set, {5, 5, 0, 0}, faint, image.buffer.bounds, &image.buffer));
+    LayInto(&image, image.buffer.bounds, {5, 5, 0, 0}, faint);
     EXPECT_GT(image.At<float>(0, 5, 5), 0.0f);
+}
+
+// The vector form of the blend against the portable one: every sample of the integer depths under many
+// strengths, rows of every length at the very end of their room.
+template <typename Sample> void CompareBlends(int32_t depth, int32_t values, bool precise, int32_t planes) {
+    std::mt19937 random(static_cast<uint32_t>(values) + planes);
+    std::vector<BlendColor> colors(16);
+    for (BlendColor &color : colors)
+        color = {static_cast<uint32_t>(random()),
+                 {static_cast<uint32_t>(random()), random() % 2 ? 0 : 0xFFFFFFFEu, 77}};
+    for (int32_t from = 0; from < values; from += 61) {
+        const int32_t count = 1 + static_cast<int32_t>(random() % 70);
+        std::vector<Sample> rows[2][3];
+        uint32_t strengths[80];
+        uint16_t states[80];
+        for (uint32_t &strength : strengths)
+            strength = static_cast<uint32_t>(random()) >> random() % 20;
+        for (uint16_t &state : states)
+            state = static_cast<uint16_t>(random() % colors.size());
+        for (int which = 0; which < 2; ++which) {
+            BlendPiece piece{strengths,     from % 2 ? states : nullptr,
+                             count,         count + from % 3,
+                             colors.data(), kOne,
+                             8191,          precise,
+                             planes,        {}};
+            for (int32_t plane = 0; plane < planes; ++plane) {
+                rows[which][plane].resize(static_cast<size_t>(piece.room));
+                for (int32_t i = 0; i < piece.room; ++i)
+                    rows[which][plane][i] = static_cast<Sample>((from + i + plane * 7) % values);
+                piece.samples[plane] = rows[which][plane].data();
+            }
+            (which ? Avx2Path() : &kPortablePath)->blend[depth](piece);
+        }
+        for (int32_t plane = 0; plane < planes; ++plane)
+            ASSERT_EQ(rows[0][plane], rows[1][plane]) << from << " count " << count << " planes " << planes;
+    }
+}
+
+TEST_F(DepthTest, VectorFormIsThePortableOne) {
+    if (!Avx2Path())
+        GTEST_SKIP() << "no AVX2 here";
+    for (const bool precise : {true, false})
+        for (const int32_t planes : {1, 3})
+            for (int round = 0; round < 20; ++round) {
+                ASSERT_NO_FATAL_FAILURE(CompareBlends<uint8_t>(0, 256, precise, planes));
+                ASSERT_NO_FATAL_FAILURE(CompareBlends<uint16_t>(1, 40000, precise, planes));
+                ASSERT_NO_FATAL_FAILURE(CompareBlends<float>(2, 2, precise, planes));
+            }
+}
+
+// The short forms of the 16-bit conversions, for every working value and every sample.
+TEST_F(DepthTest, SixteenBitShortFormsAreExact) {
+    for (uint32_t working = 0; working <= kFullIntensity; ++working)
+        ASSERT_EQ((working + 256) >> 9, WorkingTo16(working));
+    for (int32_t sample = 0; sample <= 32768; ++sample)
+        ASSERT_EQ(static_cast<uint32_t>((sample << 9) + ((16384 - sample) >> 15)),
+                  WorkingFrom16(static_cast<uint16_t>(sample)));
+}
+
+// Whatever shows under a tint has at least the least visible value.
+TEST_F(DepthTest, LeastVisibleValueIsTheLeast) {
+    std::mt19937 random(4);
+    for (int round = 0; round < 2000; ++round) {
+        gPreciseMode = round % 2;
+        const uint32_t largest = static_cast<uint32_t>(random()) >> random() % 8;
+        const uint32_t value = static_cast<uint32_t>(random()) >> random() % 8;
+        const uint32_t least = LeastVisibleValue(largest, value, 8191);
+        if (least != 0xFFFFFFFFu) {
+            EXPECT_GE(Mul(largest, Mul(value, least)), 8191u);
+        }
+        EXPECT_LT(Mul(largest, Mul(value, least - 1)), 8191u);
+    }
 }
 
 } // namespace

@@ -102,10 +102,32 @@ TEST_F(DriverTest, DifferentLayoutsAreReported) {
 // --- Which sources, and where
 // ----------------------------------------------------------------------------------
 
-// A stand-in for both builders: one bright entry at the source's pixel.
+// Stand-ins for the builders: one bright entry at the source's pixel. For a star it is an arm of one step,
+// too narrow to cover its neighbours.
 bool BuildDot(StarStamp *stamp, int32_t, int32_t) {
-    const uint32_t factor[3] = {kFractionOne, kFractionOne, kFractionOne};
-    return AppendStampEntry(stamp, 0, 0, factor, kFractionOne, 1024);
+    static uint32_t full[] = {kFractionOne, kFractionOne};
+    static const ValueTable values = [] {
+        ValueTable table{full, 2, {}};
+        std::fill(std::begin(table.reach), std::end(table.reach), 2u);
+        return table;
+    }();
+    if (!AddArm(gRenderState.context, &gRenderState.stars.tables, 0, 0, {1800, 0.5, 0.5, 50, 50, 600000000u},
+                stamp))
+        return false;
+    Arm &arm = stamp->arms[0];
+    arm.walked = {0, 0};
+    arm.slope = arm.crossing = 0.0;
+    arm.halfWidth = -2.0;
+    arm.edgeSlope = 0.5;
+    arm.values = &values;
+    return true;
+}
+
+bool BuildFlareDot(FlareStamp *stamp, int32_t px, int32_t py) {
+    static uint32_t none = 0;
+    gRenderState.flares.values = ValueTable{&none, 1, {}};
+    *stamp = FlareStamp{true, px, py, 0, kFractionOne, true};
+    return true;
 }
 
 // Which pixels of the output are not black after a render of dots.
@@ -176,7 +198,7 @@ TEST_F(DriverTest, FlareIsWeakerThanTheStarByItsShare) {
     settings.softFlareIntensity = 10;
     settings.colorSaturation = 0;
     settings.effectsOnly = true;
-    gRenderState.flares.build = BuildDot;
+    gRenderState.flares.build = BuildFlareDot;
     std::vector<LightSource> sources = {MakeSource(100, 80)};
     sources[0].Intensity = 100000000; // × 0.01 = 999999 after truncation
     TestImage output(kModeRgb32, 0, kBounds);
@@ -187,6 +209,7 @@ TEST_F(DriverTest, FlareIsWeakerThanTheStarByItsShare) {
         static_cast<uint32_t>(kFloor8Bit) * 100; // the share brings it just below the floor
     ASSERT_TRUE(Render(settings, output, sources, &output));
     EXPECT_EQ(output.At<float>(0, 100, 80), 0.0f);
+    gRenderState.flares.values = ValueTable{};
 }
 
 // --- Stamps kept and rebuilt
@@ -230,11 +253,11 @@ TEST_F(DriverTest, ChangesRebuildOnlyWhatDependsOnThem) {
         RenderSettings settings = DefaultSettings();
         ASSERT_TRUE(Render(settings, source, sources, &output));
         ASSERT_GT(gRenderState.stars.stamps[0].count, 0);
-        ASSERT_GT(gRenderState.flares.stamps[0].count, 0);
+        ASSERT_TRUE(gRenderState.flares.stamps[0].built);
         c.change(&settings);
         UpdateStamps(settings);
         EXPECT_EQ(gRenderState.stars.stamps[0].count > 0, c.starsKept) << c.what;
-        EXPECT_EQ(gRenderState.flares.stamps[0].count > 0, c.flaresKept) << c.what;
+        EXPECT_EQ(gRenderState.flares.stamps[0].built, c.flaresKept) << c.what;
     }
 }
 
@@ -266,13 +289,25 @@ TEST_F(DriverTest, StateLeavesNoTrace) {
 // ----------------------------------------------------------------------------------------
 
 std::atomic<uint8_t> gTestAbort{0};
+const RenderPath *gInnerPath;
 
-bool BuildDotAndAbort(StarStamp *stamp, int32_t px, int32_t py) {
+// Raises the flag while the first source is laid.
+void FillArmAndAbort(const ArmPiece &piece, uint32_t *values, uint16_t *states) {
     gTestAbort = 1;
-    return BuildDot(stamp, px, py);
+    gInnerPath->fillArm(piece, values, states);
+}
+void FillFlareAndAbort(const FlarePiece &piece, uint32_t *values) {
+    gTestAbort = 1;
+    gInnerPath->fillFlare(piece, values);
 }
 
 TEST_F(DriverTest, AbortIsPolledBeforeEachSourceOfBothPasses) {
+    gInnerPath = path;
+    static RenderPath aborting;
+    aborting = *path;
+    aborting.fillArm = FillArmAndAbort;
+    aborting.fillFlare = FillFlareAndAbort;
+    gRenderPath = &aborting;
     for (const bool flarePass : {false, true}) {
         SetUp();
         gTestAbort = 0;
@@ -280,15 +315,55 @@ TEST_F(DriverTest, AbortIsPolledBeforeEachSourceOfBothPasses) {
         settings.effectsOnly = true;
         if (flarePass)
             settings.intensity = settings.secondaryIntensity = 0;
-        (flarePass ? gRenderState.flares : gRenderState.stars).build = BuildDotAndAbort;
+        gRenderState.stars.build = BuildDot;
+        gRenderState.flares.build = BuildFlareDot;
         std::vector<LightSource> sources = {MakeSource(100, 80), MakeSource(110, 80)};
         TestImage output(kModeRgb8, 0, kBounds);
         EXPECT_FALSE(
             RenderEffect(settings, output.buffer, kBounds, ViewOf(sources), gTestAbort, &output.buffer));
         EXPECT_NE(output.At<uint8_t>(0, 100, 80), 0); // what was blended stays
         EXPECT_EQ(output.At<uint8_t>(0, 110, 80), 0);
-        gRenderState.stars.build = builders[0];
-        gRenderState.flares.build = builders[1];
+        gRenderState.flares.values = ValueTable{};
+    }
+}
+
+bool BuildDotAndAbort(StarStamp *stamp, int32_t px, int32_t py) {
+    gTestAbort = 1;
+    return BuildDot(stamp, px, py);
+}
+
+TEST_F(DriverTest, AbortWhileStampsAreBuiltDrawsNothing) {
+    gTestAbort = 0;
+    gRenderState.stars.build = BuildDotAndAbort;
+    std::vector<LightSource> sources = {MakeSource(100, 80), MakeSource(110, 80, 1, 1)};
+    TestImage source(kModeRgb8, 0, kBounds), output(kModeRgb8, 0, kBounds);
+    FillRandom(&source, 3);
+    EXPECT_FALSE(
+        RenderEffect(DefaultSettings(), source.buffer, kBounds, ViewOf(sources), gTestAbort, &output.buffer));
+    EXPECT_EQ(output.Bytes(), source.Bytes());
+    EXPECT_EQ(gRenderState.stars.stamps[5].count, 0); // the second source's phase was not begun
+}
+
+// A flag that was raised before the render.
+TEST_F(DriverTest, RaisedAbortBuildsNothing) {
+    gTestAbort = 1;
+    std::vector<LightSource> sources = {MakeSource(100, 80)};
+    TestImage output(kModeRgb8, 0, kBounds);
+    EXPECT_FALSE(RenderEffect(DefaultSettings(), output.buffer, kBounds, ViewOf(sources), gTestAbort,
+                              &output.buffer, 3));
+    EXPECT_EQ(gRenderState.stars.stamps[0].count, 0);
+}
+
+// Any number of workers, more than there are rows too.
+TEST_F(DriverTest, WorkersNeverShow) {
+    std::vector<LightSource> sources = ScatteredSources();
+    TestImage source(kModeRgb16, 0, kBounds), alone(kModeRgb16, 0, kBounds), shared(kModeRgb16, 0, kBounds);
+    FillRandom(&source, 9);
+    ASSERT_TRUE(Render(DefaultSettings(), source, sources, &alone));
+    for (const int32_t workers : {-1, 0, 2, 3, 5, 16, 1000}) {
+        ASSERT_TRUE(RenderEffect(DefaultSettings(), source.buffer, kBounds, ViewOf(sources), noAbort,
+                                 &shared.buffer, workers));
+        ASSERT_EQ(shared.Bytes(), alone.Bytes()) << workers;
     }
 }
 
@@ -298,17 +373,17 @@ TEST_F(DriverTest, SetWithoutBuilderFailsTheRender) {
     gRenderState.flares.build = nullptr;
     EXPECT_FALSE(Render(DefaultSettings(), source, sources, &output));
     EXPECT_TRUE(Render(DefaultSettings(), source, none, &output));
-    gRenderState.flares.build = builders[1];
+    gRenderState.flares.build = flareBuilder;
     gRenderState.stars.build = nullptr;
     EXPECT_FALSE(Render(DefaultSettings(), source, sources, &output));
     EXPECT_TRUE(TakeReports().empty());
 }
 
-int64_t StampBytes() {
-    int64_t bytes = 0;
-    for (const StampSet *set : {&gRenderState.stars, &gRenderState.flares})
-        for (const StarStamp &stamp : set->stamps)
-            bytes += static_cast<int64_t>(stamp.capacityBytes);
+int64_t StateBytes() {
+    const StarSet &stars = gRenderState.stars;
+    int64_t bytes = TableBytes(stars.tables) + gRenderState.flares.values.count * int64_t{sizeof(uint32_t)};
+    for (const StarStamp &stamp : stars.stamps)
+        bytes += StampBytes(stamp);
     return bytes;
 }
 
@@ -326,7 +401,7 @@ TEST_F(DriverTest, EveryAllocationMayFail) {
             EXPECT_TRUE(Render(DefaultSettings(), source, sources, &output));
             made = AllocationsMade();
             FailAllocation(0, false);
-            EXPECT_EQ(BufferBytesInUse(), StampBytes() + 3 * source.buffer.pixelBytes);
+            EXPECT_EQ(BufferBytesInUse(), StateBytes() + 3 * source.buffer.pixelBytes);
             ResetRenderState();
             ASSERT_TRUE(Render(DefaultSettings(), source, sources, &output));
             ASSERT_EQ(output.Bytes(), whole.Bytes()) << n;

@@ -1,6 +1,7 @@
 // The soft flare's values and rings.
 #include "render/SoftFlare.h"
 #include "render/SpikeProfile.h"
+#include "tests/plain/StampEntries.h"
 #include "tests/render/RenderFixture.h"
 
 #include <map>
@@ -14,23 +15,25 @@ protected:
         context = MakeStampContext(DefaultSettings());
     }
     void TearDown() override {
-        FreeStamp(&stamp);
+        FreeValueTable(&values);
         RenderTest::TearDown();
     }
+    FlareStamp Draw(int32_t px, int32_t py) {
+        FreeValueTable(&values);
+        EXPECT_TRUE(BuildFlareTable(context, &values));
+        return MakeFlare(context, px, py);
+    }
     // Every entry by its offset; fails on a pixel that comes twice.
-    std::map<std::pair<int, int>, uint32_t> Pixels() const {
+    std::map<std::pair<int, int>, uint32_t> Pixels(const FlareStamp &flare) const {
         std::map<std::pair<int, int>, uint32_t> pixels;
-        for (int32_t i = 0; i < stamp.count; ++i) {
-            const StampEntry &entry = stamp.entries[i];
+        for (const plain::StampEntry &entry : EntriesOf(context, flare, values)) {
             const bool first = pixels.emplace(std::pair(entry.dx, entry.dy), entry.value).second;
             EXPECT_TRUE(first) << entry.dx << " " << entry.dy;
-            for (const uint32_t factor : entry.factor)
-                EXPECT_EQ(factor, kFractionOne);
         }
         return pixels;
     }
     StampContext context;
-    StarStamp stamp{};
+    ValueTable values{};
 };
 
 TEST_F(FlareTest, ValuesToTheInteger) {
@@ -44,65 +47,54 @@ TEST_F(FlareTest, ValuesToTheInteger) {
     }
 }
 
-TEST_F(FlareTest, MemoFollowsLengthScaleAndDiagonal) {
-    context.diagonal = 1000;
-    StampContext others[] = {context, context, context};
-    others[0].settings.length = 51;
-    others[1].settings.scale = 101.0;
-    others[2].diagonal = 1001;
-    for (const StampContext &other : others) {
-        EXPECT_EQ(FlareValueAt(context, 1000), 2360927u);
-        EXPECT_GT(FlareValueAt(other, 1000), 2360927u);
-        EXPECT_EQ(FlareValueAt(context, 1000), 2360927u);
-    }
+// The table holds what the library's power gives, at every distance, for flat and steep flares.
+TEST_F(FlareTest, TableIsTheLibrarysToTheInteger) {
+    for (const int16_t length : {0, 1, 37, 50, 99, 100})
+        for (const int32_t diagonal : {2, 257, 3000}) {
+            context.settings.length = length;
+            context.diagonal = diagonal;
+            context.imageWidth = diagonal;
+            Draw(0, 0);
+            for (uint32_t distance = 0; distance + 1 < values.count; ++distance)
+                ASSERT_EQ(values.values[distance], FlareValueAt(context, distance))
+                    << length << " " << distance;
+            if (values.count > 1) {
+                EXPECT_GE(values.values[values.count - 2], context.floor);
+            }
+        }
 }
 
 // Each pixel once, none missing inside the reach, each with its own distance from the phase point.
 TEST_F(FlareTest, RingsHoldEveryBrightPixelOnce) {
     for (const auto &[px, py] : {std::pair(0, 0), std::pair(3, 0), std::pair(1, 2)}) {
-        ASSERT_TRUE(DrawFlare(context, &stamp, px, py));
-        const auto pixels = Pixels();
+        const FlareStamp flare = Draw(px, py);
+        const auto pixels = Pixels(flare);
         ASSERT_GT(pixels.size(), 300u);
-        int32_t furthest = 0;
-        for (const auto &[offset, value] : pixels) {
-            const auto [x, y] = offset;
-            EXPECT_EQ(value, FlareValueAt(context, MeasureDistance(4 * x - px, 4 * y - py)));
-            EXPECT_TRUE(value >= context.floor || (x == 0 && y == 0));
-            EXPECT_TRUE(x >= stamp.minX && x < stamp.maxX && y >= stamp.minY && y < stamp.maxY);
-            furthest = std::max({furthest, std::abs(x), std::abs(y)});
-        }
-        for (int32_t y = -furthest; y <= furthest; ++y)
-            for (int32_t x = -furthest; x <= furthest; ++x) {
+        for (int32_t y = -flare.rings - 1; y <= flare.rings + 1; ++y)
+            for (int32_t x = -flare.rings - 1; x <= flare.rings + 1; ++x) {
                 const uint32_t value = FlareValueAt(context, MeasureDistance(4 * x - px, 4 * y - py));
-                EXPECT_TRUE(value < context.floor || pixels.contains({x, y})) << x << " " << y;
+                const auto found = pixels.find({x, y});
+                ASSERT_EQ(found != pixels.end(), value >= context.floor) << x << " " << y;
+                if (found != pixels.end()) {
+                    EXPECT_EQ(found->second, value);
+                }
             }
-        EXPECT_EQ(stamp.minX, -stamp.maxX);
-        EXPECT_EQ(stamp.minY, -stamp.maxY);
     }
 }
 
 TEST_F(FlareTest, RingsEndAtTheImageWidthAndTheCentreIsAlwaysDrawn) {
     context.imageWidth = 3;
-    ASSERT_TRUE(DrawFlare(context, &stamp, 0, 0));
-    EXPECT_EQ(stamp.count, 49);
-    EXPECT_EQ(stamp.maxX, 4);
+    EXPECT_EQ(Pixels(Draw(0, 0)).size(), 49u);
     context.floor = 0xFFFFFFFF;
-    ASSERT_TRUE(DrawFlare(context, &stamp, 0, 0));
-    ASSERT_EQ(stamp.count, 1);
-    EXPECT_EQ(stamp.entries[0].value, 67108604u);
+    const FlareStamp flare = Draw(0, 0);
+    EXPECT_TRUE(flare.centreIsForced);
+    EXPECT_EQ(Pixels(flare), (std::map<std::pair<int, int>, uint32_t>{{{0, 0}, 67108604u}}));
 }
 
 TEST_F(FlareTest, ExhaustedMemoryEndsTheFlareSilently) {
     FailAllocation(1, false);
-    EXPECT_FALSE(DrawFlare(context, &stamp, 0, 0));
-    EXPECT_EQ(stamp.count, 0);
-    SetImageGeometry({0, 0, 4000, 3000});
-    context = MakeStampContext(DefaultSettings());
-    FailAllocation(2, true);
-    EXPECT_FALSE(DrawFlare(context, &stamp, 0, 0));
-    EXPECT_EQ(stamp.count, 5 * 1024 * 1024 / 20);
-    for (const auto &[offset, value] : Pixels())
-        EXPECT_TRUE(offset.first >= stamp.minX && offset.second < stamp.maxY);
+    EXPECT_FALSE(BuildFlareTable(context, &values));
+    EXPECT_EQ(values.values, nullptr);
     EXPECT_TRUE(TakeReports().empty());
 }
 

@@ -6,7 +6,9 @@
 #include "engine/Geometry.h"
 #include "engine/ImageBuffer.h"
 #include "render/AngleTables.h"
+#include "render/FixedPower.h"
 #include "render/RenderDriver.h"
+#include "render/RenderPath.h"
 #include "render/RenderState.h"
 #include "tests/support/RecordingDiag.h"
 
@@ -110,18 +112,21 @@ protected:
         gFloor = kFloor8Bit;
         SetImageGeometry({0, 0, 200, 160});
         BuildAngleTables();
+        PrepareCoveragePower();
         ResetRenderState();
         FailAllocation(0, false);
         TakeReports();
-        builders[0] = gRenderState.stars.build;
-        builders[1] = gRenderState.flares.build;
     }
     void TearDown() override {
         FailAllocation(0, false);
         FreeRenderState();
-        gRenderState.stars.build = builders[0];
-        gRenderState.flares.build = builders[1];
+        gRenderState.stars.build = starBuilder;
+        gRenderState.flares.build = flareBuilder;
+        gRenderPath = path;
         EXPECT_EQ(BufferBytesInUse(), 0);
     }
-    bool (*builders[2])(StarStamp *, int32_t, int32_t);
+    bool (*const starBuilder)(StarStamp *, int32_t, int32_t) = gRenderState.stars.build;
+    bool (*const flareBuilder)(FlareStamp *, int32_t, int32_t) = gRenderState.flares.build;
+    const RenderPath *const path = gRenderPath;
+    const std::atomic<uint8_t> noAbort{0};
 };

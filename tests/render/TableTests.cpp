@@ -2,10 +2,12 @@
 // a script of their own.
 #include "render/Rainbow.h"
 #include "render/SpikeProfile.h"
-#include "render/SpikeRenderer.h"
+#include "render/StarBuilder.h"
 #include "tests/render/RenderFixture.h"
 
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -44,34 +46,55 @@ TEST_F(RenderTest, SpikeValueIsFlatThenFalls) {
     const std::pair<uint32_t, uint32_t> known[] = {{0, 600000000},   {110, 600000000}, {115, 577891769},
                                                    {200, 256937741}, {1000, 13753542}, {32767, 9896},
                                                    {32768, 9895},    {50000, 4060}};
-    for (int round = 0; round < 2; ++round)
-        for (const auto &[distance, value] : known) {
-            SelectSpikeProfile(inputs);
-            EXPECT_EQ(SpikeValueAt(distance), value) << distance;
-        }
+    ValueTable table{};
+    ASSERT_TRUE(BuildSpikeTable(inputs, 4095, 1000000, &table));
+    for (const auto &[distance, value] : known) {
+        EXPECT_EQ(ComputeSpikeValue(inputs, distance), value) << distance;
+        EXPECT_EQ(ValueAt(table, distance), value >= 4095 ? value : 0) << distance;
+    }
+    for (uint32_t level = 1; level < 400000000u; level += level / 8 + 1) {
+        const uint32_t reach = ReachOfLevel(table, level);
+        EXPECT_TRUE(reach == table.count || ValueAt(table, reach) < level) << level;
+        EXPECT_GE(ComputeSpikeValue(inputs, reach), std::min(level / 2, 4000u)) << level; // not far too far
+    }
+    FreeValueTable(&table);
 }
 
-// Each input alone must clear what was remembered under the others.
-TEST_F(RenderTest, SpikeMemoFollowsEveryInput) {
-    const SpikeProfileInputs base{50, 50, 600000000u, 100.0, 1000};
-    std::vector<SpikeProfileInputs> others(5, base);
-    others[0].length = 60;
-    others[1].decay = 60;
-    others[2].brightness = 600000001u;
-    others[3].scale = 150.0;
-    others[4].diagonal = 1500;
-    constexpr uint32_t kDistance = 1000, kNear = 50;
-    for (const SpikeProfileInputs &other : others) {
-        ResetSpikeProfile();
-        SelectSpikeProfile(other);
-        const uint32_t fresh = SpikeValueAt(kDistance), freshNear = SpikeValueAt(kNear);
-        SelectSpikeProfile(base);
-        EXPECT_EQ(SpikeValueAt(kDistance), 13753542u);
-        SelectSpikeProfile(other);
-        EXPECT_EQ(SpikeValueAt(kDistance), fresh);
-        EXPECT_EQ(SpikeValueAt(kNear), freshNear);
-        EXPECT_TRUE(fresh != 13753542u || freshNear != 600000000u);
+// Powers and the integers made of them, against the library's, over many bases and hard ones.
+TEST_F(RenderTest, FixedPowersKeepTheirError) {
+    std::mt19937_64 random(11);
+    std::uniform_real_distribution<double> unit(0.001, 1.0);
+    for (const double exponent : {1.6, -0.02, -0.43, -1.9, -3.7, -6.9, -5.0, -15.2, -25.0}) {
+        FixedPower power;
+        PrepareFixedPower(exponent, &power);
+        double worst = 0.0;
+        for (int i = 0; i < 200000; ++i) {
+            const int octave = static_cast<int>(random() % 32);
+            const double base = std::ldexp(unit(random) + 1.0, exponent > 0.0 ? -octave : octave);
+            const double exact = std::pow(base, exponent);
+            worst = std::max(worst, std::fabs(PowerOf(power, base) / exact - 1.0));
+        }
+        printf("exponent %g: worst error 2^%.1f, allowed 2^%.1f\n", exponent, std::log2(worst),
+               std::log2(power.error));
+        EXPECT_LT(worst, power.error);
     }
+}
+
+TEST_F(RenderTest, SharesAreTheLibrarysIntegers) {
+    std::mt19937_64 random(12);
+    std::uniform_real_distribution<double> unit(0x1p-54, 1.0);
+    const bool longRun = std::getenv("BRILLATRIX_TEST_LONG") != nullptr;
+    for (int i = 0; i < (longRun ? 50000000 : 500000); ++i) {
+        const double coverage =
+            i % 4 ? unit(random) : std::ldexp(unit(random), -static_cast<int>(random() % 50));
+        ASSERT_EQ(ShareOfCoverage(coverage), ShareByLibrary(coverage)) << coverage;
+    }
+    // Coverages whose share lies next to a step, where the approximation must give way.
+    for (uint32_t share = 1; share < 4200000000u; share += 4000037u)
+        for (double coverage : {std::pow((share - 0.5) / kFractionOne, 1 / 1.6)})
+            for (int i = 0; i < 6; ++i, coverage = std::nextafter(coverage, i % 2 ? 0.0 : 2.0))
+                ASSERT_EQ(ShareOfCoverage(coverage), ShareByLibrary(coverage)) << coverage;
+    EXPECT_EQ(ShareOfCoverage(1.0), kFractionOne);
 }
 
 struct RainbowCase {
@@ -101,7 +124,7 @@ TEST_F(RenderTest, RainbowFactorsToTheInteger) {
         context.settings.rainbowFrequency = c.frequency;
         context.diagonal = c.diagonal;
         gPreciseMode = c.precise;
-        const RainbowFactors factors = RainbowFactorsAt(context, c.distance);
+        const RainbowFactors factors = FactorsOfState(context, RainbowStateAt(context, c.distance));
         for (int i = 0; i < 3; ++i)
             EXPECT_EQ(factors.factor[i], c.factor[i]) << c.distance << " channel " << i;
     }
@@ -113,10 +136,10 @@ TEST_F(RenderTest, NoRainbowLeavesEveryDistanceUntintedAndFullOneDimsToNothing) 
     uint32_t least = kFractionOne;
     for (uint32_t distance = 0; distance < 20000; distance += 13) {
         context.settings.rainbowIntensity = 0;
-        for (const uint32_t factor : RainbowFactorsAt(context, distance).factor)
+        for (const uint32_t factor : FactorsOfState(context, RainbowStateAt(context, distance)).factor)
             EXPECT_EQ(factor, kFractionOne);
         context.settings.rainbowIntensity = 100;
-        for (const uint32_t factor : RainbowFactorsAt(context, distance).factor)
+        for (const uint32_t factor : FactorsOfState(context, RainbowStateAt(context, distance)).factor)
             least = std::min(least, factor);
     }
     EXPECT_LT(least, kFractionOne / 100);

@@ -1,0 +1,257 @@
+// The renderer beside its plain form and beside a plain copy of the same image, in one run, in tiles as the
+// final render draws them.
+//
+//   render_bench [--cases name,name] [--workers 2] [--no-plain] [--portable]
+//
+// Prints one line a case: seconds for the copy, the plain form and the renderer, their ratio, and the peak of
+// the counted memory beyond the image's own buffers. Then the preview: milliseconds from one slider change to
+// a finished tile of 1024 × 1024, stamps to rebuild; and the time from a raised abort flag to the return.
+#include "bench/Timing.h"
+#include "engine/FixedPoint.h"
+#include "engine/ImageBuffer.h"
+#include "render/RenderDriver.h"
+#include "render/RenderPath.h"
+#include "tests/plain/PlainRender.h"
+#include "tests/support/RecordingDiag.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr int32_t kTileSize = 2048, kPreviewSize = 1024;
+constexpr RenderSettings kDefaults = {100.0, 100, 50, 50, 150, 6,     50,
+                                      30,    50,  50, 15, 30,  false, kStandardStar};
+
+struct Options {
+    std::string cases = "24-50,24-500,24-long,24-flare,24-sharp20,100-50";
+    int32_t workers = 2;
+    bool plain = true;
+};
+
+struct Case {
+    const char *name;
+    int32_t megapixels, lights;
+    void (*change)(RenderSettings *settings);
+    bool hasPlain; // the plain form's stamps would not fit any memory otherwise
+};
+
+const Case kCases[] = {
+    {"24-50", 24, 50, [](RenderSettings *) {}, true},
+    {"24-500", 24, 500, [](RenderSettings *) {}, true},
+    {"24-long", 24, 50,
+     [](RenderSettings *s) {
+         s->length = s->intensity = 100;
+         s->numberOfPoints = 32;
+     },
+     true},
+    {"100-50", 100, 50, [](RenderSettings *) {}, true},
+    {"24-flare", 24, 50, [](RenderSettings *s) { s->length = s->softFlareIntensity = 100; }, true},
+    {"24-sharp20", 24, 50, [](RenderSettings *s) { s->spikeSharpness = 20; }, true},
+    {"24-worst", 24, 50,
+     [](RenderSettings *s) {
+         s->effectType = kHollywoodStar;
+         s->spikeSharpness = 0;
+         s->numberOfPoints = 32;
+         s->length = s->intensity = s->secondaryIntensity = s->softFlareIntensity = 100;
+     },
+     false},
+};
+
+const std::atomic<uint8_t> kNoAbort{0};
+
+// Whether a list of names with commas between has the name.
+bool IsNamed(const std::string &list, const char *name) {
+    const size_t at = list.find(name), end = at + strlen(name);
+    return at != std::string::npos && (at == 0 || list[at - 1] == ',') &&
+           (end == list.size() || list[end] == ',');
+}
+
+[[noreturn]] void Fail(const char *what) {
+    fprintf(stderr, "render_bench: %s\n", what);
+    exit(1);
+}
+
+ImageBuffer NewImage(const IntRect &bounds) {
+    ImageBuffer image{};
+    bool maskFailed = false;
+    if (AllocateImageBuffer(kModeRgb8, 1, 0, bounds, false, &image, &maskFailed) != kNoError)
+        Fail("no memory for an image");
+    return image;
+}
+
+// A dark, grainy image with lights anywhere, in all phases and many colours, all bright.
+ImageBuffer MakeScene(int32_t megapixels, int32_t lights, std::vector<LightSource> *sources) {
+    const int32_t width = static_cast<int32_t>(std::sqrt(megapixels * 1e6 * 1.5)), height = width * 2 / 3;
+    ImageBuffer image = NewImage({0, 0, width, height});
+    std::mt19937 random(5);
+    for (int64_t i = 0; i < image.pixelBytes; ++i)
+        image.pixels[i] = static_cast<uint8_t>(random() % 40);
+    const auto fraction = [&] { return 0x40000000u + static_cast<uint32_t>(random()) / 4 * 3; };
+    for (int32_t i = 0; i < lights; ++i)
+        sources->push_back({static_cast<int32_t>(random() % static_cast<uint32_t>(width)),
+                            static_cast<int32_t>(random() % 4),
+                            static_cast<int32_t>(random() % static_cast<uint32_t>(height)),
+                            static_cast<int32_t>(random() % 4), 9, 0xF0000000u, fraction(), fraction(),
+                            fraction(), kFractionOne, -1, 1, 1});
+    return image;
+}
+
+template <typename Work> double TimeTiles(const ImageBuffer &image, Work work) {
+    const Stopwatch watch;
+    for (int32_t top = 0; top < image.height; top += kTileSize)
+        for (int32_t left = 0; left < image.width; left += kTileSize) {
+            const IntRect tile = IntersectRects(image.bounds, {left, top, left + kTileSize, top + kTileSize});
+            ImageBuffer output = NewImage(tile);
+            work(tile, &output);
+            FreeImageBuffer(&output);
+        }
+    return watch.Seconds();
+}
+
+void CopyTile(const ImageBuffer &image, const IntRect &tile, ImageBuffer *output) {
+    for (int32_t plane = 0; plane < image.colorPlanes; ++plane)
+        for (int32_t y = 0; y < output->height; ++y)
+            memcpy(output->planes[plane] + int64_t{y} * output->width,
+                   image.planes[plane] + int64_t{tile.top + y} * image.width + tile.left,
+                   static_cast<size_t>(output->width));
+}
+
+void RunCase(const Case &which, const Options &options) {
+    std::vector<LightSource> sources;
+    ImageBuffer image = MakeScene(which.megapixels, which.lights, &sources);
+    const LightSourceTableView view{sources.data(), static_cast<uint32_t>(sources.size())};
+    RenderSettings settings = kDefaults;
+    which.change(&settings);
+    SetImageGeometry(image.bounds);
+    gPreciseMode = true;
+    gFloor = kFloor8Bit;
+    const double copy =
+        TimeTiles(image, [&](const IntRect &tile, ImageBuffer *output) { CopyTile(image, tile, output); });
+    double plainTime = 0.0;
+    if (options.plain && which.hasPlain)
+        plainTime = TimeTiles(image, [&](const IntRect &tile, ImageBuffer *output) {
+            plain::RenderEffect(settings, image, tile, view, kNoAbort, output);
+        });
+    plain::FreeRenderState();
+    ResetPeakBufferBytes();
+    double times[2];
+    for (int i = 0; i < 2; ++i) {
+        ResetRenderState();
+        times[i] = TimeTiles(image, [&](const IntRect &tile, ImageBuffer *output) {
+            if (!RenderEffect(settings, image, tile, view, kNoAbort, output, i == 0 ? 1 : options.workers))
+                Fail("a render failed");
+        });
+    }
+    const double peak = static_cast<double>(PeakBufferBytes() - image.pixelBytes) / 1e6;
+    printf("%-12s %8.3f %8.2f %8.3f %8.3f %7.1f %8.0f  %s\n", which.name, copy, plainTime, times[0], times[1],
+           plainTime / times[1], peak, TakeReports().empty() ? "" : "reports!");
+    fflush(stdout);
+    FreeRenderState();
+    FreeImageBuffer(&image);
+}
+
+// One slider moves a step, for each effect type, at full size and with the whole image in view.
+void RunPreview(const Options &options) {
+    std::vector<LightSource> sources;
+    ImageBuffer image = MakeScene(24, 200, &sources);
+    SetImageGeometry(image.bounds);
+    FreeImageBuffer(&image);
+    gPreciseMode = false;
+    gFloor = kFloorPreview;
+    constexpr int16_t kPoints[] = {6, 4, 4, 14, 4, 8, 14};
+    for (const double scale : {100.0, 17.0}) {
+        ImageBuffer tile = NewImage({1500, 1000, 1500 + kPreviewSize, 1000 + kPreviewSize});
+        if (scale != 100.0) {
+            FreeImageBuffer(&tile);
+            tile = NewImage({0, 0, kPreviewSize, kPreviewSize});
+        }
+        ImageBuffer output = NewImage(tile.bounds);
+        std::vector<double> times;
+        for (int32_t i = 0; i < 35; ++i) {
+            RenderSettings settings = kDefaults;
+            settings.scale = scale;
+            settings.effectType = kStandardStar + static_cast<uint32_t>(i % 7);
+            settings.numberOfPoints = kPoints[i % 7];
+            settings.length = static_cast<int16_t>(50 + i / 7);
+            const Stopwatch watch;
+            RenderEffect(settings, tile, tile.bounds, {sources.data(), static_cast<uint32_t>(sources.size())},
+                         kNoAbort, &output, options.workers);
+            times.push_back(watch.Seconds() * 1000.0);
+        }
+        std::sort(times.begin(), times.end());
+        printf("preview at %3.0f %%: median %.1f ms, worst %.1f ms\n", scale, times[times.size() / 2],
+               times.back());
+        FreeImageBuffer(&output);
+        FreeImageBuffer(&tile);
+    }
+    FreeRenderState();
+}
+
+// The flag is raised at different moments of the heaviest render.
+void RunCancel(const Options &options) {
+    std::vector<LightSource> sources;
+    ImageBuffer image = MakeScene(24, 50, &sources), output = NewImage({0, 0, kTileSize, kTileSize});
+    SetImageGeometry(image.bounds);
+    gPreciseMode = true;
+    gFloor = kFloor8Bit;
+    RenderSettings settings = kDefaults;
+    kCases[std::size(kCases) - 1].change(&settings);
+    double worst = 0.0;
+    for (int32_t wait = 5; wait < 400; wait += 37) {
+        std::atomic<uint8_t> abort{0};
+        std::atomic<double> raised{0.0};
+        const Stopwatch watch;
+        ResetRenderState();
+        std::thread raiser([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(wait));
+            raised = watch.Seconds();
+            abort = 1;
+        });
+        const bool done = RenderEffect(settings, image, output.bounds,
+                                       {sources.data(), static_cast<uint32_t>(sources.size())}, abort,
+                                       &output, options.workers);
+        const double back = watch.Seconds();
+        raiser.join();
+        if (!done)
+            worst = std::max(worst, (back - raised) * 1000.0);
+    }
+    printf("cancel: worst %.1f ms from flag to return\n", worst);
+    FreeRenderState();
+    FreeImageBuffer(&output);
+    FreeImageBuffer(&image);
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    Options options;
+    for (int i = 1; i < argc; ++i) {
+        const std::string option = argv[i];
+        if (option == "--cases" && i + 1 < argc)
+            options.cases = argv[++i];
+        else if (option == "--workers" && i + 1 < argc)
+            options.workers = atoi(argv[++i]);
+        else if (option == "--no-plain")
+            options.plain = false;
+        else if (option == "--portable")
+            gRenderPath = &kPortablePath;
+        else
+            Fail("usage: render_bench [--cases name,name] [--workers 2] [--no-plain] [--portable]");
+    }
+    printf("path: %s, workers: %d\n", gRenderPath->name, options.workers);
+    printf("case           copy s  plain s  1 thread  now s   ratio  extra MB\n");
+    for (const Case &which : kCases)
+        if (IsNamed(options.cases, which.name))
+            RunCase(which, options);
+    RunPreview(options);
+    RunCancel(options);
+    return 0;
+}

@@ -1,0 +1,12 @@
+// The portable forms of the inner loops; the AVX2 forms hand them what is left over at the end of a row.
+#pragma once
+
+#include "render/RenderPath.h"
+
+#include <cstdint>
+
+void FillArmPortable(const ArmPiece &piece, uint32_t *values, uint16_t *states);
+void FillFlarePortable(const FlarePiece &piece, uint32_t *values);
+void BlendPortableBytes(const BlendPiece &piece);
+void BlendPortableWords(const BlendPiece &piece);
+void BlendPortableFloats(const BlendPiece &piece);

@@ -1,0 +1,28 @@
+#include "render/RenderPath.h"
+
+#include "diag/Compiler.h"
+#include "render/Avx2Loops.h"
+#include "render/PortableLoops.h"
+
+const RenderPath kPortablePath = {"portable",
+                                  FillArmPortable,
+                                  FillFlarePortable,
+                                  {BlendPortableBytes, BlendPortableWords, BlendPortableFloats}};
+
+namespace {
+
+constexpr RenderPath kAvx2Path = {
+    "AVX2", FillArmAvx2, FillFlareAvx2, {BlendAvx2Bytes, BlendAvx2Words, BlendAvx2Floats}};
+
+const RenderPath *ChoosePath() {
+    const RenderPath *avx2 = Avx2Path();
+    return avx2 ? avx2 : &kPortablePath;
+}
+
+} // namespace
+
+const RenderPath *Avx2Path() {
+    return BX_PROCESSOR_HAS_AVX2 ? &kAvx2Path : nullptr;
+}
+
+const RenderPath *gRenderPath = ChoosePath();
