@@ -13,9 +13,9 @@ struct ViewPoint {
 };
 
 struct ViewState {
-    IntRect image;           // the filtered area, document
-    IntRect display;         // the display inside its border, client
-    double zoom;             // percent
+    IntRect image;              // the filtered area, document
+    IntRect display;            // the display inside its border, client
+    double zoom = kInitialZoom; // percent; never 0
     double centerX, centerY; // scaled; shown rounded, kept exact so that zooming there and back loses nothing
 };
 

@@ -317,7 +317,10 @@ TEST_F(DisplayInput, TheSpaceBarIsThePanTool) {
     EXPECT_EQ(gViewTools.tool, kToolZoom) << "the tool itself stays";
     SendMessageA(dialog.display, WM_KEYUP, VK_SPACE, static_cast<LPARAM>(0xC0000001u));
     EXPECT_EQ(gPreviewDisplay.cursor, kCursorZoomIn);
-    // The key comes up elsewhere.
+    // The key comes up elsewhere: in another application, or another control.
+    SendMessageA(dialog.display, WM_KEYDOWN, VK_SPACE, 1);
+    SendMessageA(dialog.window, WM_ACTIVATEAPP, FALSE, 0);
+    EXPECT_EQ(gPreviewDisplay.cursor, kCursorZoomIn);
     SendMessageA(dialog.display, WM_KEYDOWN, VK_SPACE, 1);
     SetFocus(dialog.display);
     SetFocus(GetDlgItem(dialog.window, 2));

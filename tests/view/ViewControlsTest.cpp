@@ -135,6 +135,19 @@ TEST_F(ViewControls, EveryZoomAsksForAPreviewAndRedraws) {
     }
 }
 
+TEST_F(ViewControls, AnotherSizeAsksForAPreviewAndKeepsTheMiddle) {
+    CenterPreview(1000, 900);
+    PumpMessages();
+    dialog.previewRequests = 0;
+    SetWindowPos(dialog.display, nullptr, 0, 0, 502, 202, SWP_NOMOVE | SWP_NOZORDER);
+    EXPECT_TRUE(IsDisplayInvalid());
+    PumpMessages();
+    EXPECT_EQ(dialog.previewRequests, 1);
+    EXPECT_EQ(CurrentPreviewGeometry().centerX, 1000);
+    EXPECT_EQ(CurrentPreviewGeometry().centerY, 900);
+    EXPECT_EQ(Bar(kHorizontalBarId).nPage, 500u);
+}
+
 TEST_F(ViewControls, MenuItemsSetTheirZooms) {
     const std::map<int, std::pair<std::string, double>> expected = {
         {40017, {"6%", 6.25}},           {40016, {"12%", 12.5}},   {40015, {"25%", 25}},
