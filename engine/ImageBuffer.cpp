@@ -36,31 +36,28 @@ ImageBuffer DescribeBuffer(int32_t imageMode, int32_t bytesPerSample, int32_t tr
     return b;
 }
 
-uint8_t *AllocateZeroed(int64_t bytes) {
+uint8_t *AllocateBytes(int64_t bytes) {
     if (static_cast<uint64_t>(bytes) > std::numeric_limits<size_t>::max())
         return nullptr;
-    const auto size = static_cast<size_t>(bytes);
-    auto *block = static_cast<uint8_t *>(CountedAlloc(size));
-    if (block)
-        memset(block, 0, size);
-    return block;
+    return static_cast<uint8_t *>(CountedAlloc(static_cast<size_t>(bytes)));
 }
 
 } // namespace
 
-HostResult AllocateImageBuffer(int32_t imageMode, int32_t bytesPerSample, int32_t transparencyPlanes,
-                               const IntRect &bounds, bool wantMask, ImageBuffer *buffer, bool *maskFailed) {
+HostResult AllocateUnclearedImageBuffer(int32_t imageMode, int32_t bytesPerSample, int32_t transparencyPlanes,
+                                        const IntRect &bounds, bool wantMask, ImageBuffer *buffer,
+                                        bool *maskFailed) {
     if (maskFailed)
         *maskFailed = false;
     if (!IsBufferShapeValid(bytesPerSample, transparencyPlanes, bounds))
         return kMemFullErr;
     ImageBuffer b = DescribeBuffer(imageMode, bytesPerSample, transparencyPlanes, bounds);
-    b.pixels = AllocateZeroed(b.pixelBytes);
+    b.pixels = AllocateBytes(b.pixelBytes);
     if (!b.pixels)
         return kMemFullErr;
     if (wantMask) {
         b.maskBytes = b.planeSize;
-        b.mask = AllocateZeroed(b.maskBytes);
+        b.mask = AllocateBytes(b.maskBytes);
         if (!b.mask) {
             CountedFree(b.pixels, static_cast<size_t>(b.pixelBytes));
             if (maskFailed)
@@ -71,6 +68,18 @@ HostResult AllocateImageBuffer(int32_t imageMode, int32_t bytesPerSample, int32_
     for (int32_t plane = 0; plane < PlaneCount(b); ++plane)
         b.planes[plane] = b.pixels + plane * bytesPerSample * b.planeSize;
     *buffer = b;
+    return kNoError;
+}
+
+HostResult AllocateImageBuffer(int32_t imageMode, int32_t bytesPerSample, int32_t transparencyPlanes,
+                               const IntRect &bounds, bool wantMask, ImageBuffer *buffer, bool *maskFailed) {
+    const HostResult result = AllocateUnclearedImageBuffer(imageMode, bytesPerSample, transparencyPlanes,
+                                                           bounds, wantMask, buffer, maskFailed);
+    if (result != kNoError)
+        return result;
+    memset(buffer->pixels, 0, static_cast<size_t>(buffer->pixelBytes));
+    if (buffer->mask)
+        memset(buffer->mask, 0, static_cast<size_t>(buffer->maskBytes));
     return kNoError;
 }
 

@@ -42,6 +42,10 @@ struct ImageBuffer {
 // negative area, or one whose bytes do not fit size_t, fails too.
 HostResult AllocateImageBuffer(int32_t imageMode, int32_t bytesPerSample, int32_t transparencyPlanes,
                                const IntRect &bounds, bool wantMask, ImageBuffer *buffer, bool *maskFailed);
+// The same with samples of any value, for a caller that writes every one of them.
+HostResult AllocateUnclearedImageBuffer(int32_t imageMode, int32_t bytesPerSample, int32_t transparencyPlanes,
+                                        const IntRect &bounds, bool wantMask, ImageBuffer *buffer,
+                                        bool *maskFailed);
 // Frees what the buffer owns and sets it to all zero. A zeroed buffer may be passed.
 void FreeImageBuffer(ImageBuffer *buffer);
 

@@ -205,8 +205,8 @@ HostResult WritePlane(const ImageBuffer &tile, int32_t plane) {
 HostResult DescribeBuffer(const IntRect &area, bool wantMask, ImageBuffer *buffer) {
     bool maskFailed = false;
     const HostResult result =
-        AllocateImageBuffer(gFilterRecord->imageMode, BytesPerSample(), std::min(TransparencyPlanes(), 1),
-                            area, wantMask, buffer, &maskFailed);
+        AllocateUnclearedImageBuffer(gFilterRecord->imageMode, BytesPerSample(),
+                                     std::min(TransparencyPlanes(), 1), area, wantMask, buffer, &maskFailed);
     if (result != kNoError && maskFailed)
         ReportImage(331, kTitleExiting, "Could not allocate memory for an image mask.");
     else if (result != kNoError)

@@ -4,8 +4,8 @@
 #include "diag/ResultCodes.h"
 #include "engine/ImageBuffer.h"
 
-// Describes and allocates a buffer for an area, in the mode, depth and planes of the host's image. Failures
-// are reported to the user.
+// Describes and allocates a buffer for an area, in the mode, depth and planes of the host's image. The caller
+// writes every sample: they hold any value. Failures are reported to the user.
 HostResult DescribeBuffer(const IntRect &area, bool wantMask, ImageBuffer *buffer);
 
 // Reads the whole filter area, with the selection mask when the host has one. On success the caller owns
