@@ -29,6 +29,9 @@ TEST_F(ErrorReport, EachKindHasItsLineAndOnlyUserMessagesAreShown) {
     EXPECT_EQ(boxes[0].title, "Invalid Script Specified");
     EXPECT_EQ(boxes[0].text, "user 'text'");
     EXPECT_EQ(boxes[0].flags, 48u | 0x10000u);
+    std::thread([] { ReportError({9, kUserMessage, 0}, kStopIcon, "t", "worker"); }).join();
+    EXPECT_TRUE(TakeBoxes().empty()) << "of another thread: logged but not shown";
+    EXPECT_EQ(LinesSoFar().back(), "TIME : Line 9: User Message: 't' - 'worker'");
 }
 
 // An invalid ordinal has a text with an insert, for which there is no argument; 0xDEADBEEF has no text.
@@ -46,13 +49,6 @@ TEST_F(ErrorReport, SystemErrorsCarryOneLineOfTheSystemsText) {
     EXPECT_NE(lines[1].find("%1"), std::string::npos) << lines[1];
     EXPECT_EQ(lines[2], "TIME : Line 3: System Error: 'Unidentified System Error' : 't' - 'third'");
     EXPECT_TRUE(TakeBoxes().empty());
-}
-
-TEST_F(ErrorReport, MessagesOfOtherThreadsAreLoggedButNotShown) {
-    Open();
-    std::thread([] { ReportError({9, kUserMessage, 0}, kStopIcon, "t", "worker"); }).join();
-    EXPECT_TRUE(TakeBoxes().empty());
-    EXPECT_EQ(LinesSoFar(), (std::vector<std::string>{"TIME : Line 9: User Message: 't' - 'worker'"}));
 }
 
 TEST_F(ErrorReport, TheOwnerIsWhoOpenedTheLogAndAMissingWindowStillShowsABox) {

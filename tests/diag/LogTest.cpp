@@ -101,25 +101,22 @@ TEST_F(Log, NothingFollowsTheClosingLine) {
     EXPECT_EQ(lines.back().rfind("Brillatrix Pro Log closed on ", 0), 0u) << lines.back();
 }
 
+// A failed opening counts as the one opening of the process, too.
 TEST_F(Log, OpensOncePerProcess) {
-    Open();
-    CloseLog();
-    const std::string closed = ReadWholeFile(LogPath());
-    Open();
-    WriteLogLine("lost\n");
-    EXPECT_EQ(ReadWholeFile(LogPath()), closed);
-    EXPECT_EQ(folder.Names(), std::vector<std::string>{"Brillatrix Pro_00.log"});
-}
-
-TEST_F(Log, AFailedOpeningCountsAsTheOneOpening) {
     const std::string missing = folder / "missing";
-    gLogFolderPath = missing.c_str();
-    Open();
-    WriteLogLine("lost\n");
-    MakeFolder(missing);
-    Open();
-    CloseLog();
-    EXPECT_TRUE(Exists(missing));
+    for (const bool fails : {false, true}) {
+        ForgetLog();
+        gLogFolderPath = fails ? missing.c_str() : folder.Path().c_str();
+        Open();
+        CloseLog();
+        if (fails)
+            MakeFolder(missing);
+        const std::string closed = ReadWholeFile(LogPath());
+        Open();
+        WriteLogLine("lost\n");
+        EXPECT_EQ(ReadWholeFile(LogPath()), closed);
+    }
+    EXPECT_EQ(folder.Names(), (std::vector<std::string>{"Brillatrix Pro_00.log", "missing"}));
     EXPECT_FALSE(Exists(missing + "\\Brillatrix Pro_00.log"));
     ReportError({1, kUserMessage, 0}, kStopIcon, "t", "still shown");
     EXPECT_EQ(TakeBoxes().size(), 1u);

@@ -264,10 +264,10 @@ TEST(PictureFiles, DamagedFilesAreRefusedWithAReason) {
     WriteBytes(path, {});
     EXPECT_EQ(ReadBad(path), "the file is empty");
     for (const std::string text :
-         {"P6", "P6\n", "P6 3", "P6 x 3 255\n", "P6 3 3\n", "P6 3 3 0\n",
-          "P6 3 3 65536\nxxxxxxxxxxxxxxxxxxxxxxxxxxx", "P6 99999999999999999999 1 255\n", "P5 2 2 255\nabc",
-          "PF 1 1 0\nabcdabcdabcd", "Pf 1 1 nonsense\nabcd", "PF 2 2 -1\nabc", "P4 1 1\n\x01",
-          "hello, this is no picture", "BM", "II*", "GIF89a"}) {
+         {"P6", "P6\n", "P6 3", "P6 x 3 255\n", "P6 3 3\n", "P6 1 1 0\nabc", "P6 1 1 65536\nxxxxxx",
+          "P6 99999999999999999999 1 255\n", "P5 2 2 255\nabc", "PF 1 1 0\nabcdabcdabcd",
+          "Pf 1 1 nonsense\nabcd", "PF 2 2 -1\nabc", "P4 1 1\n\x01", "hello, this is no picture", "BM", "II*",
+          "GIF89a"}) {
         WriteBytes(path, TextBytes(text));
         EXPECT_NE(ReadBad(path), "") << text;
     }
