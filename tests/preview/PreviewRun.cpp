@@ -128,3 +128,8 @@ std::vector<uint32_t> PreviewRun::Paint(const PreviewGeometry &geometry, uint32_
 PreviewRequest MakeTestRequest(const PreviewGeometry &geometry, bool previewOn) {
     return MakePreviewRequest(geometry, previewOn, kStrongStars, kStandardStar, false);
 }
+
+PreviewRequest MakeDefaultRequest(const PreviewGeometry &geometry, int16_t length) {
+    const int16_t parameters[kRequestParameters] = {50, 50, length, 150, 6, 50, 30, 50, 50, 15, 30};
+    return MakePreviewRequest(geometry, true, parameters, kStandardStar, false);
+}

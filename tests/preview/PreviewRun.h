@@ -50,3 +50,5 @@ private:
 
 // A request with strong stars.
 PreviewRequest MakeTestRequest(const PreviewGeometry &geometry, bool previewOn = true);
+// What a user has at first, with another length.
+PreviewRequest MakeDefaultRequest(const PreviewGeometry &geometry, int16_t length);

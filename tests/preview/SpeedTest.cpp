@@ -64,12 +64,6 @@ double WaitForView(PreviewRun *run, Clock::time_point start) {
     return Since(start);
 }
 
-// What a user has at first, with another length.
-PreviewRequest DefaultRequest(const PreviewGeometry &view, int16_t length) {
-    const int16_t parameters[kRequestParameters] = {50, 50, length, 150, 6, 50, 30, 50, 50, 15, 30};
-    return MakePreviewRequest(view, true, parameters, kStandardStar, false);
-}
-
 bool WaitForEnd(PreviewRun *run, int servedBefore) {
     return run->served != servedBefore || run->WaitUntilServed(60000);
 }
@@ -89,7 +83,7 @@ TEST(PreviewSpeed, SessionOnALargePhoto) {
     ResetPeakBufferBytes();
     const int64_t before = BufferBytesInUse();
     PreviewGeometry view = run.View(15.0, 900, 600);
-    PreviewRequest request = DefaultRequest(view, 50);
+    PreviewRequest request = MakeDefaultRequest(view, 50);
     int served = run.served;
     start = Clock::now();
     RequestPreview(request);
@@ -125,7 +119,7 @@ TEST(PreviewSpeed, SessionOnALargePhoto) {
     view = run.View(100.0, 900, 600);
     served = run.served;
     start = Clock::now();
-    RequestPreview(request = DefaultRequest(view, 50));
+    RequestPreview(request = MakeDefaultRequest(view, 50));
     std::printf("zoom to 100: view %.1f ms\n", WaitForView(&run, start));
     ASSERT_TRUE(WaitForEnd(&run, served));
     std::vector<double> paints, fullFirst;
@@ -136,12 +130,12 @@ TEST(PreviewSpeed, SessionOnALargePhoto) {
         start = Clock::now();
         run.Paint(view);
         paints.push_back(Since(start));
-        RequestPreview(DefaultRequest(view, 50));
+        RequestPreview(MakeDefaultRequest(view, 50));
     }
     ASSERT_TRUE(WaitForEnd(&run, served));
     Print("painting while panning at 100", paints);
     for (int i = 0; i < 20; ++i) {
-        request = DefaultRequest(view, 50);
+        request = MakeDefaultRequest(view, 50);
         request.parameters[2] = static_cast<uint16_t>(30 + 2 * i);
         run.TakeMessages();
         served = run.served;
