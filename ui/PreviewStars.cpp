@@ -9,13 +9,12 @@ namespace {
 // A stamp of a phase that no source has had yet may reach further than the others by a pixel.
 constexpr int32_t kPhaseMargin = 2;
 
-template <typename Stamp> IntRect BoxOf(const Stamp &stamp) {
-    if constexpr (requires { stamp.box; })
-        return stamp.box;
-    else if constexpr (requires { stamp.rings; })
-        return stamp.built ? IntRect{-stamp.rings, -stamp.rings, stamp.rings + 1, stamp.rings + 1} : IntRect{};
-    else
-        return {stamp.minX, stamp.minY, stamp.maxX, stamp.maxY};
+IntRect BoxOf(const StarStamp &stamp) {
+    return stamp.count > 0 ? stamp.box : IntRect{};
+}
+
+IntRect BoxOf(const FlareStamp &stamp) {
+    return stamp.built ? IntRect{-stamp.rings, -stamp.rings, stamp.rings + 1, stamp.rings + 1} : IntRect{};
 }
 
 template <typename Set> bool AddStamps(const Set &set, IntRect *box, bool isKnown) {
