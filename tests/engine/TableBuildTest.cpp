@@ -1,4 +1,4 @@
-// Contexts and whole builds: wild pictures, failing memory, cancelling.
+// Bands, contexts and whole builds: wild pictures, failing memory, cancelling.
 #include "engine/TableBuild.h"
 
 #include "diag/BufferUsage.h"
@@ -11,6 +11,29 @@
 #include <limits>
 
 namespace {
+
+TEST(Bands, LeaveOneRowBetweenThemAndEndAtTheBottom) {
+    struct Case {
+        int32_t top, bottom, workers;
+        int32_t edges[8];
+    };
+    const Case cases[] = {{0, 100, 1, {0, 100}},
+                          {10, 110, 2, {10, 60, 61, 110}},
+                          {0, 103, 4, {0, 25, 26, 51, 52, 77, 78, 103}},
+                          {5, 8, 4, {5, 5, 6, 6, 7, 7, 8, 8}},
+                          {0, 1, 4, {0, 0, 1, 1, 2, 2, 3, 1}},
+                          {0, 4, 4, {0, 1, 2, 3, 4, 5, 6, 4}}};
+    for (const Case &c : cases) {
+        IntRect bands[kMaxWorkers] = {};
+        PlanBands(IntRect{-7, c.top, 9, c.bottom}, c.workers, bands);
+        for (int32_t i = 0; i < c.workers; ++i) {
+            EXPECT_EQ(bands[i].left, -7);
+            EXPECT_EQ(bands[i].right, 9);
+            EXPECT_EQ(bands[i].top, c.edges[2 * i]);
+            EXPECT_EQ(bands[i].bottom, c.edges[2 * i + 1]);
+        }
+    }
+}
 
 using WorkerContextTest = EngineTest;
 
@@ -35,8 +58,6 @@ TEST_F(WorkerContextTest, EveryMissingBufferIsReportedAndTheNextStillTried) {
                 EXPECT_EQ(reports[i].message,
                           std::string("Thread 3: Could not allocate buffer for ") + names[buffer] + ".");
             }
-            worker.spare = CountedAlloc(100);
-            worker.spareBytes = 100;
             ReleaseWorkerContext(&worker);
             EXPECT_EQ(BufferBytesInUse(), 0);
         }
