@@ -16,6 +16,44 @@
 #define BX_PROPERTY_LIST 16000
 #define BX_TERMINOLOGY 16000
 
+// Pictures of the main dialog; pictures/ has their sources.
+#define BX_HIDE_EFFECTS_ICON 5
+#define BX_ZOOM_GLASS_ICON 132
+#define BX_PAN_HAND_ICON 133
+#define BX_SIZE_GRIP_ICON 175
+#define BX_SETTINGS_MENU_ICON 189
+#define BX_SHOW_EFFECTS_ICON 222
+// What less and more of each parameter does.
+#define BX_THRESHOLD_LESS 212
+#define BX_THRESHOLD_MORE 213
+#define BX_INTENSITY_LESS 104
+#define BX_INTENSITY_MORE 103
+#define BX_LENGTH_LESS 109
+#define BX_LENGTH_MORE 110
+#define BX_ANGLE_LESS 107
+#define BX_ANGLE_MORE 108
+#define BX_NUMBER_OF_POINTS_LESS 111
+#define BX_NUMBER_OF_POINTS_MORE 112
+#define BX_SPIKE_SHARPNESS_LESS 199
+#define BX_SPIKE_SHARPNESS_MORE 200
+#define BX_COLOR_SATURATION_LESS 114
+#define BX_COLOR_SATURATION_MORE 115
+#define BX_RAINBOW_INTENSITY_LESS 116
+#define BX_RAINBOW_INTENSITY_MORE 117
+#define BX_RAINBOW_FREQUENCY_LESS 118
+#define BX_RAINBOW_FREQUENCY_MORE 119
+#define BX_SECONDARY_SPIKES_LESS 120
+#define BX_SECONDARY_SPIKES_MORE 121
+#define BX_SOFT_FLARE_LESS 122
+#define BX_SOFT_FLARE_MORE 123
+// Bitmaps with premultiplied alpha for 100 %; those for 125, 150 and 200 % have the id plus 1, 2 and 3 steps.
+#define BX_PRODUCT_LOGO 105
+#define BX_MAKER_LOGO 124
+#define BX_ZOOM_OUT_BUTTON 128
+#define BX_ZOOM_IN_BUTTON 130
+#define BX_ZOOM_ARROW 131
+#define BX_BITMAP_SCALE_STEP 1000
+
 #ifndef RC_INVOKED
 constexpr int kZoomMenuId = BX_ZOOM_MENU;
 constexpr int kAboutDialogId = BX_ABOUT_DIALOG;
@@ -31,4 +69,33 @@ constexpr int kHideEffectCursorId = BX_HIDE_EFFECT_CURSOR;
 constexpr int kShowEffectCursorId = BX_SHOW_EFFECT_CURSOR;
 constexpr int kPropertyListId = BX_PROPERTY_LIST;
 constexpr int kTerminologyId = BX_TERMINOLOGY;
+constexpr int kHideEffectsIconId = BX_HIDE_EFFECTS_ICON;
+constexpr int kZoomGlassIconId = BX_ZOOM_GLASS_ICON;
+constexpr int kPanHandIconId = BX_PAN_HAND_ICON;
+constexpr int kSizeGripIconId = BX_SIZE_GRIP_ICON;
+constexpr int kSettingsMenuIconId = BX_SETTINGS_MENU_ICON;
+constexpr int kShowEffectsIconId = BX_SHOW_EFFECTS_ICON;
+constexpr int kThresholdLessId = BX_THRESHOLD_LESS, kThresholdMoreId = BX_THRESHOLD_MORE;
+constexpr int kIntensityLessId = BX_INTENSITY_LESS, kIntensityMoreId = BX_INTENSITY_MORE;
+constexpr int kLengthLessId = BX_LENGTH_LESS, kLengthMoreId = BX_LENGTH_MORE;
+constexpr int kAngleLessId = BX_ANGLE_LESS, kAngleMoreId = BX_ANGLE_MORE;
+constexpr int kNumberOfPointsLessId = BX_NUMBER_OF_POINTS_LESS,
+              kNumberOfPointsMoreId = BX_NUMBER_OF_POINTS_MORE;
+constexpr int kSpikeSharpnessLessId = BX_SPIKE_SHARPNESS_LESS,
+              kSpikeSharpnessMoreId = BX_SPIKE_SHARPNESS_MORE;
+constexpr int kColorSaturationLessId = BX_COLOR_SATURATION_LESS,
+              kColorSaturationMoreId = BX_COLOR_SATURATION_MORE;
+constexpr int kRainbowIntensityLessId = BX_RAINBOW_INTENSITY_LESS,
+              kRainbowIntensityMoreId = BX_RAINBOW_INTENSITY_MORE;
+constexpr int kRainbowFrequencyLessId = BX_RAINBOW_FREQUENCY_LESS,
+              kRainbowFrequencyMoreId = BX_RAINBOW_FREQUENCY_MORE;
+constexpr int kSecondarySpikesLessId = BX_SECONDARY_SPIKES_LESS,
+              kSecondarySpikesMoreId = BX_SECONDARY_SPIKES_MORE;
+constexpr int kSoftFlareLessId = BX_SOFT_FLARE_LESS, kSoftFlareMoreId = BX_SOFT_FLARE_MORE;
+constexpr int kProductLogoId = BX_PRODUCT_LOGO;
+constexpr int kMakerLogoId = BX_MAKER_LOGO;
+constexpr int kZoomOutButtonId = BX_ZOOM_OUT_BUTTON;
+constexpr int kZoomInButtonId = BX_ZOOM_IN_BUTTON;
+constexpr int kZoomArrowId = BX_ZOOM_ARROW;
+constexpr int kBitmapScaleStep = BX_BITMAP_SCALE_STEP;
 #endif
