@@ -47,11 +47,11 @@
 #define BX_SOFT_FLARE_LESS 122
 #define BX_SOFT_FLARE_MORE 123
 // Bitmaps with premultiplied alpha for 100 %; those for 125, 150 and 200 % have the id plus 1, 2 and 3 steps.
-#define BX_PRODUCT_LOGO 105
-#define BX_MAKER_LOGO 124
-#define BX_ZOOM_OUT_BUTTON 128
-#define BX_ZOOM_IN_BUTTON 130
-#define BX_ZOOM_ARROW 131
+#define BX_PRODUCT_LOGO_BITMAP 105
+#define BX_MAKER_LOGO_BITMAP 124
+#define BX_ZOOM_OUT_BITMAP 128
+#define BX_ZOOM_IN_BITMAP 130
+#define BX_ZOOM_ARROW_BITMAP 131
 #define BX_BITMAP_SCALE_STEP 1000
 
 #ifndef RC_INVOKED
@@ -92,10 +92,10 @@ constexpr int kRainbowFrequencyLessId = BX_RAINBOW_FREQUENCY_LESS,
 constexpr int kSecondarySpikesLessId = BX_SECONDARY_SPIKES_LESS,
               kSecondarySpikesMoreId = BX_SECONDARY_SPIKES_MORE;
 constexpr int kSoftFlareLessId = BX_SOFT_FLARE_LESS, kSoftFlareMoreId = BX_SOFT_FLARE_MORE;
-constexpr int kProductLogoId = BX_PRODUCT_LOGO;
-constexpr int kMakerLogoId = BX_MAKER_LOGO;
-constexpr int kZoomOutButtonId = BX_ZOOM_OUT_BUTTON;
-constexpr int kZoomInButtonId = BX_ZOOM_IN_BUTTON;
-constexpr int kZoomArrowId = BX_ZOOM_ARROW;
+constexpr int kProductLogoBitmapId = BX_PRODUCT_LOGO_BITMAP;
+constexpr int kMakerLogoBitmapId = BX_MAKER_LOGO_BITMAP;
+constexpr int kZoomOutBitmapId = BX_ZOOM_OUT_BITMAP;
+constexpr int kZoomInBitmapId = BX_ZOOM_IN_BITMAP;
+constexpr int kZoomArrowBitmapId = BX_ZOOM_ARROW_BITMAP;
 constexpr int kBitmapScaleStep = BX_BITMAP_SCALE_STEP;
 #endif
