@@ -1,6 +1,7 @@
 #include "engine/TableBuild.h"
 
 #include "diag/BufferUsage.h"
+#include "engine/DebugImages.h"
 #include "engine/FixedPoint.h"
 #include "engine/LightSourceGrid.h"
 #include "engine/WorkerContext.h"
@@ -69,6 +70,7 @@ HostResult PrepareTableBuild(const ImageBuffer &image, int32_t workers, TableBui
     const HostResult prepared = PrepareAnalysisImage(image, *build->shared.cancel, &build->shared.image);
     if (prepared != kNoError)
         return prepared;
+    KeepAnalysisImage(build->shared.image);
     build->documentBounds = image.bounds;
     const IntRect &bounds = build->shared.image.bounds;
     build->shared.rowsTotal = static_cast<uint32_t>(bounds.bottom - bounds.top);
@@ -93,6 +95,7 @@ HostResult MergeAndRank(const TableBuild &build, const std::atomic<uint8_t> &tab
 }
 
 void ReleaseTableBuild(TableBuild *build) {
+    KeepFlatAreas(build->shared.image);
     FreeAnalysisImage(&build->shared.image);
     for (int32_t i = 0; build->workers && i < kMaxWorkers; ++i) {
         if (build->hooks.release)
