@@ -1,14 +1,17 @@
-// The exported dialog procedures. None of their dialogs exists yet, so they handle no message.
+// The exported dialog procedures.
+#include "plugin/DiagnosticRequests.h"
+
 #include <windows.h>
 
 extern "C" INT_PTR CALLBACK BrillatrixProc(HWND, UINT, WPARAM, LPARAM) {
     return FALSE;
 }
 
-extern "C" INT_PTR CALLBACK DisplayLightSourceTableProc(HWND, UINT, WPARAM, LPARAM) {
-    return FALSE;
+extern "C" INT_PTR CALLBACK DisplayLightSourceTableProc(HWND window, UINT message, WPARAM wParam,
+                                                        LPARAM lParam) {
+    return window ? FALSE : AnswerDiagnosticRequest(message, wParam, lParam);
 }
 
-extern "C" INT_PTR CALLBACK DebugImageProc(HWND, UINT, WPARAM, LPARAM) {
-    return FALSE;
+extern "C" INT_PTR CALLBACK DebugImageProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    return window ? FALSE : AnswerDiagnosticRequest(message, wParam, lParam);
 }

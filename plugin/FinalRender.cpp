@@ -7,6 +7,7 @@
 #include "plugin/HostImage.h"
 #include "plugin/PluginState.h"
 #include "render/AngleTables.h"
+#include "render/KeptRun.h"
 #include "render/RenderDriver.h"
 
 #include <algorithm>
@@ -102,6 +103,19 @@ HostResult RenderAndWrite(const ImageBuffer &input) {
     return RenderTiles(settings, input, &progress);
 }
 
+// What a diagnostic caller asked for stays behind after a run that ended well.
+void EndRun(HostResult result, int32_t bytesPerSample) {
+    gShuttingDown = 1;
+    const LightSourceTable table = result == kNoError ? TakeTableToKeep() : LightSourceTable{};
+    StopLightSourceTableInit();
+    CloseLightSourceTableThread();
+    FreeRenderState();
+    if (result == kNoError)
+        KeepRun(table, MakeRenderSettings(*gParameters, kFullScale), bytesPerSample);
+    else
+        ForgetRun();
+}
+
 HostResult RunOnImage(const ImageBuffer &input, bool showDialog) {
     SetImageGeometry(input.bounds);
     BuildAngleTables();
@@ -110,10 +124,7 @@ HostResult RunOnImage(const ImageBuffer &input, bool showDialog) {
     HostResult result = showDialog ? RunDialog() : kNoError;
     if (result == kNoError)
         result = RenderAndWrite(input);
-    gShuttingDown = 1;
-    StopLightSourceTableInit();
-    CloseLightSourceTableThread();
-    FreeRenderState();
+    EndRun(result, input.bytesPerSample);
     return result;
 }
 

@@ -8,6 +8,7 @@
 #include "plugin/PersistentBlock.h"
 #include "plugin/PluginState.h"
 #include "plugin/Scripting.h"
+#include "render/KeptRun.h"
 
 #include <algorithm>
 
@@ -42,6 +43,7 @@ HostResult Prepare() {
 }
 
 HostResult Start() {
+    ForgetRun();
     if (const HostResult result = LockHandles())
         return result;
     SuspendHostCursor();
@@ -53,6 +55,7 @@ HostResult Start() {
 }
 
 HostResult Finish() {
+    ForgetRun();
     if (const HostResult result = LockHandles())
         return result;
     const HostResult result = WriteScriptParameters();

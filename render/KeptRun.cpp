@@ -57,6 +57,10 @@ void ForgetRun() {
     gRun = KeptRun{};
 }
 
+bool IsRunKept() {
+    return gRun.kept;
+}
+
 uint32_t KeptCutLevel() {
     return ThresholdCutLevel(gRun.settings.threshold);
 }

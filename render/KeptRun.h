@@ -18,6 +18,8 @@ void KeepRun(const LightSourceTable &table, const RenderSettings &settings, int3
 // Gives back all that is kept, the global table included.
 void ForgetRun();
 
+// Whether a run is kept now.
+bool IsRunKept();
 // The cut level of the kept run's threshold.
 uint32_t KeptCutLevel();
 
