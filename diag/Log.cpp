@@ -4,6 +4,7 @@
 #include "diag/FormattedText.h"
 #include "diag/LogRotation.h"
 #include "diag/LogState.h"
+#include "diag/ModuleVersion.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -118,41 +119,12 @@ HANDLE CreateLogFile(const char *path) {
     return file;
 }
 
-struct ModuleVersion {
-    unsigned parts[4];
-};
-
-// The file version of the module that this code is linked into, not of the program that loaded it; zeros
-// without a version resource.
-ModuleVersion ReadModuleVersion() {
-    // The fixed part of the resource follows three words and the key "VS_VERSION_INFO", on a multiple of
-    // four.
-    constexpr size_t kFixedInfoOffset = 40;
-    HMODULE module = nullptr;
-    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<const char *>(&gLogState), &module);
-    const HRSRC resource =
-        FindResourceA(module, MAKEINTRESOURCEA(VS_VERSION_INFO), MAKEINTRESOURCEA(16)); // RT_VERSION
-    if (!resource || SizeofResource(module, resource) < kFixedInfoOffset + sizeof(VS_FIXEDFILEINFO))
-        return {};
-    const HGLOBAL loaded = LoadResource(module, resource);
-    const void *data = loaded ? LockResource(loaded) : nullptr;
-    if (!data)
-        return {};
-    VS_FIXEDFILEINFO info;
-    memcpy(&info, static_cast<const uint8_t *>(data) + kFixedInfoOffset, sizeof info);
-    if (info.dwSignature != VS_FFI_SIGNATURE)
-        return {};
-    return {{HIWORD(info.dwFileVersionMS), LOWORD(info.dwFileVersionMS), HIWORD(info.dwFileVersionLS),
-             LOWORD(info.dwFileVersionLS)}};
-}
-
 void WriteLogHeader() {
-    const ModuleVersion version = ReadModuleVersion();
     char now[kLongTimeCapacity];
     FormatLocalTime(now, sizeof now, kLongTimeFormat);
-    WriteLogLine("%s version %u.%u.%u.%u (%s%s) Log opened %s.\n\n", kLogName, version.parts[0],
-                 version.parts[1], version.parts[2], version.parts[3], "64 bit", " Release", now);
+    char versionText[kVersionTextCapacity];
+    FormatVersion(ReadModuleVersion(), versionText);
+    WriteLogLine("%s version %s (%s%s) Log opened %s.\n\n", kLogName, versionText, "64 bit", " Release", now);
 }
 
 } // namespace

@@ -1,0 +1,34 @@
+// One question to the maker's update service, with a limit on the time that it takes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+struct UpdateService {
+    const char *address;      // "https://host/path"
+    bool allowsPlainLoopback; // also "http://127.0.0.1:port/path", straight and past any proxy
+};
+
+// The service of this build: the maker's. Tests have one of their own.
+UpdateService CurrentUpdateService();
+
+constexpr uint32_t kUpdateTimeLimit = 5000; // milliseconds, from the beginning to the last byte
+constexpr size_t kMostUpdateAnswer = 64;    // characters
+
+// What came of it. `failure` is null when there is an answer, else what went wrong, for the log; `code` is
+// then the system's error or the answer's status, or 0.
+struct UpdateAnswer {
+    char text[kMostUpdateAnswer + 1]; // not checked yet, not terminated
+    size_t length;
+    const char *failure;
+    uint32_t code;
+};
+
+struct UpdateRequest;
+
+// Asks with `userAgent` ("product/version") and nothing else of our own: no cookies, no logon, no referrer. A
+// redirection is not followed. Returns within the time limit. *request receives what EndUpdateRequest must
+// be given; null when there is nothing to end.
+UpdateAnswer AskUpdateService(const UpdateService &service, const char *userAgent, UpdateRequest **request);
+// Waits until the system has let go of the request, which may take longer than the limit.
+void EndUpdateRequest(UpdateRequest *request);

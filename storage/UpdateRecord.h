@@ -1,0 +1,23 @@
+// What is kept about the update notice: "UpdateNotice.bin" in the settings folder.
+#pragma once
+
+#include "diag/ModuleVersion.h"
+
+#include <cstdint>
+
+// The file's image.
+struct UpdateRecord {
+    uint32_t magic;
+    uint32_t isOn;        // 1: the user wants to be told
+    int64_t lastAsked;    // seconds since 1970 (UTC); 0: never
+    ModuleVersion newest; // the maker's last good answer; zeros: none yet
+};
+static_assert(sizeof(UpdateRecord) == 24);
+
+constexpr uint32_t kUpdateRecordMagic = 0x314E5542; // "BUN1"
+constexpr UpdateRecord kDefaultUpdateRecord = {kUpdateRecordMagic, 0, 0, {}};
+
+// The default, which is off, for a file that is missing or is none of ours. Any thread, but one at a time.
+UpdateRecord LoadUpdateRecord();
+// Replaces the file whole. False, reported, when that failed. Any thread, but one at a time.
+bool SaveUpdateRecord(const UpdateRecord &record);
