@@ -1,6 +1,8 @@
 // Resource ids, shared by the resource scripts and the code.
 #pragma once
 
+#include "resources/DialogControlIds.h"
+
 #define BX_ZOOM_MENU 139
 #define BX_ABOUT_DIALOG 191
 #define BX_WAIT_CURSOR 194
