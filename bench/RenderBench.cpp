@@ -13,6 +13,7 @@
 #include "render/RenderPath.h"
 #include "tests/plain/PlainRender.h"
 #include "tests/support/RecordingDiag.h"
+#include "tests/support/StandardThreads.h"
 
 #include <algorithm>
 #include <cmath>
@@ -146,7 +147,7 @@ void RunCase(const Case &which, const Options &options) {
     for (int i = 0; i < 2; ++i) {
         ResetRenderState();
         times[i] = TimeTiles(image, [&](const IntRect &tile, ImageBuffer *output) {
-            if (!RenderEffect(settings, image, tile, view, kNoAbort, output, i == 0 ? 1 : options.workers))
+            if (!RenderEffect(settings, image, tile, view, kNoAbort, output, StandardThreads(i == 0 ? 1 : options.workers)))
                 Fail("a render failed");
         });
     }
@@ -183,7 +184,7 @@ void RunPreview(const Options &options) {
             settings.length = static_cast<int16_t>(50 + i / 7);
             const Stopwatch watch;
             RenderEffect(settings, tile, tile.bounds, {sources.data(), static_cast<uint32_t>(sources.size())},
-                         kNoAbort, &output, options.workers);
+                         kNoAbort, &output, StandardThreads(options.workers));
             times.push_back(watch.Seconds() * 1000.0);
         }
         std::sort(times.begin(), times.end());
@@ -217,7 +218,7 @@ void RunCancel(const Options &options) {
         });
         const bool done = RenderEffect(settings, image, output.bounds,
                                        {sources.data(), static_cast<uint32_t>(sources.size())}, abort,
-                                       &output, options.workers);
+                                       &output, StandardThreads(options.workers));
         const double back = watch.Seconds();
         raiser.join();
         if (!done)

@@ -6,6 +6,7 @@
 #include "plugin/DialogRun.h"
 #include "plugin/HostImage.h"
 #include "plugin/PluginState.h"
+#include "plugin/RenderThreads.h"
 #include "render/AngleTables.h"
 #include "render/KeptRun.h"
 #include "render/RenderDriver.h"
@@ -61,7 +62,8 @@ HostResult RenderTile(const RenderSettings &settings, const ImageBuffer &input, 
     HostResult result = DescribeBuffer(area, false, &output);
     if (result != kNoError)
         return result;
-    if (RenderEffect(settings, input, area, GetLightSourceTable(), gShuttingDown, &output)) {
+    if (RenderEffect(settings, input, area, GetLightSourceTable(), gShuttingDown, &output,
+                     RenderThreads(0))) {
         ReportProgress(*progress);
         result = WriteTile(output);
     } else {

@@ -1,11 +1,7 @@
 #include "render/BandWorkers.h"
 
-#include "render/RenderDriver.h"
-
 #include <algorithm>
 #include <atomic>
-#include <exception>
-#include <thread>
 
 namespace {
 
@@ -16,26 +12,37 @@ struct SharedBands {
     void *data;
 };
 
-void TakeBands(SharedBands *bands, int32_t worker) {
-    for (int32_t band; (band = bands->next.fetch_add(1)) < bands->count;)
-        bands->work(bands->data, band, worker);
+struct BandWorker {
+    SharedBands *bands;
+    int32_t number;
+    WorkerTask task;
+    void *thread; // null for the calling one
+};
+
+void TakeBands(void *argument) {
+    const BandWorker &worker = *static_cast<const BandWorker *>(argument);
+    SharedBands &bands = *worker.bands;
+    for (int32_t band; (band = bands.next.fetch_add(1)) < bands.count;)
+        bands.work(bands.data, band, worker.number);
 }
 
 } // namespace
 
-void ForEachBand(int32_t bands, int32_t workers, void (*work)(void *data, int32_t band, int32_t worker),
-                 void *data) {
+void ForEachBand(int32_t bands, const WorkerThreads &threads,
+                 void (*work)(void *data, int32_t band, int32_t worker), void *data) {
     SharedBands shared{{0}, bands, work, data};
-    std::thread threads[kMaxRenderWorkers - 1];
-    const int32_t helpers = std::clamp(std::min(workers, bands), 1, kMaxRenderWorkers) - 1;
-    int32_t started = 0;
-    try {
-        for (; started < helpers; ++started)
-            threads[started] = std::thread(TakeBands, &shared, started + 1);
-    } catch (const std::exception &) {
-        // The threads that did start, and this one, take all the bands.
+    BandWorker workers[kMaxRenderWorkers];
+    const int32_t wanted = std::clamp(std::min(threads.count, bands), 1, kMaxRenderWorkers);
+    int32_t started = 1;
+    for (; started < wanted; ++started) {
+        BandWorker &worker = workers[started];
+        worker = {&shared, started, {TakeBands, &worker}, nullptr};
+        worker.thread = threads.start(&worker.task);
+        if (!worker.thread)
+            break; // those that did start, and this one, take all the bands
     }
-    TakeBands(&shared, 0);
-    for (int32_t i = 0; i < started; ++i)
-        threads[i].join();
+    workers[0] = {&shared, 0, {}, nullptr};
+    TakeBands(&workers[0]);
+    for (int32_t i = 1; i < started; ++i)
+        threads.join(workers[i].thread);
 }

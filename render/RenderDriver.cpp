@@ -131,11 +131,11 @@ void DrawBand(void *data, int32_t band, int32_t worker) {
         DrawFlares(job, target);
 }
 
-void DrawBands(RenderJob *job, int32_t workers) {
+void DrawBands(RenderJob *job, const WorkerThreads &threads) {
     const int32_t rows = job->area.bottom - job->area.top;
-    const int32_t wanted = workers == 1 ? 1 : workers * kBandsPerWorker;
+    const int32_t wanted = threads.count == 1 ? 1 : threads.count * kBandsPerWorker;
     job->bandRows = std::max((rows + wanted - 1) / wanted, kLeastBandRows);
-    ForEachBand((rows + job->bandRows - 1) / job->bandRows, workers, DrawBand, job);
+    ForEachBand((rows + job->bandRows - 1) / job->bandRows, threads, DrawBand, job);
 }
 
 // Fewer workers when there is not enough memory for each; none when there is not even enough for one.
@@ -149,18 +149,18 @@ int32_t AllocateColors(int32_t workers, BlendColor **colors) {
     return workers;
 }
 
-bool DrawEffect(RenderJob *job, int32_t workers) {
+bool DrawEffect(RenderJob *job, const WorkerThreads &threads) {
     const bool starsReady = !job->drawsStars || PrepareStars(*job);
     const bool flaresReady = starsReady && (!job->drawsFlares || PrepareFlares(*job));
     if (!starsReady)
         return false;
     job->drawsFlares = job->drawsFlares && flaresReady;
-    const int32_t given = AllocateColors(std::clamp(workers, 1, kMaxRenderWorkers), &job->colors);
+    const int32_t given = AllocateColors(std::clamp(threads.count, 1, kMaxRenderWorkers), &job->colors);
     if (given == 0) {
         ReportLowMemory();
         return true;
     }
-    DrawBands(job, given);
+    DrawBands(job, {given, threads.start, threads.join});
     CountedFree(job->colors, sizeof(BlendColor) * kRainbowStates * static_cast<size_t>(given));
     return flaresReady && job->abort.load(std::memory_order_relaxed) == 0;
 }
@@ -169,7 +169,7 @@ bool DrawEffect(RenderJob *job, int32_t workers) {
 
 bool RenderEffect(const RenderSettings &settings, const ImageBuffer &source, const IntRect &target,
                   const LightSourceTableView &lightSources, const std::atomic<uint8_t> &abort,
-                  ImageBuffer *output, int32_t workers) {
+                  ImageBuffer *output, const WorkerThreads &threads) {
     RenderSettings clamped = settings;
     ClampRenderSettings(&clamped);
     BuildAngleTables();
@@ -190,5 +190,5 @@ bool RenderEffect(const RenderSettings &settings, const ImageBuffer &source, con
                   static_cast<uint32_t>(flareLevel * flareLevel * kFractionOne),
                   nullptr,
                   0};
-    return DrawEffect(&job, workers);
+    return DrawEffect(&job, threads);
 }

@@ -4,6 +4,7 @@
 #include "engine/ImageBuffer.h"
 #include "engine/LightSourceTable.h"
 #include "render/RenderSettings.h"
+#include "render/WorkerThreads.h"
 
 #include <atomic>
 #include <cstdint>
@@ -16,12 +17,10 @@ void FreeRenderState();
 
 // Renders `target` (document coordinates) into `output`, an image of the same mode and depth as `source`
 // whose bounds hold the target. gPreciseMode and gFloor must be set. Light sources are in document pixels.
-// `settings` are clamped. `workers` threads, this one included, share the rows (at most kMaxRenderWorkers; a
-// thread that cannot be started is done without); the picture does not depend on their number. False when
+// `settings` are clamped. The `threads`, at most 16, share the rows; the picture does not depend on their
+// number, and none of them runs any more on return. False when
 // *abort became non-zero before the end, or a stamp set has no builder; what was blended so far stays.
 // Renders never overlap: one thread at a time.
 bool RenderEffect(const RenderSettings &settings, const ImageBuffer &source, const IntRect &target,
                   const LightSourceTableView &lightSources, const std::atomic<uint8_t> &abort,
-                  ImageBuffer *output, int32_t workers = 1);
-
-constexpr int32_t kMaxRenderWorkers = 16;
+                  ImageBuffer *output, const WorkerThreads &threads = kThisThreadOnly);

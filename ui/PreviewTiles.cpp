@@ -1,6 +1,7 @@
 #include "ui/PreviewTiles.h"
 
 #include "diag/BufferUsage.h"
+#include "plugin/RenderThreads.h"
 #include "render/RenderDriver.h"
 #include "ui/PreviewGeometry.h"
 #include "ui/PreviewInvariants.h"
@@ -22,6 +23,7 @@ constexpr RegionStep kAddFresh{926, "Could not combine FreshRegion with TempRegi
 
 // A region in more pieces than this is rendered in one go, valid pixels included.
 constexpr uint32_t kMostPieces = 8;
+constexpr int32_t kProcessorsForDialog = 1;
 
 // What of a tile is to be done.
 struct TileWork {
@@ -142,7 +144,7 @@ TileResult RenderMissing(const PreviewRequest &request, const TileWork &work,
         const RECT &piece = work.missing.rects[i];
         if (!RenderEffect(settings, gProxies.HostProxyImage,
                           {piece.left, piece.top, piece.right, piece.bottom}, gProxies.lightSources, cancel,
-                          &gProxies.EffectProxyImage))
+                          &gProxies.EffectProxyImage, RenderThreads(kProcessorsForDialog)))
             return cancel ? TileResult::cancelled : TileResult::failed;
     }
     return TileResult::rendered;

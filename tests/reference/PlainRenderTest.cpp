@@ -5,6 +5,7 @@
 #include "tests/plain/PlainRender.h"
 #include "tests/reference/Scenes.h"
 #include "tests/support/RecordingDiag.h"
+#include "tests/support/StandardThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -45,7 +46,7 @@ protected:
             Picture product = MakePicture(scene.kind, room);
             FillBytes(product.buffer, 0x3C);
             ASSERT_TRUE(RenderEffect(scene.context.settings, image.buffer, target, ViewOf(&sources), kNoAbort,
-                                     &product.buffer, workers));
+                                     &product.buffer, StandardThreads(workers)));
             ASSERT_NO_FATAL_FAILURE(ExpectSamePixels(product.buffer, expected.buffer)) << path->name;
         }
     }

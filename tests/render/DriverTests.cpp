@@ -1,6 +1,7 @@
 // The render driver: which sources are drawn, where and onto what; when stamps are rebuilt; tiles, aborts and
 // failures.
 #include "tests/render/RenderFixture.h"
+#include "tests/support/StandardThreads.h"
 
 namespace {
 
@@ -350,7 +351,7 @@ TEST_F(DriverTest, RaisedAbortBuildsNothing) {
     std::vector<LightSource> sources = {MakeSource(100, 80)};
     TestImage output(kModeRgb8, 0, kBounds);
     EXPECT_FALSE(RenderEffect(DefaultSettings(), output.buffer, kBounds, ViewOf(sources), gTestAbort,
-                              &output.buffer, 3));
+                              &output.buffer, StandardThreads(3)));
     EXPECT_EQ(gRenderState.stars.stamps[0].count, 0);
 }
 
@@ -362,7 +363,7 @@ TEST_F(DriverTest, WorkersNeverShow) {
     ASSERT_TRUE(Render(DefaultSettings(), source, sources, &alone));
     for (const int32_t workers : {-1, 0, 2, 3, 5, 16, 1000}) {
         ASSERT_TRUE(RenderEffect(DefaultSettings(), source.buffer, kBounds, ViewOf(sources), noAbort,
-                                 &shared.buffer, workers));
+                                 &shared.buffer, StandardThreads(workers)));
         ASSERT_EQ(shared.Bytes(), alone.Bytes()) << workers;
     }
 }
