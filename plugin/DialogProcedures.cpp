@@ -1,5 +1,6 @@
 // The exported dialog procedures.
 #include "plugin/DiagnosticRequests.h"
+#include "ui/LightSourceViewer.h"
 
 #include <windows.h>
 
@@ -9,7 +10,8 @@ extern "C" INT_PTR CALLBACK BrillatrixProc(HWND, UINT, WPARAM, LPARAM) {
 
 extern "C" INT_PTR CALLBACK DisplayLightSourceTableProc(HWND window, UINT message, WPARAM wParam,
                                                         LPARAM lParam) {
-    return window ? FALSE : AnswerDiagnosticRequest(message, wParam, lParam);
+    return window ? HandleLightSourceViewer(window, message, wParam, lParam)
+                  : AnswerDiagnosticRequest(message, wParam, lParam);
 }
 
 extern "C" INT_PTR CALLBACK DebugImageProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {

@@ -8,6 +8,8 @@
 #define BX_WAIT_CURSOR 194
 #define BX_LIGHT_SOURCE_TABLE_DIALOG 210
 #define BX_DEBUG_IMAGE_DIALOG 211
+#define BX_LIGHT_SOURCE_LIST 1167
+#define BX_LIGHT_SOURCE_COUNT 1168
 #define BX_OPEN_HAND_CURSOR 240
 #define BX_CLOSED_HAND_CURSOR 241
 #define BX_ZOOM_IN_CURSOR 242
@@ -62,6 +64,8 @@ constexpr int kAboutDialogId = BX_ABOUT_DIALOG;
 constexpr int kWaitCursorId = BX_WAIT_CURSOR;
 constexpr int kLightSourceTableDialogId = BX_LIGHT_SOURCE_TABLE_DIALOG;
 constexpr int kDebugImageDialogId = BX_DEBUG_IMAGE_DIALOG;
+constexpr int kLightSourceListId = BX_LIGHT_SOURCE_LIST;
+constexpr int kLightSourceCountId = BX_LIGHT_SOURCE_COUNT;
 constexpr int kOpenHandCursorId = BX_OPEN_HAND_CURSOR;
 constexpr int kClosedHandCursorId = BX_CLOSED_HAND_CURSOR;
 constexpr int kZoomInCursorId = BX_ZOOM_IN_CURSOR;
