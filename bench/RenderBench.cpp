@@ -32,7 +32,7 @@ constexpr RenderSettings kDefaults = {100.0, 100, 50, 50, 150, 6,     50,
                                       30,    50,  50, 15, 30,  false, kStandardStar};
 
 struct Options {
-    std::string cases = "24-50,24-500,24-long,24-flare,24-sharp20,100-50";
+    std::string cases = "24-50,24-500,24-long,24-flare,24-sharp20,100-50,preview,cancel";
     int32_t workers = 2;
     bool plain = true;
 };
@@ -252,7 +252,9 @@ int main(int argc, char **argv) {
     for (const Case &which : kCases)
         if (IsNamed(options.cases, which.name))
             RunCase(which, options);
-    RunPreview(options);
-    RunCancel(options);
+    if (IsNamed(options.cases, "preview"))
+        RunPreview(options);
+    if (IsNamed(options.cases, "cancel"))
+        RunCancel(options);
     return 0;
 }

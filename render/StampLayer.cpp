@@ -11,6 +11,7 @@ namespace {
 constexpr int64_t kReach = std::numeric_limits<int16_t>::max() + 1; // no pixel's offset gets this far
 constexpr int32_t kQuarters = 4, kTenths = 10;
 constexpr int32_t kRowsPerPoll = 64;
+constexpr uint32_t kHalfByteStep = 32896; // working values; 65793 of them are one step of a byte
 
 // `area` as offsets from the place's pixel, as far as a stamp can reach.
 IntRect AreaInOffsets(const IntRect &area, const StampPlace &place) {
@@ -31,13 +32,17 @@ struct Laying {
     void (*blendPiece)(const BlendPiece &piece);
 };
 
-uint32_t ThresholdOf(const StampContext &context) {
-    return std::max(context.floor / 2, 1u);
+// Products of colour and value below it change nothing: they are not drawn, or the sample stays what it is. A
+// product of at most half a byte's step moves a byte's working value by less than that, and by less than 3
+// downwards, so that it is rounded back to the same byte. In fast mode even a product of 0 moves it.
+uint32_t ThresholdOf(const StampContext &context, const ImageBuffer &output) {
+    const uint32_t floor = std::max(context.floor / 2, 1u);
+    return context.preciseMode && output.bytesPerSample == 1 ? std::max(floor, kHalfByteStep + 1) : floor;
 }
 
 Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint &tint) {
     Laying laying{target, place, AreaInOffsets(target.band, place), 0, BlendPiece{}, nullptr};
-    const uint32_t threshold = ThresholdOf(target.context);
+    const uint32_t threshold = ThresholdOf(target.context, target.output);
     laying.leastValue = LeastVisibleValue(LargestChannel(tint.channel), tint.value, threshold);
     laying.blend.colors = target.colors;
     laying.blend.tintValue = tint.value;
