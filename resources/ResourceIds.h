@@ -5,6 +5,14 @@
 
 #define BX_ZOOM_MENU 139
 #define BX_ABOUT_DIALOG 191
+#define BX_ABOUT_LOGO 1201
+#define BX_ABOUT_VERSION 1202
+#define BX_ABOUT_HELP_LINK 1203
+#define BX_ABOUT_WEB_LINK 1204
+#define BX_ABOUT_SUPPORT_LINK 1205
+#define BX_ABOUT_UPDATE_SWITCH 1206
+#define BX_ABOUT_UPDATE_NOTE 1207
+#define BX_ABOUT_UPDATE_LINK 1208
 #define BX_WAIT_CURSOR 194
 #define BX_LIGHT_SOURCE_TABLE_DIALOG 210
 #define BX_DEBUG_IMAGE_DIALOG 211
@@ -61,6 +69,14 @@
 #ifndef RC_INVOKED
 constexpr int kZoomMenuId = BX_ZOOM_MENU;
 constexpr int kAboutDialogId = BX_ABOUT_DIALOG;
+constexpr int kAboutLogoId = BX_ABOUT_LOGO;
+constexpr int kAboutVersionId = BX_ABOUT_VERSION;
+constexpr int kAboutHelpLinkId = BX_ABOUT_HELP_LINK;
+constexpr int kAboutWebLinkId = BX_ABOUT_WEB_LINK;
+constexpr int kAboutSupportLinkId = BX_ABOUT_SUPPORT_LINK;
+constexpr int kAboutUpdateSwitchId = BX_ABOUT_UPDATE_SWITCH;
+constexpr int kAboutUpdateNoteId = BX_ABOUT_UPDATE_NOTE;
+constexpr int kAboutUpdateLinkId = BX_ABOUT_UPDATE_LINK;
 constexpr int kWaitCursorId = BX_WAIT_CURSOR;
 constexpr int kLightSourceTableDialogId = BX_LIGHT_SOURCE_TABLE_DIALOG;
 constexpr int kDebugImageDialogId = BX_DEBUG_IMAGE_DIALOG;

@@ -1,0 +1,79 @@
+#include "plugin/LinkButton.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kMostText = 256;
+
+// The button's own font, underlined. Null without memory.
+HFONT MakeLinkFont(HWND button) {
+    LOGFONTA font;
+    const HFONT plain = reinterpret_cast<HFONT>(SendMessageA(button, WM_GETFONT, 0, 0));
+    if (!plain || !GetObjectA(plain, sizeof font, &font))
+        return nullptr;
+    font.lfUnderline = TRUE;
+    return CreateFontIndirectA(&font);
+}
+
+struct LinkText {
+    char text[kMostText];
+    int length;
+};
+
+LinkText TextOf(HWND button) {
+    LinkText link = {};
+    link.length = GetWindowTextA(button, link.text, kMostText);
+    return link;
+}
+
+void DrawLinkText(HDC context, const RECT &area, const LinkText &link, bool hasFocus) {
+    SIZE size = {};
+    GetTextExtentPoint32A(context, link.text, link.length, &size);
+    RECT text = {area.left + 1, area.top, std::min(area.right, area.left + 1 + size.cx), area.bottom};
+    DrawTextA(context, link.text, link.length, &text,
+              DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+    if (!hasFocus)
+        return;
+    InflateRect(&text, 1, 0);
+    SetTextColor(context, GetSysColor(COLOR_BTNTEXT));
+    DrawFocusRect(context, &text);
+}
+
+} // namespace
+
+void SetLinkText(HWND button, const char *text) {
+    SetWindowTextA(button, text);
+    const LinkText link = TextOf(button);
+    const HFONT font = MakeLinkFont(button);
+    const HDC context = GetDC(button);
+    RECT area = {};
+    SIZE size = {};
+    GetClientRect(button, &area);
+    if (font && context) {
+        const HGDIOBJ old = SelectObject(context, font);
+        GetTextExtentPoint32A(context, link.text, link.length, &size);
+        SelectObject(context, old);
+        SetWindowPos(button, nullptr, 0, 0, static_cast<int>(std::min(area.right, size.cx + 2)), area.bottom,
+                     SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    }
+    if (context)
+        ReleaseDC(button, context);
+    if (font)
+        DeleteObject(font);
+}
+
+void DrawLink(const DRAWITEMSTRUCT &item) {
+    const HFONT font = MakeLinkFont(item.hwndItem);
+    const int saved = SaveDC(item.hDC);
+    if (font)
+        SelectObject(item.hDC, font);
+    FillRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_BTNFACE));
+    SetBkMode(item.hDC, TRANSPARENT);
+    SetTextColor(item.hDC, GetSysColor(COLOR_HOTLIGHT));
+    DrawLinkText(item.hDC, item.rcItem, TextOf(item.hwndItem),
+                 (item.itemState & ODS_FOCUS) && !(item.itemState & ODS_NOFOCUSRECT));
+    RestoreDC(item.hDC, saved);
+    if (font)
+        DeleteObject(font);
+}
