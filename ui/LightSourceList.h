@@ -1,6 +1,7 @@
 // The list box of the light source table viewer: one line a light source, Ctrl+A and Ctrl+C.
 #pragma once
 
+#include <cstdint>
 #include <windows.h>
 
 // Gives the list box its keys; they go when it is destroyed. One list box at a time.
