@@ -94,6 +94,16 @@ void DeleteParameterFont() {
     gParameterFont = nullptr;
 }
 
+void RenewParameterFont() {
+    const HFONT oldFont = gParameterFont;
+    gParameterFont = nullptr;
+    for (ParameterControl &row : gParameterControls)
+        if (row.edit)
+            UseParameterFont(&row);
+    if (oldFont)
+        DeleteObject(oldFont);
+}
+
 void PaintParameterEdit(const ParameterControl &row) {
     PAINTSTRUCT paint;
     const HDC dc = BeginPaint(row.edit, &paint);

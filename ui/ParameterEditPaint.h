@@ -7,6 +7,8 @@
 // rectangle, and puts it into the edit, so that the caret stands where the drawn digits are.
 void UseParameterFont(ParameterControl *row);
 void DeleteParameterFont();
+// After the fields' size has changed: a font of the new height for every row that is bound.
+void RenewParameterFont();
 
 // Answers WM_PAINT of a bound row's edit.
 void PaintParameterEdit(const ParameterControl &row);

@@ -1,0 +1,344 @@
+#include "ui/DialogPictures.h"
+
+#include "resources/ResourceIds.h"
+#include "ui/DialogLayout.h"
+#include "ui/ModuleInstance.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
+namespace {
+
+constexpr int kIconSizes[] = {48, 32, 24, 20, 16}; // in the icon files, largest first
+constexpr int kBitmapScales[] = {100, 125, 150, 200};
+constexpr int kPercentDpi = 96; // pixels an inch at 100 %
+constexpr uint32_t kOpaque = 255;
+constexpr uint32_t kDisabledAlpha = 96; // of a picture that cannot be used now
+constexpr uint32_t kPlateAlpha = 64;    // of the plate under the selected tool
+constexpr int kDarkBackground = 128;    // mean of the channels below which pictures are drawn for the dark
+
+struct ControlPicture {
+    int controlId, resourceId;
+    bool isIcon;
+    bool isButton; // keeps a margin for the plate that shows it selected
+    HANDLE shown;  // HICON or HBITMAP that the control shows and we own
+};
+
+ControlPicture gPictures[] = {
+    {kProductLogoId, kProductLogoBitmapId, false, false, nullptr},
+    {kMakerLogoId, kMakerLogoBitmapId, false, false, nullptr},
+    {kZoomOutButtonId, kZoomOutBitmapId, false, false, nullptr},
+    {kZoomInButtonId, kZoomInBitmapId, false, false, nullptr},
+    {kZoomArrowId, kZoomArrowBitmapId, false, false, nullptr},
+    {kSettingsMenuIconControlId, kSettingsMenuIconId, true, false, nullptr},
+    {kCornerIconId, kSizeGripIconId, true, false, nullptr},
+    {kPanIconId, kPanHandIconId, true, true, nullptr},
+    {kZoomIconId, kZoomGlassIconId, true, true, nullptr},
+    {kHideIconId, kHideEffectsIconId, true, true, nullptr},
+    {kShowIconId, kShowEffectsIconId, true, true, nullptr},
+    // What less and more of each parameter does.
+    {1089, kThresholdLessId, true, false, nullptr},
+    {1174, kThresholdMoreId, true, false, nullptr},
+    {1051, kIntensityLessId, true, false, nullptr},
+    {1052, kIntensityMoreId, true, false, nullptr},
+    {1054, kLengthLessId, true, false, nullptr},
+    {1056, kLengthMoreId, true, false, nullptr},
+    {1057, kAngleLessId, true, false, nullptr},
+    {1059, kAngleMoreId, true, false, nullptr},
+    {1060, kNumberOfPointsLessId, true, false, nullptr},
+    {1062, kNumberOfPointsMoreId, true, false, nullptr},
+    {1066, kSpikeSharpnessLessId, true, false, nullptr},
+    {1088, kSpikeSharpnessMoreId, true, false, nullptr},
+    {1063, kColorSaturationLessId, true, false, nullptr},
+    {1065, kColorSaturationMoreId, true, false, nullptr},
+    {1067, kRainbowIntensityLessId, true, false, nullptr},
+    {1069, kRainbowIntensityMoreId, true, false, nullptr},
+    {1070, kRainbowFrequencyLessId, true, false, nullptr},
+    {1072, kRainbowFrequencyMoreId, true, false, nullptr},
+    {1073, kSecondarySpikesLessId, true, false, nullptr},
+    {1075, kSecondarySpikesMoreId, true, false, nullptr},
+    {1076, kSoftFlareLessId, true, false, nullptr},
+    {1078, kSoftFlareMoreId, true, false, nullptr},
+};
+
+// Pixels to draw on: rows from the top, premultiplied blue, green, red, alpha. `bitmap` is null when there is
+// none.
+struct Canvas {
+    HBITMAP bitmap;
+    uint32_t *pixels;
+    int width, height;
+};
+
+Canvas MakeCanvas(int width, int height) {
+    BITMAPINFO info = {};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), width, -height, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void *bits = nullptr;
+    if (width <= 0 || height <= 0)
+        return {};
+    const HBITMAP bitmap = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    return bitmap ? Canvas{bitmap, static_cast<uint32_t *>(bits), width, height} : Canvas{};
+}
+
+void FreeCanvas(const Canvas &canvas) {
+    if (canvas.bitmap)
+        DeleteObject(canvas.bitmap);
+}
+
+// A memory context that draws on the canvas.
+struct CanvasContext {
+    HDC dc;
+    HGDIOBJ oldBitmap;
+};
+
+bool OpenCanvas(const Canvas &canvas, CanvasContext *context) {
+    const HDC dc = canvas.bitmap ? CreateCompatibleDC(nullptr) : nullptr;
+    if (!dc)
+        return false;
+    *context = {dc, SelectObject(dc, canvas.bitmap)};
+    return true;
+}
+
+void CloseCanvas(const CanvasContext &context) {
+    GdiFlush();
+    SelectObject(context.dc, context.oldBitmap);
+    DeleteDC(context.dc);
+}
+
+// Drawn on nothing, an icon leaves its own pixels.
+Canvas LoadIconPixels(int resourceId, int size) {
+    const HANDLE icon =
+        LoadImageA(ModuleInstance(), MAKEINTRESOURCEA(resourceId), IMAGE_ICON, size, size, LR_DEFAULTCOLOR);
+    if (!icon)
+        return {};
+    const Canvas canvas = MakeCanvas(size, size);
+    CanvasContext context;
+    if (OpenCanvas(canvas, &context)) {
+        DrawIconEx(context.dc, 0, 0, static_cast<HICON>(icon), size, size, 0, nullptr, DI_NORMAL);
+        CloseCanvas(context);
+    }
+    DestroyIcon(static_cast<HICON>(icon));
+    return canvas;
+}
+
+Canvas LoadBitmapPixels(int resourceId) {
+    const HANDLE image =
+        LoadImageA(ModuleInstance(), MAKEINTRESOURCEA(resourceId), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION);
+    BITMAP size = {};
+    if (!image || !GetObjectA(image, sizeof size, &size)) {
+        if (image)
+            DeleteObject(image);
+        return {};
+    }
+    const Canvas source = {static_cast<HBITMAP>(image), nullptr, size.bmWidth, size.bmHeight};
+    const Canvas canvas = MakeCanvas(size.bmWidth, size.bmHeight);
+    CanvasContext from, to;
+    if (OpenCanvas(canvas, &to)) {
+        if (OpenCanvas(source, &from)) {
+            BitBlt(to.dc, 0, 0, canvas.width, canvas.height, from.dc, 0, 0, SRCCOPY);
+            CloseCanvas(from);
+        }
+        CloseCanvas(to);
+    }
+    FreeCanvas(source);
+    return canvas;
+}
+
+int ScaledPixels(int pixels) {
+    return MulDiv(pixels, static_cast<int>(DialogLayoutDpi()), kPercentDpi);
+}
+
+// The largest of the drawn sizes that has room: a picture is never stretched.
+Canvas LoadIconFor(const ControlPicture &picture, const Canvas &room) {
+    const int margin = picture.isButton ? ScaledPixels(1) : 0;
+    const int most = std::min(room.width, room.height) - 2 * margin;
+    const int *size = std::find_if(std::begin(kIconSizes), std::end(kIconSizes) - 1,
+                                   [most](int candidate) { return candidate <= most; });
+    return LoadIconPixels(picture.resourceId, *size);
+}
+
+Canvas LoadBitmapFor(const ControlPicture &picture, const Canvas &room) {
+    int index = static_cast<int>(std::size(kBitmapScales)) - 1;
+    const int percent = ScaledPixels(100);
+    while (index > 0 && kBitmapScales[index] > percent)
+        --index;
+    for (;; --index) {
+        const Canvas canvas = LoadBitmapPixels(picture.resourceId + index * kBitmapScaleStep);
+        const bool fits = canvas.bitmap && canvas.width <= room.width && canvas.height <= room.height;
+        if (fits || index == 0)
+            return canvas;
+        FreeCanvas(canvas);
+    }
+}
+
+uint32_t SystemColor(int index) {
+    const COLORREF color = GetSysColor(index);
+    return static_cast<uint32_t>(GetRValue(color)) << 16 | static_cast<uint32_t>(GetGValue(color)) << 8 |
+           GetBValue(color);
+}
+
+uint32_t Mixed(uint32_t below, uint32_t above, uint32_t alpha) {
+    uint32_t mixed = 0;
+    for (int shift = 0; shift < 24; shift += 8) {
+        const uint32_t a = above >> shift & 255, b = below >> shift & 255;
+        mixed |= (a * alpha + b * (kOpaque - alpha) + kOpaque / 2) / kOpaque << shift;
+    }
+    return mixed;
+}
+
+bool IsDark(uint32_t color) {
+    return static_cast<int>(((color & 255) + (color >> 8 & 255) + (color >> 16 & 255)) / 3) < kDarkBackground;
+}
+
+// Light and dark exchanged, the hue kept: lines drawn for a light background can be seen on a dark one.
+uint32_t ForDarkBackground(uint32_t pixel) {
+    const uint32_t alpha = pixel >> 24;
+    uint32_t least = alpha, most = 0;
+    for (int shift = 0; shift < 24; shift += 8) {
+        const uint32_t c = std::min(pixel >> shift & 255, alpha);
+        least = std::min(least, c);
+        most = std::max(most, c);
+    }
+    uint32_t turned = alpha << 24;
+    for (int shift = 0; shift < 24; shift += 8)
+        turned |= (alpha - least - most + std::min(pixel >> shift & 255, alpha)) << shift;
+    return turned;
+}
+
+// Lays a premultiplied pixel, as far as `alpha` lets it show.
+uint32_t Laid(uint32_t below, uint32_t pixel, uint32_t alpha) {
+    const uint32_t keep = kOpaque * kOpaque - (pixel >> 24) * alpha;
+    uint32_t laid = 0;
+    for (int shift = 0; shift < 24; shift += 8) {
+        const uint32_t sum = (pixel >> shift & 255) * alpha * kOpaque + (below >> shift & 255) * keep;
+        laid |= std::min((sum + kOpaque * kOpaque / 2) / (kOpaque * kOpaque), kOpaque) << shift;
+    }
+    return laid;
+}
+
+void LayInTheMiddle(const Canvas &canvas, const Canvas &source, uint32_t alpha, bool dark) {
+    const int left = (canvas.width - source.width) / 2, top = (canvas.height - source.height) / 2;
+    for (int y = std::max(0, -top); y < std::min(source.height, canvas.height - top); ++y)
+        for (int x = std::max(0, -left); x < std::min(source.width, canvas.width - left); ++x) {
+            const uint32_t pixel = source.pixels[y * source.width + x];
+            uint32_t &to = canvas.pixels[(y + top) * canvas.width + x + left];
+            to = Laid(to, dark ? ForDarkBackground(pixel) : pixel, alpha);
+        }
+}
+
+// Tinted, with a frame in the full colour; the corners are left out.
+void FillPlate(const Canvas &canvas) {
+    const uint32_t frame = SystemColor(COLOR_HIGHLIGHT);
+    const uint32_t plate = Mixed(SystemColor(COLOR_3DFACE), frame, kPlateAlpha);
+    for (int y = 0; y < canvas.height; ++y)
+        for (int x = 0; x < canvas.width; ++x) {
+            const bool acrossEdge = x == 0 || x == canvas.width - 1;
+            const bool downEdge = y == 0 || y == canvas.height - 1;
+            if (!acrossEdge || !downEdge)
+                canvas.pixels[y * canvas.width + x] = acrossEdge || downEdge ? frame : plate;
+        }
+}
+
+// The picture as the control shows it, of the control's size and opaque. An empty canvas when it cannot be
+// made.
+Canvas Compose(HWND control, const ControlPicture &picture, ToolPicture state) {
+    RECT client = {};
+    GetClientRect(control, &client);
+    const Canvas canvas = MakeCanvas(client.right, client.bottom);
+    if (!canvas.bitmap)
+        return {};
+    const Canvas source = picture.isIcon ? LoadIconFor(picture, canvas) : LoadBitmapFor(picture, canvas);
+    if (!source.bitmap) {
+        FreeCanvas(canvas);
+        return {};
+    }
+    const uint32_t background = SystemColor(COLOR_3DFACE);
+    std::fill_n(canvas.pixels, static_cast<size_t>(canvas.width) * canvas.height, background);
+    if (state == kPictureSelected)
+        FillPlate(canvas);
+    LayInTheMiddle(canvas, source, state == kPictureDisabled ? kDisabledAlpha : kOpaque, IsDark(background));
+    FreeCanvas(source);
+    return canvas;
+}
+
+// The icon has copies of what it is made of.
+HICON MakeIcon(const Canvas &canvas) {
+    for (int i = 0; i < canvas.width * canvas.height; ++i)
+        canvas.pixels[i] |= kOpaque << 24;
+    const HBITMAP mask = CreateBitmap(canvas.width, canvas.height, 1, 1, nullptr);
+    CanvasContext context;
+    if (OpenCanvas({mask, nullptr, canvas.width, canvas.height}, &context)) {
+        PatBlt(context.dc, 0, 0, canvas.width, canvas.height, BLACKNESS);
+        CloseCanvas(context);
+    }
+    ICONINFO info = {TRUE, 0, 0, mask, canvas.bitmap};
+    const HICON icon = mask ? CreateIconIndirect(&info) : nullptr;
+    if (mask)
+        DeleteObject(mask);
+    return icon;
+}
+
+void DeletePicture(HANDLE image, bool isIcon) {
+    if (image && isIcon)
+        DestroyIcon(static_cast<HICON>(image));
+    else if (image)
+        DeleteObject(image);
+}
+
+// The control answers with the image it had: ours, or a bitmap that it loaded for the template and that
+// nobody else frees. Icons of the template are shared ones.
+void PutPicture(HWND control, ControlPicture *picture, HANDLE image) {
+    const LRESULT replaced = SendMessageA(control, STM_SETIMAGE, picture->isIcon ? IMAGE_ICON : IMAGE_BITMAP,
+                                          reinterpret_cast<LPARAM>(image));
+    const HANDLE previous = reinterpret_cast<HANDLE>(replaced);
+    if (previous && (previous == picture->shown || !picture->isIcon))
+        DeletePicture(previous, picture->isIcon);
+    if (picture->shown && picture->shown != previous)
+        DeletePicture(picture->shown, picture->isIcon);
+    picture->shown = image;
+}
+
+bool ShowPicture(HWND control, ControlPicture *picture, ToolPicture state) {
+    const Canvas canvas = Compose(control, *picture, state);
+    if (!canvas.bitmap)
+        return false;
+    HANDLE image = canvas.bitmap;
+    if (picture->isIcon) {
+        image = MakeIcon(canvas);
+        FreeCanvas(canvas);
+    }
+    if (image)
+        PutPicture(control, picture, image);
+    return image != nullptr;
+}
+
+ToolPicture RestingState(HWND control, int controlId) {
+    const int tools[] = {0, kPanIconId, kZoomIconId, kHideIconId, kShowIconId};
+    if (!IsWindowEnabled(control))
+        return kPictureDisabled;
+    return gViewTools.tool != kToolNone && controlId == tools[gViewTools.tool] ? kPictureSelected
+                                                                               : kPictureNormal;
+}
+
+} // namespace
+
+bool LoadDialogPictures(HWND dialog) {
+    bool complete = true;
+    for (ControlPicture &picture : gPictures)
+        if (const HWND control = GetDlgItem(dialog, picture.controlId))
+            complete = ShowPicture(control, &picture, RestingState(control, picture.controlId)) && complete;
+    return complete;
+}
+
+void FreeDialogPictures(HWND dialog) {
+    for (ControlPicture &picture : gPictures)
+        if (const HWND control = GetDlgItem(dialog, picture.controlId); control && picture.shown)
+            PutPicture(control, &picture, nullptr);
+}
+
+void ShowDialogPicture(HWND dialog, int controlId, ToolPicture picture) {
+    const HWND control = GetDlgItem(dialog, controlId);
+    for (ControlPicture &row : gPictures)
+        if (control && row.controlId == controlId)
+            ShowPicture(control, &row, picture);
+}
