@@ -61,6 +61,8 @@ void DeliverReport(const ErrorRecord &record, uint32_t messageBoxFlags, const ch
 void ReportError(const ErrorRecord &record, uint32_t messageBoxFlags, const char *title, const char *format,
                  ...) {
     const DWORD lastError = GetLastError();
+    if (strcmp(title, kTitleExiting) == 0)
+        gFatalErrorStatus = record.line;
     FormattedText message;
     va_list arguments;
     va_start(arguments, format);

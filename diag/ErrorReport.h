@@ -3,6 +3,7 @@
 
 #include "diag/Compiler.h"
 
+#include <atomic>
 #include <cstdint>
 
 // Values of ErrorRecord::kind. Any other value is neither logged nor shown.
@@ -25,6 +26,10 @@ struct ErrorRecord {
     uint32_t kind;        // one of the kinds above
     uint32_t systemError; // for kSystemError the system's error code, else 0
 };
+
+// The site code of the last report under kTitleExiting, or 0: the dialog ends on it. Whoever begins a run
+// clears it. Any thread.
+inline std::atomic<uint32_t> gFatalErrorStatus;
 
 // Formats the message and logs or shows it by kind. May be called from any thread. Never fails visibly and
 // never throws; without an open log it only shows user messages, and only on the owner thread.

@@ -1,12 +1,8 @@
-// The exported dialog procedures.
+// The exported dialog procedures for diagnostic callers.
 #include "plugin/DiagnosticRequests.h"
 #include "ui/LightSourceViewer.h"
 
 #include <windows.h>
-
-extern "C" INT_PTR CALLBACK BrillatrixProc(HWND, UINT, WPARAM, LPARAM) {
-    return FALSE;
-}
 
 extern "C" INT_PTR CALLBACK DisplayLightSourceTableProc(HWND window, UINT message, WPARAM wParam,
                                                         LPARAM lParam) {

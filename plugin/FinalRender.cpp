@@ -1,5 +1,6 @@
 #include "plugin/FinalRender.h"
 
+#include "diag/ErrorReport.h"
 #include "engine/FixedPoint.h"
 #include "engine/InitializationTask.h"
 #include "engine/LightSourceTable.h"
@@ -123,7 +124,7 @@ HostResult RunOnImage(const ImageBuffer &input, bool showDialog) {
     BuildAngleTables();
     ResetRenderState();
     StartLightSourceTableInit(input);
-    HostResult result = showDialog ? RunDialog() : kNoError;
+    HostResult result = showDialog ? RunDialog(input) : kNoError;
     if (result == kNoError)
         result = RenderAndWrite(input);
     EndRun(result, input.bytesPerSample);
@@ -134,6 +135,7 @@ HostResult RunOnImage(const ImageBuffer &input, bool showDialog) {
 
 HostResult FilterImage(bool showDialog) {
     gShuttingDown = 0;
+    gFatalErrorStatus = 0;
     ImageBuffer input{};
     HostResult result = ReadInputImage(&input);
     if (result == kNoError)

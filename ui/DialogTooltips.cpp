@@ -1,0 +1,54 @@
+#include "ui/DialogTooltips.h"
+
+#include "resources/ResourceIds.h"
+#include "ui/DialogMessages.h"
+#include "ui/ModuleInstance.h"
+#include "ui/ParameterControls.h"
+#include "ui/Tooltips.h"
+#include "ui/ViewTools.h"
+
+#include <commctrl.h>
+
+namespace {
+
+constexpr int kWidestTextUnits = 180;        // dialog units; longer texts are broken into lines
+constexpr LPARAM kShownMilliseconds = 15000; // long enough to read the longest
+
+struct ControlText {
+    int controlId;
+    const char *text;
+};
+
+// The key letter that a text names is the text's own and not always the accelerator's.
+constexpr ControlText kTexts[] = {
+    {IDOK, "OK - Commit changes and return to the editor"},
+    {IDCANCEL, "Cancel (Esc) - Close the dialog without making any changes"},
+    {kPreviewOnId,
+     "Preview (P) - Check to see a preview of the modified image, uncheck to see the original image"},
+    {kHelpId, "Click here for links to help and support resources"},
+    {kProductLogoId, "Brillatrix Pro version information, help, and online resources"},
+    {kMakerLogoId, "Visit the Nexorvanta Software web site"},
+    {kSettingsComboId, "Settings (T) - Select a set of saved parameters"},
+    {kEffectComboId, "Effect (:) - Select the type of Star Effect to apply to the image."},
+    {kEffectsOnlyId,
+     "Output Effects Only (O) - Check to output the effects only, excluding the original image"},
+};
+
+} // namespace
+
+HWND CreateDialogTooltips(HWND dialog) {
+    const HWND tooltips = CreateWindowExA(
+        WS_EX_TOPMOST, TOOLTIPS_CLASSA, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT,
+        CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, dialog, nullptr, ModuleInstance(), nullptr);
+    if (!tooltips)
+        return nullptr;
+    RECT widest = {0, 0, kWidestTextUnits, 0};
+    MapDialogRect(dialog, &widest);
+    SendMessageA(tooltips, TTM_SETMAXTIPWIDTH, 0, widest.right);
+    SendMessageA(tooltips, TTM_SETDELAYTIME, TTDT_AUTOPOP, kShownMilliseconds);
+    for (const ControlText &entry : kTexts)
+        AddTooltip(dialog, tooltips, entry.controlId, entry.text);
+    RegisterParameterTooltips(dialog, tooltips);
+    RegisterViewTooltips(dialog, tooltips);
+    return tooltips;
+}

@@ -1,0 +1,25 @@
+// The effect combo box: the seven effect types. Dialog's thread.
+#pragma once
+
+#include <cstdint>
+#include <windows.h>
+
+struct EffectRow {
+    uint32_t effectType;
+    const wchar_t *name;
+    // Called when the user picks the row; may be null.
+    void (*onSelected)(const EffectRow &row, uint32_t effectType);
+};
+
+constexpr int kEffectRowCount = 7;
+extern const EffectRow kEffectRows[kEffectRowCount];
+
+void FillEffectList(HWND dialog);
+// Selects the row of an effect type when it is not selected already; no row for an unknown type.
+void ShowEffectType(HWND dialog, uint32_t effectType);
+// The user picked a row: its type goes into the parameter set, and the dialog is told.
+void OnEffectChosen(HWND dialog);
+
+// Gives Number of Points the value that an effect type proposes, as if the user had typed it. An unknown type
+// is reported and changes nothing.
+void SelectEffectType(uint32_t effectType);
