@@ -1,5 +1,6 @@
 // The exported dialog procedures for diagnostic callers.
 #include "plugin/DiagnosticRequests.h"
+#include "ui/DebugImageViewer.h"
 #include "ui/LightSourceViewer.h"
 
 #include <windows.h>
@@ -11,5 +12,6 @@ extern "C" INT_PTR CALLBACK DisplayLightSourceTableProc(HWND window, UINT messag
 }
 
 extern "C" INT_PTR CALLBACK DebugImageProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    return window ? FALSE : AnswerDiagnosticRequest(message, wParam, lParam);
+    return window ? HandleDebugImageViewer(window, message, wParam, lParam)
+                  : AnswerDiagnosticRequest(message, wParam, lParam);
 }

@@ -18,6 +18,9 @@
 #define BX_DEBUG_IMAGE_DIALOG 211
 #define BX_LIGHT_SOURCE_LIST 1167
 #define BX_LIGHT_SOURCE_COUNT 1168
+#define BX_DEBUG_CHOICE 1201
+#define BX_DEBUG_ZOOM 1202
+#define BX_DEBUG_DISPLAY 1203
 #define BX_OPEN_HAND_CURSOR 240
 #define BX_CLOSED_HAND_CURSOR 241
 #define BX_ZOOM_IN_CURSOR 242
@@ -82,6 +85,9 @@ constexpr int kLightSourceTableDialogId = BX_LIGHT_SOURCE_TABLE_DIALOG;
 constexpr int kDebugImageDialogId = BX_DEBUG_IMAGE_DIALOG;
 constexpr int kLightSourceListId = BX_LIGHT_SOURCE_LIST;
 constexpr int kLightSourceCountId = BX_LIGHT_SOURCE_COUNT;
+constexpr int kDebugChoiceId = BX_DEBUG_CHOICE;
+constexpr int kDebugZoomId = BX_DEBUG_ZOOM;
+constexpr int kDebugDisplayId = BX_DEBUG_DISPLAY;
 constexpr int kOpenHandCursorId = BX_OPEN_HAND_CURSOR;
 constexpr int kClosedHandCursorId = BX_CLOSED_HAND_CURSOR;
 constexpr int kZoomInCursorId = BX_ZOOM_IN_CURSOR;

@@ -1,10 +1,10 @@
 #include "ui/LightSourceViewer.h"
 
-#include "diag/Log.h"
 #include "engine/InitializationTask.h"
 #include "engine/LightSourceTable.h"
 #include "resources/ResourceIds.h"
 #include "ui/LightSourceList.h"
+#include "ui/MessageBoxOwner.h"
 
 namespace {
 
@@ -16,12 +16,11 @@ struct Control {
 // The open viewer.
 struct Viewer {
     Control countLine, list, okButton;
-    RECT openingRect;      // of the window, on the screen: it never gets smaller
-    int dx, dy;            // of the last change of its size
-    int halves;            // what dividing dx by two has left over so far, in half pixels
-    bool wasMinimized;     // the next change of size leads back from there
-    bool ownsMessageBoxes; // the reporter's owner window is this dialog
-    NativeWindow previousOwner;
+    RECT openingRect; // of the window, on the screen: it never gets smaller
+    int dx, dy;       // of the last change of its size
+    int halves;       // what dividing dx by two has left over so far, in half pixels
+    MessageBoxOwner messageBoxOwner;
+    bool wasMinimized; // the next change of size leads back from there
 };
 Viewer gViewer;
 
@@ -70,10 +69,7 @@ void ShowTable() {
 
 void Open(HWND dialog) {
     gViewer = Viewer{};
-    if (IsReportOwnerThread()) {
-        gViewer.previousOwner = SetReportOwnerWindow(dialog);
-        gViewer.ownsMessageBoxes = true;
-    }
+    TakeMessageBoxes(dialog, &gViewer.messageBoxOwner);
     TakeControls(dialog);
     AttachLightSourceList(gViewer.list.window);
     ShowTable();
@@ -139,12 +135,6 @@ INT_PTR HandleCommand(HWND dialog, WPARAM wParam) {
     return TRUE;
 }
 
-void GiveOwnerBack() {
-    if (gViewer.ownsMessageBoxes && IsReportOwnerThread())
-        SetReportOwnerWindow(gViewer.previousOwner);
-    gViewer.ownsMessageBoxes = false;
-}
-
 } // namespace
 
 INT_PTR HandleLightSourceViewer(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -170,7 +160,7 @@ INT_PTR HandleLightSourceViewer(HWND dialog, UINT message, WPARAM wParam, LPARAM
         EndDialog(dialog, 0);
         return TRUE;
     case WM_DESTROY:
-        GiveOwnerBack();
+        GiveMessageBoxesBack(&gViewer.messageBoxOwner);
         return FALSE;
     default:
         return FALSE;
