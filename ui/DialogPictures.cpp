@@ -16,7 +16,6 @@ constexpr int kPercentDpi = 96; // pixels an inch at 100 %
 constexpr uint32_t kOpaque = 255;
 constexpr uint32_t kDisabledAlpha = 96; // of a picture that cannot be used now
 constexpr uint32_t kPlateAlpha = 64;    // of the plate under the selected tool
-constexpr int kDarkBackground = 128;    // mean of the channels below which pictures are drawn for the dark
 
 struct ControlPicture {
     int controlId, resourceId;
@@ -186,25 +185,6 @@ uint32_t Mixed(uint32_t below, uint32_t above, uint32_t alpha) {
     return mixed;
 }
 
-bool IsDark(uint32_t color) {
-    return static_cast<int>(((color & 255) + (color >> 8 & 255) + (color >> 16 & 255)) / 3) < kDarkBackground;
-}
-
-// Light and dark exchanged, the hue kept: lines drawn for a light background can be seen on a dark one.
-uint32_t ForDarkBackground(uint32_t pixel) {
-    const uint32_t alpha = pixel >> 24;
-    uint32_t least = alpha, most = 0;
-    for (int shift = 0; shift < 24; shift += 8) {
-        const uint32_t c = std::min(pixel >> shift & 255, alpha);
-        least = std::min(least, c);
-        most = std::max(most, c);
-    }
-    uint32_t turned = alpha << 24;
-    for (int shift = 0; shift < 24; shift += 8)
-        turned |= (alpha - least - most + std::min(pixel >> shift & 255, alpha)) << shift;
-    return turned;
-}
-
 // Lays a premultiplied pixel, as far as `alpha` lets it show.
 uint32_t Laid(uint32_t below, uint32_t pixel, uint32_t alpha) {
     const uint32_t keep = kOpaque * kOpaque - (pixel >> 24) * alpha;
@@ -216,13 +196,13 @@ uint32_t Laid(uint32_t below, uint32_t pixel, uint32_t alpha) {
     return laid;
 }
 
-void LayInTheMiddle(const Canvas &canvas, const Canvas &source, uint32_t alpha, bool dark) {
+void LayInTheMiddle(const Canvas &canvas, const Canvas &source, uint32_t alpha) {
     const int left = (canvas.width - source.width) / 2, top = (canvas.height - source.height) / 2;
     for (int y = std::max(0, -top); y < std::min(source.height, canvas.height - top); ++y)
         for (int x = std::max(0, -left); x < std::min(source.width, canvas.width - left); ++x) {
             const uint32_t pixel = source.pixels[y * source.width + x];
             uint32_t &to = canvas.pixels[(y + top) * canvas.width + x + left];
-            to = Laid(to, dark ? ForDarkBackground(pixel) : pixel, alpha);
+            to = Laid(to, pixel, alpha);
         }
 }
 
@@ -256,7 +236,7 @@ Canvas Compose(HWND control, const ControlPicture &picture, ToolPicture state) {
     std::fill_n(canvas.pixels, static_cast<size_t>(canvas.width) * canvas.height, background);
     if (state == kPictureSelected)
         FillPlate(canvas);
-    LayInTheMiddle(canvas, source, state == kPictureDisabled ? kDisabledAlpha : kOpaque, IsDark(background));
+    LayInTheMiddle(canvas, source, state == kPictureDisabled ? kDisabledAlpha : kOpaque);
     FreeCanvas(source);
     return canvas;
 }
