@@ -1,9 +1,11 @@
 #include "tests/plugin/ModuleFixture.h"
 
 #include "plugin/ScriptKeys.h"
+#include "resources/ResourceIds.h"
 
 #include <atomic>
 #include <cstring>
+#include <cwchar>
 #include <fstream>
 #include <iterator>
 #include <ostream>
@@ -14,6 +16,8 @@
 
 namespace {
 
+using DialogBoxFunction = INT_PTR WINAPI(HINSTANCE, LPCWSTR, HWND, DLGPROC, LPARAM);
+
 // The hooks carry no context, and one module is loaded at a time.
 struct Watch {
     std::string folder;
@@ -23,6 +27,9 @@ struct Watch {
     HRESULT comResult;
     bool refuseSections;
     std::atomic<int64_t> events, enteredSection, closedHandle, deletedSection;
+    DialogBoxFunction *openOtherDialog;
+    INT_PTR mainDialogAnswer;
+    int mainDialogs;
 };
 Watch gWatch;
 
@@ -125,6 +132,15 @@ HRESULT WINAPI WatchedFolderPath(HWND, int kind, HANDLE, DWORD, LPSTR path) {
     return S_OK;
 }
 
+// Nobody is there to close the main dialog.
+INT_PTR WINAPI WatchedDialogBox(HINSTANCE instance, LPCWSTR name, HWND owner, DLGPROC procedure,
+                                LPARAM parameter) {
+    if (IS_INTRESOURCE(name) || std::wcscmp(name, kMainDialogName) != 0)
+        return gWatch.openOtherDialog(instance, name, owner, procedure, parameter);
+    ++gWatch.mainDialogs;
+    return gWatch.mainDialogAnswer;
+}
+
 void HookModule(HMODULE module, host::ImportHooks *hooks) {
     const auto hook = [&](const char *name, auto function) {
         host::ReplaceImport(module, nullptr, name, function, hooks);
@@ -176,12 +192,17 @@ void ModuleFixture::SetUp() {
         return IDOK;
     };
     host::CatchBoxes(module.module, keepBox, true);
+    gWatch.mainDialogAnswer = IDOK;
+    gWatch.mainDialogs = 0;
+    gWatch.openOtherDialog =
+        host::ReplaceImport(module.module, nullptr, "DialogBoxParamW", WatchedDialogBox, &dialogHooks);
     filterHost.document = host::MakeDocument(8, 6, 8, 3, false);
 }
 
 void ModuleFixture::TearDown() {
     FailModuleAllocation(0, false);
     EndModuleRun();
+    host::RestoreImports(&dialogHooks);
     host::ReleaseBoxes();
     host::RestoreImports(&hooks);
     host::UnloadFilterModule(&module);
@@ -227,6 +248,14 @@ void ModuleFixture::FailModuleAllocation(int64_t n, bool andLater) {
 
 int64_t ModuleFixture::ModuleAllocations() const {
     return gWatch.allocations;
+}
+
+void ModuleFixture::AnswerMainDialog(INT_PTR answer) {
+    gWatch.mainDialogAnswer = answer;
+}
+
+int ModuleFixture::MainDialogs() const {
+    return gWatch.mainDialogs;
 }
 
 void ModuleFixture::SetComResult(HRESULT result) {

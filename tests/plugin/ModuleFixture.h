@@ -45,6 +45,9 @@ protected:
     void FailModuleAllocation(int64_t n, bool andLater);
     // Allocations of the module since then.
     int64_t ModuleAllocations() const;
+    // The main dialog does not open; its call answers this from now on. At first it is IDOK.
+    void AnswerMainDialog(INT_PTR answer);
+    int MainDialogs() const; // calls
     // CoInitialize answers this from now on.
     void SetComResult(HRESULT result);
     // InitializeCriticalSectionAndSpinCount fails from now on, or no longer.
@@ -69,7 +72,7 @@ protected:
 private:
     void EndModuleRun();
 
-    host::ImportHooks hooks;
+    host::ImportHooks hooks, dialogHooks;
 };
 
 // Path of the module, which lies beside this program.
