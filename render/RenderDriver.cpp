@@ -21,6 +21,9 @@ namespace {
 // than this.
 constexpr int32_t kBandsPerWorker = 4, kLeastBandRows = 32;
 
+// So many lights of one phase, and their stamp keeps its rows.
+constexpr int32_t kLightsWorthKeeping = 4;
+
 // One render's inputs. All workers read it.
 struct RenderJob {
     const RenderSettings &settings; // clamped
@@ -75,13 +78,19 @@ bool IsNearArea(const RenderJob &job, const StampPlace &place) {
            place.y + reach >= job.area.top && place.y - reach < job.area.bottom;
 }
 
-// Builds the stamps of all the phases that are needed. False when aborted or without a builder.
+// Builds the stamps of all the phases that are needed. Those with many lights keep their rows. False when
+// aborted or without a builder.
 bool PrepareStars(const RenderJob &job) {
+    int32_t lights[kStampsPerSet] = {};
     return ForEachLight(job, nullptr, [&](const StampPlace &place, const LightSource &, uint32_t) {
         if (!gRenderState.stars.build)
             return false;
-        if (IsNearArea(job, place))
-            NeedStarStamp(place.px, place.py);
+        if (!IsNearArea(job, place))
+            return true;
+        const int32_t phase = place.px * kPhases + place.py;
+        NeedStarStamp(place.px, place.py);
+        if (++lights[phase] == kLightsWorthKeeping)
+            gRenderState.stars.stamps[phase].keepsRows = gRenderState.stars.stamps[phase].kept != nullptr;
         return true;
     });
 }

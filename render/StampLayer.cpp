@@ -11,6 +11,7 @@ namespace {
 constexpr int64_t kReach = std::numeric_limits<int16_t>::max() + 1; // no pixel's offset gets this far
 constexpr int32_t kQuarters = 4, kTenths = 10;
 constexpr int32_t kRowsPerPoll = 64;
+constexpr uint32_t kBrightest = 0xFFFFFFFF;
 constexpr uint32_t kHalfByteStep = 32896; // working values; 65793 of them are one step of a byte
 
 // `area` as offsets from the place's pixel, as far as a stamp can reach.
@@ -26,9 +27,10 @@ IntRect AreaInOffsets(const IntRect &area, const StampPlace &place) {
 struct Laying {
     const BandTarget &target;
     const StampPlace &place;
-    IntRect window;      // the band, as offsets from the place
-    uint32_t leastValue; // smaller values cannot show
-    BlendPiece blend;    // what is the same for all pieces
+    IntRect window;         // the band, as offsets from the place
+    uint32_t leastValue;    // smaller values cannot show
+    uint32_t faintestValue; // the same for the brightest light source there could be
+    BlendPiece blend;       // what is the same for all pieces
     void (*blendPiece)(const BlendPiece &piece);
 };
 
@@ -41,9 +43,10 @@ uint32_t ThresholdOf(const StampContext &context, const ImageBuffer &output) {
 }
 
 Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint &tint) {
-    Laying laying{target, place, AreaInOffsets(target.band, place), 0, BlendPiece{}, nullptr};
+    Laying laying{target, place, AreaInOffsets(target.band, place), 0, 0, BlendPiece{}, nullptr};
     const uint32_t threshold = ThresholdOf(target.context, target.output);
     laying.leastValue = LeastVisibleValue(LargestChannel(tint.channel), tint.value, threshold);
+    laying.faintestValue = LeastVisibleValue(kBrightest, kBrightest, threshold);
     laying.blend.colors = target.colors;
     laying.blend.tintValue = tint.value;
     laying.blend.threshold = threshold;
@@ -120,6 +123,20 @@ void LayArm(const Laying &laying, const Arm &arm, const PixelRange &walked, cons
     }
 }
 
+void LayKeptArm(const Laying &laying, const Arm &arm, const PixelRange &walked, const KeptArm &kept) {
+    const IntRect &window = laying.window;
+    const PixelRange rows = ArmRows(arm, walked);
+    const int32_t last = std::min({rows.to, kept.range.to, window.bottom - 1});
+    for (int32_t row = std::max({rows.from, kept.range.from, window.top}); row <= last; ++row) {
+        const KeptRow *keptRow = kept.rows + (row - kept.range.from);
+        const int32_t end = keptRow->from + static_cast<int32_t>(keptRow[1].first - keptRow->first);
+        const int32_t from = std::max(keptRow->from, window.left), to = std::min(end, window.right);
+        const uint32_t first = keptRow->first + static_cast<uint32_t>(from - keptRow->from);
+        if (from < to)
+            BlendRow(laying, row, from, to - from, kept.values + first, kept.states + first);
+    }
+}
+
 // Half the width of a flare's row, in pixels, as far as it can show; below 0 the row does not.
 int32_t FlareHalfWidth(const FlareStamp &flare, double reach, int32_t row) {
     const double across = reach * reach - double{1.0} * row * row;
@@ -170,7 +187,11 @@ void LayStar(const BandTarget &target, const StarStamp &stamp, const StarTables 
         if (!prepared)
             PrepareColors(tables, tint, FurthestInWindow(laying.window), target.colors);
         prepared = true;
-        LayArm(laying, arm, walked, tables.stateOfDistance);
+        const ArmFilling filling = {&arm, tables.stateOfDistance, laying.blend.precise, laying.faintestValue};
+        if (stamp.keepsRows && KeepArm(filling, &stamp.kept[i]))
+            LayKeptArm(laying, arm, walked, stamp.kept[i]);
+        else
+            LayArm(laying, arm, walked, tables.stateOfDistance);
     }
 }
 

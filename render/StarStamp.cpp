@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr size_t kStampBytes = sizeof(Arm) * kMaxStampArms;
+constexpr size_t kStampBytes = (sizeof(Arm) + sizeof(KeptArm)) * kMaxStampArms;
 
 // The states are read two at a time: one more than there are distances.
 size_t StateBytes(uint32_t count) {
@@ -65,6 +65,16 @@ const ValueTable *FindValues(const StampContext &context, const SpikeProfileInpu
     return &tables->values[tables->count++];
 }
 
+bool AllocateArms(StarStamp *stamp) {
+    void *block = CountedAlloc(kStampBytes);
+    if (!block)
+        return false;
+    stamp->arms = static_cast<Arm *>(block);
+    stamp->kept = reinterpret_cast<KeptArm *>(stamp->arms + kMaxStampArms);
+    std::fill_n(stamp->kept, kMaxStampArms, KeptArm{});
+    return true;
+}
+
 IntRect JoinRects(const IntRect &a, const IntRect &b) {
     if (IsEmptyRect(a))
         return b;
@@ -78,9 +88,7 @@ bool AddArm(const StampContext &context, StarTables *tables, int32_t px, int32_t
             StarStamp *stamp) {
     if (shape.length < 1 || shape.brightness < context.floor / 4 || stamp->count == kMaxStampArms)
         return true;
-    if (!stamp->arms)
-        stamp->arms = static_cast<Arm *>(CountedAlloc(kStampBytes));
-    if (!stamp->arms)
+    if (!stamp->arms && !AllocateArms(stamp))
         return false;
     const ValueTable *values = FindValues(
         context, {shape.length, shape.decay, shape.brightness, context.settings.scale, context.diagonal},
@@ -96,11 +104,15 @@ bool AddArm(const StampContext &context, StarTables *tables, int32_t px, int32_t
 }
 
 void EmptyStamp(StarStamp *stamp) {
+    if (stamp->kept)
+        std::for_each(stamp->kept, stamp->kept + kMaxStampArms, [](KeptArm &kept) { DropKeptArm(&kept); });
     stamp->count = 0;
+    stamp->keepsRows = false;
     stamp->box = IntRect{0, 0, 0, 0};
 }
 
 void FreeStamp(StarStamp *stamp) {
+    EmptyStamp(stamp);
     CountedFree(stamp->arms, stamp->arms ? kStampBytes : 0);
     *stamp = StarStamp{};
 }
@@ -121,7 +133,10 @@ void PrepareFactors(const StampContext &context, StarTables *tables) {
 }
 
 int64_t StampBytes(const StarStamp &stamp) {
-    return stamp.arms ? static_cast<int64_t>(kStampBytes) : 0;
+    int64_t bytes = stamp.arms ? static_cast<int64_t>(kStampBytes) : 0;
+    for (int32_t i = 0; i < stamp.count && stamp.kept; ++i)
+        bytes += stamp.kept[i].bytes;
+    return bytes;
 }
 
 int64_t TableBytes(const StarTables &tables) {

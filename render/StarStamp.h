@@ -4,6 +4,7 @@
 
 #include "render/ArmSpan.h"
 #include "render/EffectTypes.h"
+#include "render/KeptRows.h"
 #include "render/Rainbow.h"
 #include "render/SpikeProfile.h"
 
@@ -11,11 +12,13 @@
 
 constexpr int32_t kMaxStampArms = kMaxArms + kBurstRays;
 
-// Owner of `arms`, room for kMaxStampArms or null: the record; FreeStamp releases them.
+// Owner of `arms` and `kept`, room for kMaxStampArms or null: the record; FreeStamp releases them.
 struct StarStamp {
     int32_t count; // arms, in drawing order
     IntRect box;   // pixels that they may cover
     Arm *arms;
+    KeptArm *kept = nullptr; // of each arm, in the same block as `arms`; see KeptRows.h
+    bool keepsRows = false;  // the stamp is laid often enough to keep them
 };
 
 // The values along the arms' lengths, a table for each different fall-off, and the rainbow's state by
@@ -35,9 +38,9 @@ struct StarTables {
 // ran out; the stamp is then unchanged.
 bool AddArm(const StampContext &context, StarTables *tables, int32_t px, int32_t py, const ArmShape &shape,
             StarStamp *stamp);
-// Count 0 and an empty box; the array is kept.
+// Count 0, an empty box and no kept rows; the arrays stay.
 void EmptyStamp(StarStamp *stamp);
-// Gives the array back and leaves an empty stamp.
+// Gives the arrays back and leaves an empty stamp.
 void FreeStamp(StarStamp *stamp);
 void DropStarTables(StarTables *tables);
 // Fills in the rainbow's factors, by state.
