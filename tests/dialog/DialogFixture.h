@@ -1,0 +1,108 @@
+// The module's main dialog, opened by a run of the filter and used by a script that stands for a person: mouse
+// and keys go the way that the system's own messages go. The script runs on the dialog's thread, inside its
+// modal loop. Everything has a time-out; a run that hangs ends the program.
+#pragma once
+
+#include "tests/dialog/SystemAnswers.h"
+#include "tests/plugin/ModuleFixture.h"
+#include "tests/plugin/NightDocument.h"
+#include "tests/support/WindowPicture.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <windows.h>
+
+using Script = std::function<void()>;
+
+class DialogFixture : public ModuleFixture {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // One run. The script starts when the dialog has been painted; it must end the dialog. Without a script
+    // the dialog must not open.
+    host::RunResult RunDialog(const Script &script, bool withParameters = true);
+    // Runs inside WM_INITDIALOG, after the dialog's own answer.
+    Script onInit;
+    // Runs after the dialog procedure has handled a message.
+    std::function<void(UINT message)> afterMessage;
+
+    // --- For scripts -----------------------------------------------------------------------------------------
+    HWND Item(int id) const { return GetDlgItem(dialog, id); }
+    std::wstring Text(int id) const;
+    bool IsChecked(int id) const;
+    int Selected(int comboId) const;
+    int Position(int trackbarId) const;
+    RECT Place(int id) const; // in the dialog's client area
+
+    // Handles what waits, for at least so long.
+    void Pump(DWORD milliseconds = 0);
+    // Pumps until it holds; a failure when that takes too long.
+    bool WaitFor(const char *what, const std::function<bool()> &condition, DWORD milliseconds = 20000);
+    // Waits until the light source table is ready and the preview of what was asked for last is finished.
+    void Settle();
+
+    // A click in the middle of the control: whatever lies there on top gets it, a failure when that is not
+    // the control.
+    void Click(int id);
+    void DoubleClick(int id);
+    // Moves by these steps from there, in client coordinates of the control, with the left button held.
+    void Drag(int id, POINT from, POINT to);
+    void DragTrackbar(int id, int position);
+    // To the control with the focus.
+    void Key(WORD key, bool ctrl = false);
+    void Character(wchar_t character);
+    // Replaces the text of an edit field, character by character.
+    void Type(int editId, const std::string &text);
+    // CBN_SELCHANGE with the row chosen.
+    void Choose(int comboId, int row);
+    void Resize(int width, int height);
+    void PressOk() { Click(IDOK); }
+    void PressCancel() { Click(IDCANCEL); }
+
+    // Messages that the dialog procedure got since Forget.
+    int Seen(UINT message) const;
+    void Forget() { seen.clear(); }
+
+    // Stops the building of the light source table before it begins, until it is let go.
+    void HoldTable();
+    void ReleaseTable();
+
+    std::string UISettingsFile() const;
+    std::string UserFolder(const char *name) const; // Settings, Parameters, Logs
+    std::string UISettingsBytes() const { return ReadWholeFile(UISettingsFile()); }
+
+    HWND dialog = nullptr; // while it is open
+    HWND hostWindow = nullptr;
+    int dialogsOpened = 0;
+    INT_PTR dialogResult = 0; // of the last one
+
+private:
+    friend struct DialogRunner;
+    void Mouse(HWND window, UINT message, int x, int y, WPARAM keys);
+    HWND ControlAt(POINT client) const;
+
+    host::ImportHooks hooks;
+    Script script;
+    std::map<UINT, int> seen;
+    bool scriptRan = false;
+    bool previewIdle = false, tableReady = false;
+};
+
+// Control ids that scripts use, as numbers that people who drive the dialog from outside rely on.
+constexpr int kHelp = 1000, kPreviewBox = 1002, kSettingsCombo = 1023, kVerticalBar = 1028,
+              kHorizontalBar = 1030, kProgressBar = 1031, kDisplay = 1040, kZoomOutButton = 1042, kPanIcon = 1043,
+              kZoomIcon = 1044, kZoomInButton = 1045, kSettingsIcon = 1050, kMakerLogo = 1082, kLogo = 1084,
+              kZoomText = 1085, kZoomArrow = 1087, kEffectsOnly = 1122, kHideIcon = 1123, kEffectCombo = 1176,
+              kShowIcon = 1184;
+
+struct ParameterPair {
+    int edit, trackbar, minimum, maximum, initial, decimals;
+    wchar_t key;
+    int16_t ParameterSet::*value;
+};
+extern const ParameterPair kPairs[11];
+
+// The parameters as the dialog takes them over when it opens.
+ParameterSet SomeParameters();

@@ -1,0 +1,276 @@
+// How the dialog opens and the ways it ends, seen from the host: the result word, the picture, the files.
+#include "tests/dialog/DialogFixture.h"
+
+#include "storage/UISettings.h"
+#include "ui/DialogMessages.h"
+
+#include <commctrl.h>
+#include <cstring>
+#include <thread>
+
+namespace {
+
+class MainDialog : public DialogFixture {
+protected:
+    void SetUp() override {
+        ASSERT_NO_FATAL_FAILURE(DialogFixture::SetUp());
+        before = filterHost.document;
+    }
+
+    // The module forgets what it knew; its folders stay.
+    void LoadModuleAgain() {
+        TearDown();
+        SetUp();
+    }
+
+    void WriteUISettings(const UISettings &settings) {
+        MakeFolder(folder / "user");
+        MakeFolder(folder / "user\\Nexorvanta");
+        MakeFolder(folder / "user\\Nexorvanta\\Brillatrix");
+        MakeFolder(UserFolder("Settings"));
+        WriteWholeFile(UISettingsFile(),
+                       std::string(reinterpret_cast<const char *>(&settings), sizeof settings));
+    }
+
+    UISettings ReadUISettings() {
+        UISettings settings = {};
+        const std::string bytes = UISettingsBytes();
+        EXPECT_EQ(bytes.size(), sizeof settings);
+        std::memcpy(&settings, bytes.data(), std::min(bytes.size(), sizeof settings));
+        return settings;
+    }
+
+    ScreenRect DialogRect() const {
+        RECT rect;
+        GetWindowRect(dialog, &rect);
+        return {static_cast<int32_t>(rect.left), static_cast<int32_t>(rect.top),
+                static_cast<int32_t>(rect.right), static_cast<int32_t>(rect.bottom)};
+    }
+
+    host::Document before;
+};
+
+bool SameRect(const ScreenRect &a, const ScreenRect &b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+} // namespace
+
+TEST_F(MainDialog, OpensWithTheParametersShownAndTheEffectToolsWaiting) {
+    HoldTable();
+    onInit = [this] {
+        EXPECT_FALSE(IsWindowEnabled(Item(kHideIcon)));
+        EXPECT_FALSE(IsWindowEnabled(Item(kShowIcon)));
+    };
+    const host::RunResult result = RunDialog([this] {
+        wchar_t title[50] = L"";
+        GetWindowTextW(dialog, title, 50);
+        EXPECT_STREQ(title, L"Brillatrix Pro");
+        EXPECT_EQ(GetWindow(dialog, GW_OWNER), hostWindow);
+        EXPECT_FALSE(IsWindowEnabled(hostWindow));
+        EXPECT_EQ(GetFocus(), Item(kPairs[0].edit));
+        DWORD first = 1, last = 0;
+        SendDlgItemMessageW(dialog, kPairs[0].edit, EM_GETSEL, reinterpret_cast<WPARAM>(&first),
+                            reinterpret_cast<LPARAM>(&last));
+        EXPECT_EQ(first, 0u);
+        EXPECT_GE(last, 2u);
+        EXPECT_EQ(Text(kHelp), L"Help and Support");
+        EXPECT_TRUE(IsChecked(kPreviewBox));
+        EXPECT_FALSE(IsChecked(kEffectsOnly));
+        EXPECT_EQ(Text(kZoomText), L" 100.00%");
+        EXPECT_EQ(SendDlgItemMessageW(dialog, kEffectCombo, CB_GETCOUNT, 0, 0), 7);
+        EXPECT_EQ(Selected(kEffectCombo), 0);
+        for (const ParameterPair &pair : kPairs) {
+            SCOPED_TRACE(pair.edit);
+            EXPECT_EQ(SendDlgItemMessageW(dialog, pair.trackbar, TBM_GETRANGEMIN, 0, 0), pair.minimum);
+            EXPECT_EQ(SendDlgItemMessageW(dialog, pair.trackbar, TBM_GETRANGEMAX, 0, 0), pair.maximum);
+            EXPECT_EQ(Position(pair.trackbar), pair.initial);
+            EXPECT_EQ(Text(pair.edit), pair.decimals ? L"15.0" : std::to_wstring(pair.initial));
+        }
+        Pump(150);
+        EXPECT_FALSE(IsWindowEnabled(Item(kHideIcon))) << "the table is not ready";
+        EXPECT_FALSE(IsWindowEnabled(Item(kShowIcon)));
+        EXPECT_GT(Seen(kMsgProgress), 0) << "the wait is shown";
+        ReleaseTable();
+        WaitFor("the table", [this] { return IsWindowEnabled(Item(kHideIcon)) != FALSE; });
+        EXPECT_TRUE(IsWindowEnabled(Item(kShowIcon)));
+        PressCancel();
+    });
+    EXPECT_EQ(result.code, kUserCanceledErr);
+    EXPECT_TRUE(boxes.empty());
+}
+
+// An effect tool would need the table; the others come back as they were.
+TEST_F(MainDialog, ToolAndPlaceComeBackFromTheFile) {
+    const std::pair<uint32_t, uint32_t> tools[] = {{1, 1}, {2, 2}, {3, 2}, {4, 2}};
+    for (const auto &[stored, expected] : tools) {
+        SCOPED_TRACE(stored);
+        UISettings settings = kDefaultUISettings;
+        settings.viewTool = stored;
+        settings.previewFlag = 0;
+        settings.dialogRect = {31, 7, 31 + 900, 7 + 740};
+        WriteUISettings(settings);
+        RunDialog([&] {
+            EXPECT_TRUE(SameRect(DialogRect(), settings.dialogRect));
+            EXPECT_TRUE(IsChecked(kPreviewBox)) << "on at every opening";
+            SetWindowPos(dialog, nullptr, 12, 5, 910, 745, SWP_NOZORDER);
+            Pump();
+            PressOk();
+        });
+        const UISettings written = ReadUISettings();
+        EXPECT_EQ(written.viewTool, expected);
+        EXPECT_TRUE(SameRect(written.dialogRect, {12, 5, 12 + 910, 5 + 745}));
+        LoadModuleAgain();
+    }
+}
+
+// Never placed, or a file of another version: centred, at the template's size.
+TEST_F(MainDialog, WithoutAPlaceItIsCentred) {
+    for (const bool foreignFile : {false, true}) {
+        UISettings settings = kDefaultUISettings;
+        settings.dialogRect = {0, 0, 950, 745};
+        settings.version[3] = 10;
+        if (foreignFile)
+            WriteUISettings(settings);
+        ScreenRect shown = {};
+        RunDialog([&] {
+            shown = DialogRect();
+            RECT size = {0, 0, 497, 433};
+            MapDialogRect(dialog, &size);
+            RECT client;
+            GetClientRect(dialog, &client);
+            EXPECT_EQ(client.right, size.right);
+            EXPECT_EQ(client.bottom, size.bottom);
+            PressOk();
+        });
+        RECT work;
+        SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
+        EXPECT_NEAR(shown.left + shown.right, work.left + work.right, 2);
+        EXPECT_NEAR(shown.top + shown.bottom, work.top + work.bottom, 2);
+        EXPECT_TRUE(SameRect(ReadUISettings().dialogRect, shown));
+        EXPECT_EQ(LogText().find("version mismatch. File Version = '0','0','0','10'") != std::string::npos,
+                  foreignFile);
+        LoadModuleAgain();
+    }
+}
+
+TEST_F(MainDialog, OkRendersAndTheRepeatNeedsNoDialog) {
+    const ParameterSet wanted = SomeParameters();
+    filterHost.script = ScriptOf(wanted);
+    filterHost.settings.playInfo = kPlayDisplay; // a script that asks for the dialog
+    const host::RunResult result = RunDialog(
+        [&] {
+            EXPECT_EQ(Selected(kEffectCombo), 2);
+            for (const ParameterPair &pair : kPairs)
+                EXPECT_EQ(Position(pair.trackbar), wanted.*pair.value) << pair.edit;
+            Settle();
+            Key(VK_RETURN); // OK is the default button
+        },
+        false);
+    EXPECT_EQ(result.code, kNoError);
+    EXPECT_EQ(dialogResult, IDOK);
+    EXPECT_EQ(SetInHandle(), wanted);
+    EXPECT_EQ(DialogPendingByte(), 0);
+    const host::Document expected = FilteredNight(before, wanted);
+    EXPECT_GT(DifferentSamples(expected, before), 1000);
+    EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
+    EXPECT_EQ(UISettingsBytes().size(), 52u);
+    filterHost.document = before;
+    filterHost.script.reset();
+    EXPECT_EQ(RunDialog(nullptr, false).code, kNoError);
+    EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
+    EXPECT_EQ(dialogsOpened, 1);
+    ExpectCleanHost();
+}
+
+// However it is cancelled, nothing of what was done in it stays.
+TEST_F(MainDialog, CancelEscapeAndCloseBoxChangeNothing) {
+    const std::string stored(52, 'x');
+    const Script ways[] = {[this] { PressCancel(); }, [this] { Key(VK_ESCAPE); },
+                           [this] {
+                               PostMessageW(dialog, WM_SYSCOMMAND, SC_CLOSE, 0);
+                               Pump();
+                           }};
+    for (const Script &way : ways) {
+        SCOPED_TRACE(&way - ways);
+        ParameterSet taken = {};
+        const host::RunResult result = RunDialog([&] {
+            taken = SetInHandle();
+            WriteWholeFile(UISettingsFile(), stored);
+            Type(kPairs[0].edit, "90");
+            Choose(kEffectCombo, 4);
+            Click(kEffectsOnly);
+            Click(kPanIcon);
+            SetWindowPos(dialog, nullptr, 3, 4, 930, 740, SWP_NOZORDER);
+            Settle();
+            EXPECT_EQ(SetInHandle().threshold, 90);
+            way();
+        });
+        EXPECT_EQ(result.code, kUserCanceledErr);
+        EXPECT_EQ(dialogResult, IDCANCEL);
+        EXPECT_EQ(DifferentSamples(filterHost.document, before), 0);
+        EXPECT_EQ(UISettingsBytes(), stored);
+        EXPECT_EQ(SetInHandle(), taken) << "a repeat uses what was there before";
+        EXPECT_FALSE(Exists(SettingsFile()));
+        ExpectCleanHost();
+        LoadModuleAgain();
+    }
+}
+
+TEST_F(MainDialog, ARefusedDialogIsACancel) {
+    gAnswers.refuseDialog = true;
+    EXPECT_EQ(RunDialog([] {}).code, kUserCanceledErr);
+    EXPECT_EQ(DifferentSamples(filterHost.document, before), 0);
+    ExpectCleanHost();
+    gAnswers.refuseDialog = false;
+    EXPECT_EQ(RunDialog([this] { PressOk(); }).code, kNoError);
+}
+
+// Who sends from another thread goes on as soon as the dialog has handled the message.
+TEST_F(MainDialog, SentMessagesAreAnsweredEarlyAndProgressReachesTheBar) {
+    RunDialog([this] {
+        Settle();
+        std::map<UINT, DWORD> states;
+        afterMessage = [&](UINT message) { states[message] = InSendMessageEx(nullptr); };
+        bool sent = false;
+        std::thread sender([&] {
+            SendMessageTimeoutW(dialog, kMsgProgress, 2, 9, SMTO_NORMAL, 20000, nullptr);
+            SendMessageTimeoutW(dialog, WM_APP + 77, 0, 0, SMTO_NORMAL, 20000, nullptr);
+            sent = true;
+            PostMessageW(dialog, WM_NULL, 0, 0);
+        });
+        WaitFor("the sender", [&] { return sent; });
+        sender.join();
+        for (const UINT message : {kMsgProgress, UINT{WM_APP + 77}}) {
+            EXPECT_TRUE(states[message] & ISMEX_SEND);
+            EXPECT_TRUE(states[message] & ISMEX_REPLIED);
+        }
+        afterMessage = nullptr;
+
+        static std::string toBar;
+        const auto record = [](HWND bar, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
+                               DWORD_PTR) -> LRESULT {
+            if (message == PBM_SETPOS)
+                toBar += "pos " + std::to_string(wParam) + ",";
+            if (message == PBM_SETRANGE32)
+                toBar += "range " + std::to_string(wParam) + "-" + std::to_string(lParam) + ",";
+            return DefSubclassProc(bar, message, wParam, lParam);
+        };
+        SetWindowSubclass(Item(kProgressBar), record, 5, 0);
+        const struct {
+            WPARAM position;
+            LPARAM total;
+            const char *expected;
+        } steps[] = {{3, 10, "range 0-10,pos 3,"},   {3, 10, ""}, {7, 10, "pos 7,"}, {12, 10, "pos 10,"},
+                     {5, 20, "range 0-20,pos 5,"},   {5, 25, "range 0-25,"},
+                     {0, 0, "pos 1,pos 0,range 0-0,"}, {1, 4, "range 0-4,pos 1,"},
+                     {0, 0, "pos 1,pos 0,range 0-0,"}};
+        for (const auto &step : steps) {
+            toBar.clear();
+            SendMessageW(dialog, kMsgProgress, step.position, step.total);
+            EXPECT_EQ(toBar, step.expected) << step.position << " of " << step.total;
+        }
+        RemoveWindowSubclass(Item(kProgressBar), record, 5);
+        PressCancel();
+    });
+}

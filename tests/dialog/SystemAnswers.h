@@ -1,0 +1,47 @@
+// Takes the place of what waits for a person or leaves the program - menus, file dialogs, the browser - in one
+// loaded module, and keeps count of the window and drawing objects that the module holds.
+#pragma once
+
+#include "host/ModuleImports.h"
+
+#include <map>
+#include <string>
+#include <vector>
+#include <windows.h>
+
+struct OfferedItem {
+    std::wstring text;
+    bool grayed;
+};
+
+struct OfferedMenu {
+    POINT at; // screen
+    UINT flags;
+    HWND owner;
+    std::map<int, OfferedItem> items; // by command
+};
+
+// What the person did not do by hand: set before, looked at after.
+struct SystemAnswers {
+    int menuCommand = 0;      // the item picked; 0 none
+    DWORD menuError = 0;      // with no item: the call failed
+    std::wstring file;        // the file picked; empty: cancelled
+    bool refuseDialog = false; // the main dialog cannot be opened
+    std::vector<OfferedMenu> menus;
+    std::vector<std::string> fileTitles, opened; // file dialogs; what was given to the shell
+    int beeps = 0;
+};
+extern SystemAnswers gAnswers;
+
+// Clears the answers and the counts.
+void AnswerForSystem(HMODULE module, host::ImportHooks *hooks);
+
+// Objects made and not given back: bitmaps, contexts, brushes, fonts, regions, icons, menus, hooks, windows
+// that are open, window classes, by the name of the call that made them.
+std::map<std::string, int> LiveObjects();
+// Made since AnswerForSystem, all kinds.
+long ObjectsMade();
+// Drawing objects of the whole process, the system's own for our windows among them; -1 where they cannot be
+// counted.
+int ProcessDrawingObjects();
+int ProcessThreads();
