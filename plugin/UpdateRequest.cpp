@@ -152,14 +152,17 @@ HINTERNET OpenSession(const HttpCalls &http, const wchar_t *userAgent, bool isSe
     return session;
 }
 
-// Without these, the system would add what it knows about the user, or go elsewhere.
+// Without these, the system would add what it knows about the user, go elsewhere, or wait for an answer
+// longer than for anything else.
 bool RestrictRequest(const HttpCalls &http, HINTERNET handle) {
     DWORD disabled = WINHTTP_DISABLE_COOKIES | WINHTTP_DISABLE_AUTHENTICATION | WINHTTP_DISABLE_REDIRECTS |
                      WINHTTP_DISABLE_KEEP_ALIVE;
     DWORD never = WINHTTP_OPTION_REDIRECT_POLICY_NEVER, noLogon = WINHTTP_AUTOLOGON_SECURITY_LEVEL_HIGH;
+    DWORD limit = kUpdateTimeLimit;
     return http.setOption(handle, WINHTTP_OPTION_DISABLE_FEATURE, &disabled, sizeof disabled) &&
            http.setOption(handle, WINHTTP_OPTION_REDIRECT_POLICY, &never, sizeof never) &&
-           http.setOption(handle, WINHTTP_OPTION_AUTOLOGON_POLICY, &noLogon, sizeof noLogon);
+           http.setOption(handle, WINHTTP_OPTION_AUTOLOGON_POLICY, &noLogon, sizeof noLogon) &&
+           http.setOption(handle, WINHTTP_OPTION_RECEIVE_RESPONSE_TIMEOUT, &limit, sizeof limit);
 }
 
 bool OpenRequest(UpdateRequest *request, const Target &target, const wchar_t *userAgent) {

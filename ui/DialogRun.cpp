@@ -2,10 +2,11 @@
 
 #include "diag/ErrorReport.h"
 #include "engine/InitializationTask.h"
+#include "plugin/DpiScope.h"
 #include "plugin/PluginState.h"
+#include "plugin/UpdateNotice.h"
 #include "resources/ResourceIds.h"
 #include "storage/UISettings.h"
-#include "plugin/DpiScope.h"
 #include "ui/MainDialog.h"
 #include "ui/ModuleInstance.h"
 #include "ui/PreviewDisplay.h"
@@ -82,6 +83,7 @@ HostResult ResultOfCancel() {
 HostResult RunDialog(const ImageBuffer &input) {
     if (!AreUISettingsLoaded())
         LoadUISettings();
+    StartUpdateCheck();
     const HostProfile profile = LockHostProfile();
     gDialogSubject = {gParameters, &input, profile.bytes, profile.size};
     const INT_PTR closed = OpenDialog();

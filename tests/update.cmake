@@ -1,0 +1,10 @@
+# The update notice against a small server on this machine. update_module is the notice alone in a module, so that it
+# can be unloaded.
+set(update_sources ../plugin/UpdateNotice.cpp ../plugin/UpdateRequest.cpp ../plugin/PluginState.cpp diag/TestVersion.rc)
+add_library(update_module MODULE update/UpdateModule.cpp ${update_sources})
+target_link_libraries(update_module PRIVATE brillatrix_options storage diag)
+set_target_properties(update_module PROPERTIES PREFIX "")
+brillatrix_test(update_tests LIBS storage diag ws2_32
+    SOURCES update/LoopbackServer.cpp update/UpdateNoticeTest.cpp update/UpdateUnloadTest.cpp storage/TemporaryFolder.cpp
+            ${update_sources})
+add_dependencies(update_tests update_module)

@@ -1,0 +1,267 @@
+// When the maker is asked, with what, and what is made of the answer. The test program's own version is
+// 7.65535.3.21.
+#include "diag/Log.h"
+#include "plugin/UpdateNotice.h"
+#include "plugin/UpdateRequest.h"
+#include "storage/AppFolders.h"
+#include "storage/UpdateRecord.h"
+#include "tests/storage/TemporaryFolder.h"
+#include "tests/update/LoopbackServer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <ctime>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <windows.h>
+
+namespace {
+
+constexpr int64_t kHour = 3600, kDay = 24 * kHour;
+constexpr ULONGLONG kSlack = 1500; // milliseconds that a busy machine may add
+
+std::string gAddress;
+bool gAllowsPlain = true;
+
+struct UpdateTest : ::testing::Test {
+    TemporaryFolder folder;
+
+    void SetUp() override {
+        snprintf(gSettingsFolder, sizeof gSettingsFolder, "%s", folder.Path().c_str());
+        gAllowsPlain = true;
+        SetUpdateNotice(true);
+    }
+    void TearDown() override { Await(); }
+
+    static void Await() {
+        while (IsUpdateCheckRunning())
+            Sleep(5);
+    }
+    static void Check(const std::string &address) {
+        gAddress = address;
+        StartUpdateCheck();
+        Await();
+    }
+    static void SetLastAsked(int64_t secondsAgo) {
+        UpdateRecord record = LoadUpdateRecord();
+        record.lastAsked = static_cast<int64_t>(std::time(nullptr)) - secondsAgo;
+        ASSERT_TRUE(SaveUpdateRecord(record));
+    }
+    static std::string Notice() {
+        char text[100] = "none";
+        return NewVersionKnown(text, sizeof text) ? text : "";
+    }
+    // What the service's answer alone amounts to.
+    static UpdateAnswer Ask(const std::string &address) {
+        UpdateRequest *request = nullptr;
+        const UpdateAnswer answer = AskUpdateService({address.c_str(), gAllowsPlain}, "Test/1", &request);
+        EndUpdateRequest(request);
+        return answer;
+    }
+};
+
+LoopbackServer::Answer Body(const std::string &body) {
+    return [body](const ServedConnection &connection) { connection.Send(HttpAnswer(body)); };
+}
+
+const char kNotice[] = "A New Version of Brillatrix Pro is Available Online";
+
+} // namespace
+
+UpdateService CurrentUpdateService() {
+    return {gAddress.c_str(), gAllowsPlain};
+}
+
+TEST_F(UpdateTest, OnlyAGoodNewerVersionIsTold) {
+    const struct {
+        const char *body;
+        bool isTold;
+    } cases[] = {{"7.65535.3.22", true},
+                 {"8", true},
+                 {"7.65535.4", true},
+                 {"7.65535.3.21", false},
+                 {"7.65535.3.20", false},
+                 {"6.65535.65535.65535", false},
+                 {"", false},
+                 {"8.", false},
+                 {".8", false},
+                 {"8..1", false},
+                 {"9.9.9.9.9", false},
+                 {"99999", false},
+                 {"000008", false},
+                 {"8.0\n", false},
+                 {" 8.0", false},
+                 {"8.0a", false},
+                 {"-8", false},
+                 {"<html>8.0</html>", false}};
+    for (const auto &c : cases) {
+        SetLastAsked(2 * kDay);
+        const LoopbackServer server(Body(c.body));
+        Check(server.Address());
+        EXPECT_EQ(server.Requests().size(), 1u) << c.body;
+        EXPECT_EQ(Notice(), c.isTold ? kNotice : "") << c.body;
+        UpdateRecord record = LoadUpdateRecord();
+        record.newest = {};
+        SaveUpdateRecord(record);
+    }
+}
+
+// The good answer outlives a bad one, a new start and an answer of the same version; the switch and an update
+// of the product end it.
+TEST_F(UpdateTest, TheNoticeStaysUntilItIsNoLongerTrueOrWanted) {
+    std::string refusing;
+    {
+        const LoopbackServer gone(Body("8.1"));
+        refusing = gone.Address();
+    }
+    Check(refusing);
+    EXPECT_EQ(Notice(), "");
+    SetLastAsked(kDay);
+    const LoopbackServer good(Body("8.1")), bad(Body("no"));
+    Check(good.Address());
+    EXPECT_EQ(Notice(), kNotice);
+    SetLastAsked(kDay);
+    Check(bad.Address());
+    EXPECT_EQ(Notice(), kNotice);
+    char tooSmall[sizeof kNotice - 1] = "x";
+    EXPECT_FALSE(NewVersionKnown(tooSmall, sizeof tooSmall));
+    EXPECT_STREQ(tooSmall, "x");
+    SetUpdateNotice(false);
+    EXPECT_EQ(Notice(), "");
+    SetUpdateNotice(true);
+    EXPECT_EQ(Notice(), kNotice);
+}
+
+TEST_F(UpdateTest, SendsProductAndVersionAndNothingElse) {
+    const LoopbackServer server(Body("8"));
+    Check(server.Address());
+    ASSERT_EQ(server.Requests().size(), 1u);
+    const std::string host = server.Address().substr(7, server.Address().rfind('/') - 7);
+    std::set<std::string> lines = {"Connection: Close", "Cache-Control: no-cache", "Pragma: no-cache", ""};
+    std::istringstream request(server.Requests()[0]);
+    for (std::string line; std::getline(request, line, '\n');)
+        lines.insert(line.substr(0, line.find('\r')));
+    EXPECT_EQ(lines,
+              (std::set<std::string>{"GET /version.txt HTTP/1.1", "User-Agent: BrillatrixPro/7.65535.3.21",
+                                     "Host: " + host, "Connection: Close", "Cache-Control: no-cache",
+                                     "Pragma: no-cache", ""}));
+}
+
+TEST_F(UpdateTest, AsksOnlyWhenSwitchedOnAndOnceADay) {
+    const LoopbackServer server(Body("8"));
+    const auto asks = [&server] {
+        const size_t before = server.Requests().size();
+        Check(server.Address());
+        return server.Requests().size() - before;
+    };
+    DeleteFileA((folder / "UpdateNotice.bin").c_str());
+    EXPECT_FALSE(IsUpdateNoticeOn()) << "it must be asked for";
+    EXPECT_EQ(asks(), 0u);
+    EXPECT_TRUE(folder.Names().empty());
+    SetUpdateNotice(true);
+    EXPECT_EQ(asks(), 1u);
+    EXPECT_EQ(asks(), 0u);
+    const struct {
+        int64_t secondsAgo;
+        size_t asked;
+    } cases[] = {{kDay - 60, 0}, {kDay, 1}, {30 * kDay, 1}, {-kHour, 0}, {-kDay - 60, 1}, {-5000 * kDay, 1}};
+    for (const auto &c : cases) {
+        SetLastAsked(c.secondsAgo);
+        EXPECT_EQ(asks(), c.asked) << c.secondsAgo;
+        EXPECT_EQ(asks(), 0u) << c.secondsAgo;
+    }
+    SetLastAsked(kDay);
+    SetUpdateNotice(false);
+    EXPECT_EQ(asks(), 0u);
+    WriteWholeFile(folder / "UpdateNotice.bin", std::string(24, '\xFF'));
+    EXPECT_FALSE(IsUpdateNoticeOn()) << "a damaged file";
+    EXPECT_EQ(asks(), 0u);
+}
+
+// A question that cannot be noted would be asked at every opening.
+TEST_F(UpdateTest, DoesNotAskWhatItCannotNote) {
+    const LoopbackServer server(Body("8"));
+    SetFileAttributesA((folder / "UpdateNotice.bin").c_str(), FILE_ATTRIBUTE_READONLY);
+    EXPECT_FALSE(SetUpdateNotice(false));
+    Check(server.Address());
+    SetFileAttributesA((folder / "UpdateNotice.bin").c_str(), FILE_ATTRIBUTE_NORMAL);
+    EXPECT_EQ(server.Requests().size(), 0u);
+}
+
+TEST_F(UpdateTest, OddAnswersAreNone) {
+    const std::string longest(kMostUpdateAnswer, '1');
+    const LoopbackServer elsewhere(Body("9"));
+    const std::string location = "Location: " + elsewhere.Address() + "\r\n";
+    const LoopbackServer full(Body(longest)), long1(Body(longest + "1")),
+        huge(Body(std::string(1 << 20, '1'))),
+        redirect([&](const ServedConnection &c) { c.Send(HttpAnswer("9", "302 Found", location)); }),
+        missing([](const ServedConnection &c) { c.Send(HttpAnswer("9", "404 Not Found")); }),
+        noHttp([](const ServedConnection &c) { c.Send("9.9\r\n\r\n"); }),
+        silent([](const ServedConnection &) {});
+    EXPECT_EQ(Ask(full.Address()).length, kMostUpdateAnswer);
+    for (const LoopbackServer *server : {&long1, &huge})
+        EXPECT_STREQ(Ask(server->Address()).failure, "it was too long");
+    EXPECT_STREQ(Ask(redirect.Address()).failure, "it was no plain answer");
+    EXPECT_EQ(Ask(redirect.Address()).code, 302u);
+    EXPECT_EQ(elsewhere.Requests().size(), 0u) << "a redirection was followed";
+    EXPECT_EQ(Ask(missing.Address()).code, 404u);
+    EXPECT_NE(Ask(silent.Address()).failure, nullptr);
+    EXPECT_NE(Ask(noHttp.Address()).failure, nullptr);
+}
+
+TEST_F(UpdateTest, OnlySecureAddressesAreAsked) {
+    const LoopbackServer server(Body("9"));
+    gAllowsPlain = false;
+    const std::string local = "http://localhost" + server.Address().substr(16);
+    for (const std::string &address :
+         {server.Address(), std::string("ftp://127.0.0.1/"), std::string("nonsense"), std::string(2000, 'h')})
+        EXPECT_STREQ(Ask(address).failure, "the address is not one to ask") << address;
+    gAllowsPlain = true;
+    EXPECT_STREQ(Ask(local).failure, "the address is not one to ask");
+    EXPECT_EQ(server.Requests().size(), 0u);
+    gAddress = "";
+    EXPECT_FALSE(CanNoticeUpdates());
+    EXPECT_FALSE(IsUpdateNoticeOn());
+}
+
+// Slow in every way that a server can be; the limit is one for all of it. The server goes before the request
+// is ended, because some systems hold on to a connection for as long as something comes.
+TEST_F(UpdateTest, FiveSecondsAreTheLimit) {
+    const auto trickle = [](const std::string &head, const char *drop) {
+        return [head, drop](const ServedConnection &connection) {
+            for (bool open = connection.Send(head); open; open = connection.Send(drop))
+                Sleep(200);
+        };
+    };
+    for (const LoopbackServer::Answer &slowness :
+         {LoopbackServer::Answer([](const ServedConnection &connection) { connection.AwaitClose(); }),
+          LoopbackServer::Answer(trickle("HTTP/1.1 200 OK\r\nContent-Length: 60\r\n\r\n", "1")),
+          LoopbackServer::Answer(trickle("HTTP/1.1 200 OK\r\n", "X-More: 1\r\n"))}) {
+        auto server = std::make_unique<LoopbackServer>(slowness);
+        const std::string address = server->Address();
+        const ULONGLONG begun = GetTickCount64();
+        UpdateRequest *request = nullptr;
+        const UpdateAnswer answer = AskUpdateService({address.c_str(), true}, "Test/1", &request);
+        const ULONGLONG took = GetTickCount64() - begun;
+        server.reset();
+        EndUpdateRequest(request);
+        EXPECT_STREQ(answer.failure, "it took too long");
+        EXPECT_GE(took, kUpdateTimeLimit - 100);
+        EXPECT_LE(took, kUpdateTimeLimit + kSlack);
+    }
+}
+
+TEST_F(UpdateTest, StartingACheckWaitsForNothing) {
+    const LoopbackServer slow([](const ServedConnection &connection) { connection.AwaitClose(); });
+    gAddress = slow.Address();
+    const ULONGLONG begun = GetTickCount64();
+    StartUpdateCheck();
+    StartUpdateCheck();
+    EXPECT_LT(GetTickCount64() - begun, 500u);
+    EXPECT_TRUE(IsUpdateCheckRunning());
+    EXPECT_EQ(Notice(), "");
+    Await();
+    EXPECT_EQ(slow.Requests().size(), 1u);
+}
