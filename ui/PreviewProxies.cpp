@@ -16,6 +16,7 @@ constexpr RegionStep kCreateScaled{407, "Could not create ScaledProxyRegion."};
 constexpr RegionStep kCreateFresh{410, "Could not create FreshRegion."};
 constexpr RegionStep kCreateValidEffect{652, "Could not create ValidEffectProxyRegion."};
 constexpr RegionStep kCreateValidHost{657, "Could not create ValidHostProxyRegion."};
+constexpr RegionStep kEmptyValidHost{660, "Could not set empty rectangle into ValidHostProxyRegion."};
 constexpr RegionStep kSetValidHost{664, "Could not set HostProxyImage rectangle into ValidHostProxyRegion."};
 constexpr RegionStep kSetRectToInvalidate{701, "Could not set RectToInvalidate into TempRegion."};
 constexpr RegionStep kCutEffect{704, "Could not combine ValidEffectProxyRegion with RegionToInvalidate."};
@@ -36,8 +37,13 @@ void CreateProxyRegions() {
     gProxies.TempRegion = CreateRegion(kCreateTemp);
     gProxies.ScaledProxyRegion = CreateRegion(kCreateScaled);
     gProxies.FreshRegion = CreateRegion(kCreateFresh);
-    gProxies.ValidEffectProxyRegion = CreateRegion(kCreateValidEffect);
-    gProxies.ValidHostProxyRegion = CreateRegion(kCreateValidHost);
+}
+
+// All of the host's pixels are in memory before the dialog opens; until they are taken over none is valid.
+void TakeHostImage(const ImageBuffer &host) {
+    SetRegionRect(gProxies.ValidHostProxyRegion, {0, 0, 0, 0}, kEmptyValidHost);
+    gProxies.HostProxyImage = host;
+    SetRegionRect(gProxies.ValidHostProxyRegion, host.bounds, kSetValidHost);
 }
 
 } // namespace
@@ -50,27 +56,38 @@ void UnlockPreview() {
     ReleaseMutex(gProxies.mutex);
 }
 
-void CreatePreviewProxies(const ImageBuffer &host) {
-    gProxies.HostProxyImage = host;
+bool PreparePreviewImages(const ImageBuffer &host) {
+    if (!host.pixels || IsEmptyRect(host.bounds))
+        return false;
+    gProxies.ValidEffectProxyRegion = CreateRegion(kCreateValidEffect);
+    gProxies.ValidHostProxyRegion = CreateRegion(kCreateValidHost);
+    if (!gProxies.ValidEffectProxyRegion || !gProxies.ValidHostProxyRegion) {
+        FreePreviewImages();
+        return false;
+    }
+    TakeHostImage(host);
+    return true;
+}
+
+void CreatePreviewProxies() {
     gProxies.mutex = CreateMutexA(nullptr, FALSE, nullptr);
     if (!gProxies.mutex)
         ReportError({kSiteMutex, kSystemError, GetLastError()}, kStopIcon, kTitleUnexpected,
                     "Could not create the preview images mutex.");
     CreateProxyRegions();
-    // All of the host's pixels are in memory before the dialog opens.
-    SetRegionRect(gProxies.ValidHostProxyRegion, host.bounds, kSetValidHost);
 }
 
 void DeletePreviewRegions() {
     for (HRGN *region : {&gProxies.WorkRegion, &gProxies.ValidScaledProxyRegion, &gProxies.InvalidWorkRegion,
-                         &gProxies.TempRegion, &gProxies.ScaledProxyRegion, &gProxies.FreshRegion,
-                         &gProxies.ValidEffectProxyRegion, &gProxies.ValidHostProxyRegion})
+                         &gProxies.TempRegion, &gProxies.ScaledProxyRegion, &gProxies.FreshRegion})
         DeleteRegion(region);
 }
 
 void FreePreviewImages() {
     if (gProxies.mutex)
         CloseHandle(gProxies.mutex);
+    DeleteRegion(&gProxies.ValidEffectProxyRegion);
+    DeleteRegion(&gProxies.ValidHostProxyRegion);
     FreeImageBuffer(&gProxies.EffectProxyImage);
     FreeStore(&gProxies.scaledProxy);
     CountedFree(gProxies.lightSources.records, gProxies.lightSourceBytes);

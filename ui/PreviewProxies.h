@@ -58,10 +58,12 @@ extern PreviewProxies gProxies;
 bool LockPreview();
 void UnlockPreview();
 
-// Host's thread, before the task starts: takes a copy of the description of `host` and makes the lock, the
-// regions and the tile bitmap. What could not be made is reported and stays null.
-void CreatePreviewProxies(const ImageBuffer &host);
-// Host's thread, when no task runs. Does no harm when there is nothing.
+// Host's thread, before the task starts: takes a copy of the description of `host`, with the regions that say
+// what is valid at full size. False, with nothing left behind, for an empty image or without those regions.
+bool PreparePreviewImages(const ImageBuffer &host);
+// Next, likewise: the lock and the other regions. What could not be made is reported and stays null.
+void CreatePreviewProxies();
+// Host's thread, when no task runs; in this order. Does no harm when there is nothing.
 void DeletePreviewRegions();
 void FreePreviewImages();
 

@@ -99,8 +99,8 @@ void EndQuiet(Serving *serving) {
 
 // Nothing more is missing, or nothing more can be made.
 void EndServing(Serving *serving) {
-    PostProgress(0, 0);
     EndQuiet(serving);
+    PostProgress(0, 0);
     Flush();
 }
 

@@ -131,10 +131,6 @@ void ReleaseEverything() {
     FreePreviewImages();
 }
 
-bool IsUsable(HWND display, const PreviewSource &source) {
-    return display && source.image && source.image->pixels && !IsEmptyRect(source.image->bounds);
-}
-
 void ResetTask(HWND display, HWND dialog) {
     gProxyUpdate.display = display;
     gProxyUpdate.dialog = dialog;
@@ -203,11 +199,11 @@ bool WaitForParameters() {
 
 bool StartProxyUpdateTask(HWND display, const PreviewSource &source) {
     StopProxyUpdateTask();
-    if (!IsUsable(display, source))
+    if (!display || !source.image || !PreparePreviewImages(*source.image))
         return false;
     ResetTask(display, source.dialog);
     CreateTaskObjects();
-    CreatePreviewProxies(*source.image);
+    CreatePreviewProxies();
     CreateTileBitmap(display, source.iccProfile, source.iccProfileBytes, &gProxies.tileBitmap);
     if (StartThread())
         return true;

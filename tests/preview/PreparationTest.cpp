@@ -26,7 +26,8 @@ struct Images {
     PreviewCancelFlags cancel{};
     explicit Images(int32_t width, int32_t height) : run(width, height, 20) {
         EXPECT_TRUE(WaitLightSourceTable(nullptr, nullptr, 20000));
-        CreatePreviewProxies(run.image);
+        EXPECT_TRUE(PreparePreviewImages(run.image));
+        CreatePreviewProxies();
         gCheckPreview = true;
         gPreviewFaults = 0;
     }
