@@ -1,0 +1,25 @@
+// A small night scene with everything that the debug pictures show: three lights, an area that is not
+// selected, one that is transparent, and a flat bright one. It is searched, and its run is kept.
+#pragma once
+
+#include "render/RenderDriver.h"
+#include "render/RenderSettings.h"
+
+#include <cstdint>
+
+constexpr int32_t kSceneWidth = 420, kSceneHeight = 300;
+constexpr IntRect kUnselectedArea = {0, 0, 40, 140}, kTransparentArea = {380, 0, 420, 140};
+constexpr IntRect kFlatArea = {20, 170, 400, 290};
+
+struct SceneSpot {
+    int32_t x, y;
+    double sigma; // pixels
+    uint8_t red, green, blue;
+};
+constexpr SceneSpot kSceneSpots[] = {
+    {100, 60, 3.0, 255, 250, 240}, {200, 90, 2.5, 255, 240, 110}, {300, 50, 2.0, 180, 190, 230}};
+
+RenderSettings SceneSettings();
+
+// Where the kept run's images are `scale` times larger than here. False when the table could not be built.
+bool KeepScene(const RenderSettings &settings, int32_t scale = 1);
