@@ -4,3 +4,7 @@ brillatrix_test(ui_tests
     LIBS ui recording_diag
     SOURCES support/WindowPicture.cpp ui/GdiCalls.cpp ui/NumberTextTests.cpp ui/PairDialog.cpp ui/PairPictureTests.cpp ui/ParameterPairTests.cpp
             ui/ParameterSetListTests.cpp ui/UserPrompts.cpp ui/WindowPlacementTests.cpp storage/TemporaryFolder.cpp)
+# The main dialog's look, on its template. DialogLayoutTest.cpp takes the place of the call that opens a browser.
+brillatrix_test(look_tests
+    LIBS plugin_resources ui_look ui_view ui_preview render_threads render engine storage diag
+    SOURCES ../plugin/DpiScope.cpp support/WindowPicture.cpp ui/DialogLayoutTest.cpp ui/GdiCalls.cpp)
