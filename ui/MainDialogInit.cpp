@@ -112,8 +112,8 @@ void InitializeMainDialog(HWND dialog) {
     ResetViewTool();
     SwitchPreviewOn(dialog);
     ShowFocusMarks(dialog);
-    LoadDialogPictures(dialog);
     RecordDialogLayout(dialog);
+    LoadDialogPictures(dialog); // for the scale of the layout
     UseBoldGroupFont(dialog);
     GetWindowRect(dialog, &gMainDialog.rect);
     gMainDialog.initialRect = gMainDialog.rect;
