@@ -7,6 +7,7 @@
 
 void FillArmAvx2(const ArmPiece &piece, uint32_t *values, uint16_t *states);
 void FillFlareAvx2(const FlarePiece &piece, uint32_t *values);
+void MakeColorsAvx2(const ColorPiece &piece, BlendColor *colors);
 void BlendAvx2Bytes(const BlendPiece &piece);
 void BlendAvx2Words(const BlendPiece &piece);
 void BlendAvx2Floats(const BlendPiece &piece);

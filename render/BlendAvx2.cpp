@@ -107,14 +107,17 @@ __m256i DoubledStates(const BlendPiece &piece, int32_t i) {
     return _mm256_slli_epi32(_mm256_cvtepu16_epi32(states), 1);
 }
 
-template <bool precise> __m256i Strength(const BlendPiece &piece, int32_t i, __m256i largest) {
-    const __m256i values = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(piece.values + i));
+__m256i LoadValues(const BlendPiece &piece, int32_t i) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(piece.values + i));
+}
+
+template <bool precise> __m256i Strength(const BlendPiece &piece, __m256i values, __m256i largest) {
     return Mul<precise>(largest, Mul<precise>(All(piece.tintValue), values));
 }
 
 // All bits of the lanes with at least the threshold.
-__m256i Visible(__m256i strength, uint32_t threshold) {
-    return _mm256_cmpeq_epi32(_mm256_max_epu32(strength, All(threshold)), strength);
+__m256i Visible(__m256i lanes, uint32_t threshold) {
+    return _mm256_cmpeq_epi32(_mm256_max_epu32(lanes, All(threshold)), lanes);
 }
 
 __m256i Alpha(__m256i strength) {
@@ -163,7 +166,7 @@ void BlendUniform(const BlendPiece &piece, int32_t end) {
     const LaneColors colors{All(color.largest),
                             {All(color.inverse[0]), All(color.inverse[1]), All(color.inverse[2])}};
     for (int32_t i = 0; i < end; i += kLanes) {
-        const __m256i strength = Strength<precise>(piece, i, colors.largest);
+        const __m256i strength = Strength<precise>(piece, LoadValues(piece, i), colors.largest);
         const __m256i visible =
             _mm256_and_si256(Visible(strength, piece.threshold), FirstLanes(piece.count - i));
         if (!_mm256_testz_si256(visible, visible))
@@ -175,9 +178,12 @@ template <typename Depth, bool precise, int32_t planes>
 void BlendByState(const BlendPiece &piece, int32_t end) {
     const uint32_t *fields = &piece.colors[0].largest;
     for (int32_t i = 0; i < end; i += kLanes) {
+        const __m256i values = LoadValues(piece, i), bright = Visible(values, piece.leastValue);
+        if (_mm256_testz_si256(bright, bright))
+            continue;
         const __m256i states = DoubledStates(piece, i);
         LaneColors colors{GatherField(fields, states), {}};
-        const __m256i strength = Strength<precise>(piece, i, colors.largest);
+        const __m256i strength = Strength<precise>(piece, values, colors.largest);
         const __m256i visible =
             _mm256_and_si256(Visible(strength, piece.threshold), FirstLanes(piece.count - i));
         if (_mm256_testz_si256(visible, visible))

@@ -7,6 +7,7 @@
 
 void FillArmPortable(const ArmPiece &piece, uint32_t *values, uint16_t *states);
 void FillFlarePortable(const FlarePiece &piece, uint32_t *values);
+void MakeColorsPortable(const ColorPiece &piece, BlendColor *colors);
 void BlendPortableBytes(const BlendPiece &piece);
 void BlendPortableWords(const BlendPiece &piece);
 void BlendPortableFloats(const BlendPiece &piece);

@@ -12,7 +12,8 @@
 constexpr uint32_t kRampPhases = 2000; // the tint fades in over these
 constexpr uint32_t kRainbowStates = kRampPhases + kFullTurn;
 
-struct RainbowFactors {
+// Aligned so that one load takes all three.
+struct alignas(16) RainbowFactors {
     uint32_t factor[3]; // for red, green, blue; fractions
 };
 

@@ -7,12 +7,13 @@
 const RenderPath kPortablePath = {"portable",
                                   FillArmPortable,
                                   FillFlarePortable,
+                                  MakeColorsPortable,
                                   {BlendPortableBytes, BlendPortableWords, BlendPortableFloats}};
 
 namespace {
 
 constexpr RenderPath kAvx2Path = {
-    "AVX2", FillArmAvx2, FillFlareAvx2, {BlendAvx2Bytes, BlendAvx2Words, BlendAvx2Floats}};
+    "AVX2", FillArmAvx2, FillFlareAvx2, MakeColorsAvx2, {BlendAvx2Bytes, BlendAvx2Words, BlendAvx2Floats}};
 
 const RenderPath *ChoosePath() {
     const RenderPath *avx2 = Avx2Path();

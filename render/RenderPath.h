@@ -3,6 +3,7 @@
 #pragma once
 
 #include "render/ArmSpan.h"
+#include "render/Rainbow.h"
 #include "render/SoftFlare.h"
 
 #include <cstdint>
@@ -31,6 +32,14 @@ struct BlendColor {
     uint32_t inverse[3]; // 1.0 less the channel as a share of the largest
 };
 
+// The colours of a light source at the rainbow's first `count` states.
+struct ColorPiece {
+    const RainbowFactors *factors; // by state
+    uint32_t count;
+    const uint32_t *tint; // of the light source: three fractions
+    bool precise;
+};
+
 // A row of values to be blended into samples side by side.
 struct BlendPiece {
     const uint32_t *values;
@@ -39,6 +48,7 @@ struct BlendPiece {
     int32_t room;             // samples from the first on that belong to the same row; at least `count`
     const BlendColor *colors; // by state
     uint32_t tintValue;       // strength of the light source, a fraction
+    uint32_t leastValue;      // smaller values do not reach the threshold in any colour
     uint32_t threshold;       // products of colour and value below it are not drawn; at least 1
     bool precise;
     int32_t planes;   // 1 (grey) or 3
@@ -51,6 +61,7 @@ struct RenderPath {
     const char *name;
     void (*fillArm)(const ArmPiece &piece, uint32_t *values, uint16_t *states);
     void (*fillFlare)(const FlarePiece &piece, uint32_t *values);
+    void (*makeColors)(const ColorPiece &piece, BlendColor *colors);
     void (*blend[3])(const BlendPiece &piece); // samples of 1, 2 and 4 bytes
 };
 

@@ -49,6 +49,7 @@ Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint
     laying.faintestValue = LeastVisibleValue(kBrightest, kBrightest, threshold);
     laying.blend.colors = target.colors;
     laying.blend.tintValue = tint.value;
+    laying.blend.leastValue = laying.leastValue;
     laying.blend.threshold = threshold;
     laying.blend.precise = target.context.preciseMode;
     laying.blend.planes = target.output.colorPlanes;
@@ -78,25 +79,15 @@ template <typename Work> void ForEachPiece(int32_t from, int32_t to, Work work) 
         work(from, std::min(to - from + 1, kRowPiece));
 }
 
-BlendColor MakeBlendColor(const Tint &tint, const RainbowFactors &factors) {
-    uint32_t channel[3];
-    for (int c = 0; c < 3; ++c)
-        channel[c] = Mul(factors.factor[c], tint.channel[c]);
-    BlendColor color{LargestChannel(channel), {}};
-    for (int c = 0; c < 3; ++c)
-        color.inverse[c] = kFractionOne - NormaliseChannel(channel[c], color.largest);
-    return color;
-}
-
 // The colours of every state that occurs up to a distance.
-void PrepareColors(const StarTables &tables, const Tint &tint, uint32_t furthest, BlendColor *colors) {
+void PrepareColors(const Laying &laying, const StarTables &tables, const Tint &tint, uint32_t furthest) {
     if (tables.stateCount == 0)
         return;
     const uint32_t distance = std::min(furthest, tables.stateCount - 1);
     const uint32_t last =
         distance < tables.turnDistance ? tables.stateOfDistance[distance] : kRainbowStates - 1;
-    for (uint32_t state = 0; state <= last; ++state)
-        colors[state] = MakeBlendColor(tint, tables.factors[state]);
+    gRenderPath->makeColors({tables.factors, last + 1, tint.channel, laying.blend.precise},
+                            laying.target.colors);
 }
 
 // The distance of the window's furthest corner.
@@ -185,7 +176,7 @@ void LayStar(const BandTarget &target, const StarStamp &stamp, const StarTables 
         if (walked.from > walked.to || IsEmptyRect(IntersectRects(arm.box, laying.window)))
             continue;
         if (!prepared)
-            PrepareColors(tables, tint, FurthestInWindow(laying.window), target.colors);
+            PrepareColors(laying, tables, tint, FurthestInWindow(laying.window));
         prepared = true;
         const ArmFilling filling = {&arm, tables.stateOfDistance, laying.blend.precise, laying.faintestValue};
         if (stamp.keepsRows && KeepArm(filling, &stamp.kept[i]))
@@ -200,7 +191,8 @@ void LayFlare(const BandTarget &target, const FlareStamp &flare, const ValueTabl
     const Laying laying = BeginLaying(target, place, tint);
     if (IsEmptyRect(laying.window))
         return;
-    target.colors[0] = MakeBlendColor(tint, RainbowFactors{{kFractionOne, kFractionOne, kFractionOne}});
+    constexpr RainbowFactors kUntinted = {{kFractionOne, kFractionOne, kFractionOne}};
+    gRenderPath->makeColors({&kUntinted, 1, tint.channel, laying.blend.precise}, target.colors);
     const double reach = ReachOfLevel(values, laying.leastValue) / double{kTenths * kQuarters} + 1.0;
     const int32_t first = std::max(-flare.rings, laying.window.top);
     const int32_t last = std::min(flare.rings, laying.window.bottom - 1);
