@@ -67,10 +67,30 @@ bool OnPreviewKey(const MSG &message) {
     return isPanKey;
 }
 
+bool IsPointerOverPreview() {
+    POINT pointer = {};
+    RECT display = {};
+    return GetCursorPos(&pointer) && GetWindowRect(gPreviewDisplay.window, &display) &&
+           PtInRect(&display, pointer);
+}
+
+// An Alt that was held for a tool must not open the system menu when it comes up.
+bool IsAltOfTool(const MSG &message) {
+    return message.message == WM_SYSKEYUP && message.wParam == VK_MENU && IsPointerOverPreview();
+}
+
+// The frame's mnemonic would lead to what follows the frame, and that is not the list of settings.
+bool TakeSettingsMnemonic(const MSG &message) {
+    if (message.message != WM_SYSCHAR || (message.wParam != 't' && message.wParam != 'T'))
+        return false;
+    SetFocus(GetDlgItem(gMainDialog.window, kSettingsComboId));
+    return true;
+}
+
 bool TakeKeyboardMessage(MSG *message) {
     if (GetActiveWindow() != gMainDialog.window)
         return false;
-    if (OnPreviewKey(*message))
+    if (OnPreviewKey(*message) || IsAltOfTool(*message) || TakeSettingsMnemonic(*message))
         return true;
     return !gMainDialog.comboClaimsKeys && gAccelerators &&
            TranslateAcceleratorW(gMainDialog.window, gAccelerators, message) != 0;
@@ -99,9 +119,11 @@ void OpenComboBox(HWND dialog, int controlId) {
     SendMessageW(combo, CB_SHOWDROPDOWN, TRUE, 0);
 }
 
+// As a click, but the focus stays where the user works.
 void ToggleBox(HWND dialog, int controlId) {
-    if (const HWND box = GetDlgItem(dialog, controlId))
-        SendMessageW(box, BM_CLICK, 0, 0);
+    const bool isChecked = IsDlgButtonChecked(dialog, controlId) == BST_CHECKED;
+    CheckDlgButton(dialog, controlId, isChecked ? BST_UNCHECKED : BST_CHECKED);
+    OnDialogCommand(dialog, controlId, BN_CLICKED, reinterpret_cast<LPARAM>(GetDlgItem(dialog, controlId)));
 }
 
 bool OnViewKey(HWND dialog, int command) {

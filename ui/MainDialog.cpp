@@ -53,7 +53,9 @@ bool OnGetMinMaxInfo(MINMAXINFO *info) {
     if (IsRectEmpty(&gMainDialog.initialRect))
         return false;
     const SIZE minimum = DialogMinimumSize();
-    info->ptMinTrackSize = {minimum.cx, minimum.cy};
+    const RECT &initial = gMainDialog.initialRect;
+    info->ptMinTrackSize = minimum.cx > 0 ? POINT{minimum.cx, minimum.cy}
+                                          : POINT{initial.right - initial.left, initial.bottom - initial.top};
     return true;
 }
 

@@ -2,6 +2,7 @@
 // dialog's thread.
 #pragma once
 
+#include "diag/Log.h"
 #include "plugin/ParameterSet.h"
 #include "ui/ProxyUpdateTask.h"
 
@@ -18,7 +19,8 @@ struct DialogSubject {
 extern DialogSubject gDialogSubject;
 
 struct MainDialog {
-    HWND window; // null while none is open
+    HWND window;             // null while none is open
+    NativeWindow hostWindow; // owned the message boxes before the dialog was opened
     bool previewOn;
     bool painted;       // once
     bool isEnding;      // EndDialog was called, by the user or for a fatal error

@@ -1,6 +1,7 @@
 // Opening and closing of the main dialog.
 #include "resources/ResourceIds.h"
 #include "storage/UISettings.h"
+#include "ui/AccessibleNames.h"
 #include "ui/CheckBoxBindings.h"
 #include "ui/CornerIcon.h"
 #include "ui/DialogBackBuffer.h"
@@ -60,6 +61,7 @@ void SetUpControls(HWND dialog) {
     AttachPreviewDisplay(
         dialog, {gDialogSubject.image, gDialogSubject.iccProfile, gDialogSubject.iccProfileBytes, dialog},
         ShowDialogPicture);
+    NameControls(dialog);
 }
 
 // In the middle of the work area of the monitor that the host's window is on.
@@ -106,6 +108,8 @@ void InitializeMainDialog(HWND dialog) {
     gMainDialog = {};
     gMainDialog.window = dialog;
     gMainDialog.settingsRow = -1;
+    if (IsReportOwnerThread())
+        gMainDialog.hostWindow = SetReportOwnerWindow(dialog);
     gMainDialog.zoomTextBrush = CreateSolidBrush(GetSysColor(COLOR_WINDOW));
     CreateDialogBackBuffer(dialog);
     InstallKeyboardHook();
@@ -131,11 +135,14 @@ void ReleaseMainDialog() {
     RemoveKeyboardHook();
     FreeParameterSetList(dialog);
     ReleaseCheckBoxes();
+    ForgetControlNames(dialog);
     FreeDialogPictures(dialog);
     FreeDialogLayout();
     FreeDialogBackBuffer();
     if (gMainDialog.zoomTextBrush)
         DeleteObject(gMainDialog.zoomTextBrush);
+    if (IsReportOwnerThread())
+        SetReportOwnerWindow(gMainDialog.hostWindow);
     gMainDialog = {};
 }
 

@@ -56,6 +56,7 @@ void ApplySettingsItem(HWND dialog, UINT item) {
         return;
     case kLoadSettings:
         LoadParameterFileDialog(dialog);
+        gMainDialog.settingsRow = SelectedParameterSet(dialog);
         return;
     case kSaveSettings:
         SaveParameterFileDialog(dialog);
