@@ -45,6 +45,7 @@ struct Difference {
     int worst;
     double mean;
     int64_t changed; // samples that the effect makes at least 8 levels brighter
+    double above8;   // per cent of the pixels with a sample that is off by more than 8 levels
 };
 
 int Channel(uint32_t pixel, int channel) {
@@ -59,7 +60,7 @@ Difference Compare(const PreviewRun &run, const PreviewGeometry &geometry,
     EXPECT_TRUE(FillStore(run.image, kGoOn, &original));
     const IntRect visible = VisibleRect(geometry);
     Difference difference{};
-    int64_t samples = 0, sum = 0;
+    int64_t pixels = 0, sum = 0, above8 = 0;
     size_t at = 0;
     for (int32_t y = visible.top; y < visible.bottom; ++y)
         for (int32_t x = visible.left; x < visible.right; ++x, ++at) {
@@ -67,16 +68,20 @@ Difference Compare(const PreviewRun &run, const PreviewGeometry &geometry,
                 continue;
             const int64_t index = int64_t{y - final.bounds.top} * (final.bounds.right - final.bounds.left) +
                                   (x - final.bounds.left);
+            int worst = 0;
             for (int c = 0; c < 3; ++c) {
                 const int wanted = Channel(final.pixels[index], c);
                 const int error = std::abs(Channel(painted[at], c) - wanted);
-                difference.worst = std::max(difference.worst, error);
+                worst = std::max(worst, error);
                 difference.changed += wanted >= Channel(original.pixels[index], c) + 8;
                 sum += error;
-                ++samples;
             }
+            difference.worst = std::max(difference.worst, worst);
+            above8 += worst > 8;
+            ++pixels;
         }
-    difference.mean = double(sum) / double(std::max<int64_t>(samples, 1));
+    difference.mean = double(sum) / double(3 * pixels);
+    difference.above8 = 100.0 * double(above8) / double(pixels);
     FreeStore(&original);
     return difference;
 }
@@ -115,22 +120,33 @@ ImageBuffer ReadPhoto(const std::filesystem::path &path) {
 
 } // namespace
 
-// The photos lie outside the project. Where the stars of many lights lie on one another the rounding of the
-// fast mode adds up: 17 levels at the worst of the first two photos, with a mean far below one.
+// The photos lie outside the project. Each entry laid in fast mode loses up to a level more than in precise
+// mode, mostly in its strength and in what it keeps of the old pixel, and the losses add up where the stars
+// of many lights lie on one another: with the default settings only on two of the photos to more than 8
+// levels. Products in precise mode at all steps of the blend would bring earth_night to 7 and lamps to 2.
 TEST(PreviewTruth, FinishedPreviewOfPhotosIsTheFinalRenderButForTheFastMode) {
     const std::filesystem::path folder =
         std::filesystem::path(BRILLATRIX_SOURCE_DIR) / ".." / "shared" / "photos";
     if (!std::filesystem::exists(folder))
         GTEST_SKIP() << "the photos are not here";
-    for (const char *name : {"lamps.jpg", "earth_night.jpg", "milky_way_sea.jpg"}) {
-        PreviewRun run(ReadPhoto(folder / name));
-        const PreviewGeometry view = run.View(100.0, 900, 700);
-        const Difference d = PreviewAgainstFinal(&run, view, MakeDefaultRequest(view, 50));
-        std::printf("%s: worst %d, mean %.4f of 255, %lld samples with effect\n", name, d.worst, d.mean,
-                    static_cast<long long>(d.changed));
-        EXPECT_LE(d.worst, 20) << name;
-        EXPECT_LT(d.mean, 1.0) << name;
-    }
+    const struct {
+        const char *name;
+        int worst;
+    } photos[] = {
+        {"launchpad_dusk.jpg", 8}, {"lamps.jpg", 9}, {"earth_night.jpg", 18}, {"milky_way_sea.jpg", 8}};
+    constexpr int kWorstOfStrong = 24;
+    constexpr double kMean = 1.0, kMeanOfStrong = 1.25;
+    for (const auto &photo : photos)
+        for (const bool strong : {false, true}) {
+            PreviewRun run(ReadPhoto(folder / photo.name));
+            const PreviewGeometry view = run.View(100.0, 1500, 1000);
+            const Difference d = PreviewAgainstFinal(
+                &run, view, strong ? MakeTestRequest(view) : MakeDefaultRequest(view, 50));
+            std::printf("%s, %s: worst %d, mean %.4f of 255, %.4f %% above 8\n", photo.name,
+                        strong ? "strong" : "defaults", d.worst, d.mean, d.above8);
+            EXPECT_LE(d.worst, strong ? kWorstOfStrong : photo.worst) << photo.name;
+            EXPECT_LT(d.mean, strong ? kMeanOfStrong : kMean) << photo.name;
+        }
 }
 
 TEST(PreviewTruth, FinishedPreviewIsTheFinalRenderButForTheFastMode) {
@@ -138,7 +154,7 @@ TEST(PreviewTruth, FinishedPreviewIsTheFinalRenderButForTheFastMode) {
         int32_t mode, bytes;
     } forms[] = {{kModeRgb8, 1}, {kModeRgb16, 2}, {kModeRgb32, 4}, {kModeGray8, 1}};
     for (const auto &form : forms)
-        for (const double zoom : {100.0, 50.0, 16.67}) {
+        for (const double zoom : {100.0, 16.67}) {
             PreviewRun run(1500, 1000, 60, form.mode, form.bytes);
             const PreviewGeometry view = run.View(zoom, 700, 500);
             const Difference d = PreviewAgainstFinal(&run, view, MakeTestRequest(view));
