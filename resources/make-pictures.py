@@ -15,7 +15,7 @@ from pathlib import Path
 
 RESOURCES = Path(__file__).resolve().parent
 PICTURES = RESOURCES / "pictures"
-ICON_SIZES = (16, 20, 24, 32, 48)  # pixels
+ICON_SIZES = (16, 20, 24, 32, 40, 48)  # pixels
 SCALES = (100, 125, 150, 200)  # per cent
 BITMAPS = {"ProductLogo": (200, 36), "MakerLogo": (120, 20),  # pixels at 100 %
            "ZoomOutButton": (16, 16), "ZoomInButton": (16, 16), "ZoomArrow": (16, 16)}

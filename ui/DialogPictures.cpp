@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int kIconSizes[] = {48, 32, 24, 20, 16}; // in the icon files, largest first
+constexpr int kIconSizes[] = {48, 40, 32, 24, 20, 16}; // in the icon files, largest first
 constexpr int kBitmapScales[] = {100, 125, 150, 200};
 constexpr int kPercentDpi = 96; // pixels an inch at 100 %
 constexpr uint32_t kOpaque = 255;
