@@ -29,8 +29,9 @@ struct MainDialog {
     RECT initialRect; // as it was made from the template; empty before it is recorded
     HWND tooltips;
     HHOOK hook;
-    bool comboClaimsKeys; // the letters stay with the controls
-    int settingsRow;      // last chosen in the list of saved sets; -1: none
+    bool comboClaimsKeys;    // the letters stay with the controls
+    bool leavesSettingsList; // as soon as the list of saved sets is closed
+    int settingsRow;         // last chosen in the list of saved sets; -1: none
     HBRUSH zoomTextBrush;
     HFONT boldFont;       // of the group boxes' captions
     DWORD progress;       // shown last

@@ -62,6 +62,8 @@ void OnPreviewBox(HWND dialog) {
 void OnSettingsCombo(HWND dialog, int notification) {
     if (notification == CBN_SELCHANGE)
         OnSettingsChosen(dialog);
+    else if (notification == CBN_CLOSEUP)
+        OnSettingsListClosed(dialog);
     else if (notification == CBN_SETFOCUS || notification == CBN_KILLFOCUS)
         OnComboFocus(kSettingsComboId, notification == CBN_SETFOCUS);
 }

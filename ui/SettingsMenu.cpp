@@ -31,6 +31,10 @@ bool IsCurrentSet(const ParameterBlock *block) {
     return block && gParameterBlockAccessor && gParameterBlockAccessor(kCompareBlock, block) == 1;
 }
 
+bool IsListOpen(HWND dialog) {
+    return SendDlgItemMessageW(dialog, kSettingsComboId, CB_GETDROPPEDSTATE, 0, 0) != 0;
+}
+
 // Away from the list, so that the keys reach the preview again.
 void LeaveSettingsList(HWND dialog) {
     HWND next = GetDlgItem(dialog, kPreviewDisplayId);
@@ -120,12 +124,21 @@ void OnSettingsChosen(HWND dialog) {
     const int row = SelectedParameterSet(dialog);
     gMainDialog.settingsRow = row;
     const ParameterBlock *block = ParameterSetAt(dialog, row);
-    if (block && ApplyParameterBlock(dialog, *block))
+    if (!block || !ApplyParameterBlock(dialog, *block))
+        return;
+    gMainDialog.leavesSettingsList = IsListOpen(dialog);
+    if (!gMainDialog.leavesSettingsList)
         LeaveSettingsList(dialog);
 }
 
+void OnSettingsListClosed(HWND dialog) {
+    if (gMainDialog.leavesSettingsList)
+        LeaveSettingsList(dialog);
+    gMainDialog.leavesSettingsList = false;
+}
+
 void ReselectSettings(HWND dialog) {
-    if (SendDlgItemMessageW(dialog, kSettingsComboId, CB_GETDROPPEDSTATE, 0, 0))
+    if (IsListOpen(dialog))
         return;
     const int row = gMainDialog.settingsRow;
     const int wanted = IsCurrentSet(ParameterSetAt(dialog, row)) ? row : -1;

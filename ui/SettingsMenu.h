@@ -9,8 +9,11 @@ constexpr int kOwnSettingsRows = 2;
 
 // Puts the dialog's own rows and the saved sets into the list; none is selected.
 void FillSettingsList(HWND dialog);
-// The user picked a row: its set becomes the current one.
+// The user picked a row: its set becomes the current one, and the focus leaves the list. While the list is
+// open it stays, so that the arrow keys can try one set after the other and Enter does not reach the OK
+// button.
 void OnSettingsChosen(HWND dialog);
+void OnSettingsListClosed(HWND dialog);
 // After a change of a parameter: selects the row chosen last while it still says what is set, else none.
 void ReselectSettings(HWND dialog);
 
