@@ -2,3 +2,10 @@
 brillatrix_test(debug_picture_tests
     LIBS render engine recording_diag
     SOURCES ../ui/DebugImageView.cpp viewers/KeptScene.cpp viewers/PictureTest.cpp)
+
+# Driven with real messages, while modal loops run.
+if(WIN32)
+    brillatrix_test(viewer_tests
+        LIBS ui_viewers viewer_resources recording_diag
+        SOURCES viewers/ClipboardCalls.cpp viewers/ModalDialog.cpp viewers/TableViewerTest.cpp)
+endif()

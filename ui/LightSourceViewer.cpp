@@ -71,8 +71,8 @@ void Open(HWND dialog) {
     gViewer = Viewer{};
     TakeMessageBoxes(dialog, &gViewer.messageBoxOwner);
     TakeControls(dialog);
-    AttachLightSourceList(gViewer.list.window);
     ShowTable();
+    AttachLightSourceList(gViewer.list.window); // when it is full: each line would go through it
     RememberRects(dialog);
     GetWindowRect(dialog, &gViewer.openingRect);
 }
