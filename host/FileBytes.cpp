@@ -1,5 +1,6 @@
 #include "host/FileBytes.h"
 
+#include "host/Display.h"
 #include "host/SystemText.h"
 
 #include <algorithm>
@@ -113,11 +114,6 @@ bool WriteWholeFile(const std::wstring &path, const Bytes &bytes, std::string *w
         return false;
     }
     return CommitOutputFile(&file, why);
-}
-
-static bool IsUnderWine() {
-    const HMODULE system = GetModuleHandleW(L"ntdll.dll");
-    return system && GetProcAddress(system, "wine_get_version");
 }
 
 std::wstring NativePath(const std::wstring &path) {

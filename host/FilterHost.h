@@ -110,6 +110,9 @@ struct HostSettings {
     std::function<bool()> isCancelled; // polled by abortProc; advanceState then gives -128
     std::function<void(int32_t done, int32_t total)> onProgress;
 
+    // Called when Start has ended with 0, before Continue and Finish: a diagnostic caller's moment.
+    std::function<void()> afterStart;
+
     bool finishAfterFailure = true; // Finish follows a failed Continue or a cancel
 };
 

@@ -179,6 +179,8 @@ static RunResult PlaySelectors(FilterHost &filterHost, bool withParameters) {
         if (code != kNoError)
             return {code, selector};
     }
+    if (filterHost.settings.afterStart)
+        filterHost.settings.afterStart();
     RunResult result = PlayContinues(filterHost);
     if (result.code == kNoError)
         CommitOutput(filterHost);

@@ -14,6 +14,7 @@ constexpr double kLargestValue = 1e6; // of a number on the command line, either
 
 const char kHelpText[] =
     "Usage: brillatrix [options] PHOTO OUT\n"
+    "       brillatrix --lights ... PHOTO\n"
     "Adds stars to the lights of PHOTO and writes the result to OUT.\n"
     "\n"
     "Reads png, jpg, tif, bmp, ppm, pgm, pfm; writes by OUT's ending at the photo's own depth.\n"
@@ -35,16 +36,26 @@ const char kHelpText[] =
     "  --settings FILE.sss      all parameters from a saved set; options given here go before it\n"
     "  --last                   all parameters of the last run instead of the defaults\n"
     "\n"
+    "  --dialog                 choose the parameters in the filter's dialog; Cancel writes nothing\n"
     "  --mask IMAGE             only lights where IMAGE is white; of the photo's size\n"
     "  --roi LEFT,TOP,RIGHT,BOTTOM\n"
     "                           filter this rectangle alone; right and bottom are exclusive\n"
     "  --plugin FILE            the filter module (BrillatrixX64.8bf beside this program)\n"
     "  --quiet                  errors only, no progress bar and no notes\n"
+    "\n"
+    "What the filter found; OUT may then be left out:\n"
+    "  --lights                 print the table of the lights, brightest first\n"
+    "  --lights-csv FILE        write it with positions, diameters, colours, ranks and states\n"
+    "  --lights-svg FILE        draw it, of the photo's size, to be laid over the photo\n"
+    "  --debug-images DIR       write four pictures: analysis, selection, lights and star .png\n"
+    "  --show-lights            open the table in a window\n"
+    "  --show-debug             open the pictures in a window\n"
+    "\n"
     "  --about                  what the filter module says about itself\n"
     "  --help, --version\n"
     "\n"
     "Exit status: 0 done, 2 wrong usage, 3 a file could not be read or written,\n"
-    "4 the plug-in reported an error, 5 cancelled.\n";
+    "4 the plug-in reported an error, 5 cancelled, 6 there is no screen for a window.\n";
 
 static bool Fail(std::string *why, const std::string &reason) {
     *why = reason;
@@ -147,19 +158,37 @@ static bool TakeOtherOption(const std::wstring &name, const std::wstring &text, 
         options->settings = text;
     } else if (name == L"--mask") {
         options->mask = text;
+    } else if (name == L"--lights-csv") {
+        options->lightsCsv = text;
+    } else if (name == L"--lights-svg") {
+        options->lightsSvg = text;
+    } else if (name == L"--debug-images") {
+        options->debugImages = text;
     } else {
         options->plugin = text;
     }
     return true;
 }
 
+struct SwitchOption {
+    const wchar_t *name;
+    bool Options::*value;
+};
+
+static const SwitchOption kSwitchOptions[] = {
+    {L"--last", &Options::useLast},           {L"--quiet", &Options::isQuiet},
+    {L"--dialog", &Options::showDialog},      {L"--lights", &Options::printLights},
+    {L"--show-lights", &Options::showLights}, {L"--show-debug", &Options::showDebug},
+};
+
 static bool TakeFlag(const std::wstring &name, Options *options) {
+    for (const SwitchOption &option : kSwitchOptions)
+        if (name == option.name) {
+            options->*option.value = true;
+            return true;
+        }
     if (name == L"--effects-only")
         options->values.push_back(BooleanValue(kKeyOutputSpikesOnly, true));
-    else if (name == L"--last")
-        options->useLast = true;
-    else if (name == L"--quiet")
-        options->isQuiet = true;
     else if (name == L"--about")
         options->task = ProgramTask::kAbout;
     else if (name == L"--help")
@@ -172,7 +201,9 @@ static bool TakeFlag(const std::wstring &name, Options *options) {
 }
 
 static bool IsValueOption(const std::wstring &name) {
-    static const wchar_t *const kOthers[] = {L"--effect", L"--roi", L"--settings", L"--mask", L"--plugin"};
+    static const wchar_t *const kOthers[] = {L"--effect",     L"--roi",         L"--settings",
+                                             L"--mask",       L"--plugin",      L"--lights-csv",
+                                             L"--lights-svg", L"--debug-images"};
     return std::find(std::begin(kOthers), std::end(kOthers), name) != std::end(kOthers);
 }
 
@@ -202,15 +233,32 @@ static bool TakeOption(const std::vector<std::wstring> &arguments, size_t *at, O
                                 : TakeOtherOption(name, value, options, why);
 }
 
+bool WantsDebugPictures(const Options &options) {
+    return options.showDebug || !options.debugImages.empty();
+}
+
+bool WantsDiagnostics(const Options &options) {
+    return options.printLights || options.showLights || !options.lightsCsv.empty() ||
+           !options.lightsSvg.empty() || WantsDebugPictures(options);
+}
+
+bool OpensWindows(const Options &options) {
+    return options.showDialog || options.showLights || options.showDebug;
+}
+
 static bool CheckTogether(const Options &options, const std::vector<std::wstring> &files, std::string *why) {
     if (options.task != ProgramTask::kFilter)
         return true;
-    if (files.size() < 2)
-        return Fail(why, files.empty() ? "PHOTO and OUT are missing" : "OUT is missing");
+    if (files.empty())
+        return Fail(why, WantsDiagnostics(options) ? "PHOTO is missing" : "PHOTO and OUT are missing");
+    if (files.size() < 2 && !WantsDiagnostics(options))
+        return Fail(why, "OUT is missing");
     if (files.size() > 2)
         return Fail(why, "one PHOTO and one OUT, not also \"" + ToUtf8(files[2]) + "\"");
     if (options.useLast && !options.settings.empty())
         return Fail(why, "--last and --settings exclude each other");
+    if (!options.lightsCsv.empty() && options.lightsCsv == options.lightsSvg)
+        return Fail(why, "--lights-csv and --lights-svg name the same file");
     return true;
 }
 
@@ -230,7 +278,7 @@ bool ParseOptions(const std::vector<std::wstring> &arguments, Options *options, 
         return false;
     if (parsed.task == ProgramTask::kFilter) {
         parsed.photo = files[0];
-        parsed.out = files[1];
+        parsed.out = files.size() > 1 ? files[1] : L"";
     }
     *options = std::move(parsed);
     return true;

@@ -1,6 +1,8 @@
 #include "host/Program.h"
 
 #include "host/Console.h"
+#include "host/DiagnosticOutput.h"
+#include "host/Display.h"
 #include "host/FileBytes.h"
 #include "host/FilterHost.h"
 #include "host/Options.h"
@@ -93,6 +95,9 @@ struct Job {
     Bytes mask;
     Descriptor parameters;
     HostMemory memory;
+    DiagnosticCaller caller; // without a module: nothing is asked
+    Diagnostics diagnostics;
+    std::string diagnosticFailure;
 };
 
 static int ReadMask(Job *job) {
@@ -133,8 +138,11 @@ static int PrepareJob(Job *job) {
     std::string why;
     if (!ReadPicture(NativePath(job->options.photo), &job->picture, &why))
         return FailFile("read", job->options.photo, why);
-    if (!CanHoldPicture(job->options.out, job->picture, &why))
+    if (!job->options.out.empty() && !CanHoldPicture(job->options.out, job->picture, &why))
         return FailFile("write", job->options.out, why);
+    OutputFailure failure;
+    if (!CheckDiagnosticPlaces(job->options, &failure))
+        return FailFile("write", failure.path, failure.why);
     const Rectangle image = {0, 0, job->picture.width, job->picture.height};
     if (job->options.roi && !Contains(image, *job->options.roi)) {
         PrintProblem("--roi reaches beyond the photo's " + std::to_string(image.right) + " x " +
@@ -148,6 +156,23 @@ static int PrepareJob(Job *job) {
     return GatherParameters(job);
 }
 
+// Memory may be short, and the filter's run must come to its end all the same.
+static void AskDiagnostics(Job *job) {
+    try {
+        TakeDiagnostics(job->caller, WantsDebugPictures(job->options), &job->diagnostics,
+                        &job->diagnosticFailure);
+    } catch (const std::bad_alloc &) {
+        job->diagnosticFailure = "not enough memory";
+    }
+    if (!job->diagnosticFailure.empty() || !OpensWindows(job->options))
+        return;
+    EndProgressBar();
+    ReleaseBoxes();
+    if ((job->options.showLights && !ShowLightViewer(job->caller)) ||
+        (job->options.showDebug && !ShowImageViewer(job->caller)))
+        job->diagnosticFailure = "a viewer could not be opened";
+}
+
 static void SetUpHost(Job *job, FilterHost *filterHost) {
     filterHost->document = TakeDocument(job->picture);
     filterHost->document.mask = std::move(job->mask);
@@ -156,6 +181,10 @@ static void SetUpHost(Job *job, FilterHost *filterHost) {
     filterHost->settings.isCancelled = IsCancelled;
     if (!job->options.isQuiet)
         filterHost->settings.onProgress = ShowProgressBar;
+    if (job->options.showDialog)
+        filterHost->settings.playInfo = kPlayDisplay;
+    if (job->caller.module)
+        filterHost->settings.afterStart = [job] { AskDiagnostics(job); };
     filterHost->script = job->parameters;
     filterHost->registry = job->memory.registry;
 }
@@ -169,6 +198,37 @@ static void RememberRun(const FilterHost &filterHost, Job *job) {
         PrintNote(job->options, "the parameters of this run could not be kept: " + why);
 }
 
+// In a window the user can be asked; otherwise nobody may be there.
+static RunResult PlayJob(Job *job, const FilterModule &module, FilterHost *filterHost) {
+    if (!job->options.showDialog)
+        CatchBoxes(module.module, PrintBox);
+    SetUpHost(job, filterHost);
+    OpenHost(*filterHost, module);
+    const RunResult result = RunFilter(*filterHost, false);
+    CloseHost(*filterHost);
+    ReleaseBoxes();
+    EndProgressBar();
+    return result;
+}
+
+static int TakeResult(const RunResult &result, FilterHost *filterHost, Job *job) {
+    for (const std::string &violation : filterHost->log.violations)
+        PrintNote(job->options, "the plug-in misbehaved: " + violation);
+    if (result.code == kUserCanceledErr && job->options.showDialog && !IsCancelled()) {
+        PrintProblem("cancelled in the dialog; nothing is written");
+        return kExitCancelled;
+    }
+    if (result.code != kNoError || IsCancelled())
+        return FailPlugin(result.code, filterHost->log.errorText);
+    if (!job->diagnosticFailure.empty()) {
+        PrintProblem(job->diagnosticFailure);
+        return kExitPlugin;
+    }
+    PutDocument(std::move(filterHost->document), job->picture);
+    RememberRun(*filterHost, job);
+    return kExitDone;
+}
+
 // Runs the filter on the job's picture.
 static int FilterPicture(Job *job) {
     FilterModule module;
@@ -176,26 +236,25 @@ static int FilterPicture(Job *job) {
     const std::wstring path = ModulePath(job->options);
     if (!LoadFilterModule(path, &module, &why))
         return FailFile("load", path, why);
-    CatchBoxes(module.module, PrintBox);
+    if (WantsDiagnostics(job->options) &&
+        !BeginDiagnostics(module.module, WantsDebugPictures(job->options), &job->caller, &why)) {
+        UnloadFilterModule(&module);
+        return FailFile("ask", path, why);
+    }
     FilterHost filterHost;
-    SetUpHost(job, &filterHost);
-    OpenHost(filterHost, module);
-    const RunResult result = RunFilter(filterHost, false);
-    CloseHost(filterHost);
-    ReleaseBoxes();
+    const RunResult result = PlayJob(job, module, &filterHost);
     UnloadFilterModule(&module);
-    EndProgressBar();
-    for (const std::string &violation : filterHost.log.violations)
-        PrintNote(job->options, "the plug-in misbehaved: " + violation);
-    if (result.code != kNoError || IsCancelled())
-        return FailPlugin(result.code, filterHost.log.errorText);
-    PutDocument(std::move(filterHost.document), job->picture);
-    RememberRun(filterHost, job);
-    return kExitDone;
+    return TakeResult(result, &filterHost, job);
 }
 
 static int WriteResult(const Job &job) {
     std::string why;
+    OutputFailure failure;
+    if (job.caller.module &&
+        !WriteDiagnostics(job.options, job.diagnostics, job.picture.width, job.picture.height, &failure))
+        return FailFile("write", failure.path, failure.why);
+    if (job.options.out.empty())
+        return kExitDone;
     if (!WritePicture(NativePath(job.options.out), job.picture, IsCancelled, &why)) {
         if (!why.empty())
             return FailFile("write", job.options.out, why);
@@ -210,6 +269,11 @@ static int WriteResult(const Job &job) {
 static int RunJob(const Options &options) {
     Job job;
     job.options = options;
+    std::string why;
+    if (OpensWindows(options) && !HasDisplay(&why)) {
+        PrintProblem("cannot open a window: " + why);
+        return kExitNoScreen;
+    }
     if (const int status = PrepareJob(&job))
         return status;
     if (const int status = FilterPicture(&job))

@@ -12,6 +12,7 @@ enum ExitStatus : int {
     kExitFile = 3,
     kExitPlugin = 4,
     kExitCancelled = 5,
+    kExitNoScreen = 6,
 };
 
 // Arguments without the program's name. An exit status; everything is said on the console.
