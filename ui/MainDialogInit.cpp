@@ -126,6 +126,7 @@ void InitializeMainDialog(HWND dialog) {
         return;
     PlaceDialog(dialog);
     FocusFirstControl(dialog);
+    PostMessageW(dialog, kMsgRequestPreview, 0, 0);
 }
 
 void ReleaseMainDialog() {
