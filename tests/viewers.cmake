@@ -7,5 +7,6 @@ brillatrix_test(debug_picture_tests
 if(WIN32)
     brillatrix_test(viewer_tests
         LIBS ui_viewers viewer_resources recording_diag
-        SOURCES viewers/ClipboardCalls.cpp viewers/ModalDialog.cpp viewers/TableViewerTest.cpp)
+        SOURCES preview/SystemObjects.cpp storage/TemporaryFolder.cpp support/WindowPicture.cpp viewers/ClipboardCalls.cpp
+                viewers/ImageViewerTest.cpp viewers/KeptScene.cpp viewers/ModalDialog.cpp viewers/TableViewerTest.cpp)
 endif()

@@ -35,9 +35,16 @@ void SetStatus(HWND display, const DebugStatus &status) {
     InvalidateRect(display, &strip, FALSE);
 }
 
+DebugStatus DescribeAbsence() {
+    DebugPicturePlace place;
+    if (FindDebugPicture(gDisplay.choice, &place))
+        return DebugStatus{"This picture could not be made."};
+    return DebugStatus{"No images were kept for this run."};
+}
+
 void ShowPictureStatus(HWND display) {
     SetStatus(display, gDisplay.bitmap.context ? DescribeDebugPicture(gDisplay.choice, gDisplay.bitmap.place)
-                                               : DebugStatus{"No images were kept for this run."});
+                                               : DescribeAbsence());
 }
 
 void ShowPixelStatus(HWND display, POINT point) {
