@@ -84,11 +84,15 @@ HostResult RunDialog(const ImageBuffer &input) {
     if (!AreUISettingsLoaded())
         LoadUISettings();
     StartUpdateCheck();
+    const ParameterSet before = *gParameters;
     const HostProfile profile = LockHostProfile();
     gDialogSubject = {gParameters, &input, profile.bytes, profile.size};
     const INT_PTR closed = OpenDialog();
     gDialogSubject = {};
     UnlockHostProfile(profile);
     *gDialogPending = 0;
-    return closed == IDOK ? kNoError : ResultOfCancel();
+    if (closed == IDOK)
+        return kNoError;
+    *gParameters = before; // the host may repeat the filter with them
+    return ResultOfCancel();
 }
