@@ -18,6 +18,12 @@ uint32_t RainbowPhase(const StampContext &context, uint32_t distance) {
 
 } // namespace
 
+bool SameRainbowStates(const StampContext &a, const StampContext &b) {
+    const RenderSettings &x = a.settings, &y = b.settings;
+    return x.scale == y.scale && a.diagonal == b.diagonal && x.rainbowFrequency == y.rainbowFrequency &&
+           (x.rainbowIntensity == 0) == (y.rainbowIntensity == 0);
+}
+
 // Without a rainbow every triple is the same one.
 uint32_t RainbowStateAt(const StampContext &context, uint32_t distance) {
     if (context.settings.rainbowIntensity == 0)

@@ -17,6 +17,8 @@ struct alignas(16) RainbowFactors {
     uint32_t factor[3]; // for red, green, blue; fractions
 };
 
+// Whether the states at all distances are the same under two contexts.
+bool SameRainbowStates(const StampContext &a, const StampContext &b);
 // `distance` in tenths of a quarter pixel.
 uint32_t RainbowStateAt(const StampContext &context, uint32_t distance);
 // The angle tables must be built.

@@ -20,7 +20,6 @@ bool BuildFlareStamp(FlareStamp *stamp, int32_t px, int32_t py) {
 void EmptyStars() {
     for (StarStamp &stamp : gRenderState.stars.stamps)
         EmptyStamp(&stamp);
-    DropStarTables(&gRenderState.stars.tables);
 }
 
 void EmptyFlares() {
@@ -38,7 +37,7 @@ void UpdateStamps(const RenderSettings &settings) {
     const StampContext wanted = MakeStampContext(settings);
     if (!StarStampsServe(gRenderState.context, wanted)) {
         EmptyStars();
-        PrepareFactors(wanted, &gRenderState.stars.tables);
+        BeginStars(wanted, &gRenderState.stars.tables);
     }
     if (!FlareStampsServe(gRenderState.context, wanted))
         EmptyFlares();
@@ -61,6 +60,7 @@ const FlareStamp &NeedFlareStamp(int32_t px, int32_t py) {
 
 void ResetRenderState() {
     EmptyStars();
+    DropStarTables(&gRenderState.stars.tables);
     EmptyFlares();
     gRenderState.context = StampContext{};
 }

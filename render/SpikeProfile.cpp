@@ -1,8 +1,6 @@
 #include "render/SpikeProfile.h"
 
 #include "diag/BufferUsage.h"
-#include "render/FixedPower.h"
-
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -26,20 +24,18 @@ double SpikeBase(const SpikeProfileInputs &inputs, uint32_t distance) {
     return distance * 1500.0 / inputs.diagonal / inputs.scale + 1.0;
 }
 
+size_t LevelBytes(uint32_t count) {
+    return size_t{count} * sizeof(double);
+}
+
+bool SameFallOff(const SpikeProfileInputs &a, const SpikeProfileInputs &b) {
+    return a.length == b.length && a.decay == b.decay && a.scale == b.scale && a.diagonal == b.diagonal;
+}
+
 // Flat at full brightness near the centre, then a power of the distance.
 uint32_t SpikeValueOfPower(uint32_t brightness, double power) {
     const double level = power * 8.0;
     return level < 1.0 ? static_cast<uint32_t>(brightness * level) : brightness;
-}
-
-// The same from an approximate power; false when the power's error could change the integer.
-bool SpikeValueOfApproximation(uint32_t brightness, double power, double error, uint32_t *value) {
-    const double exact = brightness * (power * 8.0), margin = 2.0 * error * exact;
-    *value = SpikeValueOfPower(brightness, power);
-    if (exact - margin > brightness)
-        return true;
-    const double part = exact - *value;
-    return part > margin && part < 1.0 - margin && exact + margin < brightness;
 }
 
 } // namespace
@@ -52,8 +48,7 @@ uint32_t MeasureDistance(int32_t dx, int32_t dy) {
 }
 
 bool SameProfileInputs(const SpikeProfileInputs &a, const SpikeProfileInputs &b) {
-    return a.length == b.length && a.decay == b.decay && a.brightness == b.brightness && a.scale == b.scale &&
-           a.diagonal == b.diagonal;
+    return SameFallOff(a, b) && a.brightness == b.brightness;
 }
 
 uint32_t ComputeSpikeValue(const SpikeProfileInputs &inputs, uint32_t distance) {
@@ -95,21 +90,68 @@ void MeasureReach(ValueTable *table) {
     }
 }
 
-bool BuildSpikeTable(const SpikeProfileInputs &inputs, uint32_t least, uint32_t furthest, ValueTable *table) {
+namespace {
+
+// The levels as far as `count` distances. False when memory ran out.
+bool ExtendLevels(const SpikeProfileInputs &inputs, uint32_t count, SpikeLevels *levels) {
+    if (!SameFallOff(levels->inputs, inputs)) {
+        levels->inputs = inputs;
+        levels->count = 0;
+        PrepareFixedPower(SpikeExponent(inputs), &levels->power);
+    }
+    if (count > levels->room) {
+        void *grown = levels->level
+                          ? CountedRealloc(levels->level, LevelBytes(levels->room), LevelBytes(count))
+                          : CountedAlloc(LevelBytes(count));
+        if (!grown)
+            return false;
+        levels->level = static_cast<double *>(grown);
+        levels->room = count;
+    }
+    for (; levels->count < count; ++levels->count)
+        levels->level[levels->count] = 8.0 * PowerOf(levels->power, SpikeBase(inputs, levels->count));
+    return true;
+}
+
+// Distances from 0 on that are surely at full brightness.
+uint32_t CountFlat(const SpikeLevels &levels, uint32_t count) {
+    const double *first = levels.level, *end = first + count;
+    return static_cast<uint32_t>(
+        std::partition_point(first, end, [](double level) { return level > 1.0 + 1e-6; }) - levels.level);
+}
+
+// The values of `count` distances; where the levels' error could change the integer, from std::pow.
+void FillValues(const SpikeProfileInputs &inputs, const SpikeLevels &levels, uint32_t count,
+                uint32_t *values) {
+    const double share = 2.0 * levels.power.error * inputs.brightness;
+    const uint32_t flat = CountFlat(levels, count);
+    std::fill_n(values, flat, inputs.brightness);
+    for (uint32_t distance = flat; distance < count; ++distance) {
+        const double level = levels.level[distance], value = inputs.brightness * level;
+        const double part = value - std::floor(value), margin = share * level;
+        const bool isSure = part > margin && part < 1.0 - margin && value + margin < inputs.brightness;
+        values[distance] = isSure ? static_cast<uint32_t>(value) : ComputeSpikeValue(inputs, distance);
+    }
+}
+
+} // namespace
+
+bool BuildSpikeTable(const SpikeProfileInputs &inputs, uint32_t least, uint32_t furthest, SpikeLevels *levels,
+                     ValueTable *table) {
     const double exponent = SpikeExponent(inputs);
     const uint32_t count = CountValues(least, furthest, [&](uint32_t distance) {
         return SpikeValueOfPower(inputs.brightness, std::pow(SpikeBase(inputs, distance), exponent));
     });
-    if (!AllocateValueTable(count, table))
+    if (!ExtendLevels(inputs, count, levels) || !AllocateValueTable(count, table))
         return false;
-    FixedPower power;
-    PrepareFixedPower(exponent, &power);
-    for (uint32_t distance = 0; distance < count; ++distance) {
-        const double base = SpikeBase(inputs, distance);
-        if (!SpikeValueOfApproximation(inputs.brightness, PowerOf(power, base), power.error,
-                                       &table->values[distance]))
-            table->values[distance] = SpikeValueOfPower(inputs.brightness, std::pow(base, exponent));
-    }
+    FillValues(inputs, *levels, count, table->values);
     MeasureReach(table);
     return true;
+}
+
+void FreeSpikeLevels(SpikeLevels *levels) {
+    if (levels->level)
+        CountedFree(levels->level, LevelBytes(levels->room));
+    levels->level = nullptr;
+    levels->count = levels->room = 0;
 }

@@ -3,6 +3,8 @@
 // Distances are counted in tenths of a quarter pixel.
 #pragma once
 
+#include "render/FixedPower.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -40,9 +42,20 @@ inline uint32_t ValueAt(const ValueTable &table, uint32_t distance) {
 // A distance from which on every value is below `level`; 0 has none and gives the table's end.
 uint32_t ReachOfLevel(const ValueTable &table, uint32_t level);
 
-// The spike's values as far as they are not below `least` and not beyond `furthest`. False when memory ran
-// out; the table is then left alone.
-bool BuildSpikeTable(const SpikeProfileInputs &inputs, uint32_t least, uint32_t furthest, ValueTable *table);
+// Eight times the power of the distance, approximately, by distance: what spikes of one fall-off and any
+// brightness have in common. All zero: empty. Owner of `level`: the record; FreeSpikeLevels releases them.
+struct SpikeLevels {
+    SpikeProfileInputs inputs; // whatever their brightness
+    FixedPower power;
+    double *level;
+    uint32_t count, room;
+};
+
+// The spike's values as far as they are not below `least` and not beyond `furthest`. `levels` serves the next
+// table of the same fall-off. False when memory ran out; the table is then left alone.
+bool BuildSpikeTable(const SpikeProfileInputs &inputs, uint32_t least, uint32_t furthest, SpikeLevels *levels,
+                     ValueTable *table);
+void FreeSpikeLevels(SpikeLevels *levels);
 void FreeValueTable(ValueTable *table);
 
 // How many distances from 0 on have a value of at least `least`, at most `furthest` + 1; the values must not

@@ -55,6 +55,7 @@ bool DrawStar(const StampContext &context, const std::atomic<uint8_t> &abort, St
         ReportLowMemory();
         return false;
     }
+    DropUnusedTables(tables);
     return true;
 }
 

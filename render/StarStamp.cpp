@@ -45,24 +45,49 @@ bool ExtendStates(const StampContext &context, uint32_t count, StarTables *table
     return true;
 }
 
-// The table of these inputs, built when there is none yet. Null when memory ran out.
-const ValueTable *FindValues(const StampContext &context, const SpikeProfileInputs &inputs,
-                             StarTables *tables) {
+void DropStates(StarTables *tables) {
+    if (tables->stateOfDistance)
+        CountedFree(tables->stateOfDistance, StateBytes(tables->stateCount));
+    tables->stateOfDistance = nullptr;
+    tables->stateCount = tables->turnDistance = 0;
+}
+
+bool SameKey(const SpikeTableKey &a, const SpikeTableKey &b) {
+    return SameProfileInputs(a.inputs, b.inputs) && a.least == b.least && a.furthest == b.furthest;
+}
+
+// A place for one more table; kMaxStampArms when there is none.
+int32_t FindFreeTable(const StarTables &tables) {
+    int32_t i = 0;
+    while (i < tables.count && tables.values[i].values)
+        ++i;
+    return i;
+}
+
+// The table of this key, built when there is none yet. Null when memory ran out.
+const ValueTable *FindValues(const StampContext &context, const SpikeTableKey &key, StarTables *tables) {
     for (int32_t i = 0; i < tables->count; ++i)
-        if (SameProfileInputs(tables->inputs[i], inputs))
-            return &tables->values[i];
-    if (tables->count == kMaxStampArms)
+        if (tables->values[i].values && SameKey(tables->keys[i], key)) {
+            tables->isUsed[i] = true;
+            return ExtendStates(context, tables->values[i].count, tables) ? &tables->values[i] : nullptr;
+        }
+    if (FindFreeTable(*tables) == kMaxStampArms)
+        DropUnusedTables(tables);
+    const int32_t place = FindFreeTable(*tables);
+    if (place == kMaxStampArms)
         return nullptr;
     ValueTable values{};
-    if (!BuildSpikeTable(inputs, context.floor / 4, FurthestDistance(context), &values))
+    if (!BuildSpikeTable(key.inputs, key.least, key.furthest, &tables->levels, &values))
         return nullptr;
     if (!ExtendStates(context, values.count, tables)) {
         FreeValueTable(&values);
         return nullptr;
     }
-    tables->inputs[tables->count] = inputs;
-    tables->values[tables->count] = values;
-    return &tables->values[tables->count++];
+    tables->keys[place] = key;
+    tables->values[place] = values;
+    tables->isUsed[place] = true;
+    tables->count = std::max(tables->count, place + 1);
+    return &tables->values[place];
 }
 
 bool AllocateArms(StarStamp *stamp) {
@@ -90,9 +115,10 @@ bool AddArm(const StampContext &context, StarTables *tables, int32_t px, int32_t
         return true;
     if (!stamp->arms && !AllocateArms(stamp))
         return false;
-    const ValueTable *values = FindValues(
-        context, {shape.length, shape.decay, shape.brightness, context.settings.scale, context.diagonal},
-        tables);
+    const SpikeProfileInputs inputs = {shape.length, shape.decay, shape.brightness, context.settings.scale,
+                                       context.diagonal};
+    const ValueTable *values =
+        FindValues(context, {inputs, context.floor / 4, FurthestDistance(context)}, tables);
     if (!values)
         return false;
     const Arm arm = MakeArm(context, px, py, shape, values);
@@ -120,14 +146,23 @@ void FreeStamp(StarStamp *stamp) {
 void DropStarTables(StarTables *tables) {
     for (int32_t i = 0; i < tables->count; ++i)
         FreeValueTable(&tables->values[i]);
-    if (tables->stateOfDistance)
-        CountedFree(tables->stateOfDistance, StateBytes(tables->stateCount));
-    tables->stateOfDistance = nullptr;
-    tables->stateCount = tables->turnDistance = 0;
+    DropStates(tables);
+    FreeSpikeLevels(&tables->levels);
     tables->count = 0;
 }
 
-void PrepareFactors(const StampContext &context, StarTables *tables) {
+void DropUnusedTables(StarTables *tables) {
+    for (int32_t i = 0; i < tables->count; ++i)
+        if (!tables->isUsed[i])
+            FreeValueTable(&tables->values[i]);
+    FreeSpikeLevels(&tables->levels);
+}
+
+void BeginStars(const StampContext &context, StarTables *tables) {
+    std::fill_n(tables->isUsed, kMaxStampArms, false);
+    if (!SameRainbowStates(tables->rainbow, context))
+        DropStates(tables);
+    tables->rainbow = context;
     for (uint32_t state = 0; state < kRainbowStates; ++state)
         tables->factors[state] = FactorsOfState(context, state);
 }
@@ -141,6 +176,7 @@ int64_t StampBytes(const StarStamp &stamp) {
 
 int64_t TableBytes(const StarTables &tables) {
     size_t bytes = tables.stateOfDistance ? StateBytes(tables.stateCount) : 0;
+    bytes += size_t{tables.levels.room} * sizeof(double);
     for (int32_t i = 0; i < tables.count; ++i)
         bytes += size_t{tables.values[i].count} * sizeof(uint32_t);
     return static_cast<int64_t>(bytes);

@@ -21,13 +21,22 @@ struct StarStamp {
     bool keepsRows = false;  // the stamp is laid often enough to keep them
 };
 
+// What a table of values along an arm depends on.
+struct SpikeTableKey {
+    SpikeProfileInputs inputs;
+    uint32_t least, furthest;
+};
+
 // The values along the arms' lengths, a table for each different fall-off, and the rainbow's state by
-// distance, as far as the longest of them. All for one context. Owner of the tables: the record;
-// DropStarTables releases them.
+// distance, as far as the longest of them. What a change of the settings leaves as it is serves the next
+// star too. Owner of the tables: the record; DropStarTables releases them.
 struct StarTables {
-    int32_t count;
-    SpikeProfileInputs inputs[kMaxStampArms];
+    int32_t count; // of tables; some may be empty
+    SpikeTableKey keys[kMaxStampArms];
     ValueTable values[kMaxStampArms];
+    bool isUsed[kMaxStampArms]; // by a stamp of the present context
+    SpikeLevels levels;         // while stamps are built
+    StampContext rainbow;       // that the states and factors are for
     uint16_t *stateOfDistance;
     uint32_t stateCount;
     uint32_t turnDistance; // up to here the states rise; from here on any may occur
@@ -43,8 +52,11 @@ void EmptyStamp(StarStamp *stamp);
 // Gives the arrays back and leaves an empty stamp.
 void FreeStamp(StarStamp *stamp);
 void DropStarTables(StarTables *tables);
-// Fills in the rainbow's factors, by state.
-void PrepareFactors(const StampContext &context, StarTables *tables);
+// Before stamps are built under a context, while there are none: no table is used yet, and the rainbow is the
+// context's.
+void BeginStars(const StampContext &context, StarTables *tables);
+// After a whole stamp has been built: gives back the tables that no stamp uses.
+void DropUnusedTables(StarTables *tables);
 // Bytes held by a stamp and by the tables.
 int64_t StampBytes(const StarStamp &stamp);
 int64_t TableBytes(const StarTables &tables);

@@ -119,6 +119,7 @@ TEST(SpikeProfile, DistancesAreTheYardsticks) {
 // Values at chosen distances, over parameters that include the largest pictures.
 TEST(SpikeProfile, ValuesFactorsAndFlareAreTheYardsticks) {
     BuildAngleTables();
+    SpikeLevels levels{};
     for (int i = 0; i < cases::Count(300); ++i) {
         Random random(5, i);
         reference::RenderContext context = cases::PickContext(&random, random.OneOf({50, 300, 6000, 32767}));
@@ -131,7 +132,8 @@ TEST(SpikeProfile, ValuesFactorsAndFlareAreTheYardsticks) {
         const SpikeProfileInputs inputs{length, decay, brightness, context.settings.scale,
                                         gImageGeometry.diagonal};
         ValueTable table{};
-        ASSERT_TRUE(BuildSpikeTable(inputs, context.floor / 4, random.OneOf({50u, 5000u, 45000u}), &table));
+        ASSERT_TRUE(
+            BuildSpikeTable(inputs, context.floor / 4, random.OneOf({50u, 5000u, 45000u}), &levels, &table));
         for (int j = 0; j < 200; ++j) {
             const auto distance =
                 static_cast<uint32_t>(random.Pick(0, random.OneOf({50, 5000, 45000, 1500000})));
@@ -151,6 +153,7 @@ TEST(SpikeProfile, ValuesFactorsAndFlareAreTheYardsticks) {
             ASSERT_EQ(table.values[distance], reference::ProfileValue(context, shape, distance)) << distance;
         FreeValueTable(&table);
     }
+    FreeSpikeLevels(&levels);
 }
 
 TEST(SourceTint, SaturationIsTheYardsticks) {

@@ -26,7 +26,7 @@ protected:
         EmptyStamp(&stamp);
         DropStarTables(&tables);
         context = MakeStampContext(settings);
-        PrepareFactors(context, &tables);
+        BeginStars(context, &tables);
     }
     bool Draw(const ArmShape &arm, int32_t px = 0, int32_t py = 0) {
         return AddArm(context, &tables, px, py, arm, &stamp);
@@ -262,12 +262,12 @@ TEST_F(ArmTest, StarIsItsArmsThenTheBurst) {
 TEST_F(ArmTest, ExhaustedMemoryIsReportedOnceAndEndsTheStar) {
     context.settings.effectType = kNorthStar; // arms of two lengths, two tables
     context.settings.secondaryIntensity = 100;
-    for (int64_t n = 1; n <= 6; ++n) {
+    for (int64_t n = 1; n <= 7; ++n) {
         UseContext(context.settings);
         FreeStamp(&stamp);
         FailAllocation(n, true);
         EXPECT_FALSE(DrawWholeStar());
-        EXPECT_EQ(stamp.count, n < 4 ? 0 : n == 4 ? 1 : n == 5 ? 18 : 19) << n;
+        EXPECT_EQ(stamp.count, n < 5 ? 0 : n == 5 ? 1 : n == 6 ? 18 : 19) << n;
         FailAllocation(0, false);
         const auto reports = TakeReports();
         ASSERT_EQ(reports.size(), 1u);

@@ -47,7 +47,9 @@ TEST_F(RenderTest, SpikeValueIsFlatThenFalls) {
                                                    {200, 256937741}, {1000, 13753542}, {32767, 9896},
                                                    {32768, 9895},    {50000, 4060}};
     ValueTable table{};
-    ASSERT_TRUE(BuildSpikeTable(inputs, 4095, 1000000, &table));
+    SpikeLevels levels{};
+    ASSERT_TRUE(BuildSpikeTable(inputs, 4095, 1000000, &levels, &table));
+    FreeSpikeLevels(&levels);
     for (const auto &[distance, value] : known) {
         EXPECT_EQ(ComputeSpikeValue(inputs, distance), value) << distance;
         EXPECT_EQ(ValueAt(table, distance), value >= 4095 ? value : 0) << distance;
