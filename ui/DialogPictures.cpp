@@ -105,42 +105,58 @@ void CloseCanvas(const CanvasContext &context) {
 }
 
 // Drawn on nothing, an icon leaves its own pixels.
+bool DrawIconOn(const Canvas &canvas, HICON icon) {
+    CanvasContext context;
+    if (!OpenCanvas(canvas, &context))
+        return false;
+    const BOOL drawn = DrawIconEx(context.dc, 0, 0, icon, canvas.width, canvas.height, 0, nullptr, DI_NORMAL);
+    CloseCanvas(context);
+    return drawn != FALSE;
+}
+
+bool CopyPixels(const Canvas &to, const Canvas &from) {
+    CanvasContext source, target;
+    if (!OpenCanvas(from, &source))
+        return false;
+    BOOL copied = FALSE;
+    if (OpenCanvas(to, &target)) {
+        copied = BitBlt(target.dc, 0, 0, to.width, to.height, source.dc, 0, 0, SRCCOPY);
+        CloseCanvas(target);
+    }
+    CloseCanvas(source);
+    return copied != FALSE;
+}
+
+Canvas KeptIf(bool complete, const Canvas &canvas) {
+    if (complete)
+        return canvas;
+    FreeCanvas(canvas);
+    return {};
+}
+
 Canvas LoadIconPixels(int resourceId, int size) {
     const HANDLE icon =
         LoadImageA(ModuleInstance(), MAKEINTRESOURCEA(resourceId), IMAGE_ICON, size, size, LR_DEFAULTCOLOR);
     if (!icon)
         return {};
     const Canvas canvas = MakeCanvas(size, size);
-    CanvasContext context;
-    if (OpenCanvas(canvas, &context)) {
-        DrawIconEx(context.dc, 0, 0, static_cast<HICON>(icon), size, size, 0, nullptr, DI_NORMAL);
-        CloseCanvas(context);
-    }
+    const bool drawn = DrawIconOn(canvas, static_cast<HICON>(icon));
     DestroyIcon(static_cast<HICON>(icon));
-    return canvas;
+    return KeptIf(drawn, canvas);
 }
 
 Canvas LoadBitmapPixels(int resourceId) {
     const HANDLE image =
         LoadImageA(ModuleInstance(), MAKEINTRESOURCEA(resourceId), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION);
     BITMAP size = {};
-    if (!image || !GetObjectA(image, sizeof size, &size)) {
-        if (image)
-            DeleteObject(image);
+    if (!image)
         return {};
-    }
+    GetObjectA(image, sizeof size, &size);
     const Canvas source = {static_cast<HBITMAP>(image), nullptr, size.bmWidth, size.bmHeight};
     const Canvas canvas = MakeCanvas(size.bmWidth, size.bmHeight);
-    CanvasContext from, to;
-    if (OpenCanvas(canvas, &to)) {
-        if (OpenCanvas(source, &from)) {
-            BitBlt(to.dc, 0, 0, canvas.width, canvas.height, from.dc, 0, 0, SRCCOPY);
-            CloseCanvas(from);
-        }
-        CloseCanvas(to);
-    }
+    const bool copied = CopyPixels(canvas, source);
     FreeCanvas(source);
-    return canvas;
+    return KeptIf(copied, canvas);
 }
 
 int ScaledPixels(int pixels) {
@@ -241,20 +257,29 @@ Canvas Compose(HWND control, const ControlPicture &picture, ToolPicture state) {
     return canvas;
 }
 
+// Nothing of the icon lets its background through.
+HBITMAP MakeMask(int width, int height) {
+    const HBITMAP mask = CreateBitmap(width, height, 1, 1, nullptr);
+    CanvasContext context;
+    if (OpenCanvas({mask, nullptr, width, height}, &context)) {
+        PatBlt(context.dc, 0, 0, width, height, BLACKNESS);
+        CloseCanvas(context);
+        return mask;
+    }
+    if (mask)
+        DeleteObject(mask);
+    return nullptr;
+}
+
 // The icon has copies of what it is made of.
 HICON MakeIcon(const Canvas &canvas) {
     for (int i = 0; i < canvas.width * canvas.height; ++i)
         canvas.pixels[i] |= kOpaque << 24;
-    const HBITMAP mask = CreateBitmap(canvas.width, canvas.height, 1, 1, nullptr);
-    CanvasContext context;
-    if (OpenCanvas({mask, nullptr, canvas.width, canvas.height}, &context)) {
-        PatBlt(context.dc, 0, 0, canvas.width, canvas.height, BLACKNESS);
-        CloseCanvas(context);
-    }
-    ICONINFO info = {TRUE, 0, 0, mask, canvas.bitmap};
-    const HICON icon = mask ? CreateIconIndirect(&info) : nullptr;
-    if (mask)
-        DeleteObject(mask);
+    ICONINFO info = {TRUE, 0, 0, MakeMask(canvas.width, canvas.height), canvas.bitmap};
+    if (!info.hbmMask)
+        return nullptr;
+    const HICON icon = CreateIconIndirect(&info);
+    DeleteObject(info.hbmMask);
     return icon;
 }
 

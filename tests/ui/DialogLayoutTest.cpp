@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <set>
 #include <string>
@@ -83,10 +84,35 @@ SIZE SizeOf(const RECT &rect) {
     return {rect.right - rect.left, rect.bottom - rect.top};
 }
 
+// Takes a control out of the picture; of a group its frame and its caption.
+void Blank(Picture *picture, const RECT &rect, bool isGroup, uint32_t color) {
+    constexpr LONG frame = 2, caption = 20;
+    for (LONG y = rect.top; y < rect.bottom; ++y)
+        for (LONG x = rect.left; x < rect.right; ++x) {
+            const bool inside = x >= rect.left + frame && x < rect.right - frame && y >= rect.top + caption &&
+                                y < rect.bottom - frame;
+            if (!isGroup || !inside)
+                picture->pixels[static_cast<size_t>(y) * picture->width + x] = color;
+        }
+}
+
+template <typename Function> Function *SystemFunction(const char *name) {
+    const FARPROC address = GetProcAddress(GetModuleHandleA("user32.dll"), name);
+    Function *function;
+    static_assert(sizeof function == sizeof address);
+    memcpy(&function, &address, sizeof function);
+    return function;
+}
+
+void *ThreadAwareness() {
+    return SystemFunction<void * WINAPI()>("GetThreadDpiAwarenessContext")();
+}
+
 class DialogLook : public testing::Test {
 protected:
     void SetUp() override {
         LoadLibraryA("msftedit.dll");
+        dpi = EnterDialogDpi();
         InitCommonControls();
         ASSERT_TRUE(RegisterPreviewDisplayClass());
         liveBefore = LiveGdiObjects();
@@ -108,6 +134,7 @@ protected:
             DestroyWindow(dialog);
         EXPECT_EQ(LiveGdiObjects(), liveBefore);
         UnregisterPreviewDisplayClass();
+        LeaveDialogDpi(dpi);
     }
 
     HWND Item(int id) const { return GetDlgItem(dialog, id); }
@@ -183,6 +210,7 @@ protected:
         ReleaseDC(dialog, dc);
     }
 
+    DpiCookie dpi = nullptr;
     HWND dialog = nullptr;
     int liveBefore = 0;
 };
@@ -201,7 +229,8 @@ TEST_F(DialogLook, EverythingHasItsPlaceAtEverySizeAndScale) {
         EXPECT_EQ(SizeOf(window).cy, least.cy);
         const SIZE smallest = SizeOf(RectOf(Item(kPreviewDisplayId)));
         const SIZE field = SizeOf(RectOf(Item(gParameterControls[0].editId)));
-        for (const SIZE gain : {SIZE{0, 0}, SIZE{1, 0}, SIZE{0, 1}, SIZE{333, 77}, SIZE{4000 - least.cx, 3000 - least.cy}}) {
+        for (const SIZE gain :
+             {SIZE{0, 0}, SIZE{1, 0}, SIZE{0, 1}, SIZE{333, 77}, SIZE{4000 - least.cx, 3000 - least.cy}}) {
             SCOPED_TRACE(testing::Message() << "+" << gain.cx << " +" << gain.cy);
             Resize({least.cx + gain.cx, least.cy + gain.cy});
             ExpectApart();
@@ -234,19 +263,88 @@ TEST_F(DialogLook, AnotherMonitorsScale) {
     ExpectTextFits();
 }
 
+// Wherever there is no control there is background, in the groups too, whatever was there before a move.
+TEST_F(DialogLook, BackgroundIsPainted) {
+    const uint32_t color = GetSysColor(COLOR_3DFACE);
+    const uint32_t face = GetRValue(color) << 16 | GetGValue(color) << 8 | GetBValue(color);
+    const SIZE least = DialogMinimumSize();
+    Show();
+    for (const SIZE gain : {SIZE{0, 0}, SIZE{150, 20}, SIZE{0, 0}, SIZE{0, 30}}) {
+        Resize({least.cx + gain.cx, least.cy + gain.cy});
+        UpdateWindow(dialog);
+        for (const HWND control : Controls())
+            UpdateWindow(control);
+        Picture picture = CaptureClient(dialog);
+        for (const HWND control : Controls())
+            Blank(&picture, RectOf(control), IsGroup(control), face);
+        const auto wrong = std::find_if(picture.pixels.begin(), picture.pixels.end(),
+                                        [face](uint32_t pixel) { return (pixel & 0xFFFFFF) != face; });
+        const int64_t at = wrong - picture.pixels.begin();
+        EXPECT_EQ(wrong, picture.pixels.end())
+            << "at " << at % picture.width << ", " << at / picture.width << " with +" << gain.cx;
+    }
+}
+
+TEST_F(DialogLook, PicturesOfEachState) {
+    Show();
+    std::set<std::vector<uint32_t>> seen;
+    for (const ToolPicture state : {kPictureNormal, kPictureSelected, kPictureDisabled}) {
+        ShowDialogPicture(dialog, kPanIconId, state);
+        UpdateWindow(Item(kPanIconId));
+        seen.insert(CaptureClient(Item(kPanIconId)).pixels);
+    }
+    EXPECT_EQ(seen.size(), 3u);
+    ShowDialogPicture(dialog, IDOK, kPictureSelected); // has none
+    // A picture that cannot be made is reported, and nothing that was made for it stays (TearDown counts).
+    int creations = 0;
+    do
+        FailGdiCreation(++creations);
+    while (!LoadDialogPictures(dialog) && creations < 1000);
+    FailGdiCreation(0);
+    EXPECT_GT(creations, 100); // with that many or more allowed none fails
+    EXPECT_TRUE(LoadDialogPictures(dialog));
+}
+
+TEST_F(DialogLook, ClicksOnTheLogoAndTheCorner) {
+    gOpenedAddress.clear();
+    SendMessageA(Item(kMakerLogoId), WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
+    EXPECT_EQ(gOpenedAddress, kWebAddress);
+    SendMessageA(Item(kCornerIconId), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
+    MSG posted = {};
+    EXPECT_TRUE(PeekMessageA(&posted, dialog, WM_NCLBUTTONDOWN, WM_NCLBUTTONDOWN, PM_REMOVE));
+    EXPECT_EQ(posted.wParam, static_cast<WPARAM>(HTBOTTOMRIGHT));
+    EXPECT_EQ(SendMessageA(Item(kPreviewFrameId), WM_NCHITTEST, 0, 0), HTTRANSPARENT);
+}
+
+TEST(DpiScope, HostSeesItsOwnAwareness) {
+    const auto set = SystemFunction<void * WINAPI(void *)>("SetThreadDpiAwarenessContext");
+    void *const before = set(reinterpret_cast<void *>(intptr_t{-1})); // a host that knows of no scales
+    const void *host = ThreadAwareness();
+    const DpiCookie outer = EnterDialogDpi();
+    const void *own = ThreadAwareness();
+    EXPECT_NE(own, host);
+    const DpiCookie call = EnterHostDpi();
+    EXPECT_EQ(ThreadAwareness(), host);
+    LeaveHostDpi(call);
+    EXPECT_EQ(ThreadAwareness(), own);
+    const DpiCookie inner = EnterDialogDpi();
+    LeaveDialogDpi(inner);
+    EXPECT_EQ(ThreadAwareness(), own);
+    LeaveDialogDpi(outer);
+    EXPECT_EQ(ThreadAwareness(), host);
+    LeaveHostDpi(EnterHostDpi());
+    EXPECT_EQ(ThreadAwareness(), host);
+    set(before);
+}
+
+// Pictures for a person to look at; they lie in the current folder.
 TEST_F(DialogLook, Screenshots) {
-    const HWND display = Item(kPreviewDisplayId);
-    (void)display;
-    int shot = 0;
-    for (const UINT dpi : {96u, 120u, 144u, 192u}) {
+    for (const UINT dpi : kScales) {
         SetDialogLayoutDpi(dialog, dpi);
         EXPECT_TRUE(LoadDialogPictures(dialog));
         Resize(DialogMinimumSize());
-        SelectViewTool(0);
         ShowDialogPicture(dialog, kPanIconId, kPictureSelected);
         Show();
-        const SIZE s = DialogMinimumSize();
-        printf("dpi %u: %ld x %ld\n", dpi, s.cx, s.cy);
-        WriteBmp(CaptureWindow(dialog), "layout-" + std::to_string(shot++) + "-" + std::to_string(dpi) + ".bmp");
+        WriteBmp(CaptureWindow(dialog), "dialog-" + std::to_string(dpi) + "-dpi.bmp");
     }
 }

@@ -9,8 +9,8 @@ namespace {
 std::set<void *> gLive;
 int gFailIn = 0;
 
-template <typename Function> Function *Real(const char *name) {
-    const FARPROC address = GetProcAddress(GetModuleHandleA("gdi32.dll"), name);
+template <typename Function> Function *Real(const char *name, const char *module = "gdi32.dll") {
+    const FARPROC address = GetProcAddress(GetModuleHandleA(module), name);
     Function *function;
     static_assert(sizeof function == sizeof address);
     memcpy(&function, &address, sizeof function);
@@ -51,6 +51,28 @@ HRGN WINAPI MakeRegion(int left, int top, int right, int bottom) {
     return MustFail() ? nullptr : Keep(real(left, top, right, bottom));
 }
 
+HBITMAP WINAPI MakePixels(HDC dc, const BITMAPINFO *info, UINT usage, void **bits, HANDLE section,
+                          DWORD offset) {
+    static const auto real = Real<decltype(MakePixels)>("CreateDIBSection");
+    return MustFail() ? nullptr : Keep(real(dc, info, usage, bits, section, offset));
+}
+
+HICON WINAPI MakeIcon(ICONINFO *info) {
+    static const auto real = Real<decltype(MakeIcon)>("CreateIconIndirect", "user32.dll");
+    return MustFail() ? nullptr : Keep(real(info));
+}
+
+HANDLE WINAPI LoadPicture(HINSTANCE module, LPCSTR name, UINT type, int width, int height, UINT flags) {
+    static const auto real = Real<decltype(LoadPicture)>("LoadImageA", "user32.dll");
+    return MustFail() ? nullptr : Keep(real(module, name, type, width, height, flags));
+}
+
+BOOL WINAPI GiveBackIcon(HICON icon) {
+    static const auto real = Real<decltype(GiveBackIcon)>("DestroyIcon", "user32.dll");
+    gLive.erase(icon);
+    return real(icon);
+}
+
 BOOL WINAPI GiveBackObject(HGDIOBJ object) {
     static const auto real = Real<decltype(GiveBackObject)>("DeleteObject");
     gLive.erase(object);
@@ -71,6 +93,10 @@ decltype(&MakeContext) __imp_CreateCompatibleDC = MakeContext;
 decltype(&MakeBitmap) __imp_CreateCompatibleBitmap = MakeBitmap;
 decltype(&MakeFont) __imp_CreateFontW = MakeFont;
 decltype(&MakeRegion) __imp_CreateRectRgn = MakeRegion;
+decltype(&MakePixels) __imp_CreateDIBSection = MakePixels;
+decltype(&MakeIcon) __imp_CreateIconIndirect = MakeIcon;
+decltype(&LoadPicture) __imp_LoadImageA = LoadPicture;
+decltype(&GiveBackIcon) __imp_DestroyIcon = GiveBackIcon;
 decltype(&GiveBackObject) __imp_DeleteObject = GiveBackObject;
 decltype(&GiveBackContext) __imp_DeleteDC = GiveBackContext;
 }
