@@ -1,7 +1,7 @@
 // The renderer beside its plain form and beside a plain copy of the same image, in one run, in tiles as the
 // final render draws them.
 //
-//   render_bench [--cases name,name] [--workers 2] [--no-plain] [--portable]
+//   render_bench [--cases name,name] [--workers 2] [--no-plain] [--portable] [--cpu]
 //
 // Prints one line a case: seconds for the copy, the plain form and the renderer, their ratio, and the peak of
 // the counted memory beyond the image's own buffers. Then the preview: milliseconds from one slider change to
@@ -147,7 +147,8 @@ void RunCase(const Case &which, const Options &options) {
     for (int i = 0; i < 2; ++i) {
         ResetRenderState();
         times[i] = TimeTiles(image, [&](const IntRect &tile, ImageBuffer *output) {
-            if (!RenderEffect(settings, image, tile, view, kNoAbort, output, StandardThreads(i == 0 ? 1 : options.workers)))
+            if (!RenderEffect(settings, image, tile, view, kNoAbort, output,
+                              StandardThreads(i == 0 ? 1 : options.workers)))
                 Fail("a render failed");
         });
     }
@@ -159,7 +160,33 @@ void RunCase(const Case &which, const Options &options) {
     FreeImageBuffer(&image);
 }
 
-// One slider moves a step, for each effect type, at full size and with the whole image in view.
+// Each slider that changes a star moves a step, for each effect type.
+double TimeSliders(const ImageBuffer &tile, const LightSourceTableView &lights, RenderSettings settings,
+                   const Options &options, ImageBuffer *output, std::vector<double> *times) {
+    constexpr int16_t RenderSettings::*kSliders[] = {&RenderSettings::intensity,
+                                                     &RenderSettings::length,
+                                                     &RenderSettings::angle,
+                                                     &RenderSettings::numberOfPoints,
+                                                     &RenderSettings::spikeSharpness,
+                                                     &RenderSettings::rainbowIntensity,
+                                                     &RenderSettings::rainbowFrequency,
+                                                     &RenderSettings::secondaryIntensity};
+    const auto render = [&] {
+        const Stopwatch watch;
+        RenderEffect(settings, tile, tile.bounds, lights, kNoAbort, output, StandardThreads(options.workers));
+        return watch.Seconds() * 1000.0;
+    };
+    render();
+    double worst = 0.0;
+    for (int16_t RenderSettings::*slider : kSliders) {
+        ++(settings.*slider);
+        times->push_back(render());
+        worst = std::max(worst, times->back());
+    }
+    return worst;
+}
+
+// At full size and with the whole image in view.
 void RunPreview(const Options &options) {
     std::vector<LightSource> sources;
     ImageBuffer image = MakeScene(24, 200, &sources);
@@ -169,26 +196,21 @@ void RunPreview(const Options &options) {
     gFloor = kFloorPreview;
     constexpr int16_t kPoints[] = {6, 4, 4, 14, 4, 8, 14};
     for (const double scale : {100.0, 17.0}) {
-        ImageBuffer tile = NewImage({1500, 1000, 1500 + kPreviewSize, 1000 + kPreviewSize});
-        if (scale != 100.0) {
-            FreeImageBuffer(&tile);
-            tile = NewImage({0, 0, kPreviewSize, kPreviewSize});
-        }
+        const int32_t left = scale == 100.0 ? 1500 : 0, top = scale == 100.0 ? 1000 : 0;
+        ImageBuffer tile = NewImage({left, top, left + kPreviewSize, top + kPreviewSize});
         ImageBuffer output = NewImage(tile.bounds);
         std::vector<double> times;
-        for (int32_t i = 0; i < 35; ++i) {
+        printf("preview at %3.0f %%, worst slider of each effect:", scale);
+        for (uint32_t effect = 0; effect < 7; ++effect) {
             RenderSettings settings = kDefaults;
             settings.scale = scale;
-            settings.effectType = kStandardStar + static_cast<uint32_t>(i % 7);
-            settings.numberOfPoints = kPoints[i % 7];
-            settings.length = static_cast<int16_t>(50 + i / 7);
-            const Stopwatch watch;
-            RenderEffect(settings, tile, tile.bounds, {sources.data(), static_cast<uint32_t>(sources.size())},
-                         kNoAbort, &output, StandardThreads(options.workers));
-            times.push_back(watch.Seconds() * 1000.0);
+            settings.effectType = kStandardStar + effect;
+            settings.numberOfPoints = kPoints[effect];
+            printf(" %.0f", TimeSliders(tile, {sources.data(), static_cast<uint32_t>(sources.size())},
+                                        settings, options, &output, &times));
         }
         std::sort(times.begin(), times.end());
-        printf("preview at %3.0f %%: median %.1f ms, worst %.1f ms\n", scale, times[times.size() / 2],
+        printf("\npreview at %3.0f %%: median %.1f ms, worst %.1f ms\n", scale, times[times.size() / 2],
                times.back());
         FreeImageBuffer(&output);
         FreeImageBuffer(&tile);
@@ -242,10 +264,12 @@ int main(int argc, char **argv) {
             options.workers = atoi(argv[++i]);
         else if (option == "--no-plain")
             options.plain = false;
+        else if (option == "--cpu")
+            gCountProcessorTime = true;
         else if (option == "--portable")
             gRenderPath = &kPortablePath;
         else
-            Fail("usage: render_bench [--cases name,name] [--workers 2] [--no-plain] [--portable]");
+            Fail("usage: render_bench [--cases name,name] [--workers 2] [--no-plain] [--portable] [--cpu]");
     }
     printf("path: %s, workers: %d\n", gRenderPath->name, options.workers);
     printf("case           copy s  plain s  1 thread  now s   ratio  extra MB\n");
