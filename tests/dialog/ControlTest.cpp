@@ -1,6 +1,7 @@
 // Every control that changes the result: what the person sets is what the host's picture gets.
 #include "tests/dialog/DialogFixture.h"
 
+#include "render/EffectTypes.h"
 #include "ui/DialogMessages.h"
 
 #include <commctrl.h>
@@ -109,8 +110,10 @@ TEST_F(DialogControls, EffectAndOutputEffectsOnly) {
             Forget();
             Choose(kEffectCombo, row);
             EXPECT_EQ(SetInHandle().effectType, kStandardStar + static_cast<uint32_t>(row));
-            EXPECT_EQ(Seen(kMsgParameterChanged), 1);
-            EXPECT_EQ(Seen(kMsgRequestPreview), 1);
+            EXPECT_EQ(SetInHandle().numberOfPoints, PresetPoints(SetInHandle().effectType));
+            EXPECT_EQ(Text(kPairs[4].edit), std::to_wstring(SetInHandle().numberOfPoints));
+            EXPECT_GT(Seen(kMsgParameterChanged), 0);
+            EXPECT_GT(Seen(kMsgRequestPreview), 0);
         }
         Choose(kEffectCombo, 5);
         Forget();
@@ -127,6 +130,7 @@ TEST_F(DialogControls, EffectAndOutputEffectsOnly) {
         PressOk();
     });
     wanted.effectType = kStandardStar + 5;
+    wanted.numberOfPoints = static_cast<int16_t>(PresetPoints(wanted.effectType));
     wanted.outputSpikesOnly = 1;
     EXPECT_EQ(SetInHandle(), wanted);
     EXPECT_EQ(DifferentSamples(filterHost.document, FilteredNight(before, wanted)), 0);
@@ -136,8 +140,9 @@ TEST_F(DialogControls, TooltipsAndWhatLeadsOutOfTheDialog) {
     const std::pair<int, const char *> tips[] = {
         {IDOK, "OK - Commit changes and return to the editor"},
         {IDCANCEL, "Cancel (Esc) - Close the dialog without making any changes"},
-        {kPreviewBox, "Preview (P) - Check to see a preview of the modified image, uncheck to see the original "
-                      "image"},
+        {kPreviewBox,
+         "Preview (P) - Check to see a preview of the modified image, uncheck to see the original "
+         "image"},
         {kHelp, "Click here for links to help and support resources"},
         {kLogo, "Brillatrix Pro version information, help, and online resources"},
         {kMakerLogo, "Visit the Nexorvanta Software web site"},
@@ -147,8 +152,9 @@ TEST_F(DialogControls, TooltipsAndWhatLeadsOutOfTheDialog) {
                        "image"},
         {1025, "Threshold (H) - Determine how many light sources, ranked by brightness, for which to create "
                "spikes"},
-        {1020, "Soft Flare Intensity (Y) - Move right to increase the brightness of the soft flare around light "
-               "sources"},
+        {1020,
+         "Soft Flare Intensity (Y) - Move right to increase the brightness of the soft flare around light "
+         "sources"},
         {kPanIcon, "Pan Tool (P) - use this tool to move the image in the display area"}};
     RunDialog([&] {
         for (const auto &[id, text] : tips)

@@ -101,7 +101,8 @@ LPARAM PointOf(int x, int y) {
 
 } // namespace
 
-// --- Opening ------------------------------------------------------------------------------------------------
+// --- Opening
+// ------------------------------------------------------------------------------------------------
 
 // The system calls back without a context, and one dialog is open at a time.
 struct DialogRunner {
@@ -135,10 +136,13 @@ struct DialogRunner {
         return result;
     }
 
+    // The modal loop shows the dialog when nothing else waits.
     static void CALLBACK RunScript(HWND, UINT, UINT_PTR timer, DWORD) {
-        KillTimer(nullptr, timer);
         DialogFixture &fixture = *current;
-        if (fixture.scriptRan || !fixture.dialog)
+        if (!fixture.dialog || !IsWindowVisible(fixture.dialog))
+            return;
+        KillTimer(nullptr, timer);
+        if (fixture.scriptRan)
             return;
         fixture.scriptRan = true;
         UpdateWindow(fixture.dialog);
@@ -151,7 +155,8 @@ struct DialogRunner {
     }
 
     template <typename Name, typename Open>
-    static INT_PTR OpenMain(Open *open, HINSTANCE module, Name name, HWND owner, DLGPROC main, LPARAM parameter) {
+    static INT_PTR OpenMain(Open *open, HINSTANCE module, Name name, HWND owner, DLGPROC main,
+                            LPARAM parameter) {
         ++current->dialogsOpened;
         EXPECT_TRUE(current->script) << "nobody asked for the dialog";
         EXPECT_EQ(owner, current->hostWindow);
@@ -219,7 +224,8 @@ void DialogFixture::ReleaseTable() {
     SetEvent(gTableGate);
 }
 
-// --- Reading ------------------------------------------------------------------------------------------------
+// --- Reading
+// ------------------------------------------------------------------------------------------------
 
 std::wstring DialogFixture::Text(int id) const {
     wchar_t text[200] = L"";
@@ -259,7 +265,8 @@ std::string DialogFixture::UISettingsFile() const {
     return UserFolder("Settings") + "\\UISettings.bin";
 }
 
-// --- Doing --------------------------------------------------------------------------------------------------
+// --- Doing
+// --------------------------------------------------------------------------------------------------
 
 // As the dialog's own modal loop does it.
 void DialogFixture::Pump(DWORD milliseconds) {
@@ -394,7 +401,8 @@ void DialogFixture::Type(int editId, const std::string &text) {
 
 void DialogFixture::Choose(int comboId, int row) {
     SendDlgItemMessageW(dialog, comboId, CB_SETCURSEL, static_cast<WPARAM>(row), 0);
-    SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(comboId, CBN_SELCHANGE), reinterpret_cast<LPARAM>(Item(comboId)));
+    SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(comboId, CBN_SELCHANGE),
+                 reinterpret_cast<LPARAM>(Item(comboId)));
     Pump();
 }
 

@@ -1,6 +1,6 @@
-// The module's main dialog, opened by a run of the filter and used by a script that stands for a person: mouse
-// and keys go the way that the system's own messages go. The script runs on the dialog's thread, inside its
-// modal loop. Everything has a time-out; a run that hangs ends the program.
+// The module's main dialog, opened by a run of the filter and used by a script that stands for a person:
+// mouse and keys go the way that the system's own messages go. The script runs on the dialog's thread, inside
+// its modal loop. Everything has a time-out; a run that hangs ends the program.
 #pragma once
 
 #include "tests/dialog/SystemAnswers.h"
@@ -28,7 +28,8 @@ protected:
     // Runs after the dialog procedure has handled a message.
     std::function<void(UINT message)> afterMessage;
 
-    // --- For scripts -----------------------------------------------------------------------------------------
+    // --- For scripts
+    // -----------------------------------------------------------------------------------------
     HWND Item(int id) const { return GetDlgItem(dialog, id); }
     std::wstring Text(int id) const;
     bool IsChecked(int id) const;
@@ -39,7 +40,7 @@ protected:
     // Handles what waits, for at least so long.
     void Pump(DWORD milliseconds = 0);
     // Pumps until it holds; a failure when that takes too long.
-    bool WaitFor(const char *what, const std::function<bool()> &condition, DWORD milliseconds = 20000);
+    bool WaitFor(const char *what, const std::function<bool()> &condition, DWORD milliseconds = 10000);
     // Waits until the light source table is ready and the preview of what was asked for last is finished.
     void Settle();
 
@@ -92,10 +93,10 @@ private:
 
 // Control ids that scripts use, as numbers that people who drive the dialog from outside rely on.
 constexpr int kHelp = 1000, kPreviewBox = 1002, kSettingsCombo = 1023, kVerticalBar = 1028,
-              kHorizontalBar = 1030, kProgressBar = 1031, kDisplay = 1040, kZoomOutButton = 1042, kPanIcon = 1043,
-              kZoomIcon = 1044, kZoomInButton = 1045, kSettingsIcon = 1050, kMakerLogo = 1082, kLogo = 1084,
-              kZoomText = 1085, kZoomArrow = 1087, kEffectsOnly = 1122, kHideIcon = 1123, kEffectCombo = 1176,
-              kShowIcon = 1184;
+              kHorizontalBar = 1030, kProgressBar = 1031, kDisplay = 1040, kZoomOutButton = 1042,
+              kPanIcon = 1043, kZoomIcon = 1044, kZoomInButton = 1045, kSettingsIcon = 1050,
+              kMakerLogo = 1082, kLogo = 1084, kZoomText = 1085, kZoomArrow = 1087, kEffectsOnly = 1122,
+              kHideIcon = 1123, kEffectCombo = 1176, kShowIcon = 1184;
 
 struct ParameterPair {
     int edit, trackbar, minimum, maximum, initial, decimals;

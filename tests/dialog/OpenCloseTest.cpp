@@ -261,9 +261,14 @@ TEST_F(MainDialog, SentMessagesAreAnsweredEarlyAndProgressReachesTheBar) {
             WPARAM position;
             LPARAM total;
             const char *expected;
-        } steps[] = {{3, 10, "range 0-10,pos 3,"},   {3, 10, ""}, {7, 10, "pos 7,"}, {12, 10, "pos 10,"},
-                     {5, 20, "range 0-20,pos 5,"},   {5, 25, "range 0-25,"},
-                     {0, 0, "pos 1,pos 0,range 0-0,"}, {1, 4, "range 0-4,pos 1,"},
+        } steps[] = {{3, 10, "range 0-10,pos 3,"},
+                     {3, 10, ""},
+                     {7, 10, "pos 7,"},
+                     {12, 10, "pos 10,"},
+                     {5, 20, "range 0-20,pos 5,"},
+                     {5, 25, "range 0-25,"},
+                     {0, 0, "pos 1,pos 0,range 0-0,"},
+                     {1, 4, "range 0-4,pos 1,"},
                      {0, 0, "pos 1,pos 0,range 0-0,"}};
         for (const auto &step : steps) {
             toBar.clear();

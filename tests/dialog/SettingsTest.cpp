@@ -1,7 +1,7 @@
 // Saved sets in the dialog: the menu, loading, saving, deleting, and which row stands selected.
 #include "tests/dialog/DialogFixture.h"
 
-#include "storage/ParameterBlock.h"
+#include "render/EffectTypes.h"
 #include "ui/DialogMessages.h"
 
 #include <cstring>
@@ -17,7 +17,9 @@ protected:
         std::memcpy(bytes.data(), &set, sizeof set);
         WriteWholeFile(path, bytes);
     }
-    std::string SetFile(const std::string &name) const { return UserFolder("Parameters") + "\\" + name + ".sss"; }
+    std::string SetFile(const std::string &name) const {
+        return UserFolder("Parameters") + "\\" + name + ".sss";
+    }
     void PickFromMenu(int command) {
         gAnswers.menuCommand = command;
         Click(kSettingsIcon);
@@ -65,6 +67,7 @@ TEST_F(DialogSettings, SaveChooseAndReselect) {
         ParameterSet saved = kDefaultParameters;
         saved.threshold = 64;
         saved.effectType = kStandardStar + 3;
+        saved.numberOfPoints = static_cast<int16_t>(PresetPoints(saved.effectType));
         saved.outputSpikesOnly = 1;
         Type(kPairs[0].edit, "64");
         Choose(kEffectCombo, 3);
@@ -145,7 +148,8 @@ TEST_F(DialogSettings, LoadDeleteAndTheGreyedItem) {
         Choose(kSettingsCombo, doomed);
         PickFromMenu(kDelete);
         EXPECT_EQ(boxes.size(), 1u);
-        EXPECT_EQ(boxes.back().text, "The Brillatrix Pro saved parameter file '" + name + ".sss' will be deleted.");
+        EXPECT_EQ(boxes.back().text,
+                  "The Brillatrix Pro saved parameter file '" + name + ".sss' will be deleted.");
         EXPECT_FALSE(Exists(SetFile(name)));
         EXPECT_EQ(static_cast<int>(Rows().size()), rows - 1);
 

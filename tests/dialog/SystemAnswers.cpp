@@ -13,7 +13,8 @@ SystemAnswers gAnswers;
 
 namespace {
 
-// --- Objects ------------------------------------------------------------------------------------------------
+// --- Objects
+// ------------------------------------------------------------------------------------------------
 
 struct Made {
     const char *call;
@@ -178,7 +179,8 @@ void CountWindowObjects(const Hooking &hook) {
     hook("UnregisterClassA", RemoveClassA);
 }
 
-// --- Answers ------------------------------------------------------------------------------------------------
+// --- Answers
+// ------------------------------------------------------------------------------------------------
 
 BOOL WINAPI OfferMenuEx(HMENU menu, UINT flags, int x, int y, HWND owner, TPMPARAMS *) {
     OfferedMenu offered = {{x, y}, flags, owner, {}};

@@ -1,5 +1,5 @@
-// Takes the place of what waits for a person or leaves the program - menus, file dialogs, the browser - in one
-// loaded module, and keeps count of the window and drawing objects that the module holds.
+// Takes the place of what waits for a person or leaves the program - menus, file dialogs, the browser - in
+// one loaded module, and keeps count of the window and drawing objects that the module holds.
 #pragma once
 
 #include "host/ModuleImports.h"
@@ -23,9 +23,9 @@ struct OfferedMenu {
 
 // What the person did not do by hand: set before, looked at after.
 struct SystemAnswers {
-    int menuCommand = 0;      // the item picked; 0 none
-    DWORD menuError = 0;      // with no item: the call failed
-    std::wstring file;        // the file picked; empty: cancelled
+    int menuCommand = 0;       // the item picked; 0 none
+    DWORD menuError = 0;       // with no item: the call failed
+    std::wstring file;         // the file picked; empty: cancelled
     bool refuseDialog = false; // the main dialog cannot be opened
     std::vector<OfferedMenu> menus;
     std::vector<std::string> fileTitles, opened; // file dialogs; what was given to the shell
