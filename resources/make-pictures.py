@@ -17,7 +17,7 @@ RESOURCES = Path(__file__).resolve().parent
 PICTURES = RESOURCES / "pictures"
 ICON_SIZES = (16, 20, 24, 32, 40, 48)  # pixels
 SCALES = (100, 125, 150, 200)  # per cent
-BITMAPS = {"ProductLogo": (180, 36), "MakerLogo": (108, 20),  # pixels at 100 %
+BITMAPS = {"ProductLogo": (180, 34), "MakerLogo": (108, 20),  # pixels at 100 %
            "ZoomOutButton": (16, 16), "ZoomInButton": (16, 16), "ZoomArrow": (16, 16)}
 
 
