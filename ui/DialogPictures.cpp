@@ -212,8 +212,10 @@ uint32_t Laid(uint32_t below, uint32_t pixel, uint32_t alpha) {
     return laid;
 }
 
-void LayInTheMiddle(const Canvas &canvas, const Canvas &source, uint32_t alpha) {
-    const int left = (canvas.width - source.width) / 2, top = (canvas.height - source.height) / 2;
+// The logos stand flush with the preview's frame below or above them; the rest is in the middle.
+void LayPicture(const ControlPicture &picture, const Canvas &canvas, const Canvas &source, uint32_t alpha) {
+    const bool flush = picture.controlId == kProductLogoId || picture.controlId == kMakerLogoId;
+    const int left = flush ? 0 : (canvas.width - source.width) / 2, top = (canvas.height - source.height) / 2;
     for (int y = std::max(0, -top); y < std::min(source.height, canvas.height - top); ++y)
         for (int x = std::max(0, -left); x < std::min(source.width, canvas.width - left); ++x) {
             const uint32_t pixel = source.pixels[y * source.width + x];
@@ -252,7 +254,7 @@ Canvas Compose(HWND control, const ControlPicture &picture, ToolPicture state) {
     std::fill_n(canvas.pixels, static_cast<size_t>(canvas.width) * canvas.height, background);
     if (state == kPictureSelected)
         FillPlate(canvas);
-    LayInTheMiddle(canvas, source, state == kPictureDisabled ? kDisabledAlpha : kOpaque);
+    LayPicture(picture, canvas, source, state == kPictureDisabled ? kDisabledAlpha : kOpaque);
     FreeCanvas(source);
     return canvas;
 }
