@@ -3,6 +3,14 @@ brillatrix_test(debug_picture_tests
     LIBS render engine recording_diag
     SOURCES ../ui/DebugImageView.cpp viewers/KeptScene.cpp viewers/PictureTest.cpp)
 
+# The module with a diagnostic caller.
+if(WIN32)
+    brillatrix_test(diagnostic_tests LIBS filter_host engine render storage diag ole32 shell32
+        SOURCES plugin/ModuleFixture.cpp plugin/NightDocument.cpp storage/TemporaryFolder.cpp support/NightScene.cpp
+                viewers/DiagnosticTest.cpp viewers/ModalDialog.cpp ../plugin/ParameterSet.cpp)
+    add_dependencies(diagnostic_tests BrillatrixX64)
+endif()
+
 # Driven with real messages, while modal loops run.
 if(WIN32)
     brillatrix_test(viewer_tests

@@ -33,11 +33,11 @@ void CALLBACK PlayUser(HWND, UINT, UINT_PTR timer, DWORD) {
 } // namespace
 
 INT_PTR RunModal(int dialogId, DLGPROC procedure, const std::function<void(HWND)> &script,
-                 const std::function<void(HWND)> &beforeInit) {
+                 const std::function<void(HWND)> &beforeInit, HINSTANCE module) {
     gModal = {nullptr, procedure, &script, &beforeInit};
     SetTimer(nullptr, 0, 1, PlayUser);
-    const INT_PTR result =
-        DialogBoxParamA(GetModuleHandleA(nullptr), MAKEINTRESOURCEA(dialogId), nullptr, ModalProc, 0);
+    const INT_PTR result = DialogBoxParamA(module ? module : GetModuleHandleA(nullptr),
+                                           MAKEINTRESOURCEA(dialogId), nullptr, ModalProc, 0);
     PumpMessages();
     return result;
 }

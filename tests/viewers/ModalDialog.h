@@ -5,11 +5,11 @@
 #include <string>
 #include <windows.h>
 
-// Opens the dialog of this program's resources with the procedure, runs the script while it is shown and,
-// unless the script has ended it, closes it. `beforeInit` is called with the window before the procedure gets
-// WM_INITDIALOG. Returns the dialog's result.
+// Opens the dialog of a module's resources (null: this program's) with the procedure, runs the script while
+// it is shown and, unless the script has ended it, closes it. `beforeInit` is called with the window before
+// the procedure gets WM_INITDIALOG. Returns the dialog's result.
 INT_PTR RunModal(int dialogId, DLGPROC procedure, const std::function<void(HWND)> &script,
-                 const std::function<void(HWND)> &beforeInit = nullptr);
+                 const std::function<void(HWND)> &beforeInit = nullptr, HINSTANCE module = nullptr);
 
 void PumpMessages();
 std::string TextOf(HWND window);
