@@ -81,11 +81,6 @@ int32_t NearestToZero(const PixelRange &range) {
     return range.from > 0 ? range.from : range.to < 0 ? -range.to : 0;
 }
 
-// Length of the centre line over one unit of the major axis.
-double Stretch(const Arm &arm) {
-    return std::sqrt(1.0 + arm.slope * arm.slope);
-}
-
 // Steps from the centre that surely reach the threshold: at each of them a pixel lies within half a pixel of
 // the centre line, and its coverage and its distance are bounded.
 int32_t CountSafeSteps(const Arm &arm, uint32_t threshold) {
@@ -96,7 +91,7 @@ int32_t CountSafeSteps(const Arm &arm, uint32_t threshold) {
     const uint32_t count = CountValues(threshold, arm.values->count - 1, [&](uint32_t distance) {
         return Mul(share, ValueAt(*arm.values, distance));
     });
-    double steps = ((count / 10.0 - 4.0) / Stretch(arm) - 4.0) / kPixelStep - 1.0;
+    double steps = ((count / 10.0 - 4.0) / arm.stretch - 4.0) / kPixelStep - 1.0;
     if (arm.slope != 0.0) // no nearer to a limit than two pixels
         steps = std::min(steps, (arm.minorLimit - 3.0 - std::fabs(arm.crossing)) / std::fabs(arm.slope));
     else if (std::fabs(arm.crossing) > (arm.minorLimit - 3.0) * kPixelStep)
@@ -177,6 +172,8 @@ Arm MakeArm(const StampContext &context, int32_t px, int32_t py, const ArmShape 
     arm.halfWidth = 2.0 * shape.widthFactor / std::fabs(major);
     arm.edgeSlope = std::min(0.5, std::fabs(major) * shape.sharpnessFactor);
     arm.reach = arm.halfWidth + 2.0 / arm.edgeSlope;
+    arm.stretch = std::sqrt(1.0 + arm.slope * arm.slope);
+    arm.back = arm.reach * std::fabs(arm.slope) / arm.stretch;
     arm.values = values;
     arm.largestShare = ShareOfCoverage(std::min(0.5 + arm.halfWidth * 0.25 * arm.edgeSlope, 1.0));
     arm.walked = WalkArm(arm, major < 0.0 ? -1 : 1, context.floor / 4);
@@ -189,10 +186,9 @@ Arm MakeArm(const StampContext &context, int32_t px, int32_t py, const ArmShape 
 // A pixel of a step lies at least as far from the phase point as the step does along the centre line, less
 // what the pixel may lie back from it. Its value is at most the largest share of the value at that distance.
 PixelRange WalkAbove(const Arm &arm, uint32_t level) {
-    const double stretch = Stretch(arm), back = arm.reach * std::fabs(arm.slope) / stretch;
     const double along = std::min(double{1.0} * level / arm.largestShare * kWhole * kCautious, kWhole);
     const double distance = ReachOfLevel(*arm.values, static_cast<uint32_t>(along)) / 10.0 + 1.0;
-    const double steps = (distance + back) / stretch / kPixelStep + 2.0;
+    const double steps = (distance + arm.back) / arm.stretch / kPixelStep + 2.0;
     const int32_t furthest = static_cast<int32_t>(std::min<double>(steps, kFarAway));
     return Intersect(arm.walked, {-furthest, furthest});
 }
@@ -207,17 +203,16 @@ PixelRange ArmSpan(const Arm &arm, const PixelRange &walked, int32_t row) {
 
 // What is nearest to the phase point bounds the value along the arm on the whole row, and with it the
 // coverage that is needed, and with that the distance from the centre line.
-PixelRange SpanAbove(const Arm &arm, const PixelRange &span, int32_t row, uint32_t level) {
+PixelRange SpanAbove(const Arm &arm, const PixelRange &walked, int32_t row, uint32_t level) {
+    const PixelRange span = ArmSpan(arm, walked, row);
     if (span.to - span.from < kShortSpan)
         return span;
     const int32_t nearest = arm.majorIsY ? std::abs(row) : NearestToZero(span);
-    const double stretch = Stretch(arm), back = arm.reach * std::fabs(arm.slope) / stretch;
-    const double distance = ((nearest - 1.0) * kPixelStep * stretch - back) * 10.0 - 1.0;
+    const double distance = ((nearest - 1.0) * kPixelStep * arm.stretch - arm.back) * 10.0 - 1.0;
     const uint32_t along = ValueAt(*arm.values, static_cast<uint32_t>(std::max(distance, 0.0)));
     if (along < level)
         return kNone;
-    const double share = double{1.0} * level / along;
-    const double coverage = PowerOf(gNeededCoverage, share) * kCautious;
+    const double coverage = NeededCoverage(double{1.0} * level / along);
     const double reach = arm.halfWidth + (0.5 - coverage) * 4.0 / arm.edgeSlope;
-    return reach > 0.0 ? Intersect(span, SpanWithin(arm, span, row, reach)) : kNone;
+    return reach > 0.0 ? Intersect(span, SpanWithin(arm, walked, row, reach)) : kNone;
 }

@@ -42,13 +42,15 @@ struct Arm {
     int32_t majorLimit, minorLimit; // in pixels
     PixelRange walked;              // along the major axis
     double slope;                   // minor per major
+    double stretch;                 // length of the centre line over one unit of the major axis
     double crossing;                // minor position of the centre line at major position 0, quarter pixels
     double halfWidth;               // of the arm across, quarter pixels
     double edgeSlope;               // of its edges
     uint32_t largestShare;          // of a value along the arm that any pixel gets, a fraction
     double reach;                   // beyond this from the centre line the coverage is 0, quarter pixels
-    const ValueTable *values;       // along the arm, by distance
-    IntRect box;                    // pixels that the arm may cover
+    double back;              // how far, along the centre line, a pixel within reach may lie behind its step
+    const ValueTable *values; // along the arm, by distance
+    IntRect box;              // pixels that the arm may cover
 };
 
 // An arm of the stamp of phase (px, py), with `values` as its brightness along its length. The angle tables
@@ -74,5 +76,5 @@ PixelRange WalkAbove(const Arm &arm, uint32_t level);
 PixelRange ArmRows(const Arm &arm, const PixelRange &walked);
 // What it may cover of one row, from left to right.
 PixelRange ArmSpan(const Arm &arm, const PixelRange &walked, int32_t row);
-// The part of a row's span that has values of at least `level`, or a little more.
-PixelRange SpanAbove(const Arm &arm, const PixelRange &span, int32_t row, uint32_t level);
+// The part of it that has values of at least `level`, or a little more.
+PixelRange SpanAbove(const Arm &arm, const PixelRange &walked, int32_t row, uint32_t level);

@@ -26,20 +26,24 @@ __m256i All(uint32_t value) {
     return _mm256_set1_epi32(static_cast<int32_t>(value));
 }
 
-// Eight samples of a depth: read as working values, and written where `visible` has a lane set.
+// Eight samples of a depth: read as working values, and written where `visible` has a lane set; `old` is what
+// was read.
 struct Samples8 {
     using Sample = uint8_t;
     static __m256i Read(const Sample *from) {
-        const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(from));
-        return _mm256_mullo_epi32(_mm256_cvtepu8_epi32(bytes), _mm256_set1_epi32(65793));
+        // Times 65793 is the byte three times over.
+        const __m256i bytes =
+            _mm256_broadcastq_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i *>(from)));
+        const __m256i thrice = _mm256_setr_epi8(0, 0, 0, -1, 1, 1, 1, -1, 2, 2, 2, -1, 3, 3, 3, -1, //
+                                                4, 4, 4, -1, 5, 5, 5, -1, 6, 6, 6, -1, 7, 7, 7, -1);
+        return _mm256_shuffle_epi8(bytes, thrice);
     }
-    // (w + 32896) / 65793: the factor is 2^44 / 65793 rounded up, too large by less than one; times w +
-    // 32896, below 2^25, the error stays below 2^-19.
-    static void Write(__m256i working, __m256i visible, Sample *to) {
-        const __m256i rounded = _mm256_add_epi32(working, _mm256_set1_epi32(32896));
-        const __m256i quotient = _mm256_srli_epi32(MulHigh(rounded, 267386896u), 12);
-        const __m128i old = _mm_loadl_epi64(reinterpret_cast<const __m128i *>(to));
-        const __m256i kept = _mm256_blendv_epi8(_mm256_cvtepu8_epi32(old), quotient, visible);
+    // (w + 32896) / 65793. Over 2^24 − 1 it is 255 w and a half; over 2^24 the half must be larger by 255 at
+    // least, for the highest step, and by less than 256, for the lowest.
+    static void Write(__m256i working, __m256i old, __m256i visible, Sample *to) {
+        const __m256i scaled = _mm256_sub_epi32(_mm256_slli_epi32(working, 8), working);
+        const __m256i quotient = _mm256_srli_epi32(_mm256_add_epi32(scaled, All(8388735)), 24);
+        const __m256i kept = _mm256_blendv_epi8(_mm256_srli_epi32(old, 16), quotient, visible);
         const __m128i words =
             _mm_packus_epi32(_mm256_castsi256_si128(kept), _mm256_extracti128_si256(kept, 1));
         _mm_storel_epi64(reinterpret_cast<__m128i *>(to), _mm_packus_epi16(words, words));
@@ -57,7 +61,7 @@ struct Samples16 {
         const __m256i rest = _mm256_srai_epi32(_mm256_sub_epi32(_mm256_set1_epi32(16384), sample), 15);
         return _mm256_add_epi32(_mm256_slli_epi32(sample, 9), rest);
     }
-    static void Write(__m256i working, __m256i visible, Sample *to) {
+    static void Write(__m256i working, __m256i, __m256i visible, Sample *to) {
         const __m256i rounded = _mm256_srli_epi32(_mm256_add_epi32(working, _mm256_set1_epi32(256)), 9);
         const __m256i kept = _mm256_blendv_epi8(Load(to), rounded, visible);
         _mm_storeu_si128(reinterpret_cast<__m128i *>(to),
@@ -82,7 +86,7 @@ struct SamplesFloat {
         return _mm256_cvtpd_ps(_mm256_div_pd(_mm256_cvtepi32_pd(working), _mm256_set1_pd(16777215.0)));
     }
     // Highlights stay as they are.
-    static void Write(__m256i working, __m256i visible, Sample *to) {
+    static void Write(__m256i working, __m256i, __m256i visible, Sample *to) {
         const __m256 old = _mm256_loadu_ps(to);
         const __m256 written = _mm256_set_m128(WriteHalf(_mm256_extracti128_si256(working, 1)),
                                                WriteHalf(_mm256_castsi256_si128(working)));
@@ -125,11 +129,18 @@ __m256i Alpha(__m256i strength) {
     return _mm256_blendv_epi8(_mm256_slli_epi32(strength, 8), All(0xFFFFFFFEu), opaque);
 }
 
+// A product with a working value. In fast mode both factors have less than 15 bits.
+template <bool precise> __m256i MulWorking(__m256i nearOne, __m256i working) {
+    if (precise)
+        return Mul<true>(nearOne, working);
+    return _mm256_madd_epi16(_mm256_srli_epi32(nearOne, 18), _mm256_srli_epi32(working, 14));
+}
+
 template <bool precise> __m256i ScreenChannel(__m256i old, __m256i inverse, __m256i alpha) {
     const __m256i full = All(0xFFFFFF);
-    const __m256i left = Mul<precise>(inverse, _mm256_sub_epi32(full, old));
-    return _mm256_add_epi32(Mul<precise>(alpha, _mm256_sub_epi32(full, left)),
-                            Mul<precise>(_mm256_sub_epi32(All(0xFFFFFFFEu), alpha), old));
+    const __m256i left = MulWorking<precise>(inverse, _mm256_sub_epi32(full, old));
+    return _mm256_add_epi32(MulWorking<precise>(alpha, _mm256_sub_epi32(full, left)),
+                            MulWorking<precise>(_mm256_sub_epi32(All(0xFFFFFFFEu), alpha), old));
 }
 
 template <typename Depth, bool precise, int32_t planes>
@@ -144,12 +155,12 @@ void BlendLanes(const BlendPiece &piece, int32_t i, const LaneColors &colors, __
         sum = _mm256_add_epi32(sum, ScreenChannel<precise>(old, colors.inverse[1], alpha));
         sum = _mm256_add_epi32(sum, ScreenChannel<precise>(old, colors.inverse[2], alpha));
         // A third: the factor is 2^33 / 3 rounded up, exact for every 32-bit sum.
-        Depth::Write(_mm256_srli_epi32(MulHigh(sum, 0xAAAAAAABu), 1), visible, samples);
+        Depth::Write(_mm256_srli_epi32(MulHigh(sum, 0xAAAAAAABu), 1), old, visible, samples);
     } else {
         for (int32_t plane = 0; plane < planes; ++plane) {
             Sample *samples = static_cast<Sample *>(piece.samples[plane]) + i;
-            Depth::Write(ScreenChannel<precise>(Depth::Read(samples), colors.inverse[plane], alpha), visible,
-                         samples);
+            const __m256i old = Depth::Read(samples);
+            Depth::Write(ScreenChannel<precise>(old, colors.inverse[plane], alpha), old, visible, samples);
         }
     }
 }

@@ -2,10 +2,11 @@
 
 #include "engine/FixedPoint.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 
-FixedPower gCoveragePower, gNeededCoverage;
+FixedPower gCoveragePower;
 
 namespace {
 
@@ -15,6 +16,12 @@ constexpr uint64_t kOneBits = uint64_t{kExponentBias} << kMantissaBits;
 // Rounding in the tables, in the series and in std::pow itself, with room to spare.
 constexpr double kRoundingError = 0x1p-46;
 constexpr double kLargestShare = 0x1p-9; // of u
+
+// Shares from 2^-32 to 2 as floats, 32 cells an octave, each with the coverage that its lower end needs.
+constexpr int32_t kShareShift = 18, kShareCells = 33 * 32;
+constexpr uint32_t kFirstShareBits = (127u - 32) << 23;
+constexpr double kCautious = 1.0 - 1e-6; // rounding to float may lift a share into the next cell
+double gNeededCoverage[kShareCells];
 
 } // namespace
 
@@ -52,7 +59,10 @@ double PowerOf(const FixedPower &power, double x) {
 void PrepareCoveragePower() {
     if (gCoveragePower.exponent != 0.0)
         return;
-    PrepareFixedPower(1.0 / kCoverageExponent, &gNeededCoverage);
+    for (int32_t i = 0; i < kShareCells; ++i) {
+        const uint32_t bits = kFirstShareBits + (static_cast<uint32_t>(i) << kShareShift);
+        gNeededCoverage[i] = std::pow(std::bit_cast<float>(bits), 1.0 / kCoverageExponent) * kCautious;
+    }
     PrepareFixedPower(kCoverageExponent, &gCoveragePower);
 }
 
@@ -61,6 +71,13 @@ uint32_t ShareOfCoverage(double coverage) {
     const uint32_t whole = static_cast<uint32_t>(share);
     const double part = share - whole;
     return part > kShareMargin && part < 1.0 - kShareMargin ? whole : ShareByLibrary(coverage);
+}
+
+double NeededCoverage(double share) {
+    const uint32_t bits = std::bit_cast<uint32_t>(static_cast<float>(share));
+    if (bits < kFirstShareBits)
+        return 0.0;
+    return gNeededCoverage[std::min<uint32_t>((bits - kFirstShareBits) >> kShareShift, kShareCells - 1)];
 }
 
 uint32_t ShareByLibrary(double coverage) {

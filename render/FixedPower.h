@@ -25,9 +25,9 @@ void PrepareFixedPower(double exponent, FixedPower *power);
 // x in [2^-64, 2^48), where the power is neither too large nor too small for a double.
 double PowerOf(const FixedPower &power, double x);
 
-// The power of 1.6 that turns an arm's coverage into its share, and the one that turns it back. Read-only
-// once prepared, by the first PrepareCoveragePower; before the first render, one thread.
-extern FixedPower gCoveragePower, gNeededCoverage;
+// The power of 1.6 that turns an arm's coverage into its share. Read-only once prepared, by the first
+// PrepareCoveragePower; before the first render, one thread.
+extern FixedPower gCoveragePower;
 void PrepareCoveragePower();
 
 constexpr double kCoverageExponent = 1.6;
@@ -37,5 +37,8 @@ constexpr double kShareMargin = 1.0 / 4096.0;
 
 // trunc(coverage^1.6 × 4294967294 + 0.5), with std::pow's integer. Coverage in (0, 1].
 uint32_t ShareOfCoverage(double coverage);
-// The same straight from std::pow.
+// A coverage that is needed for the share, which may be more than 1: at most that, and less by 2 % at most
+// unless the share is below 2^-32.
+double NeededCoverage(double share);
+// The same as ShareOfCoverage, straight from std::pow.
 uint32_t ShareByLibrary(double coverage);

@@ -23,7 +23,7 @@ bool TakeBudget(int64_t bytes) {
 }
 
 PixelRange VisibleSpan(const ArmFilling &filling, const PixelRange &walked, int32_t row) {
-    return SpanAbove(*filling.arm, ArmSpan(*filling.arm, walked, row), row, filling.level);
+    return SpanAbove(*filling.arm, walked, row, filling.level);
 }
 
 int64_t CountPixels(const ArmFilling &filling, const PixelRange &walked, const PixelRange &rows) {

@@ -104,7 +104,7 @@ void LayArm(const Laying &laying, const Arm &arm, const PixelRange &walked, cons
     const PixelRange rows = ArmRows(arm, walked);
     const int32_t last = std::min(rows.to, window.bottom - 1);
     for (int32_t row = std::max(rows.from, window.top); row <= last; ++row) {
-        const PixelRange span = SpanAbove(arm, ArmSpan(arm, walked, row), row, laying.leastValue);
+        const PixelRange span = SpanAbove(arm, walked, row, laying.leastValue);
         ForEachPiece(std::max(span.from, window.left), std::min(span.to, window.right - 1),
                      [&](int32_t from, int32_t count) {
                          gRenderPath->fillArm({&arm, stateOfDistance, laying.blend.precise, row, from, count},

@@ -304,10 +304,12 @@ TEST_F(DepthTest, FaintStrengthsLeaveBytesAlone) {
     EXPECT_EQ(row[0], 1);
 }
 
-// The short forms of the 16-bit conversions, for every working value and every sample.
-TEST_F(DepthTest, SixteenBitShortFormsAreExact) {
-    for (uint32_t working = 0; working <= kFullIntensity; ++working)
+// The short forms of the conversions, for every working value and every sample.
+TEST_F(DepthTest, ShortFormsOfConversionsAreExact) {
+    for (uint32_t working = 0; working <= kFullIntensity; ++working) {
+        ASSERT_EQ(((working << 8) - working + 8388735) >> 24, WorkingTo8(working));
         ASSERT_EQ((working + 256) >> 9, WorkingTo16(working));
+    }
     for (int32_t sample = 0; sample <= 32768; ++sample)
         ASSERT_EQ(static_cast<uint32_t>((sample << 9) + ((16384 - sample) >> 15)),
                   WorkingFrom16(static_cast<uint16_t>(sample)));
