@@ -59,17 +59,21 @@ static Picture PictureOf(const DiagnosticPicture &told, const Bytes &pixels) {
 
 static bool TakePicture(const DiagnosticCaller &caller, uint32_t choice, Picture *picture, std::string *why) {
     DiagnosticPicture told = {};
-    *why = "the module has no debug picture " + std::to_string(choice);
-    if (Request(caller, kDiagnosticCopyPicture, choice, &told) != 1)
+    Bytes pixels;
+    bool isTold = Request(caller, kDiagnosticCopyPicture, choice, &told) == 1;
+    if (isTold) {
+        const uint64_t width = static_cast<uint32_t>(told.width), height = static_cast<uint32_t>(told.height);
+        if (!CheckPictureSize(width, height, why))
+            return false;
+        pixels.resize(width * height * 4);
+        told.pixelBytes = pixels.size();
+        told.pixels = pixels.data();
+        isTold = Request(caller, kDiagnosticCopyPicture, choice, &told) == 1;
+    }
+    if (!isTold) {
+        *why = "the module has no debug picture " + std::to_string(choice);
         return false;
-    const uint64_t width = static_cast<uint64_t>(told.width), height = static_cast<uint64_t>(told.height);
-    if (told.width < 0 || told.height < 0 || !CheckPictureSize(width, height, why))
-        return false;
-    Bytes pixels(width * height * 4);
-    told.pixelBytes = pixels.size();
-    told.pixels = pixels.data();
-    if (Request(caller, kDiagnosticCopyPicture, choice, &told) != 1)
-        return false;
+    }
     *picture = PictureOf(told, pixels);
     return true;
 }

@@ -159,8 +159,9 @@ static int PrepareJob(Job *job) {
 // Memory may be short, and the filter's run must come to its end all the same.
 static void AskDiagnostics(Job *job) {
     try {
-        TakeDiagnostics(job->caller, WantsDebugPictures(job->options), &job->diagnostics,
-                        &job->diagnosticFailure);
+        std::string why;
+        if (!TakeDiagnostics(job->caller, WantsDebugPictures(job->options), &job->diagnostics, &why))
+            job->diagnosticFailure = why;
     } catch (const std::bad_alloc &) {
         job->diagnosticFailure = "not enough memory";
     }

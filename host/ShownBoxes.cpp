@@ -32,13 +32,28 @@ static std::string WindowText(HWND window) {
     return ToUtf8(std::wstring(text, static_cast<size_t>(length)));
 }
 
-static BOOL CALLBACK AddStaticText(HWND control, LPARAM parameter) {
+// A mark of a key is no part of what is read.
+static std::string WithoutKeyMarks(std::string text) {
+    std::erase(text, '&');
+    return text;
+}
+
+// Static texts, check boxes, and buttons that their dialog draws: links.
+static bool IsTextToRead(HWND control) {
     wchar_t name[32] = {};
     GetClassNameW(control, name, 32);
-    const std::string text = WindowText(control);
-    if (lstrcmpiW(name, L"Static") == 0 && !text.empty()) {
+    const LONG style = GetWindowLongW(control, GWL_STYLE);
+    const LONG type = style & BS_TYPEMASK;
+    const bool isButtonToRead =
+        lstrcmpiW(name, L"Button") == 0 && (type == BS_OWNERDRAW || type == BS_AUTOCHECKBOX);
+    return (style & WS_VISIBLE) != 0 && (isButtonToRead || lstrcmpiW(name, L"Static") == 0);
+}
+
+static BOOL CALLBACK AddText(HWND control, LPARAM parameter) {
+    const std::string text = WithoutKeyMarks(WindowText(control));
+    if (IsTextToRead(control) && !text.empty()) {
         std::string &all = *reinterpret_cast<std::string *>(parameter);
-        all += (all.empty() ? "" : "\n") + text;
+        all += (all.empty() ? "" : all.back() == ':' ? " " : "\n") + text;
     }
     return TRUE;
 }
@@ -52,7 +67,7 @@ static intptr_t CatchDialog(HINSTANCE instance, LPCWSTR name, DLGPROC procedure,
         gDescribesDialogs ? CreateDialogParamW(instance, name, nullptr, procedure, parameter) : nullptr;
     if (dialog) {
         box.title = WindowText(dialog);
-        EnumChildWindows(dialog, AddStaticText, reinterpret_cast<LPARAM>(&box.text));
+        EnumChildWindows(dialog, AddText, reinterpret_cast<LPARAM>(&box.text));
         DestroyWindow(dialog);
     }
     return HandleBox(box);

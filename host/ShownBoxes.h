@@ -14,7 +14,7 @@ namespace host {
 struct ShownBox {
     bool isDialog = false;
     std::string title;      // UTF-8; a dialog's caption
-    std::string text;       // UTF-8; a dialog's static texts, one a line
+    std::string text;       // UTF-8; a dialog's visible texts and links, one a line
     uint32_t style = 0;     // message boxes: MB_ flags
     std::string dialogName; // dialogs: resource name, or "#191"
 };

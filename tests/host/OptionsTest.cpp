@@ -90,6 +90,9 @@ TEST(Options, FilesAndFlags) {
     EXPECT_EQ(options.roi, (host::Rectangle{1, 2, 30, 40}));
     Options dashes;
     std::string why;
+    ASSERT_TRUE(host::ParseOptions({L"--lights-csv", L"l.csv", L"in.png"}, &dashes, &why)) << why;
+    EXPECT_EQ(dashes.out, L"");
+    EXPECT_TRUE(WantsDiagnostics(dashes) && !WantsDebugPictures(dashes) && !OpensWindows(dashes));
     ASSERT_TRUE(host::ParseOptions({L"--quiet", L"--", L"--photo", L"-"}, &dashes, &why)) << why;
     EXPECT_EQ(dashes.photo, L"--photo");
     EXPECT_EQ(dashes.out, L"-");
@@ -105,6 +108,10 @@ TEST(Options, WrongUsageIsExplained) {
     const Case cases[] = {
         {{}, "PHOTO and OUT are missing"},
         {{L"a.png"}, "OUT is missing"},
+        {{L"--lights"}, "PHOTO is missing"},
+        {{L"--dialog", L"a.png"}, "OUT is missing"},
+        {{L"--lights-csv=", L"a"}, "--lights-csv needs a value"},
+        {{L"--lights-csv", L"l", L"--lights-svg", L"l", L"a"}, "the same file"},
         {{L"a", L"b", L"c"}, "not also \"c\""},
         {{L"--nonsense", L"a", L"b"}, "unknown option --nonsense"},
         {{L"-x", L"a", L"b"}, "unknown option -x"},

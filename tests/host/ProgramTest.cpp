@@ -7,6 +7,9 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cstdio>
+#include <set>
+#include <sstream>
 
 constexpr DWORD kLongestRun = 60000; // milliseconds
 
@@ -299,4 +302,139 @@ TEST_F(RealFilterTest, MaskRoiAndEffectsOnly) {
     const host::Picture alone = Filter({L"--effects-only"});
     EXPECT_EQ(alone.planes[0][5], 0) << "the photo shines through";
     EXPECT_NE(*std::max_element(alone.planes[0].begin(), alone.planes[0].end()), 0);
+}
+
+// Lights of one picture in all forms. They are equally bright, so the table has them in the order of finding.
+TEST_F(RealFilterTest, TellsItsLights) {
+    const std::wstring csv = folder.File(L"l.csv"), svg = folder.File(L"l.svg");
+    const ProgramRun run =
+        Run({L"--lights", L"--lights-csv", csv, L"--lights-svg", svg, folder.File(L"in.png")});
+    EXPECT_EQ(run.status, 0u);
+    EXPECT_EQ(run.err, "");
+    const std::string table = TakeText(csv), drawing = TakeText(svg);
+    std::istringstream lines(table);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(line, "rank,x,y,diameter,brightness,red,green,blue,state,star");
+    std::set<std::pair<double, double>> centres;
+    for (unsigned rank = 0; std::getline(lines, line); rank++) {
+        double x, y, diameter;
+        char rest[100];
+        unsigned number;
+        ASSERT_EQ(std::sscanf(line.c_str(), "%u,%lf,%lf,%lf,%99s", &number, &x, &y, &diameter, rest), 5)
+            << line;
+        EXPECT_EQ(number, rank);
+        EXPECT_STREQ(rest, "1.000000,1.000000,1.000000,1.000000,normal,yes");
+        EXPECT_NEAR(diameter, 3, 1.5);
+        centres.insert({x, y});
+        char expected[200];
+        std::snprintf(expected, sizeof(expected), "<circle cx=\"%.2f\" cy=\"%.2f\" r=\"1.", x, y);
+        EXPECT_TRUE(Holds(drawing, expected)) << expected;
+        std::snprintf(expected, sizeof(expected),
+                      "LightSourceTable[%04u] x = %.2f, y = %.2f, Diam = %.2f, Bright = FFFFFFFE\n", rank, x,
+                      y, diameter);
+        EXPECT_TRUE(Holds(run.out, expected)) << expected;
+    }
+    EXPECT_EQ(centres, (std::set<std::pair<double, double>>{{51, 41}, {101, 76}, {151, 101}}));
+    EXPECT_TRUE(run.out.starts_with("NumberOfLightSources = 3\n\n")) << run.out;
+    EXPECT_TRUE(Holds(drawing, "width=\"200\" height=\"150\" viewBox=\"0 0 200 150\""));
+    ExpectFiles({});
+}
+
+// What has no star says so; the picture itself is what it is without the questions.
+TEST_F(RealFilterTest, QuestionsChangeNothing) {
+    const host::Picture plain = Filter({L"--threshold", L"0"});
+    const std::wstring csv = folder.File(L"l.csv");
+    EXPECT_EQ(Filter({L"--threshold", L"0", L"--lights-csv", csv, L"--debug-images", folder.File(L"debug")}),
+              plain);
+    const std::string table = TakeText(csv);
+    EXPECT_TRUE(Holds(table, ",normal,no\n")) << table;
+    EXPECT_FALSE(Holds(table, ",yes")) << table;
+}
+
+TEST_F(RealFilterTest, WritesTheFourDebugPictures) {
+    const std::wstring debug = folder.File(L"debug");
+    ASSERT_EQ(Run({L"--debug-images", debug, folder.File(L"in.png")}).status, 0u);
+    EXPECT_EQ(ReadGood(debug + L"\\analysis.png"), photo);
+    EXPECT_EQ(ReadGood(debug + L"\\selection.png"), photo) << "all of it is selected, nothing is flat";
+    const host::Picture lights = ReadGood(debug + L"\\lights.png");
+    EXPECT_EQ(lights.width, 200);
+    EXPECT_NE(lights, photo);
+    const host::Picture star = ReadGood(debug + L"\\star.png");
+    EXPECT_EQ(star.width % 2, 1) << "the light is in the middle";
+    EXPECT_GE(star.planes[0][static_cast<size_t>(star.height / 2 * star.width + star.width / 2)], 250);
+}
+
+TEST_F(RealFilterTest, PlacesThatCannotBeWrittenAreToldBeforeTheRun) {
+    const std::wstring in = folder.File(L"in.png");
+    const struct {
+        std::wstring option, place;
+        const char *why;
+    } cases[] = {{L"--lights-csv", folder.File(L"no\\l.csv"), "l.csv: "},
+                 {L"--lights-svg", folder.path, "it is a folder"},
+                 {L"--debug-images", in, "it is no folder"},
+                 {L"--debug-images", folder.File(L"no\\such"), "such: "}};
+    for (const auto &c : cases) {
+        const ProgramRun run = Run({c.option, c.place, in, folder.File(L"out.png")});
+        EXPECT_EQ(run.status, 3u);
+        EXPECT_TRUE(Holds(run.err, "cannot write") && Holds(run.err, c.why)) << run.err;
+    }
+    const ProgramRun other = Invert({L"--lights", in});
+    EXPECT_EQ(other.status, 3u);
+    EXPECT_TRUE(Holds(other.err, "it tells nothing about its lights")) << other.err;
+    ExpectFiles({});
+}
+
+// Nobody is there to close a window.
+TEST_F(RealFilterTest, WithoutAScreenNoWindowIsOpened) {
+    if (!GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version"))
+        GTEST_SKIP() << "there is a screen";
+    SetEnvironmentVariableW(L"DISPLAY", nullptr);
+    for (const wchar_t *option : {L"--dialog", L"--show-lights", L"--show-debug"}) {
+        const ProgramRun run = Run({option, folder.File(L"in.png"), folder.File(L"out.png")});
+        EXPECT_EQ(run.status, 6u);
+        EXPECT_TRUE(Holds(run.err, "cannot open a window: there is no display")) << run.err;
+    }
+    ExpectFiles({});
+}
+
+// The visible dialog of a process with that title, null when it is not there (yet).
+static HWND FindDialog(DWORD process, const wchar_t *title) {
+    for (HWND window = FindWindowExW(nullptr, nullptr, L"#32770", title); window;
+         window = FindWindowExW(nullptr, window, L"#32770", title)) {
+        DWORD owner = 0;
+        GetWindowThreadProcessId(window, &owner);
+        if (owner == process && IsWindowVisible(window))
+            return window;
+    }
+    return nullptr;
+}
+
+// Presses a button of it as soon as it is there.
+static bool Press(const PROCESS_INFORMATION &process, const wchar_t *title, int button) {
+    for (DWORD waited = 0; waited < kLongestRun; waited += 20, Sleep(20))
+        if (const HWND dialog = FindDialog(process.dwProcessId, title))
+            return PostMessageW(dialog, WM_COMMAND, static_cast<WPARAM>(button),
+                                reinterpret_cast<LPARAM>(GetDlgItem(dialog, button))) != 0;
+    return false;
+}
+
+TEST_F(RealFilterTest, DialogAndViewersOpen) {
+    const std::wstring in = folder.File(L"in.png"), out = folder.File(L"out.tif");
+    const host::Picture plain = Filter({L"--length", L"80"});
+    DeleteFileW(out.c_str());
+    SetEnvironmentVariableW(L"BRILLATRIX_WINDOWS", L"1");
+    PROCESS_INFORMATION process = Begin({L"--dialog", in, out}, 0);
+    EXPECT_TRUE(Press(process, L"Brillatrix Pro", IDCANCEL));
+    const ProgramRun cancelled = End(process);
+    EXPECT_EQ(cancelled.status, 5u);
+    EXPECT_EQ(cancelled.err, "brillatrix: cancelled in the dialog; nothing is written\n");
+    EXPECT_FALSE(DoesFileExist(out));
+    process = Begin({L"--dialog", L"--show-lights", L"--length", L"80", in, out}, 0);
+    EXPECT_TRUE(Press(process, L"Brillatrix Pro", IDOK));
+    EXPECT_TRUE(Press(process, L"Light Source Table Entries", IDOK));
+    const ProgramRun done = End(process);
+    SetEnvironmentVariableW(L"BRILLATRIX_WINDOWS", nullptr);
+    EXPECT_EQ(done.status, 0u) << done.err;
+    EXPECT_EQ(ReadGood(out), plain) << "the dialog renders what was asked for";
 }

@@ -211,7 +211,10 @@ TEST_F(SelectorCall, AboutShowsTheProductAndItsVersion) {
     ASSERT_EQ(boxes.size(), 1u);
     EXPECT_TRUE(boxes[0].isDialog);
     EXPECT_EQ(boxes[0].dialogName, "#191");
-    EXPECT_EQ(boxes[0].text, "Brillatrix Pro\nVersion 1.0.0.0\nNexorvanta Software");
+    EXPECT_TRUE(boxes[0].text.starts_with("Brillatrix Pro\nVersion 1.0.0.0\nNexorvanta Software\n"))
+        << boxes[0].text;
+    for (const char *link : {"Help page", "Web site", "Support", "nexorvanta-software.example"})
+        EXPECT_NE(boxes[0].text.find(link), std::string::npos) << link;
     ExpectCleanHost();
     EXPECT_EQ(Run().code, kNoError); // the section is back, the log is not
     ExpectCleanHost();
