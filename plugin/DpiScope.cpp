@@ -13,21 +13,19 @@ constexpr intptr_t kPerMonitorContexts[] = {-4, -3};
 int gEntered = 0;             // EnterDialogDpi without its LeaveDialogDpi
 void *gHostContext = nullptr; // what the thread had before the first of them
 
+// Looked up each time: a static's guard would make a system object that nobody closes.
 SetContextFunction SetContext() {
-    static const SetContextFunction function = [] {
-        const FARPROC address =
-            GetProcAddress(GetModuleHandleA("user32.dll"), "SetThreadDpiAwarenessContext");
-        SetContextFunction found;
-        static_assert(sizeof found == sizeof address);
-        memcpy(&found, &address, sizeof found);
-        return found;
-    }();
-    return function;
+    const FARPROC address = GetProcAddress(GetModuleHandleA("user32.dll"), "SetThreadDpiAwarenessContext");
+    SetContextFunction found;
+    static_assert(sizeof found == sizeof address);
+    memcpy(&found, &address, sizeof found);
+    return found;
 }
 
 // Null when the context was refused or there is no such setting.
 void *ChangeContext(void *context) {
-    return SetContext() && context ? SetContext()(context) : nullptr;
+    const SetContextFunction set = context ? SetContext() : nullptr;
+    return set ? set(context) : nullptr;
 }
 
 DpiCookie EnterPerMonitorContext() {
