@@ -17,11 +17,12 @@ protected:
         return GetClassLongPtrW(Item(kDisplay), GCLP_HCURSOR);
     }
     bool IsDropped(int combo) { return SendDlgItemMessageW(dialog, combo, CB_GETDROPPEDSTATE, 0, 0) != 0; }
-    void ExpectFocusKeys(bool work) {
+    void ExpectFocusKeys(bool work, const char *where) {
+        SCOPED_TRACE(where);
         for (const ParameterPair &pair : kPairs) {
             const HWND before = GetFocus();
             Key(static_cast<WORD>(pair.key));
-            EXPECT_EQ(GetFocus(), work ? Item(pair.edit) : before) << char(pair.key);
+            EXPECT_EQ(GetFocus(), work ? Item(pair.edit) : before) << char(pair.key) << " focuses " << GetDlgCtrlID(GetFocus());
             EXPECT_GE(Text(pair.edit).size(), 1u);
             EXPECT_EQ(Text(pair.edit).find_first_not_of(L"0123456789."), std::wstring::npos);
         }
@@ -33,11 +34,11 @@ protected:
 TEST_F(DialogKeys, LettersFocusTheFieldsUnlessAComboClaimsThem) {
     RunDialog([this] {
         Settle();
-        ExpectFocusKeys(true);
+        ExpectFocusKeys(true, "at first");
         SendMessageW(dialog, WM_CHANGEUISTATE, MAKEWPARAM(UIS_SET, UISF_HIDEACCEL | UISF_HIDEFOCUS), 0);
         Key('D');
         EXPECT_EQ(GetFocus(), Item(kDisplay));
-        ExpectFocusKeys(true);
+        ExpectFocusKeys(true, "in the preview");
         EXPECT_EQ(SendMessageW(dialog, WM_QUERYUISTATE, 0, 0) & (UISF_HIDEACCEL | UISF_HIDEFOCUS), 0)
             << "focus and mnemonics show";
         // From here on the letters stay with the controls, until the effect combo has had the focus and lost
@@ -46,25 +47,25 @@ TEST_F(DialogKeys, LettersFocusTheFieldsUnlessAComboClaimsThem) {
         EXPECT_EQ(GetFocus(), Item(kSettingsCombo));
         EXPECT_TRUE(IsDropped(kSettingsCombo));
         SendDlgItemMessageW(dialog, kSettingsCombo, CB_SHOWDROPDOWN, FALSE, 0);
-        ExpectFocusKeys(false);
-        SetFocus(Item(kDisplay));
-        ExpectFocusKeys(false);
+        ExpectFocusKeys(false, "settings list");
+        SetFocus(Item(kPairs[2].edit)); // a field wants the characters, so that they are no mnemonics either
+        ExpectFocusKeys(false, "after the settings list");
         SetFocus(Item(kEffectCombo));
-        ExpectFocusKeys(false);
+        ExpectFocusKeys(false, "effect list");
         SetFocus(Item(kDisplay));
-        ExpectFocusKeys(true);
+        ExpectFocusKeys(true, "after the effect list");
         Character(L':');
         EXPECT_EQ(GetFocus(), Item(kEffectCombo));
         EXPECT_TRUE(IsDropped(kEffectCombo));
         SendDlgItemMessageW(dialog, kEffectCombo, CB_SHOWDROPDOWN, FALSE, 0);
-        ExpectFocusKeys(false);
+        ExpectFocusKeys(false, "effect list opened by its key");
         SetFocus(Item(kDisplay));
-        ExpectFocusKeys(true);
+        ExpectFocusKeys(true, "after that");
         // Another window of the program is active: its keys are its own.
         const HWND other = CreateWindowA("EDIT", "", WS_POPUP | WS_VISIBLE, 0, 0, 50, 20, nullptr, nullptr,
                                          nullptr, nullptr);
         SetActiveWindow(other);
-        PostMessageW(Item(kDisplay), WM_KEYDOWN, 'I', 1);
+        PostMessageW(Item(kPairs[2].edit), WM_KEYDOWN, 'I', 1);
         Pump();
         EXPECT_EQ(GetFocus(), other);
         DestroyWindow(other);

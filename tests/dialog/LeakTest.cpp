@@ -25,6 +25,8 @@ class DialogLeaks : public DialogFixture {
 protected:
     Holdings Now() const { return {Held(), LiveObjects(), ProcessDrawingObjects(), ProcessThreads()}; }
 
+    std::string SetPath() const { return UserFolder("Parameters") + "\\Set.sss"; }
+
     // A little of everything that makes objects.
     void Use(int round) {
         if (round % 4 == 0) {
@@ -41,6 +43,11 @@ protected:
             GetClientRect(Item(kDisplay), &display);
             Drag(kDisplay, {5, 5}, {display.right - 5, display.bottom - 5});
         } else if (round % 4 == 1) {
+            const std::string path = SetPath();
+            gAnswers.file = std::wstring(path.begin(), path.end());
+            gAnswers.menuCommand = 2;
+            Click(kSettingsIcon);
+            gAnswers.menuCommand = 0;
             Choose(kEffectCombo, round % 7);
             Pump(10);
         }

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <commctrl.h>
 #include <commdlg.h>
+#include <cstdio>
 #include <cstring>
 #include <cwchar>
 #include <mutex>
@@ -100,9 +101,9 @@ BOOL WINAPI IconParts(HICON icon, ICONINFO *parts) {
     return got;
 }
 
-ATOM WINAPI AddClassA(const WNDCLASSA *windowClass) {
-    const ATOM atom = RegisterClassA(windowClass);
-    Keep(reinterpret_cast<void *>(static_cast<uintptr_t>(atom)), "RegisterClass");
+ATOM WINAPI AddClassA(const WNDCLASSEXA *windowClass) {
+    const ATOM atom = RegisterClassExA(windowClass);
+    Keep(reinterpret_cast<void *>(static_cast<uintptr_t>(atom)), "RegisterClassEx");
     return atom;
 }
 
@@ -113,6 +114,23 @@ BOOL WINAPI RemoveClassA(LPCSTR name, HINSTANCE module) {
     if (removed)
         Forget(reinterpret_cast<void *>(static_cast<uintptr_t>(atom)));
     return removed;
+}
+
+FILE *OpenNarrow(const char *name, const char *mode) {
+    FILE *file = fopen(name, mode);
+    Keep(file, "fopen");
+    return file;
+}
+
+FILE *OpenWide(const wchar_t *name, const wchar_t *mode) {
+    FILE *file = _wfopen(name, mode);
+    Keep(file, "fopen");
+    return file;
+}
+
+int CloseFile(FILE *file) {
+    Forget(file);
+    return fclose(file);
 }
 
 struct Hooking {
@@ -172,10 +190,13 @@ void CountWindowObjects(const Hooking &hook) {
     hook.Gives<DestroyIcon>("DestroyIcon");
     hook.Gives<DestroyMenu>("DestroyMenu");
     hook.Gives<UnhookWindowsHookEx>("UnhookWindowsHookEx");
+    hook("fopen", OpenNarrow);
+    hook("_wfopen", OpenWide);
+    hook("fclose", CloseFile);
     hook("LoadImageA", LoadPictureA);
     hook("LoadImageW", LoadPictureW);
     hook("GetIconInfo", IconParts);
-    hook("RegisterClassA", AddClassA);
+    hook("RegisterClassExA", AddClassA);
     hook("UnregisterClassA", RemoveClassA);
 }
 

@@ -36,8 +36,8 @@ extern SystemAnswers gAnswers;
 // Clears the answers and the counts.
 void AnswerForSystem(HMODULE module, host::ImportHooks *hooks);
 
-// Objects made and not given back: bitmaps, contexts, brushes, fonts, regions, icons, menus, hooks, windows
-// that are open, window classes, by the name of the call that made them.
+// Objects made and not given back: bitmaps, contexts, brushes, fonts, regions, icons, menus, hooks, files,
+// window classes, windows that are open, by the name of the call that made them.
 std::map<std::string, int> LiveObjects();
 // Made since AnswerForSystem, all kinds.
 long ObjectsMade();

@@ -239,13 +239,13 @@ TEST_F(DialogView, AnySizeFromTheMinimumTo4000By3000) {
                          RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN | RDW_UPDATENOW);
             const Picture fresh = CaptureClient(dialog);
             EXPECT_EQ(shown.width, 4000 - (width - smallest.width));
-            EXPECT_EQ(shown.pixels, fresh.pixels) << "something stale stood there";
+            EXPECT_TRUE(shown.pixels == fresh.pixels) << "something stale stood there";
             Resize(width, height);
             Click(kZoomIcon);
             SetFocus(Item(kPairs[0].edit));
             Shown();
             RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN | RDW_UPDATENOW);
-            EXPECT_EQ(CaptureClient(dialog).pixels, smallest.pixels);
+            EXPECT_TRUE(CaptureClient(dialog).pixels == smallest.pixels);
             PressOk();
         },
         false);

@@ -158,6 +158,7 @@ void HookModule(HMODULE module, host::ImportHooks *hooks) {
     hook("CreateFileA", Counted<CreateFileA>::Call);
     hook("CreateFileW", Counted<CreateFileW>::Call);
     hook("FindFirstFileA", Counted<FindFirstFileA>::Call);
+    hook("FindFirstFileW", Counted<FindFirstFileW>::Call);
     hook("CloseHandle", WatchedClose);
     hook("FindClose", WatchedFindClose);
     hook("CoInitialize", WatchedCoInitialize);
