@@ -11,23 +11,24 @@
 
 namespace {
 
-constexpr int32_t kPixelStep = 4;     // one pixel, in quarter pixels
-constexpr int32_t kFarAway = 1 << 20; // pixels; beyond every limit
-constexpr int32_t kShortSpan = 12;    // not worth trimming
+constexpr int32_t kPixelStep = 4;          // one pixel, in quarter pixels
+constexpr int32_t kFarAway = 1 << 20;      // pixels; beyond every limit
+constexpr double kRoundingRoom = 1.0 / 64; // pixels; far more than any position is rounded by
+constexpr int32_t kShortSpan = 12;         // not worth trimming
 constexpr double kWhole = 4294967295.0;
 constexpr double kCautious = 1.0 - 1e-6; // for bounds that are rounded
 constexpr PixelRange kNone = {0, -1};
 // Slopes below this move the centre line less than a hundredth of a quarter pixel over the longest walk.
 constexpr double kLevelSlope = 1e-8;
 
-// A position in quarter pixels as a pixel that is surely not above, or not below it.
+// A position in quarter pixels as a pixel that is surely not above, or not below it. Counted from far away
+// nothing is negative, and truncating is the way down.
 int32_t PixelBelow(double position) {
-    return static_cast<int32_t>(std::floor(std::clamp<double>(position / kPixelStep, -kFarAway, kFarAway))) -
-           1;
+    const double pixel = std::clamp<double>(position / kPixelStep, -kFarAway, kFarAway);
+    return static_cast<int32_t>(pixel - kRoundingRoom + 2 * kFarAway) - 2 * kFarAway;
 }
 int32_t PixelAbove(double position) {
-    return static_cast<int32_t>(std::ceil(std::clamp<double>(position / kPixelStep, -kFarAway, kFarAway))) +
-           1;
+    return -PixelBelow(-position);
 }
 
 PixelRange Intersect(const PixelRange &a, const PixelRange &b) {

@@ -32,9 +32,9 @@ struct BlendColor {
     uint32_t inverse[3]; // 1.0 less the channel as a share of the largest
 };
 
-// The colours of a light source at the rainbow's first `count` states.
+// The colours of a light source at `count` states of the rainbow.
 struct ColorPiece {
-    const RainbowFactors *factors; // by state
+    const RainbowFactors *factors; // of these states
     uint32_t count;
     const uint32_t *tint; // of the light source: three fractions
     bool precise;

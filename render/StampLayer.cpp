@@ -79,22 +79,34 @@ template <typename Work> void ForEachPiece(int32_t from, int32_t to, Work work) 
         work(from, std::min(to - from + 1, kRowPiece));
 }
 
-// The colours of every state that occurs up to a distance.
-void PrepareColors(const Laying &laying, const StarTables &tables, const Tint &tint, uint32_t furthest) {
-    if (tables.stateCount == 0)
-        return;
-    const uint32_t distance = std::min(furthest, tables.stateCount - 1);
-    const uint32_t last =
-        distance < tables.turnDistance ? tables.stateOfDistance[distance] : kRainbowStates - 1;
-    gRenderPath->makeColors({tables.factors, last + 1, tint.channel, laying.blend.precise},
-                            laying.target.colors);
+// The distances of the window's nearest and furthest pixels from the place, and more to be safe.
+uint32_t NearestInWindow(const IntRect &window) {
+    const int32_t x = std::max({window.left, -window.right, 1}) - 1;
+    const int32_t y = std::max({window.top, -window.bottom, 1}) - 1;
+    const uint32_t distance = MeasureDistance(x * kQuarters, y * kQuarters);
+    return distance - std::min<uint32_t>(distance, 2 * kTenths * kQuarters);
 }
-
-// The distance of the window's furthest corner.
 uint32_t FurthestInWindow(const IntRect &window) {
     const int32_t x = std::max(std::abs(window.left), std::abs(window.right)) + 1;
     const int32_t y = std::max(std::abs(window.top), std::abs(window.bottom)) + 1;
     return MeasureDistance(x * kQuarters, y * kQuarters);
+}
+
+// The colours of every state that occurs in the window.
+void PrepareColors(const Laying &laying, const StarTables &tables, const Tint &tint) {
+    if (tables.stateCount == 0)
+        return;
+    const uint32_t nearest = NearestInWindow(laying.window),
+                   furthest = std::min(FurthestInWindow(laying.window), tables.stateCount - 1);
+    uint32_t first = kRainbowStates - 1, last = first;
+    if (furthest < tables.turnDistance)
+        last = tables.stateOfDistance[furthest];
+    else
+        first = tables.lowestTurned;
+    if (nearest < tables.turnDistance)
+        first = std::min<uint32_t>(first, tables.stateOfDistance[std::min(nearest, furthest)]);
+    gRenderPath->makeColors({tables.factors + first, last + 1 - first, tint.channel, laying.blend.precise},
+                            laying.target.colors + first);
 }
 
 void LayArm(const Laying &laying, const Arm &arm, const PixelRange &walked, const uint16_t *stateOfDistance) {
@@ -176,7 +188,7 @@ void LayStar(const BandTarget &target, const StarStamp &stamp, const StarTables 
         if (walked.from > walked.to || IsEmptyRect(IntersectRects(arm.box, laying.window)))
             continue;
         if (!prepared)
-            PrepareColors(laying, tables, tint, FurthestInWindow(laying.window));
+            PrepareColors(laying, tables, tint);
         prepared = true;
         const ArmFilling filling = {&arm, tables.stateOfDistance, laying.blend.precise, laying.faintestValue};
         if (stamp.keepsRows && KeepArm(filling, &stamp.kept[i]))

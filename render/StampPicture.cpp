@@ -10,7 +10,8 @@
 
 namespace {
 
-constexpr int32_t kLeastReach = 8; // so that a star too faint to show leaves a picture all the same
+// A star too faint to show leaves a picture all the same.
+constexpr IntRect kLeastArea = {-8, -8, 9, 9};
 constexpr IntRect kLargestArea = {-kStampPictureReach, -kStampPictureReach, kStampPictureReach + 1,
                                   kStampPictureReach + 1};
 
@@ -34,16 +35,15 @@ void CopyToBgra(const ImageBuffer &image, uint8_t *bgra) {
             bgra[i * 4 + plane] = plane == 3 ? 255 : image.planes[2 - plane][i];
 }
 
-} // namespace
-
-IntRect FindStampArea(const RenderSettings &settings) {
+// What the star and the flare may cover, which is more than what is seen of them.
+IntRect FindReach(const RenderSettings &settings) {
     RenderSettings clamped = settings;
     ClampRenderSettings(&clamped);
     BuildAngleTables();
     PrepareCoveragePower();
     UpdateStamps(clamped);
     gRenderState.abort = &kNeverAborted;
-    IntRect area = {-kLeastReach, -kLeastReach, kLeastReach + 1, kLeastReach + 1};
+    IntRect area = kLeastArea;
     if (clamped.intensity >= 1 || clamped.secondaryIntensity >= 1) {
         const StarStamp &star = NeedStarStamp(0, 0);
         if (star.count > 0)
@@ -56,17 +56,52 @@ IntRect FindStampArea(const RenderSettings &settings) {
     return IntersectRects(area, kLargestArea);
 }
 
-bool DrawStampPicture(const RenderSettings &settings, const IntRect &area, uint8_t *bgra) {
-    ImageBuffer image{};
+// On black: the source image is not looked at. False when memory ran out; the image is then empty.
+bool RenderAlone(const RenderSettings &settings, const IntRect &area, ImageBuffer *image) {
     bool maskFailed = false;
-    if (AllocateImageBuffer(kModeRgb8, 1, 0, area, false, &image, &maskFailed) != kNoError)
+    if (AllocateImageBuffer(kModeRgb8, 1, 0, area, false, image, &maskFailed) != kNoError)
         return false;
     RenderSettings alone = settings;
-    alone.effectsOnly = true; // on black: the source image is not looked at
+    alone.effectsOnly = true;
     LightSource light = MakeWhiteLight();
-    const bool drawn = RenderEffect(alone, image, area, {&light, 1}, kNeverAborted, &image);
-    if (drawn)
-        CopyToBgra(image, bgra);
+    if (RenderEffect(alone, *image, area, {&light, 1}, kNeverAborted, image))
+        return true;
+    FreeImageBuffer(image);
+    return false;
+}
+
+bool IsLit(const ImageBuffer &image, int64_t index) {
+    return (image.planes[0][index] | image.planes[1][index] | image.planes[2][index]) != 0;
+}
+
+// The light's own pixel, and all that are not black.
+IntRect FindLitArea(const ImageBuffer &image) {
+    IntRect lit = {0, 0, 1, 1};
+    int64_t index = 0;
+    for (int32_t y = image.bounds.top; y < image.bounds.bottom; ++y)
+        for (int32_t x = image.bounds.left; x < image.bounds.right; ++x, ++index)
+            if (IsLit(image, index))
+                lit = JoinRects(lit, {x, y, x + 1, y + 1});
+    return lit;
+}
+
+} // namespace
+
+IntRect FindStampArea(const RenderSettings &settings) {
+    const IntRect reach = FindReach(settings);
+    ImageBuffer image{};
+    if (!RenderAlone(settings, reach, &image))
+        return reach;
+    const IntRect seen = FindLitArea(image);
     FreeImageBuffer(&image);
-    return drawn;
+    return IntersectRects(JoinRects(seen, kLeastArea), reach);
+}
+
+bool DrawStampPicture(const RenderSettings &settings, const IntRect &area, uint8_t *bgra) {
+    ImageBuffer image{};
+    if (!RenderAlone(settings, area, &image))
+        return false;
+    CopyToBgra(image, bgra);
+    FreeImageBuffer(&image);
+    return true;
 }

@@ -30,6 +30,8 @@ bool ExtendStates(const StampContext &context, uint32_t count, StarTables *table
     if (!grown)
         return false;
     tables->stateOfDistance = static_cast<uint16_t *>(grown);
+    if (tables->stateCount == 0)
+        tables->lowestTurned = kRainbowStates - 1;
     uint32_t last = tables->stateCount == 0 ? 0 : tables->stateOfDistance[tables->stateCount - 1];
     bool rises = tables->turnDistance == tables->stateCount;
     for (uint32_t distance = tables->stateCount; distance < count; ++distance) {
@@ -37,6 +39,8 @@ bool ExtendStates(const StampContext &context, uint32_t count, StarTables *table
         rises = rises && state >= last && state < kRampPhases;
         if (rises)
             tables->turnDistance = distance + 1;
+        else
+            tables->lowestTurned = std::min(tables->lowestTurned, state);
         last = state;
         tables->stateOfDistance[distance] = static_cast<uint16_t>(state);
     }

@@ -39,7 +39,8 @@ struct StarTables {
     StampContext rainbow;       // that the states and factors are for
     uint16_t *stateOfDistance;
     uint32_t stateCount;
-    uint32_t turnDistance; // up to here the states rise; from here on any may occur
+    uint32_t turnDistance; // up to here the states rise; from here on they turn
+    uint32_t lowestTurned; // of the states from there on
     RainbowFactors factors[kRainbowStates];
 };
 
