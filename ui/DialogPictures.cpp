@@ -17,48 +17,54 @@ constexpr uint32_t kOpaque = 255;
 constexpr uint32_t kDisabledAlpha = 96; // of a picture that cannot be used now
 constexpr uint32_t kPlateAlpha = 64;    // of the plate under the selected tool
 
+enum Fit {
+    kInTheMiddle,
+    kFlushLeft,
+    kOnPlate, // in the middle of a plate that shows it selected
+};
+
 struct ControlPicture {
     int controlId, resourceId;
     bool isIcon;
-    bool isButton; // keeps a margin for the plate that shows it selected
-    HANDLE shown;  // HICON or HBITMAP that the control shows and we own
+    Fit fit;
+    HANDLE shown; // HICON or HBITMAP that the control shows and we own
 };
 
 ControlPicture gPictures[] = {
-    {kProductLogoId, kProductLogoBitmapId, false, false, nullptr},
-    {kMakerLogoId, kMakerLogoBitmapId, false, false, nullptr},
-    {kZoomOutButtonId, kZoomOutBitmapId, false, false, nullptr},
-    {kZoomInButtonId, kZoomInBitmapId, false, false, nullptr},
-    {kZoomArrowId, kZoomArrowBitmapId, false, false, nullptr},
-    {kSettingsMenuIconControlId, kSettingsMenuIconId, true, false, nullptr},
-    {kCornerIconId, kSizeGripIconId, true, false, nullptr},
-    {kPanIconId, kPanHandIconId, true, true, nullptr},
-    {kZoomIconId, kZoomGlassIconId, true, true, nullptr},
-    {kHideIconId, kHideEffectsIconId, true, true, nullptr},
-    {kShowIconId, kShowEffectsIconId, true, true, nullptr},
+    {kProductLogoId, kProductLogoBitmapId, false, kFlushLeft, nullptr},
+    {kMakerLogoId, kMakerLogoBitmapId, false, kFlushLeft, nullptr},
+    {kZoomOutButtonId, kZoomOutBitmapId, false, kInTheMiddle, nullptr},
+    {kZoomInButtonId, kZoomInBitmapId, false, kInTheMiddle, nullptr},
+    {kZoomArrowId, kZoomArrowBitmapId, false, kInTheMiddle, nullptr},
+    {kSettingsMenuIconControlId, kSettingsMenuIconId, true, kInTheMiddle, nullptr},
+    {kCornerIconId, kSizeGripIconId, true, kInTheMiddle, nullptr},
+    {kPanIconId, kPanHandIconId, true, kOnPlate, nullptr},
+    {kZoomIconId, kZoomGlassIconId, true, kOnPlate, nullptr},
+    {kHideIconId, kHideEffectsIconId, true, kOnPlate, nullptr},
+    {kShowIconId, kShowEffectsIconId, true, kOnPlate, nullptr},
     // What less and more of each parameter does.
-    {1089, kThresholdLessId, true, false, nullptr},
-    {1174, kThresholdMoreId, true, false, nullptr},
-    {1051, kIntensityLessId, true, false, nullptr},
-    {1052, kIntensityMoreId, true, false, nullptr},
-    {1054, kLengthLessId, true, false, nullptr},
-    {1056, kLengthMoreId, true, false, nullptr},
-    {1057, kAngleLessId, true, false, nullptr},
-    {1059, kAngleMoreId, true, false, nullptr},
-    {1060, kNumberOfPointsLessId, true, false, nullptr},
-    {1062, kNumberOfPointsMoreId, true, false, nullptr},
-    {1066, kSpikeSharpnessLessId, true, false, nullptr},
-    {1088, kSpikeSharpnessMoreId, true, false, nullptr},
-    {1063, kColorSaturationLessId, true, false, nullptr},
-    {1065, kColorSaturationMoreId, true, false, nullptr},
-    {1067, kRainbowIntensityLessId, true, false, nullptr},
-    {1069, kRainbowIntensityMoreId, true, false, nullptr},
-    {1070, kRainbowFrequencyLessId, true, false, nullptr},
-    {1072, kRainbowFrequencyMoreId, true, false, nullptr},
-    {1073, kSecondarySpikesLessId, true, false, nullptr},
-    {1075, kSecondarySpikesMoreId, true, false, nullptr},
-    {1076, kSoftFlareLessId, true, false, nullptr},
-    {1078, kSoftFlareMoreId, true, false, nullptr},
+    {1089, kThresholdLessId, true, kInTheMiddle, nullptr},
+    {1174, kThresholdMoreId, true, kInTheMiddle, nullptr},
+    {1051, kIntensityLessId, true, kInTheMiddle, nullptr},
+    {1052, kIntensityMoreId, true, kInTheMiddle, nullptr},
+    {1054, kLengthLessId, true, kInTheMiddle, nullptr},
+    {1056, kLengthMoreId, true, kInTheMiddle, nullptr},
+    {1057, kAngleLessId, true, kInTheMiddle, nullptr},
+    {1059, kAngleMoreId, true, kInTheMiddle, nullptr},
+    {1060, kNumberOfPointsLessId, true, kInTheMiddle, nullptr},
+    {1062, kNumberOfPointsMoreId, true, kInTheMiddle, nullptr},
+    {1066, kSpikeSharpnessLessId, true, kInTheMiddle, nullptr},
+    {1088, kSpikeSharpnessMoreId, true, kInTheMiddle, nullptr},
+    {1063, kColorSaturationLessId, true, kInTheMiddle, nullptr},
+    {1065, kColorSaturationMoreId, true, kInTheMiddle, nullptr},
+    {1067, kRainbowIntensityLessId, true, kInTheMiddle, nullptr},
+    {1069, kRainbowIntensityMoreId, true, kInTheMiddle, nullptr},
+    {1070, kRainbowFrequencyLessId, true, kInTheMiddle, nullptr},
+    {1072, kRainbowFrequencyMoreId, true, kInTheMiddle, nullptr},
+    {1073, kSecondarySpikesLessId, true, kInTheMiddle, nullptr},
+    {1075, kSecondarySpikesMoreId, true, kInTheMiddle, nullptr},
+    {1076, kSoftFlareLessId, true, kInTheMiddle, nullptr},
+    {1078, kSoftFlareMoreId, true, kInTheMiddle, nullptr},
 };
 
 // Pixels to draw on: rows from the top, premultiplied blue, green, red, alpha. `bitmap` is null when there is
@@ -165,7 +171,7 @@ int ScaledPixels(int pixels) {
 
 // The largest of the drawn sizes that has room: a picture is never stretched.
 Canvas LoadIconFor(const ControlPicture &picture, const Canvas &room) {
-    const int margin = picture.isButton ? ScaledPixels(1) : 0;
+    const int margin = picture.fit == kOnPlate ? ScaledPixels(1) : 0;
     const int most = std::min(room.width, room.height) - 2 * margin;
     const int *size = std::find_if(std::begin(kIconSizes), std::end(kIconSizes) - 1,
                                    [most](int candidate) { return candidate <= most; });
@@ -214,8 +220,8 @@ uint32_t Laid(uint32_t below, uint32_t pixel, uint32_t alpha) {
 
 // The logos stand flush with the preview's frame below or above them; the rest is in the middle.
 void LayPicture(const ControlPicture &picture, const Canvas &canvas, const Canvas &source, uint32_t alpha) {
-    const bool flush = picture.controlId == kProductLogoId || picture.controlId == kMakerLogoId;
-    const int left = flush ? 0 : (canvas.width - source.width) / 2, top = (canvas.height - source.height) / 2;
+    const int left = picture.fit == kFlushLeft ? 0 : (canvas.width - source.width) / 2,
+              top = (canvas.height - source.height) / 2;
     for (int y = std::max(0, -top); y < std::min(source.height, canvas.height - top); ++y)
         for (int x = std::max(0, -left); x < std::min(source.width, canvas.width - left); ++x) {
             const uint32_t pixel = source.pixels[y * source.width + x];
