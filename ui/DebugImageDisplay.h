@@ -1,4 +1,4 @@
-// The part of the debug image viewer that shows the picture and, below it, the line of text. Drag, arrow
+// The part of the debug image viewer that shows the picture and, below it, the lines of text. Drag, arrow
 // keys: pan. Wheel, plus, minus: zoom. Ctrl+C: copies the whole picture. One display at a time; dialog's
 // thread.
 #pragma once

@@ -5,6 +5,7 @@
 
 namespace {
 
+constexpr int kStatusLines = 2;
 constexpr int kStripMargin = 3;               // pixels around the text
 constexpr COLORREF kBeside = RGB(64, 64, 64); // beside the picture
 
@@ -49,8 +50,8 @@ void DrawStatus(HDC dc, HFONT font, const RECT &strip, const char *status) {
     SetTextColor(dc, GetSysColor(COLOR_BTNTEXT));
     const HGDIOBJ before = SelectObject(dc, font);
     RECT text = strip;
-    InflateRect(&text, -kStripMargin, 0);
-    DrawTextA(dc, status, -1, &text, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX | DT_END_ELLIPSIS);
+    InflateRect(&text, -kStripMargin, -kStripMargin);
+    DrawTextA(dc, status, -1, &text, DT_NOPREFIX | DT_END_ELLIPSIS);
     SelectObject(dc, before);
 }
 
@@ -72,7 +73,7 @@ void DrawDisplay(HDC dc, HWND display, const DebugBitmap &bitmap, const DebugVie
 RECT DebugStatusStrip(HWND display) {
     RECT rect;
     GetClientRect(display, &rect);
-    rect.top = std::max(rect.bottom - TextHeight(display) - 2 * kStripMargin, rect.top);
+    rect.top = std::max(rect.bottom - kStatusLines * TextHeight(display) - 2 * kStripMargin, rect.top);
     return rect;
 }
 

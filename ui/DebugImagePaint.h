@@ -4,7 +4,7 @@
 #include "ui/DebugImageBitmap.h"
 #include "ui/DebugImageView.h"
 
-// The display's two parts in its client area: the picture above, the line of text below.
+// The display's two parts in its client area: the picture above, the lines of text below.
 RECT DebugPictureArea(HWND display);
 RECT DebugStatusStrip(HWND display);
 

@@ -47,10 +47,10 @@ void AppendNearestLight(double x, double y, DebugStatus *status, size_t *length)
         }
     }
     if (!found) {
-        Append(status, length, "   no lights");
+        Append(status, length, "\nno lights");
         return;
     }
-    Append(status, length, "   nearest light %u: %.1f pixels away, Diam = %.2f, Bright = %X%s",
+    Append(status, length, "\nnearest light %u: %.1f pixels away, Diam = %.2f, Bright = %X%s",
            static_cast<unsigned>(found - lights.records), std::sqrt(nearest),
            2 * std::sqrt(double(found->RadiusSquared)), found->Brightness, found->State == 0 ? " (D)" : "");
 }
@@ -63,7 +63,7 @@ DebugStatus DescribeDebugPicture(int32_t choice, const DebugPicturePlace &place)
     Append(&status, &length, "%d x %d pixels", place.area.right - place.area.left,
            place.area.bottom - place.area.top);
     if (choice != kStampPicture)
-        Append(&status, &length, ", each %.3f of the document's   %u lights", place.scale,
+        Append(&status, &length, ", each %.3f of the document's\n%u lights", place.scale,
                GetLightSourceTable().count);
     return status;
 }

@@ -1,4 +1,4 @@
-// The debug image viewer's line of text about the pixel under the mouse.
+// The debug image viewer's two lines of text about the pixel under the mouse.
 #pragma once
 
 #include "render/KeptRun.h"
@@ -6,7 +6,7 @@
 #include <cstdint>
 
 struct DebugStatus {
-    char text[400];
+    char text[400]; // a line feed between the lines
 };
 
 // What is shown: the picture's size, its scale and the number of lights.

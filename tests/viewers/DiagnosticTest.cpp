@@ -133,7 +133,7 @@ TEST_F(DiagnosticTest, OpensBothViewersOnTheModule) {
             SendDlgItemMessageA(dialog, IDOK, BM_CLICK, 0, 0);
         },
         nullptr, module.module);
-    EXPECT_EQ(status.find("600 x 400 pixels, each 1.000 of the document's   "), 0u) << status;
+    EXPECT_EQ(status.find("600 x 400 pixels, each 1.000 of the document's\n"), 0u) << status;
     EXPECT_TRUE(Exists(folder / "user\\Nexorvanta\\Brillatrix\\Settings\\UISettings.bin"));
     host::CallSelector(filterHost, kSelectorFinish);
     EXPECT_TRUE(boxes.empty());

@@ -111,7 +111,7 @@ protected:
     TemporaryFolder folder;
 };
 
-// Rows of the display above the line of text.
+// Rows of the display above the lines of text.
 int PictureRows(HWND display) {
     RECT rect;
     GetClientRect(display, &rect);
@@ -122,7 +122,7 @@ int PictureRows(HWND display) {
     GetTextMetricsA(dc, &metrics);
     SelectObject(dc, before);
     ReleaseDC(display, dc);
-    return rect.bottom - metrics.tmHeight - 6;
+    return rect.bottom - 2 * metrics.tmHeight - 6;
 }
 
 } // namespace
@@ -156,7 +156,7 @@ TEST_F(ImageViewerTest, ShowsEachPictureToThePixelAndPans) {
 
 TEST_F(ImageViewerTest, TellsThePixelAndTheNearestLight) {
     Open([](HWND dialog, HWND display) {
-        EXPECT_EQ(TextOf(display), "420 x 300 pixels, each 1.000 of the document's   3 lights");
+        EXPECT_EQ(TextOf(display), "420 x 300 pixels, each 1.000 of the document's\n3 lights");
         Choose(dialog, kDebugZoomId, kFourfold);
         SendMouse(display, WM_LBUTTONDOWN, 0, 0, MK_LBUTTON);
         SendMouse(display, WM_MOUSEMOVE, 9000, 9000, MK_LBUTTON);
@@ -164,7 +164,7 @@ TEST_F(ImageViewerTest, TellsThePixelAndTheNearestLight) {
         SendMouse(display, WM_MOUSEMOVE, 4 * 100 + 1, 4 * 58 + 1);
         const std::string text = TextOf(display);
         EXPECT_EQ(text.find("x 100, y 58 (document 100.0, 58.0)   R "), 0u) << text;
-        EXPECT_NE(text.find("selected 100 %, covered 100 %   nearest light 0: "), std::string::npos) << text;
+        EXPECT_NE(text.find("selected 100 %, covered 100 %\nnearest light 0: "), std::string::npos) << text;
         EXPECT_NE(text.find(" pixels away, Diam = "), std::string::npos) << text;
         SendMouse(display, WM_MOUSEMOVE, 4 * 20 + 2, 4 * 40 + 2);
         EXPECT_NE(TextOf(display).find("brightness 0C0C0C   selected 0 %, covered 100 %"), std::string::npos)
