@@ -28,7 +28,7 @@ void AppendSample(const KeptImage &kept, int32_t column, int32_t row, DebugStatu
     const PixelSample &sample = kept.image.samples[index];
     Append(status, length, "   R %06X G %06X B %06X   brightness %06X", sample.red, sample.green, sample.blue,
            PixelBrightness(sample));
-    Append(status, length, "   selected %d %%, covered %d %%%s", Percent(sample.selectionLevel),
+    Append(status, length, "\nselected %d %%, covered %d %%%s", Percent(sample.selectionLevel),
            Percent(sample.coverage), kept.flat[index] ? ", flat area" : "");
 }
 
@@ -47,10 +47,10 @@ void AppendNearestLight(double x, double y, DebugStatus *status, size_t *length)
         }
     }
     if (!found) {
-        Append(status, length, "\nno lights");
+        Append(status, length, "   no lights");
         return;
     }
-    Append(status, length, "\nnearest light %u: %.1f pixels away, Diam = %.2f, Bright = %X%s",
+    Append(status, length, "   nearest light %u: %.1f pixels away, Diam = %.2f, Bright = %X%s",
            static_cast<unsigned>(found - lights.records), std::sqrt(nearest),
            2 * std::sqrt(double(found->RadiusSquared)), found->Brightness, found->State == 0 ? " (D)" : "");
 }

@@ -42,10 +42,11 @@ void RememberRects(HWND dialog) {
         RememberRect(dialog, control);
 }
 
+// Drawn anew where it comes to lie: the dialog's background may have been painted over what would be moved.
 void PutBack(const Control &control) {
     const RECT &rect = control.rect;
     SetWindowPos(control.window, nullptr, rect.left, rect.top, WidthOf(rect), HeightOf(rect),
-                 SWP_NOZORDER | SWP_NOACTIVATE);
+                 SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
 }
 
 void PutAllBack() {

@@ -164,10 +164,10 @@ TEST_F(ImageViewerTest, TellsThePixelAndTheNearestLight) {
         SendMouse(display, WM_MOUSEMOVE, 4 * 100 + 1, 4 * 58 + 1);
         const std::string text = TextOf(display);
         EXPECT_EQ(text.find("x 100, y 58 (document 100.0, 58.0)   R "), 0u) << text;
-        EXPECT_NE(text.find("selected 100 %, covered 100 %\nnearest light 0: "), std::string::npos) << text;
+        EXPECT_NE(text.find("selected 100 %, covered 100 %   nearest light 0: "), std::string::npos) << text;
         EXPECT_NE(text.find(" pixels away, Diam = "), std::string::npos) << text;
         SendMouse(display, WM_MOUSEMOVE, 4 * 20 + 2, 4 * 40 + 2);
-        EXPECT_NE(TextOf(display).find("brightness 0C0C0C   selected 0 %, covered 100 %"), std::string::npos)
+        EXPECT_NE(TextOf(display).find("brightness 0C0C0C\nselected 0 %, covered 100 %"), std::string::npos)
             << TextOf(display);
         GetLightSourceTable().records[0].State = 0;
         SendMouse(display, WM_MOUSEMOVE, 4 * 101 + 1, 4 * 58 + 1);

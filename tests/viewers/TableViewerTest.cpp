@@ -2,6 +2,7 @@
 #include "engine/LightSourceTable.h"
 #include "resources/ResourceIds.h"
 #include "tests/support/RecordingDiag.h"
+#include "tests/support/WindowPicture.h"
 #include "tests/viewers/ClipboardCalls.h"
 #include "tests/viewers/ModalDialog.h"
 #include "ui/LightSourceViewer.h"
@@ -87,6 +88,16 @@ void Grow(HWND dialog, int dx, int dy) {
     SetWindowPos(dialog, nullptr, 0, 0, size.width + dx, size.height + dy, SWP_NOMOVE | SWP_NOZORDER);
 }
 
+// Whether something dark is drawn in the inner part of an area of the client area.
+bool ShowsText(HWND dialog, const RECT &area) {
+    const Picture shown = CaptureClient(dialog);
+    int dark = 0;
+    for (LONG y = area.top + 5; y < area.bottom - 5; ++y)
+        for (LONG x = area.left + 5; x < area.right - 5; ++x)
+            dark += (PixelAt(shown, x, y) & 0xFF) < 100;
+    return dark > 10;
+}
+
 class TableViewerTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -96,6 +107,7 @@ protected:
     }
     void TearDown() override {
         FailClipboardCall(nullptr);
+        gLightSourceTable = tableBefore;
         gLogState.ownerThread = 0;
         gLogState.ownerWindow = nullptr;
         EXPECT_EQ(ClipboardsOpen(), 0);
@@ -122,6 +134,7 @@ protected:
             [&script](HWND dialog) { script(dialog, GetDlgItem(dialog, kLightSourceListId)); }, SpyOnList);
     }
 
+    LightSourceTable *const tableBefore = gLightSourceTable;
     LightSourceTable table{};
     std::vector<LightSource> lights;
 };
@@ -237,6 +250,8 @@ TEST_F(TableViewerTest, ControlsFollowTheSizeAndItNeverFallsBelowTheFirst) {
         const Size opening = WindowSize(dialog);
         Grow(dialog, 101, 57);
         ExpectLayout(LayoutOf(dialog), first, 101, 57, 50);
+        PumpMessages();
+        EXPECT_TRUE(ShowsText(dialog, LayoutOf(dialog).ok));
         SetWindowPos(dialog, nullptr, 30, 40, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
         ExpectLayout(LayoutOf(dialog), first, 101, 57, 50);
         for (int i = 0; i < 99; ++i) // a border is dragged pixel by pixel
