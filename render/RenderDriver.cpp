@@ -21,15 +21,16 @@ namespace {
 // than this.
 constexpr int32_t kBandsPerWorker = 4, kLeastBandRows = 32;
 
-// So many lights of one phase, and their stamp keeps its rows.
-constexpr int32_t kLightsWorthKeeping = 4;
+// A stamp that is laid more often than this, parts added up, keeps its rows.
+constexpr double kStarsWorthKeeping = 1.0;
 
 // One render's inputs. All workers read it.
 struct RenderJob {
     const RenderSettings &settings; // clamped
     const LightSourceTableView &lightSources;
     const std::atomic<uint8_t> &abort;
-    IntRect area; // the target, as far as the output holds it
+    IntRect area;   // the target, as far as the output holds it
+    IntRect region; // what is going to be rendered with the same stamps
     const ImageBuffer &output;
     uint32_t cutLevel;
     bool drawsStars, drawsFlares;
@@ -78,19 +79,33 @@ bool IsNearArea(const RenderJob &job, const StampPlace &place) {
            place.y + reach >= job.area.top && place.y - reach < job.area.bottom;
 }
 
-// Builds the stamps of all the phases that are needed. Those with many lights keep their rows. False when
+// How much of a star at a place lies in the region that its stamp is laid into, 0..1.
+double ShareInRegion(const RenderJob &job, const StampPlace &place, const IntRect &box) {
+    const auto overlap = [](int64_t from, int64_t to, int64_t first, int64_t end) {
+        return static_cast<double>(std::max<int64_t>(std::min(to, end) - std::max(from, first), 0));
+    };
+    const double width =
+        overlap(int64_t{box.left} + place.x, int64_t{box.right} + place.x, job.region.left, job.region.right);
+    const double height =
+        overlap(int64_t{box.top} + place.y, int64_t{box.bottom} + place.y, job.region.top, job.region.bottom);
+    return width * height / (double{1.0} * (box.right - box.left) * (box.bottom - box.top));
+}
+
+// Builds the stamps of all the phases that are needed. Those that are laid often keep their rows. False when
 // aborted or without a builder.
 bool PrepareStars(const RenderJob &job) {
-    int32_t lights[kStampsPerSet] = {};
+    double stars[kStampsPerSet] = {};
     return ForEachLight(job, nullptr, [&](const StampPlace &place, const LightSource &, uint32_t) {
         if (!gRenderState.stars.build)
             return false;
         if (!IsNearArea(job, place))
             return true;
         const int32_t phase = place.px * kPhases + place.py;
-        NeedStarStamp(place.px, place.py);
-        if (++lights[phase] == kLightsWorthKeeping)
-            gRenderState.stars.stamps[phase].keepsRows = gRenderState.stars.stamps[phase].kept != nullptr;
+        const StarStamp &stamp = NeedStarStamp(place.px, place.py);
+        if (stamp.count > 0)
+            stars[phase] += ShareInRegion(job, place, stamp.box);
+        if (stars[phase] > kStarsWorthKeeping)
+            gRenderState.stars.stamps[phase].keepsRows = true;
         return true;
     });
 }
@@ -188,16 +203,10 @@ bool RenderEffect(const RenderSettings &settings, const ImageBuffer &source, con
     if (!PrepareOutputBase(source, target, clamped.effectsOnly, output))
         return false;
     const double flareLevel = clamped.softFlareIntensity / 100.0;
-    RenderJob job{clamped,
-                  lightSources,
-                  abort,
-                  IntersectRects(target, output->bounds),
-                  *output,
-                  ThresholdCutLevel(clamped.threshold),
-                  clamped.intensity >= 1 || clamped.secondaryIntensity >= 1,
-                  clamped.softFlareIntensity >= 1,
-                  static_cast<uint32_t>(flareLevel * flareLevel * kFractionOne),
-                  nullptr,
-                  0};
+    RenderJob job{clamped, lightSources, abort, IntersectRects(target, output->bounds),
+                  // The final render goes on to the rest of the image, a preview may not.
+                  gPreciseMode ? source.bounds : target, *output, ThresholdCutLevel(clamped.threshold),
+                  clamped.intensity >= 1 || clamped.secondaryIntensity >= 1, clamped.softFlareIntensity >= 1,
+                  static_cast<uint32_t>(flareLevel * flareLevel * kFractionOne), nullptr, 0};
     return DrawEffect(&job, threads);
 }

@@ -191,7 +191,7 @@ void LayStar(const BandTarget &target, const StarStamp &stamp, const StarTables 
             PrepareColors(laying, tables, tint);
         prepared = true;
         const ArmFilling filling = {&arm, tables.stateOfDistance, laying.blend.precise, laying.faintestValue};
-        if (stamp.keepsRows && KeepArm(filling, &stamp.kept[i]))
+        if (stamp.keepsRows && stamp.kept && KeepArm(filling, &stamp.kept[i]))
             LayKeptArm(laying, arm, walked, stamp.kept[i]);
         else
             LayArm(laying, arm, walked, tables.stateOfDistance);
