@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include <commctrl.h>
+
 namespace {
 
 constexpr UINT kDefaultDpi = 96;
@@ -19,6 +21,7 @@ constexpr wchar_t kFontFace[] = L"Tahoma";
 // A dialog unit is a quarter of the font's mean width, and an eighth of its height.
 constexpr int kUnitsAcross = 4, kUnitsDown = 8;
 constexpr int kMeasuredUnits = 400; // a length that shows the units' fractions
+constexpr int kThumbUnits = 11;     // length of a trackbar's thumb
 constexpr int kMostControls = 128;
 constexpr int kClassNameCapacity = 32;
 
@@ -213,6 +216,14 @@ bool RecordTemplate(HWND dialog) {
     return true;
 }
 
+// What a control draws by itself, of sizes that it does not take from its window.
+void ScaleContents(HWND control) {
+    SendMessageA(control, WM_SETFONT, reinterpret_cast<WPARAM>(gLayout.font), FALSE);
+    if (HasClass(control, TRACKBAR_CLASSA))
+        SendMessageA(control, TBM_SETTHUMBLENGTH,
+                     static_cast<WPARAM>(ToPixels(kThumbUnits, gLayout.pixels.down)), 0);
+}
+
 // The old font is deleted when no control has it any more.
 bool UseDpi(UINT dpi) {
     const HFONT font = MakeFont(dpi);
@@ -222,13 +233,14 @@ bool UseDpi(UINT dpi) {
             DeleteObject(font);
         return false;
     }
-    for (int i = 0; i < gLayout.count; ++i)
-        SendMessageA(gLayout.places[i].control, WM_SETFONT, reinterpret_cast<WPARAM>(font), FALSE);
-    if (gLayout.font)
-        DeleteObject(gLayout.font);
+    const HFONT oldFont = gLayout.font;
     gLayout.font = font;
     gLayout.dpi = dpi;
     gLayout.pixels = pixels;
+    for (int i = 0; i < gLayout.count; ++i)
+        ScaleContents(gLayout.places[i].control);
+    if (oldFont)
+        DeleteObject(oldFont);
     return true;
 }
 
