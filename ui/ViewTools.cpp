@@ -81,6 +81,8 @@ void SetBar(int controlId, const ScrollRange &range) {
     info.nPage = static_cast<UINT>(range.page);
     info.nPos = range.position;
     SetScrollInfo(bar, SB_CTL, &info, TRUE);
+    // A new bar that is set to what it has already would stay enabled.
+    EnableScrollBar(bar, SB_CTL, range.maximum > range.minimum ? ESB_ENABLE_BOTH : ESB_DISABLE_BOTH);
 }
 
 int32_t ScrolledPosition(const SCROLLINFO &info, int scrollCode) {
