@@ -1,6 +1,7 @@
 #include "ui/DialogTooltips.h"
 
 #include "resources/ResourceIds.h"
+#include "ui/DialogLayout.h"
 #include "ui/DialogMessages.h"
 #include "ui/ModuleInstance.h"
 #include "ui/ParameterControls.h"
@@ -11,7 +12,7 @@
 
 namespace {
 
-constexpr int kWidestTextUnits = 180;        // dialog units; longer texts are broken into lines
+constexpr int kWidestText = 320;             // pixels at 100 %; longer texts are broken into lines
 constexpr LPARAM kShownMilliseconds = 15000; // long enough to read the longest
 
 struct ControlText {
@@ -36,15 +37,18 @@ constexpr ControlText kTexts[] = {
 
 } // namespace
 
+void FitTooltipsToScale(HWND tooltips) {
+    const int widest = MulDiv(kWidestText, static_cast<int>(DialogLayoutDpi()), USER_DEFAULT_SCREEN_DPI);
+    SendMessageA(tooltips, TTM_SETMAXTIPWIDTH, 0, widest);
+}
+
 HWND CreateDialogTooltips(HWND dialog) {
     const HWND tooltips = CreateWindowExA(
         WS_EX_TOPMOST, TOOLTIPS_CLASSA, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT,
         CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, dialog, nullptr, ModuleInstance(), nullptr);
     if (!tooltips)
         return nullptr;
-    RECT widest = {0, 0, kWidestTextUnits, 0};
-    MapDialogRect(dialog, &widest);
-    SendMessageA(tooltips, TTM_SETMAXTIPWIDTH, 0, widest.right);
+    FitTooltipsToScale(tooltips);
     SendMessageA(tooltips, TTM_SETDELAYTIME, TTDT_AUTOPOP, kShownMilliseconds);
     for (const ControlText &entry : kTexts)
         AddTooltip(dialog, tooltips, entry.controlId, entry.text);

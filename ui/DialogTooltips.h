@@ -5,3 +5,5 @@
 
 // Makes the window with all texts; it goes with the dialog. Null when it cannot be made.
 HWND CreateDialogTooltips(HWND dialog);
+// After a change of the layout's scale.
+void FitTooltipsToScale(HWND tooltips);

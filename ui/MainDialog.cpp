@@ -6,6 +6,7 @@
 #include "ui/DialogBackBuffer.h"
 #include "ui/DialogLayout.h"
 #include "ui/DialogMessages.h"
+#include "ui/DialogTooltips.h"
 #include "ui/EffectList.h"
 #include "ui/ParameterControls.h"
 #include "ui/PreviewDisplay.h"
@@ -93,6 +94,7 @@ void OnColorsChanged(HWND dialog) {
 void OnDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
     OnDialogDpiChanged(dialog, dpi, suggested);
     UseBoldGroupFont(dialog);
+    FitTooltipsToScale(gMainDialog.tooltips);
 }
 
 INT_PTR HandlePrivateMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
