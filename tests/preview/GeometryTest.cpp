@@ -87,22 +87,3 @@ TEST(PreviewGeometry, TileSizes) {
     EXPECT_EQ(CountTiles({0, 0, 1025, 1024}, 1024), 2);
     EXPECT_EQ(CountTiles({5, 5, 5, 5}, 100), 1);
 }
-
-TEST(PreviewGeometry, TilesCoverAnAreaOnceEach) {
-    const IntRect area{13, 7, 143, 98};
-    for (const int32_t side : {1, 32, 40, 91, 500}) {
-        std::vector<int> hits(130 * 91);
-        for (int32_t y = area.top; y < area.bottom; ++y)
-            for (int32_t x = area.left; x < area.right; ++x) {
-                const IntRect tile = TileAt(area, side, x, y);
-                ASSERT_TRUE(RectContains(tile, x, y));
-                if (x == tile.left && y == tile.top)
-                    for (int32_t ty = tile.top; ty < tile.bottom; ++ty)
-                        for (int32_t tx = tile.left; tx < tile.right; ++tx)
-                            ++hits[static_cast<size_t>((ty - area.top) * 130 + tx - area.left)];
-            }
-        for (const int hit : hits)
-            ASSERT_EQ(hit, 1) << side;
-    }
-    EXPECT_TRUE(Same(TileAt(area, 40, -50, 1000), {13, 87, 53, 98})); // the nearest
-}

@@ -127,19 +127,6 @@ TEST(PreviewStore, ReducedPixelsAreMeansOfWhatTheyCover) {
     EXPECT_LT(worst, 1.3); // half a level of rounding, and shares of slivers at the edges in 1/256
 }
 
-TEST(PreviewStore, ReducingPieceByPieceIsReducingAtOnce) {
-    const TestImage image(kModeRgb16, 2, {0, 0, 301, 203}, 5);
-    TestStore whole({0, 0, 51, 34}, 16.67), pieces({0, 0, 51, 34}, 16.67);
-    ASSERT_TRUE(FillStore(image.buffer, kGoOn, &whole.store));
-    for (int32_t top = 0; top < 34; top += 9)
-        for (int32_t left = 0; left < 51; left += 13) {
-            TestStore piece({left, top, std::min(left + 13, 51), std::min(top + 9, 34)}, 16.67);
-            ASSERT_TRUE(FillStore(image.buffer, kGoOn, &piece.store));
-            CopyStore(piece.store, &pieces.store);
-        }
-    EXPECT_EQ(memcmp(whole.store.pixels, pieces.store.pixels, whole.store.bytes), 0);
-}
-
 TEST(PreviewStore, EnlargesInWholePixels) {
     const TestImage image(kModeRgb8, 1, {0, 0, 40, 30}, 9);
     TestStore full({4, 4, 30, 25}, 100.0);

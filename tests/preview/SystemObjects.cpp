@@ -32,13 +32,14 @@ int gFailIn = 0;
 DWORD gFailError = 0;
 long gMade = 0;
 
-// Without initialised statics: their guards make system objects themselves.
-template <typename Function> void Find(Function *real, const char *module, const char *name) {
-    if (*real)
-        return;
+// The system's own function; not kept in a static, whose guard would make system objects itself.
+template <typename Result, typename... Arguments>
+Result CallReal(const char *module, const char *name, Arguments... arguments) {
     const FARPROC address = GetProcAddress(GetModuleHandleA(module), name);
-    static_assert(sizeof *real == sizeof address);
-    memcpy(real, &address, sizeof *real);
+    Result(WINAPI * real)(Arguments...) = nullptr;
+    static_assert(sizeof real == sizeof address);
+    memcpy(&real, &address, sizeof real);
+    return real(arguments...);
 }
 
 bool MustFail(const char *name) {
@@ -64,127 +65,77 @@ void Forget(void *handle) {
     Live().erase(handle);
 }
 
+void NoteInvalid(const RECT &rect) {
+    const Busy busy;
+    gInvalidations.push_back(rect);
+}
+
+template <typename Handle, typename... Arguments>
+Handle Make(const char *module, const char *name, Arguments... arguments) {
+    return MustFail(name) ? Handle{} : Keep(name, CallReal<Handle>(module, name, arguments...));
+}
+
 HANDLE WINAPI MakeEvent(LPSECURITY_ATTRIBUTES security, BOOL manual, BOOL initial, LPCSTR name) {
-    static decltype(&MakeEvent) real;
-    Find(&real, "kernel32.dll", "CreateEventA");
-    return MustFail("CreateEvent") ? nullptr : Keep("CreateEvent", real(security, manual, initial, name));
+    return Make<HANDLE>("kernel32.dll", "CreateEventA", security, manual, initial, name);
 }
-
 HANDLE WINAPI MakeMutex(LPSECURITY_ATTRIBUTES security, BOOL owner, LPCSTR name) {
-    static decltype(&MakeMutex) real;
-    Find(&real, "kernel32.dll", "CreateMutexA");
-    return MustFail("CreateMutex") ? nullptr : Keep("CreateMutex", real(security, owner, name));
+    return Make<HANDLE>("kernel32.dll", "CreateMutexA", security, owner, name);
 }
-
 BOOL WINAPI Close(HANDLE handle) {
-    static decltype(&Close) real;
-    Find(&real, "kernel32.dll", "CloseHandle");
     Forget(handle);
-    return real(handle);
+    return CallReal<BOOL>("kernel32.dll", "CloseHandle", handle);
 }
-
 uintptr_t __cdecl MakeThread(void *security, unsigned stack, unsigned(__stdcall *body)(void *),
                              void *argument, unsigned flags, unsigned *id) {
-    static decltype(&MakeThread) real;
-    Find(&real, "msvcrt.dll", "_beginthreadex");
-    return MustFail("_beginthreadex")
-               ? 0
-               : Keep("_beginthreadex", real(security, stack, body, argument, flags, id));
+    return Make<uintptr_t>("msvcrt.dll", "_beginthreadex", security, stack, body, argument, flags, id);
 }
-
 HRGN WINAPI MakeRegion(int left, int top, int right, int bottom) {
-    static decltype(&MakeRegion) real;
-    Find(&real, "gdi32.dll", "CreateRectRgn");
-    return MustFail("CreateRectRgn") ? nullptr : Keep("CreateRectRgn", real(left, top, right, bottom));
+    return Make<HRGN>("gdi32.dll", "CreateRectRgn", left, top, right, bottom);
 }
-
 HRGN WINAPI MakeRegionFromData(const XFORM *form, DWORD bytes, const RGNDATA *data) {
-    static decltype(&MakeRegionFromData) real;
-    Find(&real, "gdi32.dll", "ExtCreateRegion");
-    return MustFail("ExtCreateRegion") ? nullptr : Keep("ExtCreateRegion", real(form, bytes, data));
+    return Make<HRGN>("gdi32.dll", "ExtCreateRegion", form, bytes, data);
 }
-
 int WINAPI Combine(HRGN region, HRGN a, HRGN b, int mode) {
-    static decltype(&Combine) real;
-    Find(&real, "gdi32.dll", "CombineRgn");
-    return MustFail("CombineRgn") ? ERROR : real(region, a, b, mode);
+    return MustFail("CombineRgn") ? ERROR : CallReal<int>("gdi32.dll", "CombineRgn", region, a, b, mode);
 }
-
 BOOL WINAPI ReplaceByRect(HRGN region, int left, int top, int right, int bottom) {
-    static decltype(&ReplaceByRect) real;
-    Find(&real, "gdi32.dll", "SetRectRgn");
-    return MustFail("SetRectRgn") ? FALSE : real(region, left, top, right, bottom);
+    return !MustFail("SetRectRgn") &&
+           CallReal<BOOL>("gdi32.dll", "SetRectRgn", region, left, top, right, bottom);
 }
-
 HDC WINAPI MakeContext(HDC dc) {
-    static decltype(&MakeContext) real;
-    Find(&real, "gdi32.dll", "CreateCompatibleDC");
-    return MustFail("CreateCompatibleDC") ? nullptr : Keep("CreateCompatibleDC", real(dc));
+    return Make<HDC>("gdi32.dll", "CreateCompatibleDC", dc);
 }
-
 HBITMAP WINAPI MakeBitmap(HDC dc, int width, int height) {
-    static decltype(&MakeBitmap) real;
-    Find(&real, "gdi32.dll", "CreateCompatibleBitmap");
-    return MustFail("CreateCompatibleBitmap") ? nullptr
-                                              : Keep("CreateCompatibleBitmap", real(dc, width, height));
+    return Make<HBITMAP>("gdi32.dll", "CreateCompatibleBitmap", dc, width, height);
 }
-
 HBITMAP WINAPI MakeSection(HDC dc, const BITMAPINFO *info, UINT usage, void **bits, HANDLE section,
                            DWORD offset) {
-    static decltype(&MakeSection) real;
-    Find(&real, "gdi32.dll", "CreateDIBSection");
-    return MustFail("CreateDIBSection")
-               ? nullptr
-               : Keep("CreateDIBSection", real(dc, info, usage, bits, section, offset));
+    return Make<HBITMAP>("gdi32.dll", "CreateDIBSection", dc, info, usage, bits, section, offset);
 }
-
 BOOL WINAPI GiveBackObject(HGDIOBJ object) {
-    static decltype(&GiveBackObject) real;
-    Find(&real, "gdi32.dll", "DeleteObject");
     Forget(object);
-    return real(object);
+    return CallReal<BOOL>("gdi32.dll", "DeleteObject", object);
 }
-
 BOOL WINAPI GiveBackContext(HDC dc) {
-    static decltype(&GiveBackContext) real;
-    Find(&real, "gdi32.dll", "DeleteDC");
     Forget(dc);
-    return real(dc);
+    return CallReal<BOOL>("gdi32.dll", "DeleteDC", dc);
 }
-
 HDC WINAPI Borrow(HWND window) {
-    static decltype(&Borrow) real;
-    Find(&real, "user32.dll", "GetDC");
-    return Keep("GetDC", real(window));
+    return Make<HDC>("user32.dll", "GetDC", window);
 }
-
 int WINAPI Return(HWND window, HDC dc) {
-    static decltype(&Return) real;
-    Find(&real, "user32.dll", "ReleaseDC");
     Forget(dc);
-    return real(window, dc);
+    return CallReal<int>("user32.dll", "ReleaseDC", window, dc);
 }
-
 BOOL WINAPI Invalidate(HWND window, const RECT *rect, BOOL erase) {
-    static decltype(&Invalidate) real;
-    Find(&real, "user32.dll", "InvalidateRect");
-    {
-        const Busy busy;
-        gInvalidations.push_back(rect ? *rect : RECT{});
-    }
-    return real(window, rect, erase);
+    NoteInvalid(rect ? *rect : RECT{});
+    return CallReal<BOOL>("user32.dll", "InvalidateRect", window, rect, erase);
 }
-
 BOOL WINAPI InvalidateRegion(HWND window, HRGN region, BOOL erase) {
-    static decltype(&InvalidateRegion) real;
-    Find(&real, "user32.dll", "InvalidateRgn");
     RECT box{};
     GetRgnBox(region, &box);
-    {
-        const Busy busy;
-        gInvalidations.push_back(box);
-    }
-    return real(window, region, erase);
+    NoteInvalid(box);
+    return CallReal<BOOL>("user32.dll", "InvalidateRgn", window, region, erase);
 }
 
 } // namespace
