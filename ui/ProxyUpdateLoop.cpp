@@ -10,7 +10,8 @@ constexpr RegionStep kSetTile{1103, "Could not set rectangle into TempRegion."};
 constexpr RegionStep kAddTile{1106, "Could not combine InvalidateDisplayRegion with TempRegion."};
 constexpr RegionStep kEmptyDisplay{1203, "Could not set rectangle into InvalidateDisplayRegion."};
 
-// A preview that is ready within this time is shown at once, not piece by piece.
+// A preview that is ready within this time is shown at once, not piece by piece. Nothing waits longer: while
+// requests cancel one another before they are ready, as when a slider is dragged, the time goes on.
 constexpr uint32_t kQuietMilliseconds = 400;
 
 // One request as it is served.
@@ -56,9 +57,10 @@ Serving BeginServing() {
     Serving serving{};
     serving.displayed = VisibleRect(GeometryOfRequest(request));
     serving.visible = VisibleImage(request);
-    serving.total =
-        CountTiles(serving.visible, PreviewTileSize(request.zoom, serving.visible));
+    serving.total = CountTiles(serving.visible, PreviewTileSize(request.zoom, serving.visible));
     serving.isQuiet = true;
+    if (!IsRegionFilled(gProxyUpdate.InvalidateDisplayRegion))
+        gProxyUpdate.quietSince = request.requestTime;
     CheckPendingRegion(serving);
     PreparePreview(request);
     return serving;
@@ -88,7 +90,7 @@ bool ServeTile(const Serving &serving, const PreviewTile &tile) {
 }
 
 bool IsQuietTimeOver() {
-    return GetTickCount() - gProxyUpdate.working.requestTime >= kQuietMilliseconds;
+    return GetTickCount() - gProxyUpdate.quietSince >= kQuietMilliseconds;
 }
 
 void EndQuiet(Serving *serving) {

@@ -29,6 +29,7 @@ struct ProxyUpdateTask {
     HRGN InvalidateDisplayRegion; // client pixels to repaint at the next flush
     IntRect invalidFor;           // visible rectangle that they were collected for, scaled
     double flushedZoom;           // of the last flush; 0: none yet
+    uint32_t quietSince;          // GetTickCount of the first request whose tiles wait for a flush
 };
 
 extern ProxyUpdateTask gProxyUpdate;

@@ -96,6 +96,31 @@ TEST(ProxyUpdateTask, QuickPreviewRepaintsOnce) {
     EXPECT_TRUE(TakeInvalidations().empty());
 }
 
+// No request lives long enough to be finished, and still the picture follows.
+TEST(ProxyUpdateTask, TilesOfCancelledRequestsAreShownAfterTheQuietTime) {
+    PreviewRun run(3000, 2000, 200);
+    ASSERT_TRUE(run.Start());
+    PreviewRequest request = MakeTestRequest(run.View(16.67, 500, 334));
+    RequestPreview(request);
+    ASSERT_TRUE(run.WaitUntilServed());
+    Sleep(20);
+    TakeInvalidations();
+    const DWORD start = GetTickCount();
+    DWORD shown = 0;
+    while (shown == 0 && GetTickCount() - start < 3000) {
+        request.parameters[2] ^= 1;
+        const size_t seen = run.messages.size();
+        RequestPreview(request);
+        while (Only(run.messages, kMsgProgress, seen).empty() && GetTickCount() - start < 3000)
+            run.TakeMessages();
+        if (!TakeInvalidations().empty())
+            shown = GetTickCount() - start;
+    }
+    std::printf("shown after %lu ms\n", shown);
+    EXPECT_GE(shown, 350u); // none was finished within the quiet time
+    EXPECT_LT(shown, 1000u);
+}
+
 TEST(ProxyUpdateTask, HidingALightRendersOnlyItsStarAnew) {
     PreviewRun run(1600, 1200, 12);
     ASSERT_TRUE(run.Start());
