@@ -5,6 +5,21 @@
 namespace {
 
 constexpr int kMostText = 256;
+constexpr int kLeastContrast = 400; // of 1000 levels of brightness
+
+// Of a colour, 0 to 1000, as bright as the eye finds it.
+int Brightness(COLORREF color) {
+    return (GetRValue(color) * 299 + GetGValue(color) * 587 + GetBValue(color) * 114) / 255;
+}
+
+// The system's colour of links, but where a theme makes it nearly that of the dialog, the colour of text:
+// what it is can still be told by its line.
+COLORREF LinkColor() {
+    const COLORREF color = GetSysColor(COLOR_HOTLIGHT), face = GetSysColor(COLOR_BTNFACE);
+    const int difference = Brightness(color) - Brightness(face);
+    const bool canBeRead = difference >= kLeastContrast || difference <= -kLeastContrast;
+    return canBeRead ? color : GetSysColor(COLOR_BTNTEXT);
+}
 
 // The button's own font, underlined. Null without memory.
 HFONT MakeLinkFont(HWND button) {
@@ -70,7 +85,7 @@ void DrawLink(const DRAWITEMSTRUCT &item) {
         SelectObject(item.hDC, font);
     FillRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_BTNFACE));
     SetBkMode(item.hDC, TRANSPARENT);
-    SetTextColor(item.hDC, GetSysColor(COLOR_HOTLIGHT));
+    SetTextColor(item.hDC, LinkColor());
     DrawLinkText(item.hDC, item.rcItem, TextOf(item.hwndItem),
                  (item.itemState & ODS_FOCUS) && !(item.itemState & ODS_NOFOCUSRECT));
     RestoreDC(item.hDC, saved);
