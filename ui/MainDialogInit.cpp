@@ -88,8 +88,10 @@ void PlaceDialog(HWND dialog) {
     if (IsEmptyScreenRect(saved))
         return CenterDialog(dialog);
     const RECT rect = PlaceOnMonitor(RectOfScreenRect(saved));
-    SetWindowPos(dialog, nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
-                 SWP_NOZORDER | SWP_NOACTIVATE);
+    // Twice: the first move may reach a monitor of another scale, where the system proposes another size.
+    for (int i = 0; i < 2; ++i)
+        SetWindowPos(dialog, nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
+                     SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 void FocusFirstControl(HWND dialog) {
