@@ -1,8 +1,13 @@
 # The main dialog of the filter module, driven in the module as a person would.
-brillatrix_test(dialog_tests TIMEOUT 300 LIBS filter_host engine render storage diag comctl32 ole32 shell32
-    SOURCES dialog/DialogFixture.cpp dialog/SystemAnswers.cpp dialog/ControlTest.cpp
-            dialog/KeyTest.cpp dialog/LeakTest.cpp dialog/OpenCloseTest.cpp dialog/SettingsTest.cpp dialog/ViewTest.cpp
-            plugin/ModuleFixture.cpp
-            plugin/NightDocument.cpp storage/TemporaryFolder.cpp support/NightScene.cpp support/WindowPicture.cpp
-            ../plugin/ParameterSet.cpp)
+set(dialog_driver dialog/DialogFixture.cpp dialog/SystemAnswers.cpp plugin/ModuleFixture.cpp plugin/NightDocument.cpp
+    storage/TemporaryFolder.cpp support/NightScene.cpp support/WindowPicture.cpp ../plugin/ParameterSet.cpp)
+set(dialog_libraries filter_host engine render storage diag comctl32 ole32 shell32)
+brillatrix_test(dialog_tests TIMEOUT 300 LIBS ${dialog_libraries}
+    SOURCES ${dialog_driver} dialog/ControlTest.cpp dialog/KeyTest.cpp dialog/LeakTest.cpp dialog/OpenCloseTest.cpp
+            dialog/SettingsTest.cpp dialog/ViewTest.cpp)
 add_dependencies(dialog_tests BrillatrixX64)
+
+# What docs/make-dialog-pictures.sh runs.
+add_executable(dialog_pictures ${dialog_driver} dialog/DialogPictures.cpp)
+target_link_libraries(dialog_pictures PRIVATE brillatrix_options ${dialog_libraries} gtest gtest_main)
+add_dependencies(dialog_pictures BrillatrixX64)

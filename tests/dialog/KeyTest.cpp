@@ -22,7 +22,8 @@ protected:
         for (const ParameterPair &pair : kPairs) {
             const HWND before = GetFocus();
             Key(static_cast<WORD>(pair.key));
-            EXPECT_EQ(GetFocus(), work ? Item(pair.edit) : before) << char(pair.key) << " focuses " << GetDlgCtrlID(GetFocus());
+            EXPECT_EQ(GetFocus(), work ? Item(pair.edit) : before)
+                << char(pair.key) << " focuses " << GetDlgCtrlID(GetFocus());
             EXPECT_GE(Text(pair.edit).size(), 1u);
             EXPECT_EQ(Text(pair.edit).find_first_not_of(L"0123456789."), std::wstring::npos);
         }

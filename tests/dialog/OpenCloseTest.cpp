@@ -4,7 +4,9 @@
 #include "storage/UISettings.h"
 #include "ui/DialogMessages.h"
 
+#include <algorithm>
 #include <commctrl.h>
+#include <cstdlib>
 #include <cstring>
 #include <thread>
 
@@ -224,6 +226,45 @@ TEST_F(MainDialog, ARefusedDialogIsACancel) {
     ExpectCleanHost();
     gAnswers.refuseDialog = false;
     EXPECT_EQ(RunDialog([this] { PressOk(); }).code, kNoError);
+}
+
+// Memory for a flood fill that runs out while the table is being built is reported as fatal, on a thread of
+// the table's.
+TEST_F(MainDialog, AFatalErrorEndsItOnceAsCancelled) {
+    static bool refuseGrowth;
+    static int ends;
+    refuseGrowth = false;
+    ends = 0;
+    const auto grow = [](void *old, size_t size) { return refuseGrowth ? nullptr : std::realloc(old, size); };
+    const auto end = [](HWND window, INT_PTR result) -> BOOL {
+        ends += 1;
+        return EndDialog(window, result);
+    };
+    host::ImportHooks extra;
+    host::ReplaceImport<void *(*)(void *, size_t)>(module.module, nullptr, "realloc", grow, &extra);
+    host::ReplaceImport<BOOL(WINAPI *)(HWND, INT_PTR)>(module.module, nullptr, "EndDialog", end, &extra);
+    // A white half: too large and flat for a light, so it is taken out by a fill.
+    for (std::vector<uint8_t> &plane : filterHost.document.planes)
+        std::fill(plane.begin(), plane.begin() + 240 * 90, uint8_t{255});
+    before = filterHost.document;
+    HoldTable();
+    const host::RunResult result = RunDialog([&] {
+        refuseGrowth = true;
+        ReleaseTable();
+        WaitFor("the end", [this] { return !IsWindowVisible(dialog); });
+        for (int i = 0; i < 3; ++i)
+            SendMessageW(dialog, kMsgRequestPreview, 0, 0);
+    });
+    refuseGrowth = false;
+    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(dialogResult, IDCANCEL);
+    EXPECT_LT(result.code, 0);
+    EXPECT_EQ(DifferentSamples(filterHost.document, before), 0);
+    EXPECT_FALSE(Exists(UISettingsFile()));
+    EXPECT_NE(LogText().find("Unable to allocate memory for a flood fill list."), std::string::npos);
+    host::CloseHost(filterHost);
+    EXPECT_EQ(RunDialog([this] { PressOk(); }).code, kNoError) << "the next run begins without it";
+    host::RestoreImports(&extra);
 }
 
 // Who sends from another thread goes on as soon as the dialog has handled the message.

@@ -1,0 +1,72 @@
+// Not a test: makes pictures of the dialog for people to look at. Run in an empty folder with
+// launchpad_dusk.jpg in it; leaves the dialog in each of its states as BMP files.
+#include "tests/dialog/DialogFixture.h"
+
+#include "host/PictureFiles.h"
+
+namespace {
+
+class DialogPictures : public DialogFixture {
+protected:
+    void SetUp() override {
+        ASSERT_NO_FATAL_FAILURE(DialogFixture::SetUp());
+        host::Picture picture;
+        std::string why;
+        ASSERT_TRUE(host::ReadPicture(L"launchpad_dusk.jpg", &picture, &why)) << why;
+        filterHost.document = host::TakeDocument(picture);
+    }
+
+    void Keep(const char *name) {
+        Pump(100);
+        RedrawWindow(dialog, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+        WriteBmp(CaptureWindow(dialog), std::string(name) + ".bmp");
+    }
+    void KeepPreview(const std::string &name) {
+        Settle();
+        UpdateWindow(Item(kDisplay));
+        WriteBmp(CaptureClient(Item(kDisplay)), name + ".bmp");
+    }
+    // As wide as the scale of the screen makes it.
+    void Enlarge() {
+        RECT rect;
+        GetWindowRect(dialog, &rect);
+        Resize((rect.right - rect.left) * 5 / 4, rect.bottom - rect.top);
+        Settle();
+    }
+};
+
+} // namespace
+
+TEST_F(DialogPictures, States) {
+    HoldTable();
+    RunDialog([this] {
+        Pump(200);
+        Keep("building");
+        ReleaseTable();
+        Settle();
+        Keep("minimum");
+        Enlarge();
+        Type(kPairs[2].edit, "65");
+        Settle();
+        Keep("ready");
+        Key('X');
+        RECT display;
+        GetClientRect(Item(kDisplay), &display);
+        Drag(kDisplay, {2, 2}, {display.right / 2, display.bottom - 3});
+        Settle();
+        Keep("hidden");
+        PressCancel();
+    });
+}
+
+TEST_F(DialogPictures, Effects) {
+    RunDialog([this] {
+        Enlarge();
+        Type(kPairs[2].edit, "65");
+        for (int row = 0; row < 7; ++row) {
+            Choose(kEffectCombo, row);
+            KeepPreview("effect-" + std::to_string(row));
+        }
+        PressCancel();
+    });
+}
