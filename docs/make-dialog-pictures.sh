@@ -47,7 +47,7 @@ jpeg 150/minimum.bmp dialog-150-percent.jpg
 set --
 row=0
 for effect in "Standard Star" "Hollywood Star" "Religious Cross" "Hyper Star" "North Star" "Vector Star" "Star Burst"; do
-    convert "$work/100/effect-$row.bmp" -gravity Center -crop 400x300+0+20 +repage -gravity NorthWest \
+    convert "$work/100/effect-$row.bmp" -crop 400x260+60+232 +repage -gravity NorthWest \
         -font Liberation-Sans -pointsize 18 -fill white -annotate +8+6 "$effect" "$work/effect-$row.png"
     set -- "$@" "$work/effect-$row.png"
     row=$((row + 1))

@@ -19,14 +19,14 @@ protected:
     void Keep(const char *name) {
         Pump(100);
         RedrawWindow(dialog, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
-        WriteBmp(CaptureWindow(dialog), std::string(name) + ".bmp");
+        WriteBmp(CaptureClient(dialog), std::string(name) + ".bmp");
     }
     void KeepPreview(const std::string &name) {
         Settle();
         UpdateWindow(Item(kDisplay));
         WriteBmp(CaptureClient(Item(kDisplay)), name + ".bmp");
     }
-    // As wide as the scale of the screen makes it.
+    // A quarter wider than it opens, whatever the scale.
     void Enlarge() {
         RECT rect;
         GetWindowRect(dialog, &rect);
