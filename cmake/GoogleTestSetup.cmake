@@ -12,15 +12,20 @@ else()
     set(BRILLATRIX_BUILD_NAME native)
 endif()
 
-# One test program: brillatrix_test(name LIBS lib... SOURCES file...). Each GoogleTest case becomes a ctest test,
-# named after the build, the program and the case.
+# One test program: brillatrix_test(name [DESKTOP] LIBS lib... SOURCES file...). Each GoogleTest case becomes a ctest
+# test, named after the build, the program and the case. DESKTOP: its cases need the focus, the pointer or the clipboard
+# for themselves, so only one of them runs at a time.
 function(brillatrix_test name)
-    cmake_parse_arguments(T "" "TIMEOUT" "LIBS;SOURCES" ${ARGN})
+    cmake_parse_arguments(T "DESKTOP" "TIMEOUT" "LIBS;SOURCES" ${ARGN})
     if(NOT T_TIMEOUT)
         set(T_TIMEOUT 120)
+    endif()
+    set(desktop "")
+    if(T_DESKTOP)
+        set(desktop RESOURCE_LOCK desktop)
     endif()
     add_executable(${name} ${T_SOURCES})
     target_link_libraries(${name} PRIVATE brillatrix_options ${T_LIBS} gtest gtest_main)
     gtest_discover_tests(${name} TEST_PREFIX ${BRILLATRIX_BUILD_NAME}.${name}. DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST
-        PROPERTIES TIMEOUT ${T_TIMEOUT})
+        PROPERTIES TIMEOUT ${T_TIMEOUT} ${desktop})
 endfunction()

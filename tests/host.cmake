@@ -3,7 +3,7 @@ add_library(invert_filter MODULE host/InvertFilter.cpp host/InvertFilter.rc)
 target_link_libraries(invert_filter PRIVATE brillatrix_options)
 set_target_properties(invert_filter PROPERTIES PREFIX "" SUFFIX ".8bf" OUTPUT_NAME InvertFilter)
 
-brillatrix_test(host_tests
+brillatrix_test(host_tests DESKTOP
     LIBS filter_host
     SOURCES
         host/TestFiles.cpp host/PlayedFilter.cpp
