@@ -69,11 +69,6 @@ void PutValue(Descriptor &descriptor, const DescriptorValue &value) {
         descriptor.values.push_back(value);
 }
 
-bool EraseValue(Descriptor &descriptor, uint32_t key) {
-    return std::erase_if(descriptor.values,
-                         [key](const DescriptorValue &value) { return value.key == key; }) > 0;
-}
-
 // The byte form: a magic word, the count, then per value its numbers in the order of the record, the length
 // of its bytes and the bytes. All little-endian.
 constexpr uint32_t kDescriptorMagic = 0x43534442; // "BDSC"

@@ -11,9 +11,8 @@
 
 namespace host {
 
-// Value types that a filter of plain parameters does not know.
-constexpr uint32_t kTypeText = 0x54455854;  // 'TEXT'
-constexpr uint32_t kTypeClass = 0x74797065; // 'type'
+// A value type that a filter of plain parameters does not know.
+constexpr uint32_t kTypeText = 0x54455854; // 'TEXT'
 
 struct DescriptorValue {
     uint32_t key = 0;
@@ -22,7 +21,7 @@ struct DescriptorValue {
     double real = 0;              // float and unit float
     uint32_t unit = 0;            // of a unit float
     uint32_t enumerationType = 0; // of an enumerated value
-    uint32_t code = 0;            // enumerated value or class
+    uint32_t code = 0;            // of an enumerated value
     std::vector<uint8_t> bytes;   // text or raw data
 
     bool operator==(const DescriptorValue &) const = default;
@@ -46,8 +45,6 @@ const DescriptorValue *FindValue(const Descriptor &descriptor, uint32_t key);
 DescriptorValue *FindValue(Descriptor &descriptor, uint32_t key);
 // Replaces the value of the same key, or appends.
 void PutValue(Descriptor &descriptor, const DescriptorValue &value);
-// False when the key was absent.
-bool EraseValue(Descriptor &descriptor, uint32_t key);
 
 // The byte form in which a descriptor lies in a host handle and in the host's own file.
 std::vector<uint8_t> PackDescriptor(const Descriptor &descriptor);

@@ -141,74 +141,6 @@ static HostResult ReadEnumerated(ReadDescriptor reader, FourCharCode *result) {
     return kNoError;
 }
 
-static HostResult ReadClass(ReadDescriptor reader, FourCharCode *result) {
-    const DescriptorValue *value = CurrentValue(reader, "getClassProc", kTypeClass);
-    if (!value)
-        return kParamErr;
-    *result = value->code;
-    return kNoError;
-}
-
-static HostResult ReadText(ReadDescriptor reader, HostHandle *result) {
-    const DescriptorValue *value = CurrentValue(reader, "getTextProc", kTypeText);
-    if (!value)
-        return kParamErr;
-    *result = MakeHandle(*gHostState, value->bytes.data(), value->bytes.size());
-    return *result ? kNoError : kMemFullErr;
-}
-
-static HostResult ReadString(ReadDescriptor reader, HostString255 *result) {
-    const DescriptorValue *value = CurrentValue(reader, "getStringProc", kTypeText);
-    if (!value || value->bytes.size() > 255)
-        return kParamErr;
-    (*result)[0] = static_cast<uint8_t>(value->bytes.size());
-    std::copy(value->bytes.begin(), value->bytes.end(), *result + 1);
-    return kNoError;
-}
-
-static HostResult ReadCount(ReadDescriptor handle, uint32_t *count) {
-    const Reader *reader = FindReader(handle, "getCountProc");
-    if (!reader)
-        return kParamErr;
-    *count = static_cast<uint32_t>(reader->order.size());
-    return kNoError;
-}
-
-// A pinned getter gives the nearest value in range and tells when that changed it.
-template <typename Number> static HostResult Pin(Number min, Number max, Number *value) {
-    const Number pinned = std::clamp(*value, min, max);
-    const HostResult result = pinned == *value ? kNoError : HostResult{2};
-    *value = pinned;
-    return result;
-}
-
-static HostResult ReadPinnedInteger(ReadDescriptor reader, int32_t min, int32_t max, int32_t *value) {
-    const HostResult result = ReadInteger(reader, value);
-    return result ? result : Pin(min, max, value);
-}
-
-static HostResult ReadPinnedFloat(ReadDescriptor reader, const double *min, const double *max,
-                                  double *value) {
-    const HostResult result = ReadFloat(reader, value);
-    return result ? result : Pin(*min, *max, value);
-}
-
-static HostResult ReadPinnedUnitFloat(ReadDescriptor reader, const double *min, const double *max,
-                                      FourCharCode *unit, double *value) {
-    const HostResult result = ReadUnitFloat(reader, unit, value);
-    return result ? result : Pin(*min, *max, value);
-}
-
-static HostResult ReadAlias(ReadDescriptor, HostHandle *) {
-    return kErrPlugInHostInsufficient;
-}
-static HostResult ReadObject(ReadDescriptor, FourCharCode *, HostHandle *) {
-    return kErrPlugInHostInsufficient;
-}
-static HostResult ReadReference(ReadDescriptor, DescriptorSimpleReference *) {
-    return kErrPlugInHostInsufficient;
-}
-
 static WriteDescriptor OpenWriter() {
     gHostState->writers.emplace_back();
     return &gHostState->writers.back();
@@ -240,10 +172,6 @@ static HostResult PutInteger(WriteDescriptor writer, FourCharCode key, int32_t v
     return Put(writer, "putIntegerProc", IntegerValue(key, value));
 }
 
-static HostResult PutFloat(WriteDescriptor writer, FourCharCode key, const double *value) {
-    return Put(writer, "putFloatProc", FloatValue(key, *value));
-}
-
 static HostResult PutUnitFloat(WriteDescriptor writer, FourCharCode key, FourCharCode unit,
                                const double *value) {
     return Put(writer, "putUnitFloatProc", UnitFloatValue(key, unit, *value));
@@ -258,42 +186,6 @@ static HostResult PutEnumerated(WriteDescriptor writer, FourCharCode key, FourCh
     return Put(writer, "putEnumeratedProc", EnumeratedValue(key, type, value));
 }
 
-static HostResult PutClass(WriteDescriptor writer, FourCharCode key, FourCharCode code) {
-    DescriptorValue value;
-    value.key = key;
-    value.type = kTypeClass;
-    value.code = code;
-    return Put(writer, "putClassProc", value);
-}
-
-static HostResult PutText(WriteDescriptor writer, FourCharCode key, HostHandle text) {
-    const HandleBlock *block = FindHandle(*gHostState, text);
-    if (!block)
-        return kParamErr;
-    DescriptorValue value = DataValue(key, block->data, static_cast<size_t>(block->size));
-    value.type = kTypeText;
-    return Put(writer, "putTextProc", value);
-}
-
-static HostResult PutString(WriteDescriptor writer, FourCharCode key, const uint8_t *text) {
-    DescriptorValue value = DataValue(key, text + 1, text[0]);
-    value.type = kTypeText;
-    return Put(writer, "putStringProc", value);
-}
-
-static HostResult PutAlias(WriteDescriptor, FourCharCode, HostHandle) {
-    return kErrPlugInHostInsufficient;
-}
-static HostResult PutReference(WriteDescriptor, FourCharCode, const DescriptorSimpleReference *) {
-    return kErrPlugInHostInsufficient;
-}
-static HostResult PutNestedObject(WriteDescriptor, FourCharCode, FourCharCode, HostHandle) {
-    return kErrPlugInHostInsufficient;
-}
-static HostResult PutCount(WriteDescriptor, FourCharCode, uint32_t) {
-    return kErrPlugInHostInsufficient;
-}
-
 static void FillReadProcs(HostState &state) {
     ReadDescriptorProcs &procs = state.readProcs;
     procs.readDescriptorProcsVersion = 0;
@@ -305,17 +197,10 @@ static void FillReadProcs(HostState &state) {
     procs.getFloatProc = Offer<"getFloatProc", ReadFloat>(state);
     procs.getUnitFloatProc = Offer<"getUnitFloatProc", ReadUnitFloat>(state);
     procs.getBooleanProc = Offer<"getBooleanProc", ReadBoolean>(state);
-    procs.getTextProc = Offer<"getTextProc", ReadText>(state);
-    procs.getAliasProc = Offer<"getAliasProc", ReadAlias>(state);
     procs.getEnumeratedProc = Offer<"getEnumeratedProc", ReadEnumerated>(state);
-    procs.getClassProc = Offer<"getClassProc", ReadClass>(state);
-    procs.getSimpleReferenceProc = Offer<"getSimpleReferenceProc", ReadReference>(state);
-    procs.getObjectProc = Offer<"getObjectProc", ReadObject>(state);
-    procs.getCountProc = Offer<"getCountProc", ReadCount>(state);
-    procs.getStringProc = Offer<"getStringProc", ReadString>(state);
-    procs.getPinnedIntegerProc = Offer<"getPinnedIntegerProc", ReadPinnedInteger>(state);
-    procs.getPinnedFloatProc = Offer<"getPinnedFloatProc", ReadPinnedFloat>(state);
-    procs.getPinnedUnitFloatProc = Offer<"getPinnedUnitFloatProc", ReadPinnedUnitFloat>(state);
+    RefuseAll(&procs.getTextProc, &procs.getAliasProc, &procs.getClassProc, &procs.getSimpleReferenceProc,
+              &procs.getObjectProc, &procs.getCountProc, &procs.getStringProc, &procs.getPinnedIntegerProc,
+              &procs.getPinnedFloatProc, &procs.getPinnedUnitFloatProc);
 }
 
 static void FillWriteProcs(HostState &state) {
@@ -325,19 +210,12 @@ static void FillWriteProcs(HostState &state) {
     procs.openWriteDescriptorProc = Offer<"openWriteDescriptorProc", OpenWriter>(state);
     procs.closeWriteDescriptorProc = Offer<"closeWriteDescriptorProc", CloseWriter>(state);
     procs.putIntegerProc = Offer<"putIntegerProc", PutInteger>(state);
-    procs.putFloatProc = Offer<"putFloatProc", PutFloat>(state);
     procs.putUnitFloatProc = Offer<"putUnitFloatProc", PutUnitFloat>(state);
     procs.putBooleanProc = Offer<"putBooleanProc", PutBoolean>(state);
-    procs.putTextProc = Offer<"putTextProc", PutText>(state);
-    procs.putAliasProc = Offer<"putAliasProc", PutAlias>(state);
     procs.putEnumeratedProc = Offer<"putEnumeratedProc", PutEnumerated>(state);
-    procs.putClassProc = Offer<"putClassProc", PutClass>(state);
-    procs.putSimpleReferenceProc = Offer<"putSimpleReferenceProc", PutReference>(state);
-    procs.putObjectProc = Offer<"putObjectProc", PutNestedObject>(state);
-    procs.putCountProc = Offer<"putCountProc", PutCount>(state);
-    procs.putStringProc = Offer<"putStringProc", PutString>(state);
-    procs.putScopedClassProc = Offer<"putScopedClassProc", PutClass>(state);
-    procs.putScopedObjectProc = Offer<"putScopedObjectProc", PutNestedObject>(state);
+    RefuseAll(&procs.putFloatProc, &procs.putTextProc, &procs.putAliasProc, &procs.putClassProc,
+              &procs.putSimpleReferenceProc, &procs.putObjectProc, &procs.putCountProc, &procs.putStringProc,
+              &procs.putScopedClassProc, &procs.putScopedObjectProc);
 }
 
 void FillDescriptorProcs(HostState &state) {

@@ -35,11 +35,11 @@ namespace host {
 //                       "writeDescriptorProcs" "sSPBasic" "bigDocumentData" "platformData" "errorString"
 //   record procedures   "abortProc" "progressProc" "advanceState"
 //   table procedures    their own names: "newProc" "lockProc" "getKeyProc" "putUnitFloatProc" ...
-//   basic suite         "AcquireSuite" "ReleaseSuite" "IsEqual" "AllocateBlock" "FreeBlock" "ReallocateBlock"
-//   error suite         "SetErrorFromPString" "SetErrorFromCString" "SetErrorFromZString"
-//   registry            "Registry.Register" "Registry.Erase" "Registry.Get"
+//   basic suite         "AcquireSuite" "ReleaseSuite"
+//   registry            "Registry.Register" "Registry.Get"
 //   action descriptor   "Action.Make" "Action.Free" "Action.PutData" ... (the suite's member names)
-// The property procedures are "getPropertyProc" and "setPropertyProc", by table or by suite alike.
+//   property procedure  "setPropertyProc", by table or by suite alike
+// Members that a filter of plain parameters has no use for are refused, and that is a violation.
 // OpenHost throws std::invalid_argument for a name that it does not know.
 
 struct Failure {
@@ -71,7 +71,6 @@ struct HostSettings {
     int16_t resultOnEntry = 0x5A5A; // the result word before each call
     int32_t maxSpace = 512 << 20;
     void *window = nullptr; // platformData's hwnd
-    uint32_t hostSignature = kHostSignature;
     PlaneCounts planeCounts = PlaneCounts::kAutomatic;
     int16_t layerMasks = 0;         // planes behind transparency, counted in this order; the document
     int16_t invertedLayerMasks = 0; // holds them in `planes`
@@ -79,9 +78,6 @@ struct HostSettings {
     std::optional<int16_t> imageMode;    // else from depth and planes
     std::optional<int32_t> depthField;   // else the document's depth
     std::optional<Rectangle> filterRect; // else the whole image
-    bool filterRectFollowsMask = false;  // with no filterRect: the selection's bounding box
-    bool fillColumnBytes = true;         // inColumnBytes and its like
-    bool canUseIccProfiles = true;
     // Called with the finished record before each selector but About: the last word on any field.
     std::function<void(int16_t selector, FilterRecord &record)> adjustRecord;
 
@@ -90,7 +86,6 @@ struct HostSettings {
     int16_t tileHeight = 256;
     int32_t rowPadding = 13;           // guard bytes behind every row of every buffer
     std::optional<bool> prefillOutput; // else as the module's filter case says
-    bool supportsPadding = false;      // input beyond the image is filled by the padding fields, else -50
 
     // Scripting
     int16_t playInfo = kPlayDontDisplay;
@@ -100,8 +95,6 @@ struct HostSettings {
     bool enumerationsGiveTheirOwnType = false; // getKeyProc's type of an enumerated value
 
     // Handles
-    bool moveUnlockedHandles = true;    // between calls; the old place is overwritten
-    uint8_t newHandleFill = 0xCD;       // contents of new handles
     bool forgetHandles = false;         // `parameters` and `*data` are dropped between runs
     bool restoreHandlesAsBytes = false; // between runs both become new handles with the same bytes
 
@@ -135,7 +128,7 @@ struct HostLog {
     std::vector<std::pair<int32_t, int32_t>> progress; // done, total
     std::vector<std::pair<uint32_t, intptr_t>> propertiesSet;
     std::vector<std::string> suites;     // "+NAME/VERSION" acquired, "-" released, "!" refused, in order
-    std::string errorText;               // from the error suite or errorString
+    std::string errorText;               // from errorString
     std::vector<std::string> violations; // what no filter may do, in plain words; empty is good
     int64_t unlocksWithoutLock = 0;      // harmless, but worth a look
 };

@@ -128,17 +128,16 @@ static void FillImageFields(HostState &state, FilterRecord &record) {
     FillGeometry(state, record);
     FillTiles(settings, record);
     record.haveMask = !filterHost.document.mask.empty();
-    record.supportsPadding = settings.supportsPadding;
     record.dummyPlaneValue = -1;
     for (int i = 0; i < 3; i++) {
         record.foreColor.samples[i] = 0;
         record.backColor.samples[i] = 255;
     }
     record.background = {65535, 65535, 65535};
-    record.hostSig = settings.hostSignature;
+    record.hostSig = kHostSignature;
     record.iCCprofileData = state.iccHandle;
     record.iCCprofileSize = state.iccHandle ? static_cast<int32_t>(filterHost.document.iccProfile.size()) : 0;
-    record.canUseICCProfiles = settings.canUseIccProfiles;
+    record.canUseICCProfiles = 1;
 }
 
 static void FillTables(HostState &state, FilterRecord &record) {

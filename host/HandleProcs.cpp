@@ -9,6 +9,7 @@ namespace host {
 
 constexpr size_t kHandleGuard = 16;
 constexpr uint8_t kGuardByte = 0xFD;
+constexpr uint8_t kNewByte = 0xCD; // hosts do not always clear new handles
 constexpr uint8_t kFreedByte = 0xDD;
 
 static char *AllocateGuarded(size_t size) {
@@ -43,7 +44,7 @@ HostHandle MakeHandle(HostState &state, const void *bytes, size_t length) {
     if (bytes && length)
         std::memcpy(data, bytes, length);
     else
-        std::memset(data, state.owner->settings.newHandleFill, length);
+        std::memset(data, kNewByte, length);
     state.handles.push_back({data, static_cast<int32_t>(length), 0});
     return &state.handles.back().data;
 }
@@ -58,8 +59,6 @@ void DropHandle(HostState &state, HostHandle handle) {
 }
 
 void MoveUnlockedHandles(HostState &state) {
-    if (!state.owner->settings.moveUnlockedHandles)
-        return;
     for (HandleBlock &block : state.handles) {
         char *moved = block.locks == 0 ? AllocateGuarded(static_cast<size_t>(block.size)) : nullptr;
         if (!moved)
@@ -99,21 +98,6 @@ static int32_t GetHandleSize(HostHandle handle) {
     return block ? block->size : 0;
 }
 
-static HostResult SetHandleSize(HostHandle handle, int32_t newSize) {
-    HandleBlock *block = FindOrBlame(handle, "setSizeProc");
-    if (!block || newSize < 0)
-        return kParamErr;
-    char *moved = AllocateGuarded(static_cast<size_t>(newSize));
-    if (!moved)
-        return kMemFullErr;
-    std::memset(moved, gHostState->owner->settings.newHandleFill, static_cast<size_t>(newSize));
-    std::memcpy(moved, block->data, static_cast<size_t>(std::min(newSize, block->size)));
-    FreeGuarded(*gHostState, *block);
-    block->data = moved;
-    block->size = newSize;
-    return kNoError;
-}
-
 static char *LockHandle(HostHandle handle, HostBoolean) {
     HandleBlock *block = FindOrBlame(handle, "lockProc");
     if (!block)
@@ -132,8 +116,6 @@ static void UnlockHandle(HostHandle handle) {
         gHostState->owner->log.unlocksWithoutLock++;
 }
 
-static void RecoverSpace(int32_t) {}
-
 void FillHandleProcs(HostState &state) {
     HandleProcs &procs = state.handleProcs;
     procs.handleProcsVersion = 1;
@@ -141,11 +123,9 @@ void FillHandleProcs(HostState &state) {
     procs.newProc = Offer<"newProc", NewHandle>(state);
     procs.disposeProc = Offer<"disposeProc", DisposeHandle>(state);
     procs.getSizeProc = Offer<"getSizeProc", GetHandleSize>(state);
-    procs.setSizeProc = Offer<"setSizeProc", SetHandleSize>(state);
     procs.lockProc = Offer<"lockProc", LockHandle>(state);
     procs.unlockProc = Offer<"unlockProc", UnlockHandle>(state);
-    procs.recoverSpaceProc = Offer<"recoverSpaceProc", RecoverSpace>(state);
-    procs.disposeRegularHandleProc = Offer<"disposeRegularHandleProc", DisposeHandle>(state);
+    RefuseAll(&procs.setSizeProc, &procs.recoverSpaceProc, &procs.disposeRegularHandleProc);
 }
 
 std::vector<uint8_t> HandleBytes(const FilterHost &filterHost, HostHandle handle) {

@@ -24,8 +24,6 @@ static void CheckSuiteOf(HostState &state, const std::string &name) {
         suite = kDescriptorRegistrySuiteName;
     else if (name.starts_with("Action."))
         suite = kActionDescriptorSuiteName;
-    else if (name.starts_with("SetErrorFrom"))
-        suite = kErrorSuiteName;
     if (suite && !IsSuiteHeld(state, suite))
         AddViolation(state, name + " called without holding its suite");
 }

@@ -140,6 +140,18 @@ template <typename Table> Table *OfferTable(HostState &state, const char *name, 
 
 void AddViolation(HostState &state, const std::string &text);
 
+// Fills the members of a table that this host does not serve.
+template <typename Result, typename... Arguments> void Refuse(Result (**member)(Arguments...)) {
+    *member = [](Arguments...) -> Result {
+        if (gHostState)
+            AddViolation(*gHostState, "called a procedure that this host does not serve");
+        return FailedResult<Result>(kErrPlugInHostInsufficient);
+    };
+}
+template <typename... Procedures> void RefuseAll(Procedures *...members) {
+    (Refuse(members), ...);
+}
+
 // The tables of each topic.
 void FillHandleProcs(HostState &state);
 void FillDescriptorProcs(HostState &state);

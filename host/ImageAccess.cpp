@@ -39,20 +39,8 @@ int32_t OutputPlanes(const HostState &state) {
 }
 
 Rectangle FilterRectangle(const FilterHost &filterHost) {
-    const Document &document = filterHost.document;
-    const Rectangle whole = {0, 0, document.width, document.height};
-    if (filterHost.settings.filterRect)
-        return *filterHost.settings.filterRect;
-    if (!filterHost.settings.filterRectFollowsMask || document.mask.empty())
-        return whole;
-    Rectangle box = {document.width, document.height, 0, 0};
-    for (int32_t y = 0; y < document.height; y++)
-        for (int32_t x = 0; x < document.width; x++)
-            if (document.mask[static_cast<size_t>(y) * static_cast<size_t>(document.width) +
-                              static_cast<size_t>(x)])
-                box = {std::min(box.left, x), std::min(box.top, y), std::max(box.right, x + 1),
-                       std::max(box.bottom, y + 1)};
-    return IsEmpty(box) ? whole : box;
+    const Rectangle whole = {0, 0, filterHost.document.width, filterHost.document.height};
+    return filterHost.settings.filterRect.value_or(whole);
 }
 
 uint8_t FilterCaseFlags(const HostState &state) {
@@ -163,33 +151,15 @@ static const uint8_t *SourcePlane(const HostState &state, int32_t plane) {
     return state.owner->document.planes[index].data();
 }
 
-// Fills one row of one plane; outside the image as the padding field says.
-static void FillInputRow(const HostState &state, SampleBuffer &buffer, int32_t plane, int32_t y,
-                         int16_t padding) {
+static void FillInputRow(const HostState &state, SampleBuffer &buffer, int32_t plane, int32_t y) {
     const Document &document = state.owner->document;
     const size_t size = static_cast<size_t>(BytesPerSample(document));
     const size_t step = static_cast<size_t>(buffer.hiPlane - buffer.loPlane + 1) * size;
     uint8_t *to =
         BufferRow(buffer, y - buffer.rectangle.top) + static_cast<size_t>(plane - buffer.loPlane) * size;
     const uint8_t *from = SourcePlane(state, plane);
-    const bool isRowInside = y >= 0 && y < document.height;
-    const int32_t left = std::max(buffer.rectangle.left, 0);
-    const int32_t right = std::min(buffer.rectangle.right, document.width);
-    if (isRowInside && left < right)
-        CopyRow(to + static_cast<size_t>(left - buffer.rectangle.left) * step, step,
-                from + DocumentOffset(document, left, y), size, static_cast<size_t>(right - left), size);
-    for (int32_t x = buffer.rectangle.left; x < buffer.rectangle.right; x++) {
-        if (isRowInside && x >= left && x < right)
-            continue;
-        uint8_t *sample = to + static_cast<size_t>(x - buffer.rectangle.left) * step;
-        if (padding == -1)
-            std::memcpy(sample,
-                        from + DocumentOffset(document, std::clamp(x, 0, document.width - 1),
-                                              std::clamp(y, 0, document.height - 1)),
-                        size);
-        else if (padding >= 0)
-            std::memset(sample, padding, size);
-    }
+    CopyRow(to, step, from + DocumentOffset(document, buffer.rectangle.left, y), size,
+            static_cast<size_t>(buffer.rectangle.right - buffer.rectangle.left), size);
 }
 
 static int16_t Refuse(HostState &state, const char *what, const Rectangle &r, int32_t lo, int32_t hi) {
@@ -206,12 +176,6 @@ static bool IsPlaneRange(int32_t lo, int32_t hi, int32_t planes) {
 
 static Rectangle ImageRectangle(const HostState &state) {
     return {0, 0, state.owner->document.width, state.owner->document.height};
-}
-
-// Far enough outside for any padding, near enough that no size overflows.
-static Rectangle PaddedImage(const HostState &state) {
-    const Rectangle image = ImageRectangle(state);
-    return {-image.right, -image.bottom, 2 * image.right, 2 * image.bottom};
 }
 
 static int16_t ServeMask(HostState &state, const AdvanceCall &call) {
@@ -240,15 +204,13 @@ static int16_t ServeInput(HostState &state, const AdvanceCall &call) {
     record.inRowBytes = 0;
     if (IsEmpty(call.in))
         return kNoError;
-    const bool canPad = state.owner->settings.supportsPadding && record.inputPadding != -3;
-    if (!Contains(canPad ? PaddedImage(state) : ImageRectangle(state), call.in) ||
-        !IsPlaneRange(call.inLo, call.inHi, InputPlanes(state)))
+    if (!Contains(ImageRectangle(state), call.in) || !IsPlaneRange(call.inLo, call.inHi, InputPlanes(state)))
         return Refuse(state, "inRect", call.in, call.inLo, call.inHi);
     MakeBuffer(state, state.in, call.in, call.inLo, call.inHi,
                static_cast<size_t>(BytesPerSample(state.owner->document)));
     for (int32_t plane = call.inLo; plane <= call.inHi; plane++)
         for (int32_t y = call.in.top; y < call.in.bottom; y++)
-            FillInputRow(state, state.in, plane, y, record.inputPadding);
+            FillInputRow(state, state.in, plane, y);
     record.inData = BufferRow(state.in, 0);
     record.inRowBytes = static_cast<int32_t>(state.in.rowBytes);
     return kNoError;
@@ -288,15 +250,14 @@ static int16_t ServeOutput(HostState &state, const AdvanceCall &call) {
     return kNoError;
 }
 
-// Column and plane steps of what was handed out; 0 on hosts that do not set them.
+// Column and plane steps of what was handed out.
 static void FillSteps(HostState &state, const AdvanceCall &call) {
     FilterRecord &record = state.fields.record;
-    const bool fill = state.owner->settings.fillColumnBytes;
     const int32_t size = BytesPerSample(state.owner->document);
-    record.inColumnBytes = fill && record.inData ? (call.inHi - call.inLo + 1) * size : 0;
-    record.inPlaneBytes = fill && record.inData ? size : 0;
-    record.outColumnBytes = fill && record.outData ? (call.outHi - call.outLo + 1) * size : 0;
-    record.outPlaneBytes = fill && record.outData ? size : 0;
+    record.inColumnBytes = record.inData ? (call.inHi - call.inLo + 1) * size : 0;
+    record.inPlaneBytes = record.inData ? size : 0;
+    record.outColumnBytes = record.outData ? (call.outHi - call.outLo + 1) * size : 0;
+    record.outPlaneBytes = record.outData ? size : 0;
 }
 
 static int16_t ServeRequest(HostState &state, const AdvanceCall &call) {

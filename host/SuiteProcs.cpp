@@ -1,9 +1,6 @@
 // The basic suite, through which all others are had, and the property and error suites.
 #include "host/HostState.h"
 
-#include <cstdlib>
-#include <cstring>
-
 namespace host {
 
 static const void *SuiteTable(HostState &state, const std::string &name, int32_t version) {
@@ -50,39 +47,6 @@ static SuiteResult ReleaseSuite(const char *name, int32_t version) {
     return 0;
 }
 
-static int32_t AreNamesEqual(const char *a, const char *b) {
-    return a && b && std::strcmp(a, b) == 0;
-}
-
-static SuiteResult AllocateBlock(size_t size, void **block) {
-    void *made = std::malloc(size);
-    if (!made)
-        return kMemFullErr;
-    *block = made;
-    return 0;
-}
-
-static SuiteResult FreeBlock(void *block) {
-    std::free(block);
-    return 0;
-}
-
-static SuiteResult ReallocateBlock(void *block, size_t newSize, void **newBlock) {
-    void *made = std::realloc(block, newSize);
-    if (!made)
-        return kMemFullErr;
-    *newBlock = made;
-    return 0;
-}
-
-static SuiteResult CallUndefined() {
-    return kSuiteNotImplemented;
-}
-
-static HostResult GetHostProperty(FourCharCode, FourCharCode, int32_t, intptr_t *, HostHandle *) {
-    return kErrPlugInPropertyUndefined;
-}
-
 static HostResult SetHostProperty(FourCharCode signature, FourCharCode key, int32_t index, intptr_t value,
                                   HostHandle) {
     if (signature != kHostSignature || key != kPropWatchSuspension || index != 0)
@@ -91,42 +55,18 @@ static HostResult SetHostProperty(FourCharCode signature, FourCharCode key, int3
     return kNoError;
 }
 
-static SuiteResult SetErrorFromPString(const uint8_t *text) {
-    if (!text)
-        return kSuiteBadParameter;
-    gHostState->owner->log.errorText.assign(reinterpret_cast<const char *>(text) + 1, text[0]);
-    return 0;
-}
-
-static SuiteResult SetErrorFromCString(const char *text) {
-    if (!text)
-        return kSuiteBadParameter;
-    gHostState->owner->log.errorText = text;
-    return 0;
-}
-
-static SuiteResult SetErrorFromZString(HostZString) {
-    return kSuiteNotImplemented;
-}
-
 void FillSuites(HostState &state) {
     SPBasicSuite &basic = state.basicSuite;
     basic.AcquireSuite = Offer<"AcquireSuite", AcquireSuite>(state);
     basic.ReleaseSuite = Offer<"ReleaseSuite", ReleaseSuite>(state);
-    basic.IsEqual = Offer<"IsEqual", AreNamesEqual>(state);
-    basic.AllocateBlock = Offer<"AllocateBlock", AllocateBlock>(state);
-    basic.FreeBlock = Offer<"FreeBlock", FreeBlock>(state);
-    basic.ReallocateBlock = Offer<"ReallocateBlock", ReallocateBlock>(state);
-    basic.Undefined = Offer<"Undefined", CallUndefined>(state);
+    RefuseAll(&basic.IsEqual, &basic.AllocateBlock, &basic.FreeBlock, &basic.ReallocateBlock,
+              &basic.Undefined);
 
     state.propertyProcs.propertyProcsVersion = 1;
     state.propertyProcs.numPropertyProcs = 2;
-    state.propertyProcs.getPropertyProc = Offer<"getPropertyProc", GetHostProperty>(state);
     state.propertyProcs.setPropertyProc = Offer<"setPropertyProc", SetHostProperty>(state);
-
-    state.errorSuite.SetErrorFromPString = Offer<"SetErrorFromPString", SetErrorFromPString>(state);
-    state.errorSuite.SetErrorFromCString = Offer<"SetErrorFromCString", SetErrorFromCString>(state);
-    state.errorSuite.SetErrorFromZString = Offer<"SetErrorFromZString", SetErrorFromZString>(state);
+    RefuseAll(&state.propertyProcs.getPropertyProc, &state.errorSuite.SetErrorFromPString,
+              &state.errorSuite.SetErrorFromCString, &state.errorSuite.SetErrorFromZString);
 }
 
 } // namespace host

@@ -70,8 +70,8 @@ TEST(Misuse, IsReported) {
              const ActionDescriptorSuite *action = AcquireActions(r);
              ActionDescriptor descriptor = nullptr;
              action->Make(&descriptor);
-             action->PutInteger(descriptor, 'numb', 1);
-             action->PutInteger(descriptor, 'numb', 2);
+             action->PutData(descriptor, 'numb', 1, "1");
+             action->PutData(descriptor, 'numb', 1, "2");
              action->Free(descriptor);
              r.sSPBasic->ReleaseSuite(kActionDescriptorSuiteName, 2);
          }},
