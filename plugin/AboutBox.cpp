@@ -2,6 +2,7 @@
 
 #include "diag/Log.h"
 #include "diag/ModuleVersion.h"
+#include "plugin/ControlStyle.h"
 #include "plugin/DpiScope.h"
 #include "plugin/LinkButton.h"
 #include "plugin/MakerAddresses.h"
@@ -189,9 +190,11 @@ bool ShowAboutBox(void *parentWindow) {
     const bool comInitialized = SUCCEEDED(CoInitialize(nullptr));
     ShowWaitCursor();
     const DpiCookie dpi = EnterDialogDpi();
+    const ControlStyle style = EnterControlStyle();
     const INT_PTR closed =
         DialogBoxParamA(static_cast<HINSTANCE>(ModuleHandle()), MAKEINTRESOURCEA(kAboutDialogId),
                         static_cast<HWND>(parentWindow), AboutProc, 0);
+    LeaveControlStyle(style);
     LeaveDialogDpi(dpi);
     if (comInitialized)
         CoUninitialize();

@@ -1,6 +1,10 @@
 // Ids of the main dialog's controls and of its keyboard commands, shared by the resource script and the code.
 #pragma once
 
+// The size of the template, in dialog units.
+#define BX_DIALOG_WIDTH 497
+#define BX_DIALOG_HEIGHT 433
+
 // Controls. The pairs of edit field and trackbar are in ui/ParameterTable.cpp.
 #define BX_ID_PREVIEW_ON 1002
 #define BX_ID_HELP 1000

@@ -3,6 +3,7 @@
 
 #include "resources/DialogControlIds.h"
 
+#define BX_CONTROLS_MANIFEST 2 // where the system looks for what the module's imports need
 #define BX_ZOOM_MENU 139
 #define BX_ABOUT_DIALOG 191
 #define BX_ABOUT_LOGO 1201
@@ -70,6 +71,7 @@
 #define BX_BITMAP_SCALE_STEP 1000
 
 #ifndef RC_INVOKED
+constexpr int kControlsManifestId = BX_CONTROLS_MANIFEST;
 constexpr int kZoomMenuId = BX_ZOOM_MENU;
 constexpr int kAboutDialogId = BX_ABOUT_DIALOG;
 constexpr int kAboutLogoId = BX_ABOUT_LOGO;

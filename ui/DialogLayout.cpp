@@ -18,6 +18,7 @@ constexpr UINT kDefaultDpi = 96;
 constexpr UINT kSmallestDpi = 72, kDpiStep = 2; // of a layout that must shrink to fit its monitor
 constexpr int kFontPoints = 8, kPointsPerInch = 72;
 constexpr wchar_t kFontFace[] = L"Tahoma";
+constexpr SIZE kTemplateUnits = {BX_DIALOG_WIDTH, BX_DIALOG_HEIGHT};
 // A dialog unit is a quarter of the font's mean width, and an eighth of its height.
 constexpr int kUnitsAcross = 4, kUnitsDown = 8;
 constexpr int kMeasuredUnits = 400; // a length that shows the units' fractions
@@ -84,7 +85,6 @@ struct Place {
 struct Layout {
     Place places[kMostControls];
     int count;  // 0: none is recorded
-    SIZE units; // the template's client area
     SIZE frame; // pixels, what the window has around its client area
     UINT dpi;
     Units pixels; // of the font at `dpi`
@@ -106,7 +106,7 @@ SIZE SizeOf(const RECT &rect) {
 }
 
 SIZE TemplatePixels(const Units &pixels) {
-    return {ToPixels(gLayout.units.cx, pixels.across), ToPixels(gLayout.units.cy, pixels.down)};
+    return {ToPixels(kTemplateUnits.cx, pixels.across), ToPixels(kTemplateUnits.cy, pixels.down)};
 }
 
 HFONT MakeFont(UINT dpi) {
@@ -201,6 +201,8 @@ bool RecordPlace(HWND dialog, HWND control, const Units &pixels) {
     return true;
 }
 
+// The template's own size is not asked of the window: the system cuts down one that is larger than the
+// screen.
 bool RecordTemplate(HWND dialog) {
     RECT measured = {0, 0, kMeasuredUnits, kMeasuredUnits}, client = {}, window = {};
     if (!MapDialogRect(dialog, &measured) || measured.right <= 0 || measured.bottom <= 0)
@@ -209,7 +211,6 @@ bool RecordTemplate(HWND dialog) {
     GetClientRect(dialog, &client);
     GetWindowRect(dialog, &window);
     gLayout.frame = {SizeOf(window).cx - client.right, SizeOf(window).cy - client.bottom};
-    gLayout.units = {ToUnits(client.right, pixels.across), ToUnits(client.bottom, pixels.down)};
     for (HWND control = GetWindow(dialog, GW_CHILD); control; control = GetWindow(control, GW_HWNDNEXT))
         if (!RecordPlace(dialog, control, pixels))
             return false;

@@ -15,7 +15,7 @@ constexpr int kBitmapScales[] = {100, 125, 150, 200};
 constexpr int kPercentDpi = 96; // pixels an inch at 100 %
 constexpr uint32_t kOpaque = 255;
 constexpr uint32_t kDisabledAlpha = 96; // of a picture that cannot be used now
-constexpr uint32_t kPlateAlpha = 64;    // of the plate under the selected tool
+constexpr uint32_t kPlateAlpha = 40;    // of the highlight in the plate under the selected tool
 
 enum Fit {
     kInTheMiddle,
@@ -230,14 +230,16 @@ void LayPicture(const ControlPicture &picture, const Canvas &canvas, const Canva
         }
 }
 
-// Tinted, with a frame in the full colour; the corners are left out.
+// A tint of the window colour, on which the drawing stands out whatever the dialog's own colour, with a frame
+// in the full one; the corners are left out.
 void FillPlate(const Canvas &canvas) {
     const uint32_t frame = SystemColor(COLOR_HIGHLIGHT);
-    const uint32_t plate = Mixed(SystemColor(COLOR_3DFACE), frame, kPlateAlpha);
+    const uint32_t plate = Mixed(SystemColor(COLOR_WINDOW), frame, kPlateAlpha);
+    const int line = ScaledPixels(1);
     for (int y = 0; y < canvas.height; ++y)
         for (int x = 0; x < canvas.width; ++x) {
-            const bool acrossEdge = x == 0 || x == canvas.width - 1;
-            const bool downEdge = y == 0 || y == canvas.height - 1;
+            const bool acrossEdge = x < line || x >= canvas.width - line;
+            const bool downEdge = y < line || y >= canvas.height - line;
             if (!acrossEdge || !downEdge)
                 canvas.pixels[y * canvas.width + x] = acrossEdge || downEdge ? frame : plate;
         }

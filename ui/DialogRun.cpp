@@ -2,6 +2,7 @@
 
 #include "diag/ErrorReport.h"
 #include "engine/InitializationTask.h"
+#include "plugin/ControlStyle.h"
 #include "plugin/DpiScope.h"
 #include "plugin/PluginState.h"
 #include "plugin/UpdateNotice.h"
@@ -54,17 +55,19 @@ HMODULE LoadControlClasses() {
 
 // IDOK, IDCANCEL, or something else when it could not be opened.
 INT_PTR OpenDialog() {
-    const HMODULE richEdit = LoadControlClasses();
     const DpiCookie dpi = EnterDialogDpi();
+    const ControlStyle style = EnterControlStyle();
+    const HMODULE richEdit = LoadControlClasses();
     INT_PTR closed = -1;
     if (RegisterPreviewDisplayClass()) {
         closed = DialogBoxParamW(ModuleInstance(), kMainDialogName, static_cast<HWND>(ParentWindow()),
                                  BrillatrixProc, 0);
         UnregisterPreviewDisplayClass();
     }
-    LeaveDialogDpi(dpi);
     if (richEdit)
         FreeLibrary(richEdit);
+    LeaveControlStyle(style);
+    LeaveDialogDpi(dpi);
     return closed;
 }
 

@@ -3,6 +3,7 @@
 #include "ui/NumberText.h"
 #include "ui/ParameterValue.h"
 
+#include <algorithm>
 #include <iterator>
 
 #include <richedit.h>
@@ -10,6 +11,9 @@
 namespace {
 
 constexpr int kHighlightMargin = 3; // pixels by which the highlight is wider than the text
+// Dialog units: a line of the dialog's text, and a field in the template.
+constexpr int kLineUnits = 8, kFieldUnits = 12;
+constexpr int kInsetPart = 4; // of a line's height, left and right of the digits
 
 HFONT gParameterFont = nullptr; // dialog's thread; made with the first field, deleted with the last
 
@@ -22,6 +26,19 @@ RECT FormattingRect(HWND edit) {
     RECT rect = {};
     SendMessageA(edit, EM_GETRECT, 0, reinterpret_cast<LPARAM>(&rect));
     return rect;
+}
+
+// One line as high as the labels' in the middle of the field, so that digits and labels have one size at
+// every scale.
+void SetFormattingRect(HWND edit) {
+    RECT window = {}, client = {};
+    GetWindowRect(edit, &window);
+    GetClientRect(edit, &client);
+    const LONG line = MulDiv(window.bottom - window.top, kLineUnits, kFieldUnits);
+    const LONG margin = std::max(0L, (client.bottom - line) / 2);
+    const LONG inset = line / kInsetPart;
+    const RECT format = {inset, margin, std::max(inset, client.right - inset), margin + line};
+    SendMessageA(edit, EM_SETRECT, 0, reinterpret_cast<LPARAM>(&format));
 }
 
 // While the user types, the field shows what was typed; otherwise it shows the parameter.
@@ -77,6 +94,7 @@ bool DrawFieldBuffered(HDC dc, const RECT &client, const ParameterControl &row) 
 } // namespace
 
 void UseParameterFont(ParameterControl *row) {
+    SetFormattingRect(row->edit);
     const RECT format = FormattingRect(row->edit);
     const int height = format.bottom - format.top;
     if (!gParameterFont && height > 0)
