@@ -3,9 +3,9 @@ set(preview_portable
     ../ui/PreviewDrawing.cpp ../ui/PreviewGeometry.cpp ../ui/PreviewReduction.cpp ../ui/PreviewStore.cpp)
 if(WIN32)
     brillatrix_test(preview_tests
-        LIBS ui_preview filter_host test_support recording_diag
+        LIBS ui_preview filter_host system_objects test_support recording_diag
         SOURCES preview/GeometryTest.cpp preview/PreparationTest.cpp preview/PreviewRun.cpp preview/RegionTest.cpp preview/SpeedTest.cpp
-                preview/StoreTest.cpp preview/SystemObjects.cpp preview/TaskTest.cpp
+                preview/StoreTest.cpp preview/TaskTest.cpp
                 preview/TruthTest.cpp)
     target_compile_definitions(preview_tests PRIVATE BRILLATRIX_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
 else()

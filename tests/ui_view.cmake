@@ -10,8 +10,8 @@ endif()
 # Driven with real messages. FakePreview.cpp takes the place of the preview's images and its task; ViewDialog.cpp that
 # of the menu call that would wait for a person.
 brillatrix_test(view_tests DESKTOP
-    LIBS ui_view view_resources recording_diag
-    SOURCES support/WindowPicture.cpp ui/GdiCalls.cpp view/DisplayMouseTest.cpp view/DisplayPaintTest.cpp
+    LIBS ui_view view_resources recording_diag system_objects
+    SOURCES support/WindowPicture.cpp view/DisplayMouseTest.cpp view/DisplayPaintTest.cpp
             view/FakePreview.cpp view/HideToolTest.cpp view/ViewArithmeticTest.cpp view/ViewControlsTest.cpp view/ViewDialog.cpp)
 
 # The display with the real preview behind it. Leaves pictures beside the program.

@@ -14,7 +14,7 @@ endif()
 # Driven with real messages, while modal loops run.
 if(WIN32)
     brillatrix_test(viewer_tests DESKTOP
-        LIBS ui_viewers viewer_resources recording_diag
-        SOURCES preview/SystemObjects.cpp storage/TemporaryFolder.cpp support/WindowPicture.cpp viewers/ClipboardCalls.cpp
+        LIBS ui_viewers viewer_resources recording_diag system_objects
+        SOURCES storage/TemporaryFolder.cpp support/WindowPicture.cpp viewers/ClipboardCalls.cpp
                 viewers/ImageViewerTest.cpp viewers/KeptScene.cpp viewers/ModalDialog.cpp viewers/TableViewerTest.cpp)
 endif()

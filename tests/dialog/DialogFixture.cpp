@@ -184,6 +184,7 @@ struct DialogRunner {
 
 void DialogFixture::SetUp() {
     ASSERT_NO_FATAL_FAILURE(ModuleFixture::SetUp());
+    CountSystemObjects(module.module, &hooks);
     AnswerForSystem(module.module, &hooks);
     DialogRunner::current = this;
     DialogRunner::openOtherA =

@@ -6,6 +6,7 @@
 #include "tests/dialog/SystemAnswers.h"
 #include "tests/plugin/ModuleFixture.h"
 #include "tests/plugin/NightDocument.h"
+#include "tests/support/SystemObjects.h"
 #include "tests/support/WindowPicture.h"
 
 #include <functional>

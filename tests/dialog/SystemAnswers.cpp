@@ -1,207 +1,13 @@
 #include "tests/dialog/SystemAnswers.h"
 
-#include <atomic>
-#include <commctrl.h>
 #include <commdlg.h>
-#include <cstdio>
-#include <cstring>
 #include <cwchar>
-#include <mutex>
 #include <shellapi.h>
 #include <tlhelp32.h>
 
 SystemAnswers gAnswers;
 
 namespace {
-
-// --- Objects
-// ------------------------------------------------------------------------------------------------
-
-struct Made {
-    const char *call;
-    int count; // GetDC may lend one context twice
-};
-std::mutex gBusy;
-std::map<void *, Made> gMade;
-std::atomic<long> gMadeCount;
-
-void Keep(void *handle, const char *call) {
-    if (!handle)
-        return;
-    const std::lock_guard lock(gBusy);
-    Made &made = gMade[handle];
-    made = {call, made.count + 1};
-    ++gMadeCount;
-}
-
-void Forget(void *handle) {
-    const std::lock_guard lock(gBusy);
-    const auto found = gMade.find(handle);
-    if (found != gMade.end() && --found->second.count <= 0)
-        gMade.erase(found);
-}
-
-// Calls the system and keeps or forgets the handle; `name` only tells kinds apart.
-template <auto function> struct Maker;
-template <typename Result, typename... Arguments, Result(WINAPI *function)(Arguments...)>
-struct Maker<function> {
-    static inline const char *name;
-    static Result WINAPI Call(Arguments... arguments) {
-        const Result result = function(arguments...);
-        Keep(reinterpret_cast<void *>(result), name);
-        return result;
-    }
-};
-
-template <auto function> struct Giver;
-template <typename Handle, BOOL(WINAPI *function)(Handle)> struct Giver<function> {
-    static BOOL WINAPI Call(Handle handle) {
-        const BOOL given = function(handle);
-        if (given)
-            Forget(handle);
-        return given;
-    }
-};
-
-int WINAPI GiveContext(HWND window, HDC dc) {
-    Forget(dc);
-    return ReleaseDC(window, dc);
-}
-
-HDC WINAPI StartPaint(HWND window, PAINTSTRUCT *paint) {
-    const HDC dc = BeginPaint(window, paint);
-    Keep(dc, "BeginPaint");
-    return dc;
-}
-
-BOOL WINAPI StopPaint(HWND window, const PAINTSTRUCT *paint) {
-    Forget(paint->hdc);
-    return EndPaint(window, paint);
-}
-
-// A shared image belongs to the system.
-HANDLE WINAPI LoadPictureW(HINSTANCE module, LPCWSTR name, UINT type, int width, int height, UINT flags) {
-    const HANDLE image = LoadImageW(module, name, type, width, height, flags);
-    Keep(flags & LR_SHARED ? nullptr : image, "LoadImage");
-    return image;
-}
-
-HANDLE WINAPI LoadPictureA(HINSTANCE module, LPCSTR name, UINT type, int width, int height, UINT flags) {
-    const HANDLE image = LoadImageA(module, name, type, width, height, flags);
-    Keep(flags & LR_SHARED ? nullptr : image, "LoadImage");
-    return image;
-}
-
-BOOL WINAPI IconParts(HICON icon, ICONINFO *parts) {
-    const BOOL got = GetIconInfo(icon, parts);
-    if (got) {
-        Keep(parts->hbmColor, "GetIconInfo");
-        Keep(parts->hbmMask, "GetIconInfo");
-    }
-    return got;
-}
-
-ATOM WINAPI AddClassA(const WNDCLASSEXA *windowClass) {
-    const ATOM atom = RegisterClassExA(windowClass);
-    Keep(reinterpret_cast<void *>(static_cast<uintptr_t>(atom)), "RegisterClassEx");
-    return atom;
-}
-
-BOOL WINAPI RemoveClassA(LPCSTR name, HINSTANCE module) {
-    WNDCLASSA windowClass;
-    const auto atom = static_cast<ATOM>(GetClassInfoA(module, name, &windowClass));
-    const BOOL removed = UnregisterClassA(name, module);
-    if (removed)
-        Forget(reinterpret_cast<void *>(static_cast<uintptr_t>(atom)));
-    return removed;
-}
-
-FILE *OpenNarrow(const char *name, const char *mode) {
-    FILE *file = fopen(name, mode);
-    Keep(file, "fopen");
-    return file;
-}
-
-FILE *OpenWide(const wchar_t *name, const wchar_t *mode) {
-    FILE *file = _wfopen(name, mode);
-    Keep(file, "fopen");
-    return file;
-}
-
-int CloseFile(FILE *file) {
-    Forget(file);
-    return fclose(file);
-}
-
-struct Hooking {
-    HMODULE module;
-    host::ImportHooks *hooks;
-    template <typename Function> void operator()(const char *name, Function function) const {
-        host::ReplaceImport(module, nullptr, name, function, hooks);
-    }
-    template <auto function> void Makes(const char *name) const {
-        Maker<function>::name = name;
-        (*this)(name, Maker<function>::Call);
-    }
-    template <auto function> void Gives(const char *name) const { (*this)(name, Giver<function>::Call); }
-};
-
-void CountDrawingObjects(const Hooking &hook) {
-    hook.Makes<CreateCompatibleDC>("CreateCompatibleDC");
-    hook.Makes<CreateCompatibleBitmap>("CreateCompatibleBitmap");
-    hook.Makes<CreateBitmap>("CreateBitmap");
-    hook.Makes<CreateDIBSection>("CreateDIBSection");
-    hook.Makes<CreateSolidBrush>("CreateSolidBrush");
-    hook.Makes<CreatePatternBrush>("CreatePatternBrush");
-    hook.Makes<CreatePen>("CreatePen");
-    hook.Makes<ExtCreatePen>("ExtCreatePen");
-    hook.Makes<CreateFontA>("CreateFontA");
-    hook.Makes<CreateFontW>("CreateFontW");
-    hook.Makes<CreateFontIndirectA>("CreateFontIndirectA");
-    hook.Makes<CreateFontIndirectW>("CreateFontIndirectW");
-    hook.Makes<CreateRectRgn>("CreateRectRgn");
-    hook.Makes<CreateRectRgnIndirect>("CreateRectRgnIndirect");
-    hook.Makes<ExtCreateRegion>("ExtCreateRegion");
-    hook.Makes<GetDC>("GetDC");
-    hook.Makes<GetDCEx>("GetDCEx");
-    hook.Makes<GetWindowDC>("GetWindowDC");
-    hook.Gives<DeleteDC>("DeleteDC");
-    hook.Gives<DeleteObject>("DeleteObject");
-    hook("ReleaseDC", GiveContext);
-    hook("BeginPaint", StartPaint);
-    hook("EndPaint", StopPaint);
-}
-
-void CountWindowObjects(const Hooking &hook) {
-    hook.Makes<LoadBitmapA>("LoadBitmapA");
-    hook.Makes<LoadBitmapW>("LoadBitmapW");
-    hook.Makes<CopyImage>("CopyImage");
-    hook.Makes<CopyIcon>("CopyIcon");
-    hook.Makes<CreateIconIndirect>("CreateIconIndirect");
-    hook.Makes<CreateIconFromResourceEx>("CreateIconFromResourceEx");
-    hook.Makes<CreatePopupMenu>("CreatePopupMenu");
-    hook.Makes<CreateMenu>("CreateMenu");
-    hook.Makes<LoadMenuA>("LoadMenuA");
-    hook.Makes<LoadMenuW>("LoadMenuW");
-    hook.Makes<CreateWindowExA>("CreateWindowExA");
-    hook.Makes<CreateWindowExW>("CreateWindowExW");
-    hook.Makes<SetWindowsHookExA>("SetWindowsHookExA");
-    hook.Makes<SetWindowsHookExW>("SetWindowsHookExW");
-    hook.Gives<DestroyIcon>("DestroyIcon");
-    hook.Gives<DestroyMenu>("DestroyMenu");
-    hook.Gives<UnhookWindowsHookEx>("UnhookWindowsHookEx");
-    hook("fopen", OpenNarrow);
-    hook("_wfopen", OpenWide);
-    hook("fclose", CloseFile);
-    hook("LoadImageA", LoadPictureA);
-    hook("LoadImageW", LoadPictureW);
-    hook("GetIconInfo", IconParts);
-    hook("RegisterClassExA", AddClassA);
-    hook("UnregisterClassA", RemoveClassA);
-}
-
-// --- Answers
-// ------------------------------------------------------------------------------------------------
 
 BOOL WINAPI OfferMenuEx(HMENU menu, UINT flags, int x, int y, HWND owner, TPMPARAMS *) {
     OfferedMenu offered = {{x, y}, flags, owner, {}};
@@ -258,11 +64,9 @@ BOOL WINAPI CountBeep(UINT) {
 
 void AnswerForSystem(HMODULE module, host::ImportHooks *hooks) {
     gAnswers = {};
-    gMade.clear();
-    gMadeCount = 0;
-    const Hooking hook = {module, hooks};
-    CountDrawingObjects(hook);
-    CountWindowObjects(hook);
+    const auto hook = [&](const char *name, auto function) {
+        host::ReplaceImport(module, nullptr, name, function, hooks);
+    };
     hook("TrackPopupMenu", OfferMenu);
     hook("TrackPopupMenuEx", OfferMenuEx);
     hook("GetOpenFileNameW", PickFile);
@@ -270,19 +74,6 @@ void AnswerForSystem(HMODULE module, host::ImportHooks *hooks) {
     hook("ShellExecuteA", OpenA);
     hook("ShellExecuteW", OpenW);
     hook("MessageBeep", CountBeep);
-}
-
-std::map<std::string, int> LiveObjects() {
-    const std::lock_guard lock(gBusy);
-    std::map<std::string, int> live;
-    for (const auto &[handle, made] : gMade)
-        if (strncmp(made.call, "CreateWindow", 12) != 0 || IsWindow(static_cast<HWND>(handle)))
-            live[made.call] += made.count;
-    return live;
-}
-
-long ObjectsMade() {
-    return gMadeCount;
 }
 
 // Wine keeps no count; there the process's own table of drawing objects is read, whose free entries have no

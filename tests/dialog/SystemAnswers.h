@@ -1,5 +1,5 @@
 // Takes the place of what waits for a person or leaves the program - menus, file dialogs, the browser - in
-// one loaded module, and keeps count of the window and drawing objects that the module holds.
+// one loaded module.
 #pragma once
 
 #include "host/ModuleImports.h"
@@ -33,14 +33,9 @@ struct SystemAnswers {
 };
 extern SystemAnswers gAnswers;
 
-// Clears the answers and the counts.
+// Clears the answers.
 void AnswerForSystem(HMODULE module, host::ImportHooks *hooks);
 
-// Objects made and not given back: bitmaps, contexts, brushes, fonts, regions, icons, menus, hooks, files,
-// window classes, windows that are open, by the name of the call that made them.
-std::map<std::string, int> LiveObjects();
-// Made since AnswerForSystem, all kinds.
-long ObjectsMade();
 // Drawing objects of the whole process, the system's own for our windows among them; -1 where they cannot be
 // counted.
 int ProcessDrawingObjects();

@@ -5,7 +5,7 @@
 #include "engine/LightSourceTable.h"
 #include "render/RenderDriver.h"
 #include "tests/preview/PreviewRun.h"
-#include "tests/preview/SystemObjects.h"
+#include "tests/support/SystemObjects.h"
 #include "tests/support/RecordingDiag.h"
 #include "ui/PreviewImages.h"
 #include "ui/PreviewInvariants.h"
@@ -172,7 +172,7 @@ TEST(PreviewPreparation, FailingRegionsAreReportedAndEndNothing) {
             if (FindPreviewTile(request, PreviewArea::visible, &tile))
                 RenderPreviewTile(request, tile, images.cancel);
         }
-    FailSystemCall(nullptr, 0, 0);
+    FailSystemCall(kAnyDrawingCall, 0, 0);
     std::vector<uint32_t> sites;
     for (const RecordedReport &report : TakeReports()) {
         EXPECT_EQ(report.title, kTitleUnexpected);

@@ -1,6 +1,6 @@
 // Region objects against sets of pixels.
 #include "diag/BufferUsage.h"
-#include "tests/preview/SystemObjects.h"
+#include "tests/support/SystemObjects.h"
 #include "tests/support/RecordingDiag.h"
 #include "ui/PreviewGeometry.h"
 #include "ui/Regions.h"

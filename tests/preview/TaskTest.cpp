@@ -5,7 +5,7 @@
 #include "engine/LightSourceTable.h"
 #include "render/RenderDriver.h"
 #include "tests/preview/PreviewRun.h"
-#include "tests/preview/SystemObjects.h"
+#include "tests/support/SystemObjects.h"
 #include "tests/support/RecordingDiag.h"
 #include "ui/DialogMessages.h"
 #include "ui/PreviewImages.h"
@@ -20,6 +20,8 @@
 #include <random>
 
 namespace {
+
+const bool gObjectsAreCounted = CountOwnSystemObjects();
 
 std::vector<SentMessage> Only(const std::vector<SentMessage> &messages, UINT wanted, size_t from) {
     std::vector<SentMessage> found;
@@ -172,9 +174,9 @@ TEST(ProxyUpdateTask, StopsAtAnyMomentAndLeavesNothing) {
         RequestPreview(MakeTestRequest(run.View(50.0)));
         ASSERT_TRUE(run.WaitUntilServed());
         StopProxyUpdateTask();
-        const int live = LiveSystemObjects();
+        const auto live = LiveObjects();
         const int64_t held = BufferBytesInUse();
-        const long made = SystemObjectsMade();
+        const long made = ObjectsMade();
         DWORD longest = 0;
         for (int i = 0; i < rounds; ++i) {
             ASSERT_TRUE(run.Start());
@@ -189,12 +191,11 @@ TEST(ProxyUpdateTask, StopsAtAnyMomentAndLeavesNothing) {
             const DWORD start = GetTickCount();
             StopProxyUpdateTask();
             longest = std::max(longest, GetTickCount() - start);
-            ASSERT_EQ(LiveSystemObjects(), live) << "round " << i << ": " << LiveSystemObjectNames();
+            ASSERT_EQ(LiveObjects(), live) << "round " << i;
             ASSERT_EQ(BufferBytesInUse(), held) << "round " << i;
         }
-        std::printf("%ld objects made and given back, longest stop %lu ms\n", SystemObjectsMade() - made,
-                    longest);
-        EXPECT_GT(SystemObjectsMade() - made, rounds * 15L);
+        std::printf("%ld objects made and given back, longest stop %lu ms\n", ObjectsMade() - made, longest);
+        EXPECT_GT(ObjectsMade() - made, rounds * 15L);
         EXPECT_LT(longest, 1000u);
         RequestPreview(MakeTestRequest(run.View(100.0))); // nobody there: no harm
         StopProxyUpdateTask();
@@ -253,20 +254,20 @@ TEST(ProxyUpdateTask, FailingCreationsAreReportedAndOnlyTheThreadsAndTheImagesAr
     };
     PreviewRun run(300, 200, 6);
     ASSERT_TRUE(WaitLightSourceTable(nullptr, nullptr, 20000));
-    const int live = LiveSystemObjects();
+    const auto live = LiveObjects();
     const int64_t held = BufferBytesInUse();
     for (const auto &failure : failures) {
         TakeReports();
         FailSystemCall(failure.call, failure.n, 14);
         EXPECT_EQ(run.Start(), failure.site != 475 && failure.site != 652 && failure.site != 657)
             << failure.text;
-        FailSystemCall(nullptr, 0, 0);
+        FailSystemCall(kAnyDrawingCall, 0, 0);
         EXPECT_TRUE(IsReported(TakeReports(), failure.site, failure.text)) << failure.text;
         RequestPreview(MakeTestRequest(run.View(50.0)));
         run.WaitUntilServed(60);
         StopProxyUpdateTask();
         FreeRenderState(); // the stamps are the renderer's
-        ASSERT_EQ(LiveSystemObjects(), live) << failure.text << ": " << LiveSystemObjectNames();
+        ASSERT_EQ(LiveObjects(), live) << failure.text;
         ASSERT_EQ(BufferBytesInUse(), held) << failure.text;
     }
     TakeReports();

@@ -3,7 +3,7 @@
 #include "plugin/MakerAddresses.h"
 #include "resources/ResourceIds.h"
 #include "tests/support/WindowPicture.h"
-#include "tests/ui/GdiCalls.h"
+#include "tests/support/SystemObjects.h"
 #include "ui/CornerIcon.h"
 #include "ui/DialogBackBuffer.h"
 #include "ui/DialogLayout.h"
@@ -33,6 +33,8 @@ bool OpenAddress(void *, const char *address) {
 }
 
 namespace {
+
+const bool gObjectsAreCounted = CountOwnSystemObjects();
 
 constexpr int kGroupIds[] = {kSettingsPanelId, kSpikesGroupId, kColorGroupId, kSecondaryGroupId,
                              kPreviewFrameId};
@@ -115,7 +117,7 @@ protected:
         dpi = EnterDialogDpi();
         InitCommonControls();
         ASSERT_TRUE(RegisterPreviewDisplayClass());
-        liveBefore = LiveGdiObjects();
+        liveBefore = LiveDrawingObjects();
         dialog = CreateDialogParamW(GetModuleHandleW(nullptr), kMainDialogName, nullptr, LookProc, 0);
         ASSERT_NE(dialog, nullptr);
         ASSERT_TRUE(RecordDialogLayout(dialog));
@@ -132,7 +134,7 @@ protected:
     void TearDown() override {
         if (dialog)
             DestroyWindow(dialog);
-        EXPECT_EQ(LiveGdiObjects(), liveBefore);
+        EXPECT_EQ(LiveDrawingObjects(), liveBefore);
         UnregisterPreviewDisplayClass();
         LeaveDialogDpi(dpi);
     }
@@ -298,9 +300,9 @@ TEST_F(DialogLook, PicturesOfEachState) {
     // A picture that cannot be made is reported, and nothing that was made for it stays (TearDown counts).
     int creations = 0;
     do
-        FailGdiCreation(++creations);
+        FailSystemCall(kAnyDrawingCall, ++creations, 0);
     while (!LoadDialogPictures(dialog) && creations < 1000);
-    FailGdiCreation(0);
+    FailSystemCall(kAnyDrawingCall, 0, 0);
     EXPECT_GT(creations, 100); // with that many or more allowed none fails
     EXPECT_TRUE(LoadDialogPictures(dialog));
 }
@@ -323,16 +325,10 @@ TEST(DpiScope, HostSeesItsOwnAwareness) {
     const DpiCookie outer = EnterDialogDpi();
     const void *own = ThreadAwareness();
     EXPECT_NE(own, host);
-    const DpiCookie call = EnterHostDpi();
-    EXPECT_EQ(ThreadAwareness(), host);
-    LeaveHostDpi(call);
-    EXPECT_EQ(ThreadAwareness(), own);
     const DpiCookie inner = EnterDialogDpi();
     LeaveDialogDpi(inner);
     EXPECT_EQ(ThreadAwareness(), own);
     LeaveDialogDpi(outer);
-    EXPECT_EQ(ThreadAwareness(), host);
-    LeaveHostDpi(EnterHostDpi());
     EXPECT_EQ(ThreadAwareness(), host);
     set(before);
 }

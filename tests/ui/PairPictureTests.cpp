@@ -1,6 +1,6 @@
 // What the pairs look like: the colours of each state, and pictures to look at, left beside the test program.
 #include "tests/support/WindowPicture.h"
-#include "tests/ui/GdiCalls.h"
+#include "tests/support/SystemObjects.h"
 #include "tests/ui/PairDialog.h"
 
 #include <gtest/gtest.h>
@@ -15,6 +15,8 @@
 #include <vector>
 
 namespace {
+
+const bool gObjectsAreCounted = CountOwnSystemObjects();
 
 uint32_t PixelOfSystemColor(int index) {
     const COLORREF color = GetSysColor(index);
@@ -136,23 +138,23 @@ TEST_P(PairPictures, TheHighlightFitsTheTextAlsoWhileItIsTyped) {
 TEST_P(PairPictures, PaintingGivesEverythingBackAndSurvivesFailures) {
     FocusParameterControl(2);
     const Picture expected = Capture();
-    EXPECT_EQ(LiveGdiObjects(), 1) << "the font that all the fields share";
+    EXPECT_EQ(LiveDrawingObjects(), 1) << "the font that all the fields share";
     for (int n = 1; n <= 6; ++n) {
-        FailGdiCreation(n);
+        FailSystemCall(kAnyDrawingCall, n, 0);
         RedrawWindow(dialog.window, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN | RDW_UPDATENOW);
-        FailGdiCreation(0);
-        EXPECT_EQ(LiveGdiObjects(), 1) << n;
+        FailSystemCall(kAnyDrawingCall, 0, 0);
+        EXPECT_EQ(LiveDrawingObjects(), 1) << n;
         EXPECT_EQ(CaptureWindow(dialog.window).pixels, expected.pixels) << n;
     }
     ClosePairDialog(&dialog);
-    EXPECT_EQ(LiveGdiObjects(), 0);
-    FailGdiCreation(1);
+    EXPECT_EQ(LiveDrawingObjects(), 0);
+    FailSystemCall(kAnyDrawingCall, 1, 0);
     ASSERT_TRUE(OpenPairDialog(&dialog, GetParam(), kDefaultParameters))
         << "the first font could not be made";
-    FailGdiCreation(0);
+    FailSystemCall(kAnyDrawingCall, 0, 0);
     EXPECT_EQ(EditText(10), "30");
     ClosePairDialog(&dialog);
-    EXPECT_EQ(LiveGdiObjects(), 0);
+    EXPECT_EQ(LiveDrawingObjects(), 0);
 }
 
 } // namespace

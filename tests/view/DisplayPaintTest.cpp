@@ -2,7 +2,7 @@
 // FakePreview.h.
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/WindowPicture.h"
-#include "tests/ui/GdiCalls.h"
+#include "tests/support/SystemObjects.h"
 #include "tests/view/FakePreview.h"
 #include "tests/view/ViewDialog.h"
 
@@ -15,6 +15,8 @@
 #include <set>
 
 namespace {
+
+const bool gObjectsAreCounted = CountOwnSystemObjects();
 
 constexpr IntRect kImage = {0, 0, 4000, 3000};
 constexpr uint32_t kSurroundPixel = 0x606060;
@@ -46,9 +48,9 @@ protected:
         SetViewTool(kToolPan);
     }
     void TearDown() override {
-        FailGdiCreation(0);
+        FailSystemCall(kAnyDrawingCall, 0, 0);
         CloseViewDialog(&dialog);
-        EXPECT_EQ(LiveGdiObjects(), 0);
+        EXPECT_EQ(LiveDrawingObjects(), 0);
         EXPECT_TRUE(TakeReports().empty());
     }
     void Open(const IntRect &image = kImage) {
@@ -200,14 +202,14 @@ TEST_F(DisplayPainting, WithoutAPictureTheSurroundIsShown) {
 TEST_F(DisplayPainting, FailingSystemCallsLeaveADisplayThatWorks) {
     int reported = 0;
     for (int n = 1; n <= 6; ++n) {
-        FailGdiCreation(n);
+        FailSystemCall(kAnyDrawingCall, n, 0);
         Open();
         EXPECT_EQ(WrongPixels(Show()), 0) << "creation " << n;
-        FailGdiCreation(0);
+        FailSystemCall(kAnyDrawingCall, 0, 0);
         InvalidateRect(dialog.display, nullptr, FALSE);
         EXPECT_EQ(WrongPixels(Show()), 0) << "creation " << n;
         CloseViewDialog(&dialog);
-        EXPECT_EQ(LiveGdiObjects(), 0) << "creation " << n;
+        EXPECT_EQ(LiveDrawingObjects(), 0) << "creation " << n;
         for (const auto &report : TakeReports()) {
             EXPECT_EQ(report.message.rfind("Could not create ", 0), 0u) << report.message;
             EXPECT_EQ(report.record.kind, kSystemError);
@@ -223,7 +225,7 @@ TEST_F(DisplayPainting, OpeningAndClosingManyTimesLeavesNothing) {
         SetZoom(300.0);
         Show();
         CloseViewDialog(&dialog);
-        ASSERT_EQ(LiveGdiObjects(), 0);
+        ASSERT_EQ(LiveDrawingObjects(), 0);
     }
     EXPECT_EQ(gFakePreview.starts, 30);
     EXPECT_EQ(gFakePreview.stops, 30);

@@ -4,7 +4,7 @@
 #include "resources/ResourceIds.h"
 #include "storage/AppFolders.h"
 #include "storage/UISettings.h"
-#include "tests/preview/SystemObjects.h"
+#include "tests/support/SystemObjects.h"
 #include "tests/storage/TemporaryFolder.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/WindowPicture.h"
@@ -19,6 +19,8 @@
 #include <vector>
 
 namespace {
+
+const bool gObjectsAreCounted = CountOwnSystemObjects();
 
 constexpr WPARAM kCtrlC = 3;
 constexpr int kFit = 0, kActual = 1, kFourfold = 2;
@@ -96,7 +98,7 @@ protected:
         TakeReports();
     }
     void TearDown() override {
-        FailSystemCall("", 0, 0);
+        FailSystemCall(kAnyDrawingCall, 0, 0);
         ChooseWhatToKeep(false, false);
         EXPECT_EQ(BufferBytesInUse(), 0);
     }
@@ -278,7 +280,7 @@ TEST_F(ImageViewerTest, ZoomFollowsWheelAndKeysWithoutAWhiteMoment) {
 
 // Each creation of a graphics object fails once: the viewer opens, and gives back what it has.
 TEST_F(ImageViewerTest, GivesEverythingBackWhateverFails) {
-    const int before = LiveSystemObjects();
+    const auto before = LiveObjects();
     const auto look = [](HWND dialog, HWND display) {
         for (int choice = 0; choice < kDebugPictures; ++choice) {
             Choose(dialog, kDebugChoiceId, choice);
@@ -287,13 +289,13 @@ TEST_F(ImageViewerTest, GivesEverythingBackWhateverFails) {
         SendMessageA(display, WM_CHAR, kCtrlC, 1);
     };
     Open(look);
-    EXPECT_EQ(LiveSystemObjects(), before) << LiveSystemObjectNames();
+    EXPECT_EQ(LiveObjects(), before);
     for (const char *call : {"CreateCompatibleDC", "CreateCompatibleBitmap", "CreateDIBSection", "GetDC"})
         for (int n = 1; n <= 4; ++n) {
             FailSystemCall(call, n, ERROR_NOT_ENOUGH_MEMORY);
             Open(look);
-            FailSystemCall("", 0, 0);
-            EXPECT_EQ(LiveSystemObjects(), before) << call << n << ": " << LiveSystemObjectNames();
+            FailSystemCall(kAnyDrawingCall, 0, 0);
+            EXPECT_EQ(LiveObjects(), before) << call << n;
         }
     FailAllocation(1, true); // of the star picture
     Open([](HWND dialog, HWND display) {
@@ -301,7 +303,7 @@ TEST_F(ImageViewerTest, GivesEverythingBackWhateverFails) {
         EXPECT_EQ(TextOf(display), "This picture could not be made.");
     });
     FailAllocation(0, false);
-    EXPECT_EQ(LiveSystemObjects(), before) << LiveSystemObjectNames();
+    EXPECT_EQ(LiveObjects(), before);
 }
 
 TEST_F(ImageViewerTest, SaysWhenNothingWasKept) {
