@@ -1,5 +1,5 @@
-// PNG and JPEG through the system's codecs. They are encoded in memory, so that the colour profile, which the
-// codecs cannot write, can be put in.
+// PNG, JPEG and BMP through the system's codecs. They are encoded in memory, so that the colour profile,
+// which the codecs cannot write, can be put in.
 #include "host/PictureMetadata.h"
 #include "host/WicCodecs.h"
 
@@ -76,19 +76,19 @@ static bool WriteRows(IWICBitmapFrameEncode *frame, const Picture &picture, cons
     return true;
 }
 
-static bool EncodeInto(IWICImagingFactory *factory, IStream *stream, bool isJpeg, const Picture &picture,
-                       const PixelLayout &layout, bool swaps, std::string *why) {
+static bool EncodeInto(IWICImagingFactory *factory, IStream *stream, const GUID &container,
+                       const Picture &picture, const PixelLayout &layout, bool swaps, std::string *why) {
     ComPointer<IWICBitmapEncoder> encoder;
     ComPointer<IWICBitmapFrameEncode> frame;
     ComPointer<IPropertyBag2> options;
-    HRESULT result = factory->CreateEncoder(isJpeg ? GUID_ContainerFormatJpeg : GUID_ContainerFormatPng,
-                                            nullptr, encoder.Slot());
+    HRESULT result = factory->CreateEncoder(container, nullptr, encoder.Slot());
     if (SUCCEEDED(result))
         result = encoder->Initialize(stream, WICBitmapEncoderNoCache);
     if (SUCCEEDED(result))
         result = encoder->CreateNewFrame(frame.Slot(), options.Slot());
     if (FAILED(result) || !frame.pointer || !options.pointer)
         return CheckCodec(FAILED(result) ? result : E_POINTER, "no codec for this format", why);
+    const bool isJpeg = IsEqualGUID(container, GUID_ContainerFormatJpeg);
     if (!BeginFrame(frame.pointer, options.pointer, isJpeg, picture, layout, why) ||
         !WriteRows(frame.pointer, picture, layout, swaps, why))
         return false;
@@ -112,15 +112,18 @@ static bool TakeStream(IStream *stream, Bytes *bytes, std::string *why) {
     return true;
 }
 
-static bool Encode(bool isJpeg, const Picture &picture, bool swaps, Bytes *bytes, std::string *why) {
-    const bool hasAlpha = picture.hasAlpha && !isJpeg;
-    const int32_t colourPlanes = hasAlpha ? 3 : picture.colourPlanes;
+// A BMP is always in colour: its codec knows no grey.
+static bool Encode(const GUID &container, const Picture &picture, bool swaps, Bytes *bytes,
+                   std::string *why) {
+    const bool hasAlpha = picture.hasAlpha && IsEqualGUID(container, GUID_ContainerFormatPng);
+    const bool isColour = hasAlpha || IsEqualGUID(container, GUID_ContainerFormatBmp);
+    const int32_t colourPlanes = isColour ? 3 : picture.colourPlanes;
     const PixelLayout *layout = LayoutForWriting(picture.depth, colourPlanes, hasAlpha);
     CodecSession session;
     ComPointer<IStream> stream;
     if (!layout || !OpenCodecs(&session, why) ||
         !CheckCodec(CreateStreamOnHGlobal(nullptr, TRUE, stream.Slot()), "not enough memory", why) ||
-        !EncodeInto(session.factory.pointer, stream.pointer, isJpeg, picture, *layout, swaps, why) ||
+        !EncodeInto(session.factory.pointer, stream.pointer, container, picture, *layout, swaps, why) ||
         !TakeStream(stream.pointer, bytes, why))
         return false;
     if (DoesProfileFit(picture.iccProfile, colourPlanes))
@@ -137,19 +140,27 @@ static bool DoesEncoderSwap() {
     Bytes bytes;
     Picture readBack;
     std::string why;
-    return Encode(false, probe, false, &bytes, &why) && ReadWithCodecs(bytes, &readBack, &why) &&
-           readBack.planes != probe.planes;
+    return Encode(GUID_ContainerFormatPng, probe, false, &bytes, &why) &&
+           ReadWithCodecs(bytes, &readBack, &why) && readBack.planes != probe.planes;
 }
 
 bool WritePng(const Picture &picture, OutputFile *file, std::string *why) {
     Bytes bytes;
     const bool swaps = picture.depth == 16 && DoesEncoderSwap();
-    return Encode(false, picture, swaps, &bytes, why) && AppendOutput(file, bytes.data(), bytes.size(), why);
+    return Encode(GUID_ContainerFormatPng, picture, swaps, &bytes, why) &&
+           AppendOutput(file, bytes.data(), bytes.size(), why);
 }
 
 bool WriteJpeg(const Picture &picture, OutputFile *file, std::string *why) {
     Bytes bytes;
-    return Encode(true, picture, false, &bytes, why) && AppendOutput(file, bytes.data(), bytes.size(), why);
+    return Encode(GUID_ContainerFormatJpeg, picture, false, &bytes, why) &&
+           AppendOutput(file, bytes.data(), bytes.size(), why);
+}
+
+bool WriteBmp(const Picture &picture, OutputFile *file, std::string *why) {
+    Bytes bytes;
+    return Encode(GUID_ContainerFormatBmp, picture, false, &bytes, why) &&
+           AppendOutput(file, bytes.data(), bytes.size(), why);
 }
 
 } // namespace host

@@ -25,15 +25,15 @@ TEST(PictureFiles, LosslessFormatsKeepEverySample) {
         bool hasAlpha;
     };
     const Case cases[] = {
-        {L"a.png", 8, 1, false},  {L"a.png", 8, 3, false},  {L"a.png", 8, 3, true},
-        {L"a.png", 16, 1, false}, {L"a.png", 16, 3, false}, {L"a.png", 16, 3, true},
-        {L"a.tif", 8, 1, false},  {L"a.tif", 8, 1, true},   {L"a.tif", 8, 3, false},
-        {L"a.tif", 8, 3, true},   {L"a.tif", 16, 1, false}, {L"a.tif", 16, 1, true},
-        {L"a.TIF", 16, 3, false}, {L"a.tiff", 16, 3, true}, {L"a.tif", 32, 1, false},
-        {L"a.tif", 32, 1, true},  {L"a.tif", 32, 3, false}, {L"a.tif", 32, 3, true},
-        {L"a.bmp", 8, 1, false},  {L"a.bmp", 8, 3, false},  {L"a.ppm", 8, 3, false},
-        {L"a.ppm", 16, 3, false}, {L"a.pgm", 8, 1, false},  {L"a.pgm", 16, 1, false},
-        {L"a.pfm", 32, 1, false}, {L"a.pfm", 32, 3, false}, {L"a.b.png", 8, 3, false},
+        {L"a.png", 8, 1, false},  {L"a.png", 8, 3, false},   {L"a.png", 8, 3, true},
+        {L"a.png", 16, 1, false}, {L"a.png", 16, 3, false},  {L"a.png", 16, 3, true},
+        {L"a.tif", 8, 1, false},  {L"a.tif", 8, 1, true},    {L"a.tif", 8, 3, false},
+        {L"a.tif", 8, 3, true},   {L"a.tif", 16, 1, false},  {L"a.tif", 16, 1, true},
+        {L"a.TIF", 16, 3, false}, {L"a.tiff", 16, 3, true},  {L"a.tif", 32, 1, false},
+        {L"a.tif", 32, 1, true},  {L"a.tif", 32, 3, false},  {L"a.tif", 32, 3, true},
+        {L"a.bmp", 8, 3, false},  {L"a.ppm", 8, 3, false},   {L"a.ppm", 16, 3, false},
+        {L"a.pgm", 8, 1, false},  {L"a.pgm", 16, 1, false},  {L"a.pfm", 32, 1, false},
+        {L"a.pfm", 32, 3, false}, {L"a.b.png", 8, 3, false},
     };
     const TestFolder folder;
     for (const Case &c : cases) {
