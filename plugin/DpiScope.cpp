@@ -10,9 +10,6 @@ using SetContextFunction = void *(WINAPI *)(void *);
 // The system's handles for per-monitor awareness, newest form first; a system refuses those it does not know.
 constexpr intptr_t kPerMonitorContexts[] = {-4, -3};
 
-int gEntered = 0;             // EnterDialogDpi without its LeaveDialogDpi
-void *gHostContext = nullptr; // what the thread had before the first of them
-
 // Looked up each time: a static's guard would make a system object that nobody closes.
 SetContextFunction SetContext() {
     const FARPROC address = GetProcAddress(GetModuleHandleA("user32.dll"), "SetThreadDpiAwarenessContext");
@@ -28,32 +25,15 @@ void *ChangeContext(void *context) {
     return set ? set(context) : nullptr;
 }
 
-DpiCookie EnterPerMonitorContext() {
+} // namespace
+
+DpiCookie EnterDialogDpi() {
     for (const intptr_t context : kPerMonitorContexts)
         if (const DpiCookie previous = ChangeContext(reinterpret_cast<void *>(context)))
             return previous;
     return nullptr;
 }
 
-} // namespace
-
-DpiCookie EnterDialogDpi() {
-    const DpiCookie previous = EnterPerMonitorContext();
-    if (gEntered++ == 0)
-        gHostContext = previous;
-    return previous;
-}
-
 void LeaveDialogDpi(DpiCookie cookie) {
-    ChangeContext(cookie);
-    if (--gEntered == 0)
-        gHostContext = nullptr;
-}
-
-DpiCookie EnterHostDpi() {
-    return ChangeContext(gHostContext);
-}
-
-void LeaveHostDpi(DpiCookie cookie) {
     ChangeContext(cookie);
 }

@@ -7,11 +7,7 @@
 using DpiCookie = void *;
 
 // Around the creation and the life of the dialog: per-monitor awareness, the newest form the system has.
-// Enter and leave nest.
+// Enter and leave nest. In between no call is made into the host, which would see an awareness not its own;
+// the system itself puts each window's awareness in place around the window's procedure.
 DpiCookie EnterDialogDpi();
 void LeaveDialogDpi(DpiCookie cookie);
-
-// Around a call into the host that is made while the dialog is open: the awareness that the thread had before
-// the dialog. Null, and no change, outside EnterDialogDpi.
-DpiCookie EnterHostDpi();
-void LeaveHostDpi(DpiCookie cookie);

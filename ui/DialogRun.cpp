@@ -71,14 +71,15 @@ INT_PTR OpenDialog() {
     return closed;
 }
 
-// What ended the dialog other than OK: the code that is already there, the light source table's failure, or
-// the user.
+// The code of what ended the dialog other than OK: the user, or a failure of the light source table. Its task
+// tells its code only when it ends, which may be after the dialog has.
 HostResult ResultOfCancel() {
     if (*gResult != kNoError)
         return *gResult;
-    if (gFatalErrorStatus != 0 && LightSourceTableResult() != kNoError)
-        return LightSourceTableResult();
-    return kUserCanceledErr;
+    if (gFatalErrorStatus == 0)
+        return kUserCanceledErr;
+    WaitLightSourceTable(nullptr, nullptr, INFINITE);
+    return LightSourceTableResult() != kNoError ? LightSourceTableResult() : kUserCanceledErr;
 }
 
 } // namespace

@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <commctrl.h>
+#include <iterator>
 
 DialogSubject gDialogSubject;
 MainDialog gMainDialog;
@@ -186,12 +187,19 @@ void EndForFatalError(HWND dialog) {
     EndMainDialog(dialog, IDCANCEL);
 }
 
-// So that a thread that sends a message never waits for what the dialog does next. What is not handled here
-// is left to the system, whose answer the sender needs.
+// Messages that the dialog leaves to the system, and whose sender acts on the system's answer: a plain 0
+// would, for instance, keep the session from ending.
+bool IsQuestionToSystem(UINT message) {
+    constexpr UINT questions[] = {WM_QUERYENDSESSION, WM_GETTEXT,   WM_GETTEXTLENGTH, WM_GETFONT,
+                                  WM_GETICON,         WM_GETOBJECT, WM_NCHITTEST,     WM_QUERYUISTATE,
+                                  WM_PRINT,           DM_GETDEFID,  WM_GETHOTKEY,     WM_GETTITLEBARINFOEX};
+    return std::find(std::begin(questions), std::end(questions), message) != std::end(questions);
+}
+
+// So that a thread that sends a message never waits for what the dialog does next.
 void ReplyToOtherThread(UINT message, INT_PTR result) {
-    if (result == 0 && message < WM_APP)
-        return;
-    if ((InSendMessageEx(nullptr) & (ISMEX_SEND | ISMEX_REPLIED)) == ISMEX_SEND)
+    if (!IsQuestionToSystem(message) &&
+        (InSendMessageEx(nullptr) & (ISMEX_SEND | ISMEX_REPLIED)) == ISMEX_SEND)
         ReplyMessage(result);
 }
 

@@ -25,8 +25,8 @@ struct MainDialog {
     bool painted;       // once
     bool isEnding;      // EndDialog was called, by the user or for a fatal error
     bool endedForFatal; // EndDialog was called for a fatal error
-    RECT rect;        // of the window, screen; kept up to date while the window is neither an icon nor hidden
-    RECT initialRect; // as it was made from the template; empty before it is recorded
+    RECT rect;          // of the window, screen; kept up to date while the window is no icon
+    RECT initialRect;   // as it was made from the template; empty before it is recorded
     HWND tooltips;
     HHOOK hook;
     bool comboClaimsKeys;    // the letters stay with the controls

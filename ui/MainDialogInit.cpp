@@ -31,7 +31,8 @@ RECT RectOfScreenRect(const ScreenRect &rect) {
     return {rect.left, rect.top, rect.right, rect.bottom};
 }
 
-// The effect tools wait for the light source table.
+// The effect tools wait for the light source table. Alt reveals nothing yet: that state is the display's,
+// which begins anew with each dialog.
 void ResetViewTool() {
     if (GetViewTool() == kToolHide || GetViewTool() == kToolShow)
         SetViewTool(kToolZoom);
@@ -56,6 +57,7 @@ void SetUpControls(HWND dialog) {
     FillEffectList(dialog);
     BindCheckBoxes(dialog, DialogParameters());
     BindParameterControls(dialog, DialogParameters());
+    SelectFittingSettings(dialog); // the controls have brought the values into their ranges
     SubclassCornerIcon(dialog);
     SubclassPreviewFrame(dialog);
     AttachPreviewDisplay(

@@ -70,7 +70,8 @@ void SelectAsUser(HWND dialog, int index) {
 
 void TakeLoadedBlock(HWND dialog, const WidePath &folder, const WidePath &path, ParameterBlock *block) {
     if (IsInFolder(path.text, folder.text)) {
-        ApplyParameterBlock(dialog, *block);
+        if (ApplyParameterBlock(dialog, *block))
+            PostMessageW(dialog, kMsgRequestPreview, 0, 0);
         SelectParameterSet(dialog, -1);
         free(block);
         return;
@@ -83,18 +84,18 @@ void TakeLoadedBlock(HWND dialog, const WidePath &folder, const WidePath &path, 
 }
 
 // In the parameters folder the list shows each file once, and shows none with another extension.
-void ListSavedBlock(HWND dialog, const WidePath &folder, const WidePath &path, ParameterBlock *block) {
+int ListSavedBlock(HWND dialog, const WidePath &folder, const WidePath &path, ParameterBlock *block) {
     WidePath name;
     NameOfParameterSet(path.text, &name);
     if (!IsInFolder(path.text, folder.text))
-        AddParameterSet(dialog, name.text, block);
-    else if (HasParameterSetExtension(path.text))
-        ReplaceParameterSet(dialog, name.text, block);
-    else
-        free(block);
+        return AddParameterSet(dialog, name.text, block);
+    if (HasParameterSetExtension(path.text))
+        return ReplaceParameterSet(dialog, name.text, block);
+    free(block);
+    return -1;
 }
 
-void SaveCurrentSet(HWND dialog, const WidePath &folder, const WidePath &path) {
+int SaveCurrentSet(HWND dialog, const WidePath &folder, const WidePath &path) {
     ParameterBlock *block =
         gParameterBlockAccessor
             ? reinterpret_cast<ParameterBlock *>(gParameterBlockAccessor(kMakeCurrentBlock, nullptr))
@@ -102,15 +103,14 @@ void SaveCurrentSet(HWND dialog, const WidePath &folder, const WidePath &path) {
     if (!block) {
         ReportError({kSiteMakeBlock, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
                     "The current parameter set could not be made into a block.");
-        return;
+        return -1;
     }
-    if (SaveParametersFile(*block, path.text)) {
-        ListSavedBlock(dialog, folder, path, block);
-        return;
-    }
+    if (SaveParametersFile(*block, path.text))
+        return ListSavedBlock(dialog, folder, path, block);
     free(block);
     ReportError({kSiteSave, kUserMessage, 0}, kWarningIcon, kTitleWarning,
                 "SaveParametersFile() failed with FilePath = '%s'", DescribePath(path.text).text);
+    return -1;
 }
 
 bool ConfirmDeletion(HWND dialog, const wchar_t *name) {
@@ -127,7 +127,6 @@ bool ApplyParameterBlock(HWND dialog, const ParameterBlock &block) {
     if (!gParameterBlockAccessor || gParameterBlockAccessor(kCommitBlock, &block) != 1)
         return false;
     SendMessageW(dialog, kMsgParametersReplaced, 0, 0);
-    PostMessageW(dialog, kMsgRequestPreview, 0, 0);
     return true;
 }
 
@@ -143,10 +142,11 @@ void LoadParameterFileDialog(HWND dialog) {
                     "LoadParameterStructure() failed with FilePath = '%s'", DescribePath(path.text).text);
 }
 
-void SaveParameterFileDialog(HWND dialog) {
+int SaveParameterFileDialog(HWND dialog) {
     WidePath folder, path;
-    if (GetUserParametersFolder(&folder) && PickParameterFile(dialog, kSaveDialog, folder, &path))
-        SaveCurrentSet(dialog, folder, path);
+    if (!GetUserParametersFolder(&folder) || !PickParameterFile(dialog, kSaveDialog, folder, &path))
+        return -1;
+    return SaveCurrentSet(dialog, folder, path);
 }
 
 void DeleteParameterFile(HWND dialog) {

@@ -6,14 +6,15 @@
 
 #include <windows.h>
 
-// The block becomes the current set; the dialog refreshes its controls and is asked for a preview. False when
-// the current set did not change.
+// The block becomes the current set, and the dialog refreshes its controls; a preview is left to the caller
+// to ask for. False when the current set did not change.
 bool ApplyParameterBlock(HWND dialog, const ParameterBlock &block);
 
 // Lets the user pick a set file. One of the parameters folder is applied, with the list's selection cleared;
 // any other is added to the list, selected, and the dialog is told so as if the user had chosen it.
 void LoadParameterFileDialog(HWND dialog);
-// Lets the user name a file and writes the current set to it. The set then stands in the list.
-void SaveParameterFileDialog(HWND dialog);
+// Lets the user name a file and writes the current set to it. The set's place in the list; -1 when there is
+// no file that the list shows.
+int SaveParameterFileDialog(HWND dialog);
 // Asks, then takes the selected entry off the list and deletes its file in the parameters folder.
 void DeleteParameterFile(HWND dialog);

@@ -15,6 +15,7 @@ constexpr uint32_t kSiteTrackFailed = 1105, kSiteUnexpectedItem = 1111;
 
 enum SettingsMenuItem : UINT { kLoadSettings = 1, kSaveSettings = 2, kDeleteSettings = 3 };
 
+constexpr int kLastUsedRow = 1; // of the dialog's own rows, the second
 // No file can have these names: a file's name holds no angle bracket.
 constexpr wchar_t kDefaultsName[] = L"<Default Settings>";
 constexpr wchar_t kLastUsedName[] = L"<Last Used Settings>";
@@ -43,15 +44,16 @@ void LeaveSettingsList(HWND dialog) {
     SetFocus(next);
 }
 
+void SelectSettingsRow(HWND dialog, int row) {
+    SelectParameterSet(dialog, row);
+    gMainDialog.settingsRow = row;
+}
+
 // The set just saved stands in the list; its row shows that nothing has changed since.
-void SelectSavedRow(HWND dialog) {
-    const int count = static_cast<int>(SendDlgItemMessageW(dialog, kSettingsComboId, CB_GETCOUNT, 0, 0));
-    for (int row = count - 1; row >= kOwnSettingsRows; --row)
-        if (IsCurrentSet(ParameterSetAt(dialog, row))) {
-            SelectParameterSet(dialog, row);
-            gMainDialog.settingsRow = row;
-            return;
-        }
+void SaveSettings(HWND dialog) {
+    const int row = SaveParameterFileDialog(dialog);
+    if (row >= 0)
+        SelectSettingsRow(dialog, row);
 }
 
 void ApplySettingsItem(HWND dialog, UINT item) {
@@ -60,15 +62,13 @@ void ApplySettingsItem(HWND dialog, UINT item) {
         return;
     case kLoadSettings:
         LoadParameterFileDialog(dialog);
-        gMainDialog.settingsRow = SelectedParameterSet(dialog);
         return;
     case kSaveSettings:
-        SaveParameterFileDialog(dialog);
-        SelectSavedRow(dialog);
+        SaveSettings(dialog);
         return;
     case kDeleteSettings:
         DeleteParameterFile(dialog);
-        gMainDialog.settingsRow = SelectedParameterSet(dialog);
+        gMainDialog.settingsRow = SelectedParameterSet(dialog); // none, unless the user thought better of it
         return;
     default:
         ReportError({kSiteUnexpectedItem, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
@@ -120,15 +120,27 @@ void FillSettingsList(HWND dialog) {
     FillParameterSetList(dialog);
 }
 
+// The row that the dialog opens with: the defaults or a saved set if it has the present values, else the set
+// of last time.
+void SelectFittingSettings(HWND dialog) {
+    const int count = static_cast<int>(SendDlgItemMessageW(dialog, kSettingsComboId, CB_GETCOUNT, 0, 0));
+    int fitting = IsCurrentSet(ParameterSetAt(dialog, kLastUsedRow)) ? kLastUsedRow : -1;
+    for (int row = count - 1; row >= 0; --row)
+        if (row != kLastUsedRow && IsCurrentSet(ParameterSetAt(dialog, row)))
+            fitting = row;
+    SelectSettingsRow(dialog, fitting);
+}
+
 void OnSettingsChosen(HWND dialog) {
     const int row = SelectedParameterSet(dialog);
-    gMainDialog.settingsRow = row;
     const ParameterBlock *block = ParameterSetAt(dialog, row);
+    gMainDialog.settingsRow = row;
     if (!block || !ApplyParameterBlock(dialog, *block))
         return;
     gMainDialog.leavesSettingsList = IsListOpen(dialog);
     if (!gMainDialog.leavesSettingsList)
         LeaveSettingsList(dialog);
+    PostMessageW(dialog, kMsgRequestPreview, 0, 0);
 }
 
 void OnSettingsListClosed(HWND dialog) {

@@ -9,6 +9,8 @@ constexpr int kOwnSettingsRows = 2;
 
 // Puts the dialog's own rows and the saved sets into the list; none is selected.
 void FillSettingsList(HWND dialog);
+// Selects the row that has the dialog's present values, if one has.
+void SelectFittingSettings(HWND dialog);
 // The user picked a row: its set becomes the current one, and the focus leaves the list. While the list is
 // open it stays, so that the arrow keys can try one set after the other and Enter does not reach the OK
 // button.
