@@ -9,7 +9,7 @@ set(BRILLATRIX_SUPPORT_ADDRESS "mailto:support@nexorvanta-software.example"
 set(BRILLATRIX_DOWNLOAD_ADDRESS "https://www.nexorvanta-software.example/brillatrix/download"
     CACHE STRING "Page of the newest version")
 set(BRILLATRIX_UPDATE_ADDRESS "https://update.nexorvanta-software.example/brillatrix/version.txt"
-    CACHE STRING "Answers the newest version's number alone, like 1.2.0.0; https only; empty: nobody is asked")
+    CACHE STRING "Answers 200 with the newest version's number alone, like 1.2.0.0, no line end; https only; empty: nobody is asked")
 
 set(maker_addresses
     BX_HELP_ADDRESS="${BRILLATRIX_HELP_ADDRESS}"

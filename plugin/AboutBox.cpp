@@ -156,14 +156,6 @@ BOOL OnDrawItem(const DRAWITEMSTRUCT &item) {
     return TRUE;
 }
 
-BOOL OnSetCursor(HWND dialog, HWND child) {
-    if (!FindLink(GetDlgCtrlID(child)))
-        return FALSE;
-    SetCursor(LoadCursorA(nullptr, IDC_HAND));
-    SetWindowLongPtrA(dialog, DWLP_MSGRESULT, TRUE);
-    return TRUE;
-}
-
 INT_PTR CALLBACK AboutProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_INITDIALOG:
@@ -176,8 +168,6 @@ INT_PTR CALLBACK AboutProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPar
         return OnCommand(dialog, LOWORD(wParam), HIWORD(wParam));
     case WM_DRAWITEM:
         return OnDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT *>(lParam));
-    case WM_SETCURSOR:
-        return OnSetCursor(dialog, reinterpret_cast<HWND>(wParam));
     default:
         return FALSE;
     }

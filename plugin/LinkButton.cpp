@@ -1,9 +1,11 @@
 #include "plugin/LinkButton.h"
 
 #include <algorithm>
+#include <commctrl.h>
 
 namespace {
 
+constexpr UINT_PTR kSubclassId = 1;
 constexpr int kMostText = 256;
 constexpr int kLeastContrast = 400; // of 1000 levels of brightness
 
@@ -55,9 +57,34 @@ void DrawLinkText(HDC context, const RECT &area, const LinkText &link, bool hasF
     DrawFocusRect(context, &text);
 }
 
+// Enter follows the link: the dialog would take it for a press of its default button.
+LRESULT CALLBACK LinkProc(HWND button, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id, DWORD_PTR) {
+    switch (message) {
+    case WM_SETCURSOR:
+        SetCursor(LoadCursorA(nullptr, IDC_HAND));
+        return TRUE;
+    case WM_GETDLGCODE:
+        return DefSubclassProc(button, message, wParam, lParam) |
+               (wParam == VK_RETURN ? DLGC_WANTMESSAGE : 0);
+    case WM_KEYDOWN:
+        if (wParam != VK_RETURN)
+            break;
+        SendMessageA(GetParent(button), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(button), BN_CLICKED),
+                     reinterpret_cast<LPARAM>(button));
+        return 0;
+    case WM_NCDESTROY:
+        RemoveWindowSubclass(button, LinkProc, id);
+        break;
+    default:
+        break;
+    }
+    return DefSubclassProc(button, message, wParam, lParam);
+}
+
 } // namespace
 
 void SetLinkText(HWND button, const char *text) {
+    SetWindowSubclass(button, LinkProc, kSubclassId, 0);
     SetWindowTextA(button, text);
     const LinkText link = TextOf(button);
     const HFONT font = MakeLinkFont(button);

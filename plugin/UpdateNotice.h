@@ -1,5 +1,6 @@
 // Tells the user of a newer version, when that was asked for in the about box: off until then, and the maker
-// is asked at most once a day.
+// is asked at most once a day. The main dialog and the about box show it as a link from their next opening
+// on.
 #pragma once
 
 #include <cstddef>

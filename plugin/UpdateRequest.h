@@ -26,9 +26,10 @@ struct UpdateAnswer {
 
 struct UpdateRequest;
 
-// Asks with `userAgent` ("product/version") and nothing else of our own: no cookies, no logon, no referrer. A
-// redirection is not followed. Returns within the time limit. *request receives what EndUpdateRequest must
-// be given; null when there is nothing to end.
+// Asks with `userAgent` ("product/version") and nothing else of our own: no cookies, no logon, no referrer.
+// No redirection is followed, to the same host neither: the address is expected to answer by itself. Returns
+// within the time limit. *request receives what EndUpdateRequest must be given; null when there is nothing to
+// end.
 UpdateAnswer AskUpdateService(const UpdateService &service, const char *userAgent, UpdateRequest **request);
 // Waits until the system has let go of the request, which may take longer than the limit.
 void EndUpdateRequest(UpdateRequest *request);

@@ -10,10 +10,14 @@
 
 namespace {
 
+constexpr int32_t kMargin = 8; // pixels of black around what is seen
 // A star too faint to show leaves a picture all the same.
-constexpr IntRect kLeastArea = {-8, -8, 9, 9};
+constexpr IntRect kLeastArea = {-kMargin, -kMargin, kMargin + 1, kMargin + 1};
 constexpr IntRect kLargestArea = {-kStampPictureReach, -kStampPictureReach, kStampPictureReach + 1,
                                   kStampPictureReach + 1};
+
+// Of 255: what is fainter cannot be told from black, and there is a wide ring of it around every star.
+constexpr int kLeastLevel = 4;
 
 const std::atomic<uint8_t> kNeverAborted{0};
 
@@ -70,19 +74,19 @@ bool RenderAlone(const RenderSettings &settings, const IntRect &area, ImageBuffe
     return false;
 }
 
-bool IsLit(const ImageBuffer &image, int64_t index) {
-    return (image.planes[0][index] | image.planes[1][index] | image.planes[2][index]) != 0;
+bool IsSeen(const ImageBuffer &image, int64_t index) {
+    return std::max({image.planes[0][index], image.planes[1][index], image.planes[2][index]}) >= kLeastLevel;
 }
 
-// The light's own pixel, and all that are not black.
-IntRect FindLitArea(const ImageBuffer &image) {
-    IntRect lit = {0, 0, 1, 1};
+// The light's own pixel, and all that are seen.
+IntRect FindSeenArea(const ImageBuffer &image) {
+    IntRect seen = {0, 0, 1, 1};
     int64_t index = 0;
     for (int32_t y = image.bounds.top; y < image.bounds.bottom; ++y)
         for (int32_t x = image.bounds.left; x < image.bounds.right; ++x, ++index)
-            if (IsLit(image, index))
-                lit = JoinRects(lit, {x, y, x + 1, y + 1});
-    return lit;
+            if (IsSeen(image, index))
+                seen = JoinRects(seen, {x, y, x + 1, y + 1});
+    return seen;
 }
 
 } // namespace
@@ -92,9 +96,10 @@ IntRect FindStampArea(const RenderSettings &settings) {
     ImageBuffer image{};
     if (!RenderAlone(settings, reach, &image))
         return reach;
-    const IntRect seen = FindLitArea(image);
+    const IntRect seen = FindSeenArea(image);
     FreeImageBuffer(&image);
-    return IntersectRects(JoinRects(seen, kLeastArea), reach);
+    return IntersectRects(
+        {seen.left - kMargin, seen.top - kMargin, seen.right + kMargin, seen.bottom + kMargin}, reach);
 }
 
 bool DrawStampPicture(const RenderSettings &settings, const IntRect &area, uint8_t *bgra) {

@@ -6,9 +6,10 @@
 
 #include <cstdint>
 
-// The area in which something is seen of the star and the flare of phase 0,0, with the light's pixel at (0,
-// 0): never empty, and cut at kStampPictureReach pixels in each direction. gImageGeometry, gPreciseMode and
-// gFloor must be set, as for a render, and no render may be on; the caller frees the render state afterwards.
+// The area in which something can be seen of the star and the flare of phase 0,0, with a little black around
+// it and the light's pixel at (0, 0): never empty, and cut at kStampPictureReach pixels in each direction.
+// gImageGeometry, gPreciseMode and gFloor must be set, as for a render, and no render may be on; the caller
+// frees the render state afterwards.
 IntRect FindStampArea(const RenderSettings &settings);
 constexpr int32_t kStampPictureReach = 1200;
 

@@ -37,6 +37,7 @@
 #define BX_ID_EFFECT_LABEL 1179
 #define BX_ID_SHOW_TOOL 1184
 #define BX_ID_SHOW_LABEL 1185
+#define BX_ID_UPDATE_LINK 1190 // not in the template
 
 #define BX_DIALOG_ACCELERATORS 190
 
@@ -90,4 +91,5 @@ constexpr int kPanLabelId = BX_ID_PAN_LABEL, kZoomLabelId = BX_ID_ZOOM_LABEL,
               kHideLabelId = BX_ID_HIDE_LABEL, kShowLabelId = BX_ID_SHOW_LABEL;
 constexpr int kEffectComboId = BX_ID_EFFECT_COMBO;
 constexpr int kEffectLabelId = BX_ID_EFFECT_LABEL;
+constexpr int kUpdateLinkId = BX_ID_UPDATE_LINK;
 #endif

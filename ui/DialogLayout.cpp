@@ -63,6 +63,7 @@ constexpr Follows kFollows[] = {
     {kSettingsPanelId, kFar, kNear, kFar, kFar},
     // The bottom line.
     {kMakerLogoId, kNear, kFar, kNear, kFar},
+    {kUpdateLinkId, kNear, kFar, kNear, kFar},
     {kPreviewOnId, kFar, kFar, kFar, kFar},
     {kHelpId, kFar, kFar, kFar, kFar},
     {IDOK, kFar, kFar, kFar, kFar},

@@ -19,6 +19,7 @@
 #include "ui/PreviewDisplay.h"
 #include "ui/PreviewFrame.h"
 #include "ui/SettingsMenu.h"
+#include "ui/UpdateLink.h"
 #include "ui/WindowPlacement.h"
 
 #include "diag/ErrorReport.h"
@@ -120,6 +121,7 @@ void InitializeMainDialog(HWND dialog) {
     ResetViewTool();
     SwitchPreviewOn(dialog);
     ShowFocusMarks(dialog);
+    AddUpdateLink(dialog);
     RecordDialogLayout(dialog);
     LoadDialogPictures(dialog); // for the scale of the layout
     UseBoldGroupFont(dialog);

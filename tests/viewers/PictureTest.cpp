@@ -167,7 +167,7 @@ TEST_F(PictureTest, ReducedPictureHasItsCirclesInPlace) {
     }
 }
 
-// Nothing of the star is outside the picture, and nothing in it is another than on a large image.
+// Nothing that is seen of the star is outside the picture, and nothing in it is another than on a large image.
 TEST_F(PictureTest, StarPictureIsWhatTheRendererLays) {
     for (const int16_t flare : {0, 40}) {
         RenderSettings settings = SceneSettings();
@@ -189,8 +189,10 @@ TEST_F(PictureTest, StarPictureIsWhatTheRendererLays) {
                 const int64_t i = int64_t{y - bounds.top} * large.width + (x - bounds.left);
                 const Color expected = {large.planes[0][i], large.planes[1][i], large.planes[2][i]};
                 lit += expected != Color{0, 0, 0};
-                const bool inside = RectContains(drawn.place.area, x, y);
-                ASSERT_EQ(inside ? drawn.At(x, y) : Color{}, expected) << x << ' ' << y;
+                if (RectContains(drawn.place.area, x, y))
+                    ASSERT_EQ(drawn.At(x, y), expected) << x << ' ' << y;
+                else
+                    ASSERT_LT(std::max({expected.red, expected.green, expected.blue}), 4) << x << ' ' << y;
             }
         EXPECT_GT(lit, 200);
         EXPECT_GT(drawn.At(0, 0).green, 150);
