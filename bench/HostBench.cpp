@@ -1,10 +1,11 @@
 // The whole filter module on a host of our own, beside a filter that only reads, copies and writes the same
 // picture through the same host.
 //
-//   host_bench MODULE.8bf [--megapixels 24,100] [--lights 50,500] [--depth 8|16|32] [--repeat N]
+//   host_bench MODULE.8bf [--megapixels 24,100] [--lights 50,500] [--depth 8|16|32] [--repeat N] [--phases 1]
 //
 // Prints one line a case: seconds for the copy and for the whole run (best of N), their ratio, the peak of
-// the process's memory, and how much of it is above that of the copy.
+// the process's memory, and how much of it is above that of the copy. With phases two more lines: where the
+// time of the best copy and of the best run went, in milliseconds.
 #include "bench/Timing.h"
 #include "engine/ImageBuffer.h"
 #include "host/FilterHost.h"
@@ -34,6 +35,7 @@ struct Options {
     std::wstring module;
     std::vector<int32_t> megapixels = {24, 100}, lights = {50, 500};
     int32_t depth = 8, repeat = 1;
+    bool phases = false;
 };
 
 [[noreturn]] void Fail(const char *what) {
@@ -96,6 +98,74 @@ void CopyEntry(int16_t selector, void *parameters, intptr_t *, int16_t *result) 
     AskFor(record, HostRect32{}, HostRect32{});
 }
 
+// --- Where the time goes
+
+// The host's advances split a run: what happens inside them is the host's, what happens between two of them
+// belongs to the phase that the two tell.
+enum Phase {
+    kBeforeReading,
+    kHostReads,
+    kFilterReads,
+    kTableAndFirstTile,
+    kHostWrites,
+    kFilterWrites,
+    kTiles,
+    kAfter,
+    kPhases
+};
+constexpr const char *kPhaseNames[kPhases] = {
+    "before",      "host reads", "copies in",   "table and first tile",
+    "host writes", "copies out", "other tiles", "after"};
+
+struct PhaseTimes {
+    double seconds[kPhases];
+    Stopwatch sinceLast;
+    bool hasRead, hasWritten;
+    FilterRecord *record;
+    int16_t (*advance)();
+};
+PhaseTimes gPhases, gBestPhases;
+
+void EndPhase(Phase phase) {
+    gPhases.seconds[phase] += gPhases.sinceLast.Seconds();
+    gPhases.sinceLast = Stopwatch{};
+}
+
+Phase PhaseBeforeAdvance(bool writes) {
+    if (!gPhases.hasRead)
+        return kBeforeReading;
+    if (!writes)
+        return kFilterReads;
+    if (!gPhases.hasWritten)
+        return kTableAndFirstTile;
+    return gPhases.record->outLoPlane == 0 ? kTiles : kFilterWrites;
+}
+
+int16_t TimedAdvance() {
+    const HostRect32 &out = gPhases.record->bigDocumentData->outRect32;
+    const bool writes = out.right > out.left;
+    EndPhase(PhaseBeforeAdvance(writes));
+    (writes ? gPhases.hasWritten : gPhases.hasRead) = true;
+    const int16_t result = gPhases.advance();
+    EndPhase(writes ? kHostWrites : kHostReads);
+    return result;
+}
+
+void TimeAdvances(int16_t selector, FilterRecord &record) {
+    if (selector != kSelectorStart)
+        return;
+    gPhases.record = &record;
+    gPhases.advance = record.advanceState;
+    record.advanceState = TimedAdvance;
+}
+
+void PrintPhases(const char *title, const PhaseTimes &times) {
+    printf("    %s:", title);
+    for (int i = 0; i < kPhases; ++i)
+        printf("%s %s %.0f", i == 0 ? "" : ",", kPhaseNames[i], times.seconds[i] * 1000.0);
+    printf("\n");
+}
+
 // --- The cases
 
 host::Document MakeScene(int32_t megapixels, int32_t lights, int32_t depth) {
@@ -124,40 +194,51 @@ intptr_t AnswerBox(const host::ShownBox &) {
 // Seconds from Prepare to Finish.
 double TimeRun(host::FilterHost *filterHost) {
     host::ClearLog(*filterHost);
+    gPhases = PhaseTimes{};
     const Stopwatch watch;
     const host::RunResult result = host::RunFilter(*filterHost, false);
     const double seconds = watch.Seconds();
+    EndPhase(kAfter);
     if (result.code != kNoError)
         Fail("the filter failed");
     return seconds;
 }
 
-template <typename Open> double BestRun(const host::Document &document, int32_t repeat, Open open) {
+template <typename Open> double BestRun(const host::Document &document, const Options &options, Open open) {
     double best = 0;
-    for (int32_t i = 0; i < repeat; ++i) {
+    for (int32_t i = 0; i < options.repeat; ++i) {
         host::FilterHost filterHost;
         filterHost.document = document;
         filterHost.settings.tileWidth = filterHost.settings.tileHeight = kHostTile;
+        if (options.phases)
+            filterHost.settings.adjustRecord = TimeAdvances;
         open(&filterHost);
         const double seconds = TimeRun(&filterHost);
         host::CloseHost(filterHost);
-        best = i == 0 ? seconds : std::min(best, seconds);
+        if (i > 0 && seconds >= best)
+            continue;
+        best = seconds;
+        gBestPhases = gPhases;
     }
     return best;
 }
 
 void RunCase(const host::FilterModule &module, int32_t megapixels, int32_t lights, const Options &options) {
     const host::Document document = MakeScene(megapixels, lights, options.depth);
-    const double copy = BestRun(document, options.repeat, [&module](host::FilterHost *filterHost) {
+    const double copy = BestRun(document, options, [&module](host::FilterHost *filterHost) {
         host::OpenHost(*filterHost, CopyEntry, &module.pipl);
     });
+    const PhaseTimes copyPhases = gBestPhases;
     const SIZE_T copyPeak = ReadMemory().PeakWorkingSetSize;
-    const double whole = BestRun(document, options.repeat, [&module](host::FilterHost *filterHost) {
-        host::OpenHost(*filterHost, module);
-    });
+    const double whole = BestRun(
+        document, options, [&module](host::FilterHost *filterHost) { host::OpenHost(*filterHost, module); });
     const SIZE_T peak = ReadMemory().PeakWorkingSetSize;
     printf("%4d %7d %8.3f %8.3f %10.1f %9.0f %10.0f\n", megapixels, lights, copy, whole, whole / copy,
            MebibytesOf(peak), MebibytesOf(peak - copyPeak));
+    if (options.phases) {
+        PrintPhases("copy", copyPhases);
+        PrintPhases("whole", gBestPhases);
+    }
     fflush(stdout);
 }
 
@@ -170,7 +251,8 @@ std::vector<int32_t> ParseNumbers(const char *text) {
 
 Options ParseOptions(int argc, char **argv) {
     if (argc < 2 || argc % 2 != 0)
-        Fail("usage: host_bench MODULE.8bf [--megapixels 24,100] [--lights 50,500] [--depth 8] [--repeat N]");
+        Fail("usage: host_bench MODULE.8bf [--megapixels 24,100] [--lights 50,500] [--depth 8] [--repeat N] "
+             "[--phases 1]");
     Options options;
     options.module.assign(argv[1], argv[1] + strlen(argv[1]));
     for (int i = 2; i + 1 < argc; i += 2) {
@@ -183,6 +265,8 @@ Options ParseOptions(int argc, char **argv) {
             options.depth = atoi(argv[i + 1]);
         else if (name == "--repeat")
             options.repeat = atoi(argv[i + 1]);
+        else if (name == "--phases")
+            options.phases = atoi(argv[i + 1]) != 0;
         else
             Fail("unknown option");
     }

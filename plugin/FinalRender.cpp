@@ -56,34 +56,26 @@ HostResult WaitForTable() {
     return LightSourceTableResult();
 }
 
-// The output has the input's planes; a mask takes no part in rendering.
-HostResult RenderTile(const RenderSettings &settings, const ImageBuffer &input, const IntRect &area,
+// Draws into the image itself: nothing reads its old samples any more, and a picture of its own for each tile
+// would take as long to fill as to draw.
+HostResult RenderTile(const RenderSettings &settings, const IntRect &tile, ImageBuffer *image,
                       Progress *progress) {
-    ImageBuffer output{};
-    HostResult result = DescribeBuffer(area, false, &output);
-    if (result != kNoError)
+    if (!RenderEffect(settings, *image, tile, GetLightSourceTable(), gShuttingDown, image, RenderThreads(0)))
+        return kWriteErr;
+    ReportProgress(*progress);
+    if (const HostResult result = WriteTile(*image, tile))
         return result;
-    if (RenderEffect(settings, input, area, GetLightSourceTable(), gShuttingDown, &output,
-                     RenderThreads(0))) {
-        ReportProgress(*progress);
-        result = WriteTile(output);
-    } else {
-        result = kWriteErr;
-    }
-    if (result == kNoError) {
-        ++progress->done;
-        ReportProgress(*progress);
-    }
-    FreeImageBuffer(&output);
-    return result;
+    ++progress->done;
+    ReportProgress(*progress);
+    return kNoError;
 }
 
-HostResult RenderTiles(const RenderSettings &settings, const ImageBuffer &input, Progress *progress) {
-    const IntRect &area = input.bounds;
+HostResult RenderTiles(const RenderSettings &settings, ImageBuffer *image, Progress *progress) {
+    const IntRect &area = image->bounds;
     for (int32_t top = area.top; top < area.bottom; top += kTileSize)
         for (int32_t left = area.left; left < area.right; left += kTileSize) {
             const IntRect tile = IntersectRects(area, {left, top, left + kTileSize, top + kTileSize});
-            if (const HostResult result = RenderTile(settings, input, tile, progress))
+            if (const HostResult result = RenderTile(settings, tile, image, progress))
                 return result;
             if (HasUserCancelled())
                 return kUserCanceledErr;
@@ -91,19 +83,19 @@ HostResult RenderTiles(const RenderSettings &settings, const ImageBuffer &input,
     return kNoError;
 }
 
-HostResult RenderAndWrite(const ImageBuffer &input) {
+HostResult RenderAndWrite(ImageBuffer *image) {
     const RenderSettings settings = MakeRenderSettings(*gParameters, kFullScale);
-    const int32_t across = (input.width + kTileSize - 1) / kTileSize;
-    const int32_t down = (input.height + kTileSize - 1) / kTileSize;
+    const int32_t across = (image->width + kTileSize - 1) / kTileSize;
+    const int32_t down = (image->height + kTileSize - 1) / kTileSize;
     if (const HostResult result = WaitForTable())
         return result;
     gPreciseMode = true;
-    gFloor = FloorForBytesPerSample(input.bytesPerSample);
+    gFloor = FloorForBytesPerSample(image->bytesPerSample);
     Progress progress = {0, across * down + 1};
     ReportProgress(progress);
     ++progress.done;
     ReportProgress(progress);
-    return RenderTiles(settings, input, &progress);
+    return RenderTiles(settings, image, &progress);
 }
 
 // What a diagnostic caller asked for stays behind after a run that ended well.
@@ -119,15 +111,15 @@ void EndRun(HostResult result, int32_t bytesPerSample) {
         ForgetRun();
 }
 
-HostResult RunOnImage(const ImageBuffer &input, bool showDialog) {
-    SetImageGeometry(input.bounds);
+HostResult RunOnImage(ImageBuffer *image, bool showDialog) {
+    SetImageGeometry(image->bounds);
     BuildAngleTables();
     ResetRenderState();
-    StartLightSourceTableInit(input);
-    HostResult result = showDialog ? RunDialog(input) : kNoError;
+    StartLightSourceTableInit(*image);
+    HostResult result = showDialog ? RunDialog(*image) : kNoError;
     if (result == kNoError)
-        result = RenderAndWrite(input);
-    EndRun(result, input.bytesPerSample);
+        result = RenderAndWrite(image);
+    EndRun(result, image->bytesPerSample);
     return result;
 }
 
@@ -136,11 +128,11 @@ HostResult RunOnImage(const ImageBuffer &input, bool showDialog) {
 HostResult FilterImage(bool showDialog) {
     gShuttingDown = 0;
     gFatalErrorStatus = 0;
-    ImageBuffer input{};
-    HostResult result = ReadInputImage(&input);
+    ImageBuffer image{};
+    HostResult result = ReadInputImage(&image);
     if (result == kNoError)
-        result = RunOnImage(input, showDialog);
+        result = RunOnImage(&image, showDialog);
     gShuttingDown = 1;
-    FreeImageBuffer(&input);
+    FreeImageBuffer(&image);
     return result;
 }

@@ -184,24 +184,25 @@ void SetRatesAndPadding() {
     gFilterRecord->maskPadding = kFillWithWhite;
 }
 
-HostResult CopyTileOut(const ImageBuffer &tile, int32_t plane) {
-    const int64_t rowBytes = int64_t{tile.width} * tile.bytesPerSample;
+HostResult CopyTileOut(const ImageBuffer &image, int32_t plane, const IntRect &tile) {
+    const int64_t rowBytes = int64_t{tile.right - tile.left} * image.bytesPerSample;
     auto *data = static_cast<uint8_t *>(gFilterRecord->outData);
     if (!IsBufferUsable(data, gFilterRecord->outRowBytes, rowBytes))
         return kErrPlugInHostInsufficient;
-    CopyRows(data, gFilterRecord->outRowBytes, tile.planes[plane], rowBytes, rowBytes, tile.height);
+    const PlaneRows from = RowsInPlane(image, image.planes[plane], image.bytesPerSample, tile);
+    CopyRows(data, gFilterRecord->outRowBytes, from.first, from.stride, rowBytes, tile.bottom - tile.top);
     return kNoError;
 }
 
-HostResult WritePlane(const ImageBuffer &tile, int32_t plane) {
+HostResult WritePlane(const ImageBuffer &image, int32_t plane, const IntRect &tile) {
     gFilterRecord->outLoPlane = static_cast<int16_t>(plane);
     gFilterRecord->outHiPlane = static_cast<int16_t>(plane);
     const HostResult result = Advance();
-    return result == kNoError ? CopyTileOut(tile, plane) : result;
+    return result == kNoError ? CopyTileOut(image, plane, tile) : result;
 }
 
-} // namespace
-
+// Describes and allocates a buffer for an area, in the mode, depth and planes of the host's image. The caller
+// writes every sample: they hold any value.
 HostResult DescribeBuffer(const IntRect &area, bool wantMask, ImageBuffer *buffer) {
     bool maskFailed = false;
     const HostResult result =
@@ -213,6 +214,8 @@ HostResult DescribeBuffer(const IntRect &area, bool wantMask, ImageBuffer *buffe
         ReportImage(315, kTitleExiting, "Could not allocate memory for an image.");
     return result;
 }
+
+} // namespace
 
 HostResult ReadInputImage(ImageBuffer *input) {
     const IntRect area = FilterArea();
@@ -236,14 +239,14 @@ HostResult ReadInputImage(ImageBuffer *input) {
 }
 
 // A cancelled write is what the user wanted and is not reported; a cancelled read is: meant so.
-HostResult WriteTile(const ImageBuffer &tile) {
+HostResult WriteTile(const ImageBuffer &image, const IntRect &tile) {
     RequestInput(kEmptyRect);
     RequestMask(kEmptyRect);
-    RequestOutput(tile.bounds);
-    const int32_t planes = std::min(PlaneCount(tile), OutputPlanes());
+    RequestOutput(tile);
+    const int32_t planes = std::min(PlaneCount(image), OutputPlanes());
     HostResult result = kNoError;
     for (int32_t plane = 0; plane < planes && result == kNoError; ++plane)
-        result = WritePlane(tile, plane);
+        result = WritePlane(image, plane, tile);
     if (result != kNoError && result != kUserCanceledErr)
         ReportImage(689, kTitleExiting, "Could not write results back to editor.");
     return result;

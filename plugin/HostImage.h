@@ -4,13 +4,9 @@
 #include "diag/ResultCodes.h"
 #include "engine/ImageBuffer.h"
 
-// Describes and allocates a buffer for an area, in the mode, depth and planes of the host's image. The caller
-// writes every sample: they hold any value. Failures are reported to the user.
-HostResult DescribeBuffer(const IntRect &area, bool wantMask, ImageBuffer *buffer);
-
 // Reads the whole filter area, with the selection mask when the host has one. On success the caller owns
 // *input; on failure it is left alone.
 HostResult ReadInputImage(ImageBuffer *input);
 
-// Writes a rendered tile to its place, as many planes as the host takes.
-HostResult WriteTile(const ImageBuffer &tile);
+// Writes a tile of the image to its place, as many planes as the host takes. The tile lies inside the image.
+HostResult WriteTile(const ImageBuffer &image, const IntRect &tile);

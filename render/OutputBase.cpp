@@ -49,9 +49,10 @@ void ClearColors(const IntRect &area, ImageBuffer *output) {
 bool PrepareOutputBase(const ImageBuffer &source, const IntRect &target, bool effectsOnly,
                        ImageBuffer *output) {
     const IntRect area = IntersectRects(IntersectRects(target, source.bounds), output->bounds);
+    const bool isInPlace = output->pixels == source.pixels;
     if (!effectsOnly)
-        return CopyArea(source, area, output);
-    if (output->transparencyPlanes > 0 && !CopyArea(source, area, output))
+        return isInPlace || CopyArea(source, area, output);
+    if (output->transparencyPlanes > 0 && !isInPlace && !CopyArea(source, area, output))
         return false;
     ClearColors(area, output);
     return true;
