@@ -18,8 +18,7 @@
 
 namespace {
 
-constexpr int kLogoSizes = 4;     // the logo's pictures, smallest first ...
-constexpr int kLogoIdStep = 1000; // ... and from one's resource id to the next one's
+constexpr int kLogoSizes = 4; // the logo's pictures, smallest first
 constexpr char kMailScheme[] = "mailto:", kSecureScheme[] = "https://";
 
 struct AboutLink {
@@ -106,14 +105,14 @@ BOOL OnCommand(HWND dialog, int id, int notification) {
 
 // The largest one that fits into the control, which has grown with the scale.
 HBITMAP LoadLogo(const SIZE &room, SIZE *size) {
-    for (int step = kLogoSizes - 1; step >= 0; --step) {
-        const int id = kProductLogoBitmapId + step * kLogoIdStep;
+    for (int step = kLogoSizes; step > 0; --step) {
+        const int id = kProductLogoBitmapId + step * kBitmapScaleStep;
         const HBITMAP bitmap =
             static_cast<HBITMAP>(LoadImageA(static_cast<HINSTANCE>(ModuleHandle()), MAKEINTRESOURCEA(id),
                                             IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION));
         BITMAP info = {};
         if (bitmap && GetObjectA(bitmap, sizeof info, &info) &&
-            (step == 0 || (info.bmWidth <= room.cx && info.bmHeight <= room.cy))) {
+            (step == 1 || (info.bmWidth <= room.cx && info.bmHeight <= room.cy))) {
             *size = {info.bmWidth, info.bmHeight};
             return bitmap;
         }

@@ -62,7 +62,8 @@
 #define BX_SECONDARY_SPIKES_MORE 121
 #define BX_SOFT_FLARE_LESS 122
 #define BX_SOFT_FLARE_MORE 123
-// Bitmaps with premultiplied alpha for 100 %; those for 125, 150 and 200 % have the id plus 1, 2 and 3 steps.
+// Bitmaps without alpha, for the template; those with premultiplied alpha for 100, 125, 150 and 200 % have the id plus
+// 1, 2, 3 and 4 steps.
 #define BX_PRODUCT_LOGO_BITMAP 105
 #define BX_MAKER_LOGO_BITMAP 124
 #define BX_ZOOM_OUT_BITMAP 128

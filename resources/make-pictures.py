@@ -19,6 +19,7 @@ ICON_SIZES = (16, 20, 24, 32, 40, 48)  # pixels
 SCALES = (100, 125, 150, 200)  # per cent
 BITMAPS = {"ProductLogo": (180, 34), "MakerLogo": (108, 20),  # pixels at 100 %
            "ZoomOutButton": (16, 16), "ZoomInButton": (16, 16), "ZoomArrow": (16, 16)}
+FACE = 240  # red, green and blue of what a picture without alpha stands on
 
 
 def complete(source, classes):
@@ -92,12 +93,26 @@ def icon_file(source):
     return directory + b"".join(images)
 
 
-def bitmap_file(source, scale):
+def render_bitmap(source, scale):
     width, height = (-(-side * scale // 100) for side in BITMAPS[source.stem])
     classes = f"s{scale} " + ("small" if scale <= 125 else "large")
-    colours = bottom_up(render(source, classes, width, height)[1], premultiply=True)
-    header = struct.pack("<IiiHHIIiiII", 40, width, height, 1, 32, 0, len(colours), 0, 0, 0, 0)
+    return width, height, bottom_up(render(source, classes, width, height)[1], premultiply=True)
+
+
+def bitmap_file(width, height, bits, colours):
+    header = struct.pack("<IiiHHIIiiII", 40, width, height, 1, bits, 0, len(colours), 0, 0, 0, 0)
     return struct.pack("<2sIHHI", b"BM", 54 + len(colours), 0, 0, 54) + header + colours
+
+
+def plain_file(source):
+    """A bitmap of 24 bits at 100 %. A control copies one with alpha that its template names, and nobody frees both."""
+    width, height, colours = render_bitmap(source, 100)
+    data = bytearray()
+    for y in range(height):
+        for i in range(4 * width * y, 4 * width * (y + 1), 4):
+            data += bytes(c + (255 - colours[i + 3]) * FACE // 255 for c in colours[i:i + 3])
+        data += bytes(-3 * width % 4)
+    return bitmap_file(width, height, 24, bytes(data))
 
 
 def manifest():
@@ -113,8 +128,10 @@ def main():
         old.unlink()
     for source in sorted(PICTURES.glob("*.svg")):
         if source.stem in BITMAPS:
+            (PICTURES / f"{source.stem}.bmp").write_bytes(plain_file(source))
             for scale in SCALES:
-                (PICTURES / f"{source.stem}-{scale}.bmp").write_bytes(bitmap_file(source, scale))
+                width, height, colours = render_bitmap(source, scale)
+                (PICTURES / f"{source.stem}-{scale}.bmp").write_bytes(bitmap_file(width, height, 32, colours))
         elif source.stem != "Common":
             (PICTURES / f"{source.stem}.ico").write_bytes(icon_file(source))
     (PICTURES / "Manifest.txt").write_text(manifest())

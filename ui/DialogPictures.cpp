@@ -184,7 +184,7 @@ Canvas LoadBitmapFor(const ControlPicture &picture, const Canvas &room) {
     while (index > 0 && kBitmapScales[index] > percent)
         --index;
     for (;; --index) {
-        const Canvas canvas = LoadBitmapPixels(picture.resourceId + index * kBitmapScaleStep);
+        const Canvas canvas = LoadBitmapPixels(picture.resourceId + (index + 1) * kBitmapScaleStep);
         const bool fits = canvas.bitmap && canvas.width <= room.width && canvas.height <= room.height;
         if (fits || index == 0)
             return canvas;
