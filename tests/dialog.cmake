@@ -3,8 +3,10 @@ set(dialog_driver dialog/DialogFixture.cpp dialog/SystemAnswers.cpp plugin/Modul
     storage/TemporaryFolder.cpp support/NightScene.cpp support/WindowPicture.cpp ../plugin/ParameterSet.cpp)
 set(dialog_libraries system_objects filter_host engine render storage diag comctl32 ole32 shell32)
 brillatrix_test(dialog_tests DESKTOP TIMEOUT 300 LIBS ${dialog_libraries}
-    SOURCES ${dialog_driver} dialog/ControlTest.cpp dialog/KeyTest.cpp dialog/LeakTest.cpp dialog/OpenCloseTest.cpp
-            dialog/SettingsTest.cpp dialog/ViewTest.cpp)
+    SOURCES ${dialog_driver} dialog/ControlTest.cpp dialog/KeyTest.cpp dialog/LeakTest.cpp dialog/LinkTest.cpp
+            dialog/OpenCloseTest.cpp dialog/SettingsTest.cpp dialog/ViewTest.cpp)
+include(MakerAddresses)
+set_source_files_properties(dialog/LinkTest.cpp PROPERTIES COMPILE_DEFINITIONS "${maker_addresses}")
 add_dependencies(dialog_tests BrillatrixX64)
 
 # What docs/make-dialog-pictures.sh runs.

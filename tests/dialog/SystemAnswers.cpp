@@ -40,7 +40,7 @@ BOOL WINAPI PickFile(OPENFILENAMEW *request) {
 }
 
 HINSTANCE ShellAnswer() {
-    return reinterpret_cast<HINSTANCE>(static_cast<INT_PTR>(33));
+    return reinterpret_cast<HINSTANCE>(gAnswers.shellAnswer);
 }
 
 HINSTANCE WINAPI OpenA(HWND, LPCSTR verb, LPCSTR file, LPCSTR, LPCSTR, int) {

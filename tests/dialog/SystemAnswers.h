@@ -27,6 +27,7 @@ struct SystemAnswers {
     DWORD menuError = 0;       // with no item: the call failed
     std::wstring file;         // the file picked; empty: cancelled
     bool refuseDialog = false; // the main dialog cannot be opened
+    INT_PTR shellAnswer = 33;  // above 32: opened
     std::vector<OfferedMenu> menus;
     std::vector<std::string> fileTitles, opened; // file dialogs; what was given to the shell
     int beeps = 0;

@@ -1,0 +1,123 @@
+// Where the links lead: those of the about box, and the main dialog's to a newer version. The build gives the
+// maker's addresses.
+#include "resources/ResourceIds.h"
+#include "storage/UpdateRecord.h"
+#include "tests/dialog/DialogFixture.h"
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <shellapi.h>
+#include <utility>
+
+namespace {
+
+// The about box, shown for good, with a script that uses it.
+struct AboutRunner {
+    static inline HWND box;
+    static inline DLGPROC procedure;
+    static inline std::function<void(HWND)> script;
+
+    static INT_PTR CALLBACK Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message == WM_INITDIALOG)
+            box = window;
+        return procedure(window, message, wParam, lParam);
+    }
+    static void CALLBACK Play(HWND, UINT, UINT_PTR timer, DWORD) {
+        if (!box || !IsWindowVisible(box))
+            return;
+        KillTimer(nullptr, timer);
+        script(box);
+        PostMessageA(box, WM_COMMAND, IDOK, 0);
+    }
+    static INT_PTR WINAPI Open(HINSTANCE module, LPCSTR name, HWND owner, DLGPROC about, LPARAM parameter) {
+        procedure = about;
+        box = nullptr;
+        SetTimer(nullptr, 0, 10, Play);
+        return DialogBoxParamA(module, name, owner, Watch, parameter);
+    }
+};
+
+class Links : public DialogFixture {
+protected:
+    void KnowVersion(uint16_t newest, bool isOn) {
+        for (const char *name : {"user", "user\\Nexorvanta", "user\\Nexorvanta\\Brillatrix"})
+            MakeFolder(folder / name);
+        MakeFolder(UserFolder("Settings"));
+        const UpdateRecord record = {
+            kUpdateRecordMagic, isOn ? 1u : 0u, std::time(nullptr), {{newest, 0, 0, 0}}};
+        WriteWholeFile(UserFolder("Settings") + "\\UpdateNotice.bin",
+                       std::string(reinterpret_cast<const char *>(&record), sizeof record));
+    }
+    void ShowAbout(const std::function<void(HWND)> &script) {
+        host::ImportHooks hooks;
+        AboutRunner::script = script;
+        host::ReplaceImport(module.module, nullptr, "DialogBoxParamA", AboutRunner::Open, &hooks);
+        Open();
+        EXPECT_EQ(host::CallAbout(filterHost), kNoError);
+        host::RestoreImports(&hooks);
+        host::CloseHost(filterHost);
+    }
+};
+
+constexpr wchar_t kNotice[] = L"A New Version of Brillatrix Pro is Available Online";
+constexpr char kDownload[] = "open " BX_DOWNLOAD_ADDRESS;
+
+} // namespace
+
+TEST_F(Links, TheMainDialogLeadsToANewerVersion) {
+    KnowVersion(60000, true);
+    RunDialog([&] {
+        ASSERT_NE(Item(kUpdateLinkId), nullptr);
+        EXPECT_EQ(Text(kUpdateLinkId), kNotice);
+        Click(kUpdateLinkId);
+        EXPECT_EQ(gAnswers.opened, std::vector<std::string>{kDownload});
+        SetFocus(Item(kUpdateLinkId));
+        Key(VK_RETURN);
+        EXPECT_EQ(gAnswers.opened.size(), 2u);
+        EXPECT_TRUE(IsWindowVisible(dialog)) << "Enter was taken for OK";
+        const RECT before = Place(kUpdateLinkId), button = Place(kHelp);
+        EXPECT_LT(before.right, button.left);
+        Resize(1100, 850);
+        EXPECT_EQ(Place(kUpdateLinkId).left, before.left);
+        EXPECT_EQ(Place(kUpdateLinkId).top, Place(kHelp).top);
+        PressCancel();
+    });
+    for (const auto &[version, isOn] : {std::pair<uint16_t, bool>{60000, false}, {0, true}}) {
+        KnowVersion(version, isOn);
+        RunDialog([&] {
+            EXPECT_EQ(Item(kUpdateLinkId), nullptr);
+            PressCancel();
+        });
+    }
+}
+
+TEST_F(Links, TheAboutBoxOpensItsAddressesAndTellsWhatItCannotOpen) {
+    const std::vector<std::string> addresses = {"open " BX_HELP_ADDRESS, "open " BX_WEB_ADDRESS,
+                                                "open " BX_SUPPORT_ADDRESS, kDownload};
+    KnowVersion(60000, true);
+    ShowAbout([&](HWND box) {
+        for (const int id : {kAboutHelpLinkId, kAboutWebLinkId, kAboutSupportLinkId, kAboutUpdateLinkId}) {
+            EXPECT_TRUE(IsWindowVisible(GetDlgItem(box, id)));
+            SendDlgItemMessageA(box, id, BM_CLICK, 0, 0);
+        }
+        EXPECT_EQ(gAnswers.opened, addresses);
+        wchar_t text[100] = L"";
+        GetDlgItemTextW(box, kAboutUpdateLinkId, text, 100);
+        EXPECT_STREQ(text, kNotice);
+        CheckDlgButton(box, kAboutUpdateSwitchId, BST_UNCHECKED);
+        SendMessageA(box, WM_COMMAND, MAKEWPARAM(kAboutUpdateSwitchId, BN_CLICKED), 0);
+        EXPECT_FALSE(IsWindowVisible(GetDlgItem(box, kAboutUpdateLinkId)));
+
+        EXPECT_TRUE(boxes.empty());
+        gAnswers.shellAnswer = SE_ERR_NOASSOC;
+        SendDlgItemMessageA(box, kAboutWebLinkId, BM_CLICK, 0, 0);
+        ASSERT_EQ(boxes.size(), 1u);
+        EXPECT_EQ(boxes[0].text, "The address could not be opened (error 31). It is: " BX_WEB_ADDRESS);
+        EXPECT_EQ(boxes[0].title, "Warning");
+    });
+    UpdateRecord record = {};
+    const std::string bytes = ReadWholeFile(UserFolder("Settings") + "\\UpdateNotice.bin");
+    memcpy(&record, bytes.data(), std::min(bytes.size(), sizeof record));
+    EXPECT_EQ(record.isOn, 0u);
+}
