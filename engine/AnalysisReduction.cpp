@@ -17,6 +17,7 @@
 namespace {
 
 constexpr double kFullValue = 4294967295.0;
+constexpr int64_t kFullInteger = 4294967295;
 constexpr double kWidenedByte = 0x01010101; // what a byte of a mask is multiplied by
 constexpr double kWorkingByte = 65793;      // the same for a colour
 // Each operation rounds by at most 2^-53, relatively, and nothing is ever subtracted. Both ways together take
@@ -24,6 +25,9 @@ constexpr double kWorkingByte = 65793;      // the same for a colour
 // is to spare.
 constexpr double kRoundingOfPixel = 1.0 / (int64_t{1} << 49);
 constexpr int32_t kSpareRoundings = 16;
+// Bytes are added up in sixteen bits as long as that holds them, in groups of rows.
+constexpr int32_t kRowsInGroup = 4, kGroupsInSums = 64;
+static_assert(kRowsInGroup * kGroupsInSums * 255 <= 65535);
 
 // The document pixels under one analysis pixel along one axis.
 struct AxisWindow {
@@ -105,8 +109,8 @@ struct Scratch {
     AxisWindow *windows;   // one for each analysis column
     double *weights;       // of the columns' pixels, window after window
     double *perWeight;     // one for each analysis column: 1 / the sum of its weights
-    int32_t *byteSums;     // one for each column of the source: its whole pixels in the row of windows
-    double *columns;       // the same, of all its pixels
+    uint16_t *byteSums;    // one for each column of the source: some of its whole pixels
+    double *columns;       // the same: all its pixels in the row of windows
 };
 
 void FreeScratch(Scratch *s) {
@@ -149,14 +153,9 @@ bool AllocateScratch(const ImageBuffer &source, const AnalysisImage &image, Scra
     *s = Scratch{};
     s->width = source.width;
     s->analysisWidth = image.bounds.right - image.bounds.left;
-    s->byteSums = static_cast<int32_t *>(CountedAlloc(s->width * sizeof *s->byteSums));
+    s->byteSums = static_cast<uint16_t *>(CountedAlloc(s->width * sizeof *s->byteSums));
     s->columns = static_cast<double *>(CountedAlloc(s->width * sizeof *s->columns));
     return s->byteSums && s->columns && PrepareColumns(source, image, s);
-}
-
-void AddBytes(const uint8_t *row, int32_t width, int32_t *sums) {
-    for (int32_t x = 0; x < width; ++x)
-        sums[x] += row[x];
 }
 
 void AddWeightedBytes(const uint8_t *row, int32_t width, double weight, double *columns) {
@@ -164,24 +163,54 @@ void AddWeightedBytes(const uint8_t *row, int32_t width, double weight, double *
         columns[x] += weight * row[x];
 }
 
-void AddSums(const int32_t *sums, int32_t width, double *columns) {
+void AddRow(const uint8_t *row, int32_t width, uint16_t *sums) {
+    for (int32_t x = 0; x < width; ++x)
+        sums[x] = static_cast<uint16_t>(sums[x] + row[x]);
+}
+
+void AddGroupOfRows(const uint8_t *rows, int32_t width, uint16_t *sums) {
+    const uint8_t *second = rows + width, *third = second + width, *fourth = third + width;
+    for (int32_t x = 0; x < width; ++x)
+        sums[x] = static_cast<uint16_t>(sums[x] + rows[x] + second[x] + third[x] + fourth[x]);
+}
+
+void AddSums(const uint16_t *sums, int32_t width, double *columns) {
     for (int32_t x = 0; x < width; ++x)
         columns[x] += sums[x];
 }
 
-// The sums of a layer's columns over a window of rows, in bytes times their weights.
-void SumByteColumns(const Layer &layer, const ImageBuffer &source, const AxisWindow &rows, const Scratch &s) {
-    std::fill_n(s.byteSums, s.width, 0);
-    std::fill_n(s.columns, s.width, 0.0);
-    for (int32_t y = rows.first; y < rows.first + rows.count; ++y) {
-        const uint8_t *row = layer.samples + int64_t{y - source.bounds.top} * s.width;
-        const double weight = CoverageOf(rows, y);
-        if (weight == 1.0)
-            AddBytes(row, s.width, s.byteSums);
-        else
-            AddWeightedBytes(row, s.width, weight, s.columns);
+// Adds `count` whole rows, one behind the other.
+void AddWholeRows(const uint8_t *rows, int32_t count, const Scratch &s) {
+    while (count > 0) {
+        std::fill_n(s.byteSums, s.width, uint16_t{0});
+        const int32_t now = std::min(count, kRowsInGroup * kGroupsInSums);
+        int32_t y = 0;
+        for (; y + kRowsInGroup <= now; y += kRowsInGroup)
+            AddGroupOfRows(rows + int64_t{y} * s.width, s.width, s.byteSums);
+        for (; y < now; ++y)
+            AddRow(rows + int64_t{y} * s.width, s.width, s.byteSums);
+        AddSums(s.byteSums, s.width, s.columns);
+        rows += int64_t{now} * s.width;
+        count -= now;
     }
-    AddSums(s.byteSums, s.width, s.columns);
+}
+
+// The sums of a layer's columns over a window of rows, in bytes times their weights. Only the first and the
+// last row can lie in the window in part.
+void SumByteColumns(const Layer &layer, const ImageBuffer &source, const AxisWindow &rows, const Scratch &s) {
+    std::fill_n(s.columns, s.width, 0.0);
+    int32_t from = rows.first, to = rows.first + rows.count;
+    const auto rowAt = [&](int32_t y) { return layer.samples + int64_t{y - source.bounds.top} * s.width; };
+    if (CoverageOf(rows, from) != 1.0) {
+        AddWeightedBytes(rowAt(from), s.width, CoverageOf(rows, from), s.columns);
+        ++from;
+    }
+    if (from < to && CoverageOf(rows, to - 1) != 1.0) {
+        --to;
+        AddWeightedBytes(rowAt(to), s.width, CoverageOf(rows, to), s.columns);
+    }
+    if (from < to)
+        AddWholeRows(rowAt(from), to - from, s);
 }
 
 // The same for deeper samples, in values.
@@ -220,8 +249,9 @@ bool AverageOfColumns(const double *columns, const double *columnWeights, int32_
         sum += columnWeights[k] * columns[k];
     const double quotient = sum * perWeight + 0.5;
     const double doubt = quotient * roundings * kRoundingOfPixel;
-    *average = static_cast<uint32_t>(std::min(quotient - doubt, kFullValue));
-    return *average == static_cast<uint32_t>(std::min(quotient + doubt, kFullValue));
+    const auto low = static_cast<int64_t>(quotient - doubt), high = static_cast<int64_t>(quotient + doubt);
+    *average = static_cast<uint32_t>(std::min(low, kFullInteger));
+    return low == high || low >= kFullInteger;
 }
 
 // One value of every pixel in a row of the result.
