@@ -11,7 +11,7 @@ constexpr uint32_t kFilterKind = '8BFM';
 constexpr uint32_t kNewestInterface = 0x00040000;
 constexpr uint32_t kMostProperties = 1000;
 
-const PiplProperty *FindProperty(const Pipl &pipl, uint32_t key) {
+static const PiplProperty *FindProperty(const Pipl &pipl, uint32_t key) {
     const auto found =
         std::find_if(pipl.properties.begin(), pipl.properties.end(), [key](const PiplProperty &property) {
             return property.vendor == kVendor && property.key == key;
@@ -49,10 +49,9 @@ static bool ReadProperties(ByteReader &reader, Pipl *pipl, std::string *why) {
 }
 
 // Zero-ended text; empty when the end is missing.
-static std::string TakeText(const Bytes &data, size_t at) {
-    const auto first = data.begin() + static_cast<ptrdiff_t>(std::min(at, data.size()));
-    const auto end = std::find(first, data.end(), uint8_t{0});
-    return end == data.end() ? std::string() : std::string(first, end);
+static std::string TakeText(const Bytes &data) {
+    const auto end = std::find(data.begin(), data.end(), uint8_t{0});
+    return end == data.end() ? std::string() : std::string(data.begin(), end);
 }
 
 // Length byte and characters, with at least one zero behind them.
@@ -69,25 +68,7 @@ static uint32_t TakeWord(const Pipl &pipl, uint32_t key) {
     return property && property->data.size() >= 4 ? NumberAt<uint32_t>(property->data.data()) : 0;
 }
 
-static void TakeTerminology(const PiplProperty *property, Pipl *pipl) {
-    if (!property)
-        return;
-    ByteReader reader = {property->data.data(), property->data.size()};
-    if (reader.Take<int32_t>() != 0)
-        return;
-    pipl->terminologyClass = reader.Take<uint32_t>();
-    pipl->terminologyEvent = reader.Take<uint32_t>();
-    pipl->terminologyId = reader.Take<int16_t>();
-    pipl->terminologyScope = TakeText(property->data, reader.at);
-    pipl->hasTerminology = !reader.failed;
-}
-
-static void TakeSizeAndCases(Pipl *pipl) {
-    const PiplProperty *maxSize = FindProperty(*pipl, 'ms32');
-    if (maxSize && maxSize->data.size() == 8) {
-        pipl->maxRows = NumberAt<int32_t>(maxSize->data.data());
-        pipl->maxColumns = NumberAt<int32_t>(maxSize->data.data() + 4);
-    }
+static void TakeCases(Pipl *pipl) {
     const PiplProperty *cases = FindProperty(*pipl, 'fici');
     if (!cases || cases->data.size() < sizeof(pipl->filterCases))
         return;
@@ -114,16 +95,11 @@ bool ParsePipl(const uint8_t *bytes, size_t length, Pipl *pipl, std::string *why
         return false;
     parsed.kind = TakeWord(parsed, 'kind');
     parsed.version = TakeWord(parsed, 'vers');
-    parsed.modes = TakeWord(parsed, 'mode');
-    parsed.layerSupport = TakeWord(parsed, 'flly');
     parsed.name = TakePascalText(FindProperty(parsed, 'name'));
     parsed.category = TakePascalText(FindProperty(parsed, 'catg'));
     if (const PiplProperty *entry = FindProperty(parsed, '8664'))
-        parsed.entryName64 = TakeText(entry->data, 0);
-    if (const PiplProperty *enable = FindProperty(parsed, 'enbl'))
-        parsed.enableExpression = TakeText(enable->data, 0);
-    TakeTerminology(FindProperty(parsed, 'hstm'), &parsed);
-    TakeSizeAndCases(&parsed);
+        parsed.entryName64 = TakeText(entry->data);
+    TakeCases(&parsed);
     if (!CheckList(parsed, why))
         return false;
     *pipl = std::move(parsed);

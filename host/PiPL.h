@@ -1,4 +1,5 @@
-// A filter's plug-in property list, read from the resource's bytes.
+// A filter's plug-in property list, read from the resource's bytes: what a host needs of it to run the
+// filter.
 #pragma once
 
 #include <cstddef>
@@ -22,8 +23,6 @@ struct FilterCaseInfo {
     uint8_t reserved;
 };
 constexpr uint8_t kCaseNoPrefill = 1;
-constexpr uint8_t kCaseBlankData = 2;
-constexpr uint8_t kCaseLayerMask = 4;
 constexpr uint8_t kCaseWritesOutsideSelection = 8;
 
 struct Pipl {
@@ -33,16 +32,6 @@ struct Pipl {
     std::string category;
     uint32_t version = 0;
     std::string entryName64;
-    uint32_t modes = 0; // the 4 bytes read as a little-endian number
-    bool hasTerminology = false;
-    uint32_t terminologyClass = 0;
-    uint32_t terminologyEvent = 0;
-    int16_t terminologyId = 0;
-    std::string terminologyScope;
-    std::string enableExpression;
-    int32_t maxRows = 0; // 0 = no property
-    int32_t maxColumns = 0;
-    uint32_t layerSupport = 0;
     bool hasFilterCases = false;
     FilterCaseInfo filterCases[7] = {};
 };
@@ -51,7 +40,5 @@ struct Pipl {
 // 0, lengths in bounds and multiples of 4, strings ended, kind '8BFM', a 64-bit entry, a name and a category,
 // interface version at most 4.0.
 bool ParsePipl(const uint8_t *bytes, size_t length, Pipl *pipl, std::string *why);
-
-const PiplProperty *FindProperty(const Pipl &pipl, uint32_t key);
 
 } // namespace host

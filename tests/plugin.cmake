@@ -3,7 +3,7 @@
 brillatrix_test(plugin_tests TIMEOUT 300 LIBS filter_host engine render storage diag ole32 shell32 bcrypt
     SOURCES plugin/FailureTest.cpp plugin/ImageTest.cpp plugin/ModuleFixture.cpp plugin/NightDocument.cpp
             plugin/ParameterAccessorTest.cpp plugin/PersistentBlockTest.cpp plugin/ResourceTest.cpp
-            plugin/ScriptTest.cpp plugin/SelectorTest.cpp plugin/Sha256.cpp storage/TemporaryFolder.cpp
+            plugin/ScriptTest.cpp plugin/SelectorTest.cpp storage/TemporaryFolder.cpp
             support/NightScene.cpp ../plugin/ParameterAccessor.cpp ../plugin/ParameterSet.cpp
             ../plugin/PluginState.cpp)
 add_dependencies(plugin_tests BrillatrixX64)

@@ -28,7 +28,6 @@ struct Watch {
     bool refuseSections;
     std::atomic<int64_t> events, enteredSection, closedHandle, deletedSection;
     DialogBoxFunction *openOtherDialog;
-    INT_PTR mainDialogAnswer;
     int mainDialogs;
 };
 Watch gWatch;
@@ -138,7 +137,7 @@ INT_PTR WINAPI WatchedDialogBox(HINSTANCE instance, LPCWSTR name, HWND owner, DL
     if (IS_INTRESOURCE(name) || std::wcscmp(name, kMainDialogName) != 0)
         return gWatch.openOtherDialog(instance, name, owner, procedure, parameter);
     ++gWatch.mainDialogs;
-    return gWatch.mainDialogAnswer;
+    return IDOK;
 }
 
 void HookModule(HMODULE module, host::ImportHooks *hooks) {
@@ -193,7 +192,6 @@ void ModuleFixture::SetUp() {
         return IDOK;
     };
     host::CatchBoxes(module.module, keepBox, true);
-    gWatch.mainDialogAnswer = IDOK;
     gWatch.mainDialogs = 0;
     gWatch.openOtherDialog =
         host::ReplaceImport(module.module, nullptr, "DialogBoxParamW", WatchedDialogBox, &dialogHooks);
@@ -249,10 +247,6 @@ void ModuleFixture::FailModuleAllocation(int64_t n, bool andLater) {
 
 int64_t ModuleFixture::ModuleAllocations() const {
     return gWatch.allocations;
-}
-
-void ModuleFixture::AnswerMainDialog(INT_PTR answer) {
-    gWatch.mainDialogAnswer = answer;
 }
 
 int ModuleFixture::MainDialogs() const {
@@ -325,14 +319,4 @@ host::Descriptor ScriptOf(const ParameterSet &set) {
 
 bool operator==(const ParameterSet &a, const ParameterSet &b) {
     return std::memcmp(&a, &b, sizeof(a)) == 0;
-}
-
-void PrintTo(const ParameterSet &set, std::ostream *stream) {
-    *stream << "version " << set.version[0] << ',' << set.version[1] << ',' << set.version[2] << ','
-            << set.version[3] << " intensity " << set.intensity << " length " << set.length << " angle "
-            << set.angle << " points " << set.numberOfPoints << " sharpness " << set.spikeSharpness
-            << " saturation " << set.colorSaturation << " rainbow " << set.rainbowIntensity << '/'
-            << set.rainbowFrequency << " secondary " << set.secondaryIntensity << " flare "
-            << set.softFlareBrightness << " only " << int{set.outputSpikesOnly} << " effect " << std::hex
-            << set.effectType << std::dec << " threshold " << set.threshold;
 }

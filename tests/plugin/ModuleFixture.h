@@ -45,9 +45,7 @@ protected:
     void FailModuleAllocation(int64_t n, bool andLater);
     // Allocations of the module since then.
     int64_t ModuleAllocations() const;
-    // The main dialog does not open; its call answers this from now on. At first it is IDOK.
-    void AnswerMainDialog(INT_PTR answer);
-    int MainDialogs() const; // calls
+    int MainDialogs() const; // calls; the main dialog does not open, each call answers IDOK
     // CoInitialize answers this from now on.
     void SetComResult(HRESULT result);
     // InitializeCriticalSectionAndSpinCount fails from now on, or no longer.
@@ -82,4 +80,3 @@ std::wstring ModulePath();
 host::Descriptor ScriptOf(const ParameterSet &set);
 
 bool operator==(const ParameterSet &a, const ParameterSet &b);
-void PrintTo(const ParameterSet &set, std::ostream *stream);

@@ -89,17 +89,10 @@ TEST_F(ParameterAccess, FailuresAreZero) {
 TEST_F(ParameterAccess, RenderSettingsAreAClampedCopy) {
     current = {{0, 0, 0, 5}, 1, 2, -3, 4, 5, -6, 7, 8, 9, 10, 1, {}, kStarBurst, 11, {}};
     const RenderSettings s = MakeRenderSettings(current, 100.0);
-    EXPECT_EQ(s.intensity, 1);
-    EXPECT_EQ(s.length, 2);
-    EXPECT_EQ(s.angle, -3);
-    EXPECT_EQ(s.numberOfPoints, 4);
-    EXPECT_EQ(s.spikeSharpness, 5);
-    EXPECT_EQ(s.colorSaturation, -6);
-    EXPECT_EQ(s.rainbowIntensity, 7);
-    EXPECT_EQ(s.rainbowFrequency, 8);
-    EXPECT_EQ(s.secondaryIntensity, 9);
-    EXPECT_EQ(s.softFlareIntensity, 10);
-    EXPECT_EQ(s.threshold, 11);
+    EXPECT_EQ(std::vector({s.intensity, s.length, s.angle, s.numberOfPoints, s.spikeSharpness,
+                           s.colorSaturation, s.rainbowIntensity, s.rainbowFrequency, s.secondaryIntensity,
+                           s.softFlareIntensity, s.threshold}),
+              (std::vector<int16_t>{1, 2, -3, 4, 5, -6, 7, 8, 9, 10, 11}));
     EXPECT_TRUE(s.effectsOnly);
     EXPECT_EQ(s.effectType, kStarBurst);
     EXPECT_EQ(s.scale, 100.0);
