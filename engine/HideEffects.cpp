@@ -25,19 +25,21 @@ bool IsEligible(const LightSource &source, int32_t mode) {
     }
 }
 
-void SetState(LightSource *source, uint32_t state) {
-    if (source->State != state)
-        source->SavedState = source->State;
-    source->State = state;
+bool IsRestoring(int32_t mode) {
+    return mode == kRestoreHidden || mode == kRestoreForced;
+}
+
+uint32_t StateAfter(const LightSource &source, int32_t mode) {
+    if (IsRestoring(mode))
+        return source.SavedState;
+    return mode == kHideEffect ? 0 : 2;
 }
 
 void ApplyMode(LightSource *source, int32_t mode) {
-    if (mode == kHideEffect)
-        SetState(source, 0);
-    else if (mode == kForceEffect)
-        SetState(source, 2);
-    else
-        source->State = source->SavedState;
+    const uint32_t before = source->State;
+    source->State = StateAfter(*source, mode);
+    if (!IsRestoring(mode) && source->State != before)
+        source->SavedState = before;
 }
 
 int64_t ReachAtZoom(double zoomPercent) {
@@ -58,7 +60,11 @@ int64_t SquaredDistance(const LightSource &source, int32_t x, int32_t y, int64_t
 
 } // namespace
 
-int32_t SetLightSourceStateAt(int32_t x, int32_t y, double zoomPercent, int32_t mode) {
+bool IsChangedByMode(const LightSource &source, int32_t mode) {
+    return IsEligible(source, mode) && StateAfter(source, mode) != source.State;
+}
+
+int32_t FindLightSourceAt(int32_t x, int32_t y, double zoomPercent, int32_t mode) {
     const LightSourceTableView table = GetLightSourceTable();
     const int64_t reach = ReachAtZoom(zoomPercent);
     const int64_t limit = reach * reach;
@@ -73,8 +79,13 @@ int32_t SetLightSourceStateAt(int32_t x, int32_t y, double zoomPercent, int32_t 
             found = static_cast<int32_t>(i);
         }
     }
+    return found;
+}
+
+int32_t SetLightSourceStateAt(int32_t x, int32_t y, double zoomPercent, int32_t mode) {
+    const int32_t found = FindLightSourceAt(x, y, zoomPercent, mode);
     if (found >= 0)
-        ApplyMode(&table.records[found], mode);
+        ApplyMode(&GetLightSourceTable().records[found], mode);
     return found;
 }
 

@@ -4,35 +4,10 @@
 #include "ui/ProxyUpdateTask.h"
 #include "ui/ViewCursor.h"
 
-#include <algorithm>
-#include <cstdlib>
-
 namespace {
 
-// Reach of a click, in quarter pixels of the document; the light source table uses the same.
-constexpr double kReachAtOnePercent = 8000.0;
-constexpr int64_t kSmallestReach = 80;
 // Half the extent of a mark on the display, so that one just outside is drawn too.
 constexpr int32_t kMarkMargin = 16;
-
-bool IsEligible(const LightSource &source, int32_t mode) {
-    switch (mode) {
-    case kHideEffect:
-    case kForceEffect:
-        return true;
-    case kRestoreHidden:
-        return source.State == 0;
-    case kRestoreForced:
-        return source.State == 2;
-    }
-    return false;
-}
-
-uint32_t StateAfter(const LightSource &source, int32_t mode) {
-    if (mode == kHideEffect)
-        return 0;
-    return mode == kForceEffect ? 2 : source.SavedState;
-}
 
 bool IsMarked(const LightMarks &marks, const LightSource &source, int32_t index) {
     if (!IsChangedByMode(source, marks.mode))
@@ -52,30 +27,6 @@ int32_t HideModeOfMouseState(int32_t mouseState) {
         return kRestoreHidden;
     }
     return kNoHideMode;
-}
-
-bool IsChangedByMode(const LightSource &source, int32_t mode) {
-    return IsEligible(source, mode) && StateAfter(source, mode) != source.State;
-}
-
-int32_t FindLightSourceAt(int32_t x, int32_t y, double zoomPercent, int32_t mode) {
-    const LightSourceTableView table = GetLightSourceTable();
-    const int64_t reach =
-        std::max(static_cast<int64_t>(kReachAtOnePercent / ClampZoom(zoomPercent)), kSmallestReach);
-    int64_t nearest = reach * reach;
-    int32_t found = -1;
-    for (uint32_t i = 0; i < table.count; ++i) {
-        const LightSource &source = table.records[i];
-        const int64_t dx = (int64_t{x} - source.X) * 4 - source.XQuarter;
-        const int64_t dy = (int64_t{y} - source.Y) * 4 - source.YQuarter;
-        if (std::abs(dx) >= reach || std::abs(dy) >= reach || dx * dx + dy * dy >= nearest)
-            continue;
-        if (!IsEligible(source, mode))
-            continue;
-        nearest = dx * dx + dy * dy;
-        found = static_cast<int32_t>(i);
-    }
-    return found;
 }
 
 int VisitMarkedLights(const LightMarks &marks, const ViewState &view,

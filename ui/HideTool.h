@@ -12,12 +12,6 @@ constexpr int32_t kNoHideMode = -1;
 // The mode of the light source table that a mouse state works with, or kNoHideMode.
 int32_t HideModeOfMouseState(int32_t mouseState);
 
-// The source that SetLightSourceStateAt would pick, or -1.
-int32_t FindLightSourceAt(int32_t x, int32_t y, double zoomPercent, int32_t mode);
-// Whether applying the mode to an eligible source makes a difference; false for sources that are not
-// eligible.
-bool IsChangedByMode(const LightSource &source, int32_t mode);
-
 // What the pointer stands over or the dragged rectangle holds, to be marked on the display.
 struct LightMarks {
     bool active;

@@ -88,8 +88,10 @@ IntRect WindowAroundView(const PreviewGeometry &geometry, double margin) {
 
 int32_t PreviewTileSize(double zoom, const IntRect &visible) {
     const auto whole = static_cast<int32_t>(zoom * kTilePerZoom);
-    const int32_t side = std::min(visible.right - visible.left, visible.bottom - visible.top);
-    return std::max(std::min(std::max(whole, kSmallestTile), side), 1);
+    const int32_t side = std::max(whole, kSmallestTile);
+    if (IsEmptyRect(visible))
+        return side;
+    return std::min({side, visible.right - visible.left, visible.bottom - visible.top});
 }
 
 int32_t CountTiles(const IntRect &rect, int32_t tileSize) {

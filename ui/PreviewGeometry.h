@@ -41,7 +41,8 @@ IntRect ImageInClient(const PreviewGeometry &geometry);
 IntRect WindowAroundView(const PreviewGeometry &geometry, double margin);
 
 // Side of the square tiles that the visible part (scaled) is rendered in, in scaled pixels: those of 1024
-// document pixels at any zoom, so that a small picture of a large image comes in pieces too; at least 1.
+// document pixels at any zoom, so that a small picture of a large image comes in pieces too; no larger than
+// the visible part when there is one.
 int32_t PreviewTileSize(double zoom, const IntRect &visible);
 // Tiles that cover a rectangle; at least 1.
 int32_t CountTiles(const IntRect &rect, int32_t tileSize);

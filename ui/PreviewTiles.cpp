@@ -73,8 +73,7 @@ bool FindTileLocked(const PreviewRequest &request, PreviewArea area, IntRect *ti
         return gProxies.scaledProxy.pixels &&
                FindTileIn(gProxies.window, side, gProxies.FreshRegion, kFindFresh, tile);
     default:
-        return request.previewOn && FindTileIn(gProxies.HostProxyImage.bounds,
-                                               PreviewTileSize(kFullZoom, gProxies.HostProxyImage.bounds),
+        return request.previewOn && FindTileIn(gProxies.HostProxyImage.bounds, PreviewTileSize(kFullZoom, {}),
                                                gProxies.ValidEffectProxyRegion, kFindEffect, tile);
     }
 }

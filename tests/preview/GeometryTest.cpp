@@ -82,7 +82,7 @@ TEST(PreviewGeometry, TileSizes) {
     EXPECT_EQ(PreviewTileSize(16.67, {0, 0, 1000, 667}), 170);
     EXPECT_EQ(PreviewTileSize(1.0, {0, 0, 60, 40}), 32);
     EXPECT_EQ(PreviewTileSize(100.0, {0, 0, 18, 12}), 12);
-    EXPECT_EQ(PreviewTileSize(100.0, {0, 0, 0, 0}), 1);
+    EXPECT_EQ(PreviewTileSize(100.0, {0, 0, 0, 0}), 1024); // of what lies around a view beside the image
     EXPECT_EQ(CountTiles({0, 0, 800, 500}, 500), 2);
     EXPECT_EQ(CountTiles({0, 0, 1025, 1024}, 1024), 2);
     EXPECT_EQ(CountTiles({5, 5, 5, 5}, 100), 1);
