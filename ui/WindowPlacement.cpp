@@ -17,6 +17,11 @@ Span MoveIntoSpan(Span span, Span area) {
     return {static_cast<LONG>(first), static_cast<LONG>(first + length)};
 }
 
+bool HasRoomIn(const RECT &rect, const RECT &area) {
+    return int64_t{rect.right} - rect.left <= area.right - area.left &&
+           int64_t{rect.bottom} - rect.top <= area.bottom - area.top;
+}
+
 } // namespace
 
 RECT MoveIntoArea(const RECT &rect, const RECT &area) {
@@ -29,11 +34,11 @@ RECT PlaceOnMonitor(const RECT &wanted) {
     const int64_t captionBottom = int64_t{wanted.top} + GetSystemMetrics(SM_CYCAPTION);
     const RECT caption = {wanted.left, wanted.top, wanted.right,
                           static_cast<LONG>(std::min<int64_t>(captionBottom, wanted.bottom))};
-    if (MonitorFromRect(&caption, MONITOR_DEFAULTTONULL))
-        return wanted;
+    const HMONITOR reachable = MonitorFromRect(&caption, MONITOR_DEFAULTTONULL);
     MONITORINFO monitor = {};
     monitor.cbSize = sizeof monitor;
-    if (!GetMonitorInfoA(MonitorFromRect(&wanted, MONITOR_DEFAULTTONEAREST), &monitor))
+    if (!GetMonitorInfoA(reachable ? reachable : MonitorFromRect(&wanted, MONITOR_DEFAULTTONEAREST),
+                         &monitor))
         return wanted;
-    return MoveIntoArea(wanted, monitor.rcWork);
+    return reachable && HasRoomIn(wanted, monitor.rcWork) ? wanted : MoveIntoArea(wanted, monitor.rcWork);
 }

@@ -4,8 +4,8 @@
 #include <windows.h>
 
 // The rectangle in which a window that was last at `wanted` (screen pixels, not empty) opens: `wanted` itself
-// while its caption can still be reached on some monitor, otherwise brought into the work area of the nearest
-// monitor.
+// while its caption can still be reached on some monitor that has room for it, otherwise brought into the work
+// area of that monitor or the nearest one.
 RECT PlaceOnMonitor(const RECT &wanted);
 
 // The rectangle moved, and where it is too large cut down, so that it lies in the area. Any values.

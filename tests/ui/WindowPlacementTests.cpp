@@ -39,6 +39,14 @@ TEST(WindowPlacement, WindowsOutOfReachComeBackWhole) {
     }
 }
 
+// Saved on a larger screen: what lies at its bottom, and the corner to size it by, would be out of reach.
+TEST(WindowPlacement, WindowsLargerThanTheScreenAreCutDown) {
+    const RECT area = PrimaryWorkArea();
+    EXPECT_TRUE(PlaceOnMonitor({100, 100, 900, area.bottom + 300}) ==
+                (RECT{100, area.top, 900, area.bottom}));
+    EXPECT_TRUE(PlaceOnMonitor({100, 100, area.right + 101, 400}) == (RECT{area.left, 100, area.right, 400}));
+}
+
 TEST(WindowPlacement, AnyNumbersEndInsideTheArea) {
     const RECT area = {-1280, 40, 0, 1000};
     EXPECT_TRUE(MoveIntoArea({-100, 900, 100, 1100}, area) == (RECT{-200, 800, 0, 1000}));
