@@ -2,51 +2,37 @@
 #include "engine/AnalysisImage.h"
 
 #include "diag/BufferUsage.h"
-#include "tests/engine/TestImages.h"
+#include "tests/engine/TestWorker.h"
 
 #include <cstring>
 
 namespace {
 
-// An analysis image that frees itself.
-struct Prepared {
-    AnalysisImage image{};
-    explicit Prepared(const ImageBuffer &source) {
-        const std::atomic<uint8_t> cancel{0};
-        EXPECT_EQ(PrepareAnalysisImage(source, cancel, &image), kNoError);
-    }
-    ~Prepared() { FreeAnalysisImage(&image); }
-    Prepared(const Prepared &) = delete;
-    Prepared &operator=(const Prepared &) = delete;
-};
-
 using AnalysisImageTest = EngineTest;
-
-bool Same(const PixelSample &a, const PixelSample &b) {
-    return memcmp(&a, &b, sizeof a) == 0;
-}
 
 TEST_F(AnalysisImageTest, AWindowWithNoPixelTakesTheLastColumn) {
     // The first analysis column of this picture points four document pixels left of it.
     TestImage image(kModeGray8, 1, 0, IntRect{1003, 0, 1003 + 3960, 1}, false);
     SetSample8(&image.buffer, 0, 3959, 0, 200);
-    const Prepared prepared(image.buffer);
-    ASSERT_EQ(prepared.image.bounds.left, 303);
-    EXPECT_EQ(FetchPixel(prepared.image, 303, 0).red, WorkingFrom8(200));
+    const TestWorker worker(image.buffer);
+    ASSERT_EQ(worker.shared.image.bounds.left, 303);
+    EXPECT_EQ(FetchPixel(worker.shared.image, 303, 0).red, WorkingFrom8(200));
 }
 
 TEST_F(AnalysisImageTest, NothingIsReadOrMarkedOutsideAndThePictureKeepsItsSamples) {
-    const TestImage image = MakeGrayRgb(3, 2, [](int, int) { return 9; });
-    Prepared prepared(image.buffer);
+    const TestImage picture = MakeGrayRgb(3, 2, [](int, int) { return 9; });
+    TestWorker worker(picture.buffer);
+    AnalysisImage &image = worker.shared.image;
     for (const auto &[x, y] : {std::pair{-1, 0}, {3, 0}, {0, -1}, {0, 2}, {INT32_MIN, INT32_MAX}}) {
-        MarkPixel(&prepared.image, x, y);
-        EXPECT_TRUE(Same(FetchPixel(prepared.image, x, y), PixelSample{0, 0, 0, 0, 0}));
+        MarkPixel(&image, x, y);
+        const PixelSample outside = FetchPixel(image, x, y), none = {0, 0, 0, 0, 0};
+        EXPECT_EQ(memcmp(&outside, &none, sizeof none), 0);
     }
     for (int i = 0; i < 6; ++i)
-        EXPECT_EQ(FetchPixel(prepared.image, i % 3, i / 3).red, WorkingFrom8(9)) << i;
-    MarkPixel(&prepared.image, 2, 1);
-    EXPECT_FALSE(IsPixelSelected(FetchPixel(prepared.image, 2, 1)));
-    EXPECT_EQ(image.buffer.planes[0][5], 9);
+        EXPECT_EQ(FetchPixel(image, i % 3, i / 3).red, WorkingFrom8(9)) << i;
+    MarkPixel(&image, 2, 1);
+    EXPECT_FALSE(IsPixelSelected(FetchPixel(image, 2, 1)));
+    EXPECT_EQ(picture.buffer.planes[0][5], 9);
 }
 
 TEST_F(AnalysisImageTest, FailuresLeaveTheOutputAlone) {

@@ -43,26 +43,6 @@ TEST_F(DetectionTest, AGaussianSpotIsFoundWithinAPixelAtEveryScale) {
     }
 }
 
-// Flat areas, spots that are too wide and spots that the edge cuts are no lights.
-TEST_F(DetectionTest, DisksAreMeasuredUpToTheirLimits) {
-    struct Case {
-        int32_t side;
-        double x, radius;
-        bool isFound;
-    };
-    for (const Case &c : {Case{300, 140.3, 8, true}, Case{300, 140.3, 30, true}, Case{400, 200, 58, true},
-                          Case{400, 200, 80, false}, Case{700, 350, 200, false}, Case{300, 3, 6, false},
-                          Case{300, 150, 1000, false}}) {
-        const TestImage image = MakeDisk(c.side, c.x, c.side / 2 + 0.1, c.radius);
-        const std::vector<LightSource> found = Detect(image.buffer);
-        ASSERT_EQ(found.size(), c.isFound ? 1u : 0u) << c.radius;
-        if (c.isFound && c.radius <= 30) { // near the limit only the count is sure
-            EXPECT_LE(Distance(found[0], c.x, c.side / 2 + 0.1), 1.0);
-            EXPECT_NEAR(std::sqrt(found[0].RadiusSquared), c.radius - 0.7, 0.8);
-        }
-    }
-}
-
 TEST_F(DetectionTest, PositionsAndRadiiOutOfReachAreHarmless) {
     const TestImage black = MakeGrayRgb(50, 50, [](int, int) { return 0; });
     const TestWorker worker(black.buffer);
@@ -117,23 +97,6 @@ TEST_F(DetectionTest, AWhitePictureIsFilledOnceAndWhole) {
         marked += FetchPixel(worker.shared.image, i % 1200, i / 1200).selectionLevel == 0;
     EXPECT_EQ(marked, 1200 * 1200);
     EXPECT_TRUE(worker.Sources().empty());
-}
-
-TEST_F(DetectionTest, AFillStopsAtOtherColorsGapsAndUnselectedPixels) {
-    TestImage image(kModeRgb8, 1, 0, IntRect{0, 0, 7, 3}, true);
-    const uint8_t red[14] = {160, 160, 180, 181, 160, 160, 160, 160, 160, 160, 140, 139, 160, 160};
-    for (int32_t i = 0; i < 21; ++i) {
-        image.buffer.planes[0][i] = i < 14 ? red[i] : 160;
-        image.buffer.planes[1][i] = image.buffer.planes[2][i] = 80;
-        image.buffer.mask[i] = i >= 14 ? 0 : 1; // the last row is not selected at all; a trace is enough
-    }
-    TestWorker worker(image.buffer);
-    FillFlatArea(&worker.context, 0, 0, FetchPixel(worker.shared.image, 0, 0));
-    // 160 / 8 = 20: 180 and 140 belong, 181 and 139 do not, and the diagonal past them is no way through.
-    for (int32_t i = 0; i < 14; ++i)
-        EXPECT_EQ(FetchPixel(worker.shared.image, i % 7, i / 7).selectionLevel == 0, i % 7 < 3 + i / 7) << i;
-    for (int32_t x = 0; x < 7; ++x)
-        EXPECT_EQ(FetchPixel(worker.shared.image, x, 2).red, WorkingFrom8(160));
 }
 
 TEST_F(DetectionTest, AFillWithoutMemoryIsReportedAndStops) {

@@ -40,39 +40,40 @@ TEST_F(ImageBufferTest, DescribesPlanesOfEveryDepth) {
 }
 
 TEST_F(ImageBufferTest, RefusesShapesThatCannotBe) {
-    constexpr int32_t kLow = std::numeric_limits<int32_t>::min(), kHigh = std::numeric_limits<int32_t>::max();
+    struct Case {
+        int32_t bytes, transparency;
+        IntRect bounds;
+    };
+    const IntRect good = {0, 0, 2, 2};
+    const Case cases[] = {{1, 0, {0, 0, 0, 5}}, {1, 0, {0, 0, 5, 0}},
+                          {1, 0, {5, 0, 4, 4}}, {1, 0, {INT32_MIN, 0, INT32_MAX, 1}},
+                          {0, 0, good},         {1, 0, {0, INT32_MIN, 1, INT32_MAX}},
+                          {3, 0, good},         {8, 0, good},
+                          {-1, 0, good},        {1, -1, good},
+                          {1, 2, good}};
     ImageBuffer buffer = Untouched();
-    for (const IntRect &bounds : {IntRect{0, 0, 0, 5}, IntRect{0, 0, 5, 0}, IntRect{5, 0, 4, 4},
-                                  IntRect{kLow, 0, kHigh, 1}, IntRect{0, kLow, 1, kHigh}})
-        EXPECT_EQ(AllocateImageBuffer(kModeRgb8, 1, 0, bounds, false, &buffer, nullptr), kMemFullErr);
-    for (const int32_t bytes : {0, 3, 8, -1})
-        EXPECT_EQ(AllocateImageBuffer(kModeRgb8, bytes, 0, IntRect{0, 0, 2, 2}, false, &buffer, nullptr),
-                  kMemFullErr);
-    for (const int32_t planes : {-1, 2})
-        EXPECT_EQ(AllocateImageBuffer(kModeRgb8, 1, planes, IntRect{0, 0, 2, 2}, false, &buffer, nullptr),
-                  kMemFullErr);
+    for (const Case &c : cases)
+        EXPECT_EQ(AllocateImageBuffer(kModeRgb8, c.bytes, c.transparency, c.bounds, false, &buffer, nullptr),
+                  kMemFullErr)
+            << &c - cases;
     EXPECT_TRUE(IsUntouched(buffer));
 }
 
 TEST_F(ImageBufferTest, FailedAllocationLeavesTheBufferAloneAndSaysWhichPart) {
+    const IntRect bounds = {0, 0, 9, 9};
     for (const int64_t failing : {1, 2}) {
         ImageBuffer buffer = Untouched();
         bool maskFailed = failing == 1;
         FailAllocation(failing, false);
-        EXPECT_EQ(AllocateImageBuffer(kModeRgb16, 2, 1, IntRect{0, 0, 9, 9}, true, &buffer, &maskFailed),
-                  kMemFullErr);
+        EXPECT_EQ(AllocateImageBuffer(kModeRgb16, 2, 1, bounds, true, &buffer, &maskFailed), kMemFullErr);
         EXPECT_EQ(maskFailed, failing == 2);
         EXPECT_TRUE(IsUntouched(buffer));
         EXPECT_EQ(BufferBytesInUse(), 0);
     }
-}
-
-TEST_F(ImageBufferTest, FreeingTwiceIsHarmless) {
     ImageBuffer buffer{};
+    ASSERT_EQ(AllocateImageBuffer(kModeRgb16, 2, 1, bounds, true, &buffer, nullptr), kNoError);
     FreeImageBuffer(&buffer);
-    ASSERT_EQ(AllocateImageBuffer(kModeRgb8, 1, 0, IntRect{0, 0, 3, 3}, false, &buffer, nullptr), kNoError);
-    FreeImageBuffer(&buffer);
-    FreeImageBuffer(&buffer);
+    FreeImageBuffer(&buffer); // twice is harmless
     EXPECT_EQ(buffer.pixels, nullptr);
 }
 

@@ -205,12 +205,15 @@ TEST_F(InitTaskTest, TellsItsProgressAndEndsItsThread) {
     EXPECT_EQ(LightSourceTableThread(), nullptr);
 }
 
-TEST_F(InitTaskTest, EveryCallIsHarmlessWithoutARun) {
+TEST_F(InitTaskTest, EveryCallIsHarmlessWithoutARunAndAnImpossiblePictureIsAnError) {
     for (int i = 0; i < 2; ++i) {
         EXPECT_TRUE(WaitLightSourceTable(nullptr, nullptr, INFINITE));
         StopLightSourceTableInit();
         CloseLightSourceTableThread();
     }
+    EXPECT_EQ(RunToTheEnd(ImageBuffer{}), kParamErr);
+    EXPECT_TRUE(TakeReports().empty());
+    EXPECT_EQ(RunToTheEnd(spots->buffer), kNoError);
 }
 
 TEST_F(InitTaskTest, ASecondRunIsAsGoodAsTheFirstEvenWithoutAStop) {
@@ -306,13 +309,6 @@ TEST_F(InitTaskTest, AWaitThatGoesWrongIsToldAndStillWaitsForTheWorkers) {
         EXPECT_EQ(OpenHandles(), 0u);
         ExpectReport(c.site, c.kind, c.text);
     }
-}
-
-TEST_F(InitTaskTest, APictureThatCannotBePreparedGivesTheParameterError) {
-    const ImageBuffer nothing{};
-    EXPECT_EQ(RunToTheEnd(nothing), kParamErr);
-    EXPECT_TRUE(TakeReports().empty());
-    EXPECT_EQ(RunToTheEnd(spots->buffer), kNoError);
 }
 
 TEST_F(InitTaskTest, AFailingAllocationIsToldAndLosesNoMemory) {

@@ -134,22 +134,17 @@ TEST_F(LightSourceTableTest, AMergeStopsWhenCancelledAndPassesOnAMemoryFailure) 
     EXPECT_TRUE(GlobalSources().empty());
 }
 
-TEST_F(LightSourceTableTest, ACancelledRankingChangesNothing) {
-    for (const uint32_t level : {1, 2})
-        Add(gLightSourceTable, static_cast<int32_t>(level) * 100, 0, 1, true, level);
-    const std::vector<LightSource> before = GlobalSources();
-    cancel = 1;
-    RankLightSources(cancel);
-    EXPECT_TRUE(SameSources(before, GlobalSources()));
-}
-
-TEST_F(LightSourceTableTest, NothingVisibleOrNothingBrightIsFullBrightness) {
+TEST_F(LightSourceTableTest, RankingWhereNothingIsBrightOrCancelled) {
     const std::atomic<uint8_t> go{0};
     RankLightSources(go); // empty
     EXPECT_STREQ(FormatLightSourceTableLine(true), "NumberOfLightSources = 0\n\n");
     EXPECT_EQ(FormatLightSourceTableLine(false), nullptr);
     Add(gLightSourceTable, 0, 0, 1, true, 0);
     Add(gLightSourceTable, 100, 0, 1, false, 500);
+    const std::vector<LightSource> before = GlobalSources();
+    cancel = 1;
+    RankLightSources(cancel);
+    EXPECT_TRUE(SameSources(before, GlobalSources()));
     RankLightSources(go);
     for (const LightSource &s : GlobalSources()) {
         EXPECT_EQ(s.Red, 0xFFFFFFFEu);

@@ -44,13 +44,6 @@ TestImage MakeSpots(int32_t width, int32_t height, const std::vector<Spot> &spot
     });
 }
 
-TestImage MakeDisk(int32_t side, double centerX, double centerY, double radius) {
-    return MakeGrayRgb(side, side, [=](int x, int y) {
-        const double inside = std::clamp(radius - std::hypot(x - centerX, y - centerY) + 0.5, 0.0, 1.0);
-        return static_cast<uint8_t>(std::lround(10 + 240 * inside));
-    });
-}
-
 TestImage MakeNoise(int32_t width, int32_t height, uint32_t seed) {
     std::mt19937 random(seed);
     return MakeGrayRgb(width, height, [&random](int, int) { return static_cast<uint8_t>(random() % 256); });

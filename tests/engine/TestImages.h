@@ -34,8 +34,6 @@ struct Spot {
 };
 // Gaussian spots on an even background.
 TestImage MakeSpots(int32_t width, int32_t height, const std::vector<Spot> &spots, uint8_t background);
-// An even bright disk with an edge one pixel wide.
-TestImage MakeDisk(int32_t side, double centerX, double centerY, double radius);
 
 // Noise of 0..255 in every sample.
 TestImage MakeNoise(int32_t width, int32_t height, uint32_t seed);

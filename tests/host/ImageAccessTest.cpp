@@ -39,34 +39,6 @@ TEST(ImageAccess, InputIsTheDocument) {
     }
 }
 
-TEST(ImageAccess, OutputIsCommittedAtTheNextAdvanceAndAtTheEnd) {
-    PlayedHost played([](int16_t selector, FilterRecord &record, intptr_t *) -> int16_t {
-        if (selector != kSelectorStart)
-            return kNoError;
-        for (const int16_t plane : {0, 2}) {
-            AskFor(record, {}, {1, 1, 3, 3});
-            AskForPlanes(record, plane, plane);
-            EXPECT_EQ(record.advanceState(), kNoError);
-            for (int32_t y = 0; y < 2; y++)
-                std::memset(Row(record.outData, record.outRowBytes, y), 200 + plane, 2);
-            AskFor(record, {4, 4, 5, 5}, {}); // what counts is what was asked for when it was handed out
-        }
-        AskFor(record, {}, {});
-        return kNoError;
-    });
-    const host::Document before = played.filterHost.document;
-    ASSERT_EQ(played.Run(), kNoError);
-    const host::Document &after = played.filterHost.document;
-    for (int32_t y = 0; y < 5; y++)
-        for (int32_t x = 0; x < 7; x++) {
-            const bool isInside = x >= 1 && x < 3 && y >= 1 && y < 3;
-            EXPECT_EQ(host::GetSample(after, 0, x, y), isInside ? 200 : host::GetSample(before, 0, x, y));
-            EXPECT_EQ(host::GetSample(after, 1, x, y), host::GetSample(before, 1, x, y));
-            EXPECT_EQ(host::GetSample(after, 2, x, y), isInside ? 202 : host::GetSample(before, 2, x, y));
-        }
-    EXPECT_TRUE(played.filterHost.log.violations.empty());
-}
-
 TEST(ImageAccess, RequestsOutOfBoundsAreRefusedAndReported) {
     struct Case {
         Area in, out, mask;

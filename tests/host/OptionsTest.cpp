@@ -52,24 +52,15 @@ TEST(Options, ValuesReachTheirKeys) {
 }
 
 TEST(Options, EffectsByAnyName) {
-    struct Case {
-        const char *name;
-        uint32_t code;
-    };
-    for (const Case c : {Case{"efT0", kStandardStar},
-                         {"EFT6", kStarBurst},
-                         {"Standard Star", kStandardStar},
-                         {"hollywood", kHollywoodStar},
-                         {"HYPER-STAR", kHyperStar},
-                         {"north", kNorthStar},
-                         {"Religious Cross", kReligiousCross},
-                         {"cross", kReligiousCross},
-                         {"vector", kVectorStar},
-                         {"star_burst", kStarBurst},
-                         {"Burst", kStarBurst}}) {
+    const std::pair<const char *, uint32_t> cases[] = {
+        {"efT0", kStandardStar}, {"EFT6", kStarBurst},       {"Standard Star", kStandardStar},
+        {"north", kNorthStar},   {"HYPER-STAR", kHyperStar}, {"Religious Cross", kReligiousCross},
+        {"vector", kVectorStar}, {"cross", kReligiousCross}, {"hollywood", kHollywoodStar},
+        {"Burst", kStarBurst},   {"star_burst", kStarBurst}};
+    for (const auto &[name, expected] : cases) {
         uint32_t code = 0;
-        EXPECT_TRUE(host::FindEffect(c.name, &code)) << c.name;
-        EXPECT_EQ(code, c.code) << c.name;
+        EXPECT_TRUE(host::FindEffect(name, &code)) << name;
+        EXPECT_EQ(code, expected) << name;
     }
     for (const char *name : {"", "star", "efT7", "efT", "efT00", "standardstarr", "holly wood star x"}) {
         uint32_t code = 7;

@@ -93,23 +93,13 @@ static bool Holds(const std::string &text, const std::string &part) {
     return text.find(part) != std::string::npos;
 }
 
-TEST_F(ProgramTest, InvertsAPhoto) {
-    const ProgramRun run = Invert({folder.File(L"in.png"), folder.File(L"out.tif")});
-    EXPECT_EQ(run.status, 0u) << run.err;
-    EXPECT_EQ(run.err, "");
-    const host::Picture result = ReadGood(folder.File(L"out.tif"));
-    for (size_t plane = 0; plane < 3; plane++)
-        for (size_t i = 0; i < photo.planes[plane].size(); i++)
-            ASSERT_EQ(result.planes[plane][i], 255 - photo.planes[plane][i]);
-    ExpectFiles({L"out.tif"});
-}
-
-TEST_F(ProgramTest, RoiLeavesTheRestAlone) {
+TEST_F(ProgramTest, InvertsAPhotoAndRoiLeavesTheRestAlone) {
     host::Picture deep = MakeTestPicture(20, 20, 16, 3, true);
     std::string why;
     ASSERT_TRUE(host::WritePicture(folder.File(L"deep.tif"), deep, {}, &why)) << why;
     const ProgramRun run = Invert({L"--roi", L"5,6,10,8", folder.File(L"deep.tif"), folder.File(L"out.png")});
     ASSERT_EQ(run.status, 0u) << run.err;
+    EXPECT_EQ(run.err, "");
     const host::Picture result = ReadGood(folder.File(L"out.png"));
     for (size_t plane = 0; plane < 4; plane++)
         for (size_t i = 0; i < 400; i++) {
@@ -117,6 +107,11 @@ TEST_F(ProgramTest, RoiLeavesTheRestAlone) {
             const bool isSame = std::memcmp(&result.planes[plane][i * 2], &deep.planes[plane][i * 2], 2) == 0;
             ASSERT_EQ(isSame, !isInside) << plane << " " << i;
         }
+    ASSERT_EQ(Invert({folder.File(L"in.png"), folder.File(L"whole.tif")}).status, 0u);
+    const host::Picture whole = ReadGood(folder.File(L"whole.tif"));
+    for (size_t i = 0; i < photo.planes[2].size(); i++)
+        ASSERT_EQ(whole.planes[2][i], 255 - photo.planes[2][i]);
+    ExpectFiles({L"deep.tif", L"out.png", L"whole.tif"});
 }
 
 TEST_F(ProgramTest, UsageErrorsGiveTwo) {
@@ -167,37 +162,29 @@ TEST_F(ProgramTest, FileErrorsGiveThreeAndSayWhichAndWhy) {
 }
 
 TEST_F(ProgramTest, PluginErrorsGiveFourWithCodeAndMeaning) {
-    const std::wstring in = folder.File(L"in.png"), out = folder.File(L"out.png");
-    const ProgramRun failed = Invert({in, out}, L"fail");
-    EXPECT_EQ(failed.status, 4u);
-    EXPECT_TRUE(Holds(failed.err, "the plug-in reported error -36: input or output failed")) << failed.err;
-    const ProgramRun reported = Invert({in, out}, L"report");
-    EXPECT_EQ(reported.status, 4u);
-    EXPECT_TRUE(Holds(reported.err, "error -30904: No good day")) << reported.err;
-    const ProgramRun crashed = Invert({in, out}, L"crash");
-    EXPECT_EQ(crashed.status, 4u);
-    EXPECT_TRUE(Holds(crashed.err, "the plug-in crashed (code 0xC0000005)")) << crashed.err;
+    for (const auto &[order, why] :
+         {std::pair(L"fail", "the plug-in reported error -36: input or output failed"),
+          {L"report", "error -30904: No good day"},
+          {L"crash", "the plug-in crashed (code 0xC0000005)"}}) {
+        const ProgramRun run = Invert({folder.File(L"in.png"), folder.File(L"out.png")}, order);
+        EXPECT_EQ(run.status, 4u);
+        EXPECT_TRUE(Holds(run.err, why)) << run.err;
+    }
     ExpectFiles({});
 }
 
-TEST_F(ProgramTest, BoxesBecomeLines) {
+TEST_F(ProgramTest, BoxesAndDroppedThingsBecomeLines) {
     const ProgramRun run = Invert({folder.File(L"in.png"), folder.File(L"out.png")}, L"box");
     EXPECT_EQ(run.status, 0u);
     EXPECT_EQ(run.err, "brillatrix: Invert: Something to say\n");
     const ProgramRun about = Invert({L"--about"});
     EXPECT_EQ(about.status, 0u);
     EXPECT_EQ(about.out, "Invert (Test)\nAbout Invert\nInverts.\n");
-}
-
-TEST_F(ProgramTest, DroppedThingsAreNotedUnlessQuiet) {
     std::string why;
     ASSERT_TRUE(host::WritePicture(folder.File(L"a.png"), MakeTestPicture(9, 9, 8, 3, true), {}, &why));
-    const ProgramRun run = Invert({folder.File(L"a.png"), folder.File(L"out.jpg")});
-    EXPECT_EQ(run.status, 0u);
-    EXPECT_TRUE(Holds(run.err, "note: the transparency is dropped")) << run.err;
-    const ProgramRun quiet = Invert({L"--quiet", folder.File(L"a.png"), folder.File(L"out.jpg")});
-    EXPECT_EQ(quiet.status, 0u);
-    EXPECT_EQ(quiet.err, "");
+    EXPECT_TRUE(Holds(Invert({folder.File(L"a.png"), folder.File(L"out.jpg")}).err,
+                      "note: the transparency is dropped"));
+    EXPECT_EQ(Invert({L"--quiet", folder.File(L"a.png"), folder.File(L"out.jpg")}).err, "");
 }
 
 // What the system does in the program when its user presses Ctrl+C. Without a console the key cannot be
@@ -268,24 +255,20 @@ TEST_F(RealFilterTest, AddsStarsAndTheSameOnesEveryTime) {
     EXPECT_EQ(Filter({}), first) << "an earlier run changed the defaults";
 }
 
-TEST_F(RealFilterTest, LastTakesTheParametersOfTheLastRun) {
+TEST_F(RealFilterTest, LastRunSettingsFileAndOptionsMeanTheSame) {
     const host::Picture cross = Filter({L"--effect", L"cross", L"--length", L"80"});
     EXPECT_EQ(Filter({L"--last"}), cross);
     const host::Picture turned = Filter({L"--last", L"--angle", L"40"});
     EXPECT_NE(turned, cross);
-    EXPECT_EQ(Filter({L"--effect", L"cross", L"--length", L"80", L"--angle", L"40"}), turned);
-}
-
-TEST_F(RealFilterTest, SettingsFileAndOptionsMeanTheSame) {
     ParameterSet set = kDefaultParameters;
-    set.effectType = kNorthStar;
-    set.intensity = 90;
+    set.effectType = kReligiousCross;
+    set.length = 80;
     set.angle = 200;
     host::Bytes file(255, 0);
     std::memcpy(file.data(), &set, sizeof(set));
     WriteBytes(folder.File(L"a.sss"), file);
-    const host::Picture byFile = Filter({L"--settings", folder.File(L"a.sss"), L"--angle", L"33.3"});
-    EXPECT_EQ(Filter({L"--effect", L"efT4", L"--intensity", L"90", L"--angle", L"33.3"}), byFile);
+    EXPECT_EQ(Filter({L"--settings", folder.File(L"a.sss"), L"--angle", L"40"}), turned);
+    EXPECT_EQ(Filter({L"--effect", L"efT2", L"--length", L"80", L"--angle", L"40"}), turned);
 }
 
 TEST_F(RealFilterTest, MaskRoiAndEffectsOnly) {

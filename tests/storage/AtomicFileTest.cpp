@@ -67,7 +67,7 @@ TEST_F(AtomicFile, AFailureAtAnyStepKeepsTheOldFile) {
     EXPECT_EQ(folder.Names(), Strings{"a.sss"});
 }
 
-TEST_F(AtomicFile, ATargetThatCannotBeReplacedStays) {
+TEST_F(AtomicFile, ATargetThatCannotBeReplacedStaysAndOneThatCannotBeIsReported) {
     const std::string path = folder / "a.sss";
     WriteWholeFile(path, "old");
     {
@@ -87,17 +87,12 @@ TEST_F(AtomicFile, ATargetThatCannotBeReplacedStays) {
     WriteWholeFile(folder / "b.sss\\inside", "kept");
     EXPECT_FALSE(Write(folder / "b.sss", "new"));
     EXPECT_EQ(ReadWholeFile(folder / "b.sss\\inside"), "kept");
-    EXPECT_EQ(folder.Names(), (Strings{"a.sss", "b.sss"}));
-}
-
-TEST_F(AtomicFile, AMissingOrTooLongFolderIsReported) {
+    TakeReports();
     EXPECT_FALSE(Write(folder / "missing\\a.sss", "new"));
     ExpectReport("GetTempFileName() failed with FilePath = '" + (folder / "missing\\a.sss") + "'", 0);
-    EXPECT_FALSE(Write(folder / std::string(300, 'x') + "\\a.sss", "new"));
-    EXPECT_EQ(TakeReports().size(), 1u);
     EXPECT_FALSE(Write(folder / std::string(300, 'x'), "new"));
     EXPECT_EQ(TakeReports().size(), 1u);
-    EXPECT_EQ(folder.Names(), Strings{});
+    EXPECT_EQ(folder.Names(), (Strings{"a.sss", "b.sss"}));
 }
 
 } // namespace
