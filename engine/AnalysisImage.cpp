@@ -31,9 +31,10 @@ uint32_t LargestBrightness(const AnalysisImage &image, size_t pixels) {
     return largest;
 }
 
-HostResult FillSamples(const ImageBuffer &source, const std::atomic<uint8_t> &cancel, AnalysisImage *image) {
+HostResult FillSamples(const ImageBuffer &source, const std::atomic<uint8_t> &cancel,
+                       const WorkerThreads &threads, AnalysisImage *image) {
     if (image->scale != 1.0)
-        return ReduceToAnalysisImage(source, cancel, image);
+        return ReduceToAnalysisImage(source, cancel, image, threads);
     for (int32_t y = 0; y < source.height; ++y)
         ReadSampleRow(source, source.bounds.top + y, image->samples + int64_t{y} * source.width);
     return kNoError;
@@ -42,7 +43,7 @@ HostResult FillSamples(const ImageBuffer &source, const std::atomic<uint8_t> &ca
 } // namespace
 
 HostResult PrepareAnalysisImage(const ImageBuffer &source, const std::atomic<uint8_t> &cancel,
-                                AnalysisImage *out) {
+                                AnalysisImage *out, const WorkerThreads &threads) {
     if (!IsSourceUsable(source))
         return kParamErr;
     const int32_t longerSide = std::max(source.width, source.height);
@@ -57,7 +58,7 @@ HostResult PrepareAnalysisImage(const ImageBuffer &source, const std::atomic<uin
     image.samples = static_cast<PixelSample *>(CountedAlloc(image.sampleBytes));
     if (!image.samples)
         return kParamErr;
-    const HostResult result = FillSamples(source, cancel, &image);
+    const HostResult result = FillSamples(source, cancel, threads, &image);
     if (result != kNoError) {
         FreeAnalysisImage(&image);
         return result;

@@ -5,6 +5,7 @@
 #include "diag/ResultCodes.h"
 #include "engine/Geometry.h"
 #include "engine/ImageBuffer.h"
+#include "engine/WorkerThreads.h"
 
 #include <atomic>
 #include <cstdint>
@@ -27,9 +28,10 @@ struct AnalysisImage {
 };
 
 // Builds the analysis image of `source` (bounds, samples, maxBrightness). A reduction stops when *cancel
-// becomes non-zero. Returns kNoError, kUserCanceledErr or kParamErr; on failure *out is left alone.
+// becomes non-zero; the `threads` share it. Returns kNoError, kUserCanceledErr or kParamErr; on failure *out
+// is left alone.
 HostResult PrepareAnalysisImage(const ImageBuffer &source, const std::atomic<uint8_t> &cancel,
-                                AnalysisImage *out);
+                                AnalysisImage *out, const WorkerThreads &threads = kThisThreadOnly);
 void FreeAnalysisImage(AnalysisImage *image);
 
 // The pixel at (x, y); all five values are 0 outside the bounds.

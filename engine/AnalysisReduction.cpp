@@ -9,6 +9,7 @@
 #include "engine/AnalysisReduction.h"
 
 #include "diag/BufferUsage.h"
+#include "engine/BandWorkers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,6 +26,7 @@ constexpr double kWorkingByte = 65793;      // the same for a colour
 // is to spare.
 constexpr double kRoundingOfPixel = 1.0 / (int64_t{1} << 49);
 constexpr int32_t kSpareRoundings = 16;
+constexpr int32_t kBandRows = 16; // of the result, for one worker at a time
 // Bytes are added up in sixteen bits as long as that holds them, in groups of rows.
 constexpr int32_t kRowsInGroup = 4, kGroupsInSums = 64;
 static_assert(kRowsInGroup * kGroupsInSums * 255 <= 65535);
@@ -101,8 +103,10 @@ template <typename Put> void ForEachValue(const Layer &layer, int64_t start, int
         ForEachSample<float>(layer, start, count, WorkingFromFloat, put);
 }
 
-// Everything a reduction needs besides its output; one owner, freed by FreeScratch.
+// Everything a reduction needs besides its output; one owner, freed by FreeScratch. Each worker has sums of
+// its own, one worker's behind the other's.
 struct Scratch {
+    int32_t workers;
     int32_t width;         // of the source
     int32_t analysisWidth; // of the result
     size_t weightCount;    // of all column windows
@@ -113,12 +117,16 @@ struct Scratch {
     double *columns;       // the same: all its pixels in the row of windows
 };
 
+size_t SumsOfWorkers(const Scratch &s) {
+    return static_cast<size_t>(s.workers) * static_cast<size_t>(s.width);
+}
+
 void FreeScratch(Scratch *s) {
     CountedFree(s->windows, s->analysisWidth * sizeof *s->windows);
     CountedFree(s->weights, s->weightCount * sizeof *s->weights);
     CountedFree(s->perWeight, s->analysisWidth * sizeof *s->perWeight);
-    CountedFree(s->byteSums, s->width * sizeof *s->byteSums);
-    CountedFree(s->columns, s->width * sizeof *s->columns);
+    CountedFree(s->byteSums, SumsOfWorkers(*s) * sizeof *s->byteSums);
+    CountedFree(s->columns, SumsOfWorkers(*s) * sizeof *s->columns);
     *s = Scratch{};
 }
 
@@ -149,13 +157,22 @@ bool PrepareColumns(const ImageBuffer &source, const AnalysisImage &image, Scrat
     return s->weights != nullptr;
 }
 
-bool AllocateScratch(const ImageBuffer &source, const AnalysisImage &image, Scratch *s) {
+bool AllocateScratch(const ImageBuffer &source, const AnalysisImage &image, int32_t workers, Scratch *s) {
     *s = Scratch{};
+    s->workers = workers;
     s->width = source.width;
     s->analysisWidth = image.bounds.right - image.bounds.left;
-    s->byteSums = static_cast<uint16_t *>(CountedAlloc(s->width * sizeof *s->byteSums));
-    s->columns = static_cast<double *>(CountedAlloc(s->width * sizeof *s->columns));
+    s->byteSums = static_cast<uint16_t *>(CountedAlloc(SumsOfWorkers(*s) * sizeof *s->byteSums));
+    s->columns = static_cast<double *>(CountedAlloc(SumsOfWorkers(*s) * sizeof *s->columns));
     return s->byteSums && s->columns && PrepareColumns(source, image, s);
+}
+
+// What one worker uses: the sums are its own, the rest is shared. Not to be freed.
+Scratch ScratchOfWorker(const Scratch &s, int32_t worker) {
+    Scratch own = s;
+    own.byteSums += static_cast<size_t>(worker) * static_cast<size_t>(s.width);
+    own.columns += static_cast<size_t>(worker) * static_cast<size_t>(s.width);
+    return own;
 }
 
 void AddWeightedBytes(const uint8_t *row, int32_t width, double weight, double *columns) {
@@ -301,6 +318,22 @@ void ReduceRow(const ImageBuffer &source, int32_t y, const Scratch &s, AnalysisI
     ReduceLayerRowOrFill(SelectionLayer(source), source, rows, s, &PixelSample::selectionLevel, out);
 }
 
+struct ReductionJob {
+    const ImageBuffer &source;
+    const std::atomic<uint8_t> &cancel;
+    AnalysisImage *image;
+    Scratch scratch;
+};
+
+void ReduceBand(void *data, int32_t band, int32_t worker) {
+    const ReductionJob &job = *static_cast<const ReductionJob *>(data);
+    const Scratch scratch = ScratchOfWorker(job.scratch, worker);
+    const int32_t top = job.image->bounds.top + band * kBandRows;
+    const int32_t bottom = std::min(top + kBandRows, job.image->bounds.bottom);
+    for (int32_t y = top; y < bottom && !job.cancel.load(std::memory_order_relaxed); ++y)
+        ReduceRow(job.source, y, scratch, job.image);
+}
+
 // Reads one value of every pixel in a row of the source.
 void ReadLayerRow(const Layer &layer, int64_t start, int32_t width, uint32_t PixelSample::*value,
                   PixelSample *row) {
@@ -324,15 +357,15 @@ void ReadSampleRow(const ImageBuffer &buffer, int32_t y, PixelSample *row) {
 }
 
 HostResult ReduceToAnalysisImage(const ImageBuffer &source, const std::atomic<uint8_t> &cancel,
-                                 AnalysisImage *image) {
-    Scratch scratch;
-    HostResult result = AllocateScratch(source, *image, &scratch) ? kNoError : kParamErr;
-    for (int32_t y = image->bounds.top; result == kNoError && y < image->bounds.bottom; ++y) {
-        if (cancel.load(std::memory_order_relaxed))
-            result = kUserCanceledErr;
-        else
-            ReduceRow(source, y, scratch, image);
-    }
-    FreeScratch(&scratch);
-    return result;
+                                 AnalysisImage *image, const WorkerThreads &threads) {
+    ReductionJob job{source, cancel, image, Scratch{}};
+    const int32_t workers = std::clamp(threads.count, 1, kMaxBandWorkers);
+    const int32_t bands = (image->bounds.bottom - image->bounds.top + kBandRows - 1) / kBandRows;
+    const bool isReady = AllocateScratch(source, *image, workers, &job.scratch);
+    if (isReady)
+        ForEachBand(bands, {workers, threads.start, threads.join}, ReduceBand, &job);
+    FreeScratch(&job.scratch);
+    if (!isReady)
+        return kParamErr;
+    return cancel.load(std::memory_order_relaxed) ? kUserCanceledErr : kNoError;
 }

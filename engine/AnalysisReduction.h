@@ -7,6 +7,7 @@
 void ReadSampleRow(const ImageBuffer &buffer, int32_t y, PixelSample *row);
 
 // Fills image->samples (allocated for image->bounds) with the averages of `source` at image->scale. Returns
-// kNoError, kUserCanceledErr when *cancel became non-zero, or kParamErr when memory ran out.
+// kNoError, kUserCanceledErr when *cancel became non-zero, or kParamErr when memory ran out. The
+// `threads` share the rows; none of them runs any more on return.
 HostResult ReduceToAnalysisImage(const ImageBuffer &source, const std::atomic<uint8_t> &cancel,
-                                 AnalysisImage *image);
+                                 AnalysisImage *image, const WorkerThreads &threads);

@@ -77,6 +77,21 @@ HANDLE StartThread(unsigned(__stdcall *body)(void *), unsigned stackBytes, void 
     return reinterpret_cast<HANDLE>(_beginthreadex(nullptr, stackBytes, body, argument, 0, nullptr));
 }
 
+unsigned __stdcall RunTask(void *argument) {
+    const auto *task = static_cast<const WorkerTask *>(argument);
+    task->run(task->argument);
+    return 0;
+}
+
+void *StartReducer(const WorkerTask *task) {
+    return StartThread(RunTask, 0, const_cast<WorkerTask *>(task));
+}
+
+void JoinReducer(void *thread) {
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
+}
+
 void StartWorkers(HANDLE *threads) {
     for (int32_t i = 0; i < gBuild.workerCount; ++i) {
         WorkerContext *worker = &gBuild.workers[i];
@@ -178,7 +193,10 @@ void StartLightSourceTableInit(const ImageBuffer &image) {
     gResult = kNoError;
     gImage = image;
     ResetTableBuild(&gCancel, ImageLock{LockImage, UnlockImage, nullptr},
-                    WorkerHooks{CreateTerminationEvent, CloseTerminationEvent}, &gBuild);
+                    WorkerHooks{CreateTerminationEvent,
+                                CloseTerminationEvent,
+                                {WorkerCount(), StartReducer, JoinReducer}},
+                    &gBuild);
     if (!CreateTaskObjects() || !StartTask())
         gResult = kErrMissingParameter;
 }

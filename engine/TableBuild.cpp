@@ -67,7 +67,8 @@ HostResult PrepareTableBuild(const ImageBuffer &image, int32_t workers, TableBui
     gFloor = FloorForBytesPerSample(image.bytesPerSample);
     if (allocated != kNoError)
         return allocated;
-    const HostResult prepared = PrepareAnalysisImage(image, *build->shared.cancel, &build->shared.image);
+    const HostResult prepared =
+        PrepareAnalysisImage(image, *build->shared.cancel, &build->shared.image, build->hooks.threads);
     if (prepared != kNoError)
         return prepared;
     KeepAnalysisImage(build->shared.image);

@@ -12,6 +12,7 @@
 struct WorkerHooks {
     HostResult (*create)(WorkerContext *worker); // last step of making a context
     void (*release)(WorkerContext *worker);      // first step of releasing it
+    WorkerThreads threads = kThisThreadOnly;     // to reduce the image with
 };
 
 // One run. Owner of the analysis image and the contexts; ReleaseTableBuild frees them.

@@ -3,7 +3,7 @@
 #include "diag/BufferUsage.h"
 #include "engine/FixedPoint.h"
 #include "render/AngleTables.h"
-#include "render/BandWorkers.h"
+#include "engine/BandWorkers.h"
 #include "render/FixedPower.h"
 #include "render/OutputBase.h"
 #include "render/RenderState.h"
@@ -179,7 +179,7 @@ bool DrawEffect(RenderJob *job, const WorkerThreads &threads) {
     if (!starsReady)
         return false;
     job->drawsFlares = job->drawsFlares && flaresReady;
-    const int32_t given = AllocateColors(std::clamp(threads.count, 1, kMaxRenderWorkers), &job->colors);
+    const int32_t given = AllocateColors(std::clamp(threads.count, 1, kMaxBandWorkers), &job->colors);
     if (given == 0) {
         ReportLowMemory();
         return true;

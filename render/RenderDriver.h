@@ -4,7 +4,7 @@
 #include "engine/ImageBuffer.h"
 #include "engine/LightSourceTable.h"
 #include "render/RenderSettings.h"
-#include "render/WorkerThreads.h"
+#include "engine/WorkerThreads.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,7 +1,7 @@
-// The standard library's threads, for the renderer to share its work with.
+// The standard library's threads, to share work with.
 #pragma once
 
-#include "render/WorkerThreads.h"
+#include "engine/WorkerThreads.h"
 
 #include <memory>
 #include <thread>

@@ -1,4 +1,4 @@
-// Threads that the renderer may share its work with. It knows no system's threads: its caller lends it some.
+// Threads to share work with. Engine and renderer know no system's threads: their callers lend them some.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "render/BandWorkers.h"
+#include "engine/BandWorkers.h"
 
 #include <algorithm>
 #include <atomic>
@@ -31,8 +31,8 @@ void TakeBands(void *argument) {
 void ForEachBand(int32_t bands, const WorkerThreads &threads,
                  void (*work)(void *data, int32_t band, int32_t worker), void *data) {
     SharedBands shared{{0}, bands, work, data};
-    BandWorker workers[kMaxRenderWorkers];
-    const int32_t wanted = std::clamp(std::min(threads.count, bands), 1, kMaxRenderWorkers);
+    BandWorker workers[kMaxBandWorkers];
+    const int32_t wanted = std::clamp(std::min(threads.count, bands), 1, kMaxBandWorkers);
     int32_t started = 1;
     for (; started < wanted; ++started) {
         BandWorker &worker = workers[started];

@@ -1,11 +1,11 @@
 // Shares the bands of a picture out to threads.
 #pragma once
 
-#include "render/WorkerThreads.h"
+#include "engine/WorkerThreads.h"
 
 #include <cstdint>
 
-constexpr int32_t kMaxRenderWorkers = 16;
+constexpr int32_t kMaxBandWorkers = 16;
 
 // Calls work(data, band, worker) for each band 0 .. bands − 1, once, from up to threads.count threads of
 // which the calling one is worker 0; a free worker takes the next band. Returns when all are done. A thread
