@@ -1,91 +1,81 @@
 #include "tests/dialog/DialogFixture.h"
 
-#include <atomic>
-#include <chrono>
+#include "ui/DialogMessages.h"
+
 #include <commctrl.h>
-#include <condition_variable>
 #include <cstdio>
-#include <cstring>
-#include <mutex>
 #include <process.h>
 #include <thread>
 
-#include "ui/DialogMessages.h"
-
 const ParameterPair kPairs[11] = {
-    {1025, 1026, 0, 100, 50, 0, 'H', &ParameterSet::threshold},
-    {1005, 1004, 0, 100, 50, 0, 'I', &ParameterSet::intensity},
-    {1007, 1006, 0, 100, 50, 0, 'L', &ParameterSet::length},
-    {1009, 1008, -900, 900, 150, 1, 'A', &ParameterSet::angle},
-    {1011, 1010, 1, 32, 6, 0, 'N', &ParameterSet::numberOfPoints},
-    {1022, 1024, 0, 100, 50, 0, 'S', &ParameterSet::spikeSharpness},
-    {1013, 1012, -100, 100, 30, 0, 'C', &ParameterSet::colorSaturation},
-    {1015, 1014, 0, 100, 50, 0, 'R', &ParameterSet::rainbowIntensity},
-    {1017, 1016, 0, 100, 50, 0, 'F', &ParameterSet::rainbowFrequency},
-    {1019, 1018, 0, 100, 15, 0, 'E', &ParameterSet::secondaryIntensity},
-    {1021, 1020, 0, 100, 30, 0, 'Y', &ParameterSet::softFlareBrightness},
+    {1025, 1026, 0, 100, 0, 'H', &ParameterSet::threshold},
+    {1005, 1004, 0, 100, 0, 'I', &ParameterSet::intensity},
+    {1007, 1006, 0, 100, 0, 'L', &ParameterSet::length},
+    {1009, 1008, -900, 900, 1, 'A', &ParameterSet::angle},
+    {1011, 1010, 1, 32, 0, 'N', &ParameterSet::numberOfPoints},
+    {1022, 1024, 0, 100, 0, 'S', &ParameterSet::spikeSharpness},
+    {1013, 1012, -100, 100, 0, 'C', &ParameterSet::colorSaturation},
+    {1015, 1014, 0, 100, 0, 'R', &ParameterSet::rainbowIntensity},
+    {1017, 1016, 0, 100, 0, 'F', &ParameterSet::rainbowFrequency},
+    {1019, 1018, 0, 100, 0, 'E', &ParameterSet::secondaryIntensity},
+    {1021, 1020, 0, 100, 0, 'Y', &ParameterSet::softFlareBrightness},
 };
+
+std::wstring ParameterPair::Shown(int number) const {
+    wchar_t text[20];
+    swprintf(text, 20, L"%.*f", decimals, decimals ? number / 10.0 : number);
+    return text;
+}
 
 namespace {
 
-constexpr auto kLongestRun = std::chrono::seconds(100);
+constexpr DWORD kLongestRun = 100000;      // milliseconds
 constexpr unsigned kTableTaskStack = 8192; // which tells the task's thread from the others
+
+// The system calls back without a context, and one dialog is open at a time.
+DialogFixture *gFixture;
+DLGPROC gMainProcedure;
+decltype(&DialogBoxParamW) gOpenOther;
 
 // Ends the program when a run hangs: nobody else could.
 class Watchdog {
 public:
-    Watchdog() : thread([this] { Watch(); }) {}
     ~Watchdog() {
-        {
-            const std::lock_guard lock(mutex);
-            finished = true;
-        }
-        changed.notify_all();
+        SetEvent(finished);
         thread.join();
+        CloseHandle(finished);
     }
-    Watchdog(const Watchdog &) = delete;
-    Watchdog &operator=(const Watchdog &) = delete;
 
 private:
-    void Watch() {
-        std::unique_lock lock(mutex);
-        if (changed.wait_for(lock, kLongestRun, [this] { return finished; }))
+    HANDLE finished = CreateEventA(nullptr, TRUE, FALSE, nullptr);
+    std::thread thread{[this] {
+        if (WaitForSingleObject(finished, kLongestRun) != WAIT_TIMEOUT)
             return;
         std::fprintf(stderr, "a run with the dialog hangs\n");
-        std::fflush(stderr);
         TerminateProcess(GetCurrentProcess(), 3);
-    }
-    std::mutex mutex;
-    std::condition_variable changed;
-    bool finished = false;
-    std::thread thread;
+    }};
 };
 
-// --- The table's task, held before it begins
-// --------------------------------------------------------------------
-
+// The table's task, held before it begins.
 HANDLE gTableGate;
-
-struct HeldStart {
+struct {
     unsigned(WINAPI *start)(void *);
     void *argument;
-};
-
+} gHeld;
 uintptr_t (*gBeginThread)(void *, unsigned, unsigned(WINAPI *)(void *), void *, unsigned, unsigned *);
 
-unsigned WINAPI StartWhenReleased(void *argument) {
-    auto *held = static_cast<HeldStart *>(argument);
-    const HeldStart start = *held;
-    delete held;
+unsigned WINAPI StartWhenReleased(void *) {
+    const auto held = gHeld;
     WaitForSingleObject(gTableGate, 30000);
-    return start.start(start.argument);
+    return held.start(held.argument);
 }
 
 uintptr_t BeginThread(void *security, unsigned stack, unsigned(WINAPI *start)(void *), void *argument,
                       unsigned flags, unsigned *id) {
     if (stack != kTableTaskStack)
         return gBeginThread(security, stack, start, argument, flags, id);
-    return gBeginThread(security, 0, StartWhenReleased, new HeldStart{start, argument}, flags, id);
+    gHeld = {start, argument};
+    return gBeginThread(security, 0, StartWhenReleased, nullptr, flags, id);
 }
 
 void HoldKeyState(int key, bool down) {
@@ -95,108 +85,80 @@ void HoldKeyState(int key, bool down) {
     SetKeyboardState(keys);
 }
 
-LPARAM PointOf(int x, int y) {
+LPARAM PointOf(LONG x, LONG y) {
     return MAKELPARAM(static_cast<WORD>(x), static_cast<WORD>(y));
 }
 
 } // namespace
 
-// --- Opening
-// ------------------------------------------------------------------------------------------------
+INT_PTR CALLBACK DialogFixture::Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    DialogFixture &f = *gFixture;
+    if (message == WM_INITDIALOG)
+        f.dialog = window;
+    ++f.seen[message];
+    if (message == kMsgRequestPreview)
+        f.previewIdle = false;
+    else if (message == kMsgTableReady)
+        f.tableReady = true;
+    else if (message == kMsgProgress && f.tableReady)
+        f.previewIdle = lParam == 0;
+    const INT_PTR result = gMainProcedure(window, message, wParam, lParam);
+    if (f.afterMessage)
+        f.afterMessage(message);
+    if (message == WM_INITDIALOG && f.onInit)
+        f.onInit();
+    if (message == WM_GETMINMAXINFO) // the screen that tests run on is small
+        reinterpret_cast<MINMAXINFO *>(lParam)->ptMaxTrackSize = {8000, 8000};
+    return result;
+}
 
-// The system calls back without a context, and one dialog is open at a time.
-struct DialogRunner {
-    static inline DialogFixture *current;
-    static inline DLGPROC procedure;
-    static inline INT_PTR(WINAPI *openOtherA)(HINSTANCE, LPCSTR, HWND, DLGPROC, LPARAM);
-    static inline INT_PTR(WINAPI *openOtherW)(HINSTANCE, LPCWSTR, HWND, DLGPROC, LPARAM);
+// The modal loop shows the dialog when nothing else waits.
+void CALLBACK DialogFixture::RunScript(HWND, UINT, UINT_PTR timer, DWORD) {
+    DialogFixture &f = *gFixture;
+    if (!f.dialog || !IsWindowVisible(f.dialog))
+        return;
+    KillTimer(nullptr, timer);
+    if (f.scriptRan)
+        return;
+    f.scriptRan = true;
+    UpdateWindow(f.dialog);
+    f.script();
+    if (!IsWindowVisible(f.dialog))
+        return;
+    ADD_FAILURE() << "the script left the dialog open";
+    f.ReleaseTable();
+    EndDialog(f.dialog, -7);
+}
 
-    static void Note(UINT message, LPARAM lParam) {
-        ++current->seen[message];
-        if (message == kMsgRequestPreview)
-            current->previewIdle = false;
-        else if (message == kMsgTableReady)
-            current->tableReady = true;
-        else if (message == kMsgProgress && current->tableReady)
-            current->previewIdle = lParam == 0;
-    }
-
-    static INT_PTR CALLBACK Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-        if (message == WM_INITDIALOG)
-            current->dialog = window;
-        Note(message, lParam);
-        const INT_PTR result = procedure(window, message, wParam, lParam);
-        if (current->afterMessage)
-            current->afterMessage(message);
-        if (message == WM_INITDIALOG && current->onInit)
-            current->onInit();
-        // The screen that tests run on is small.
-        if (message == WM_GETMINMAXINFO)
-            reinterpret_cast<MINMAXINFO *>(lParam)->ptMaxTrackSize = {8000, 8000};
-        return result;
-    }
-
-    // The modal loop shows the dialog when nothing else waits.
-    static void CALLBACK RunScript(HWND, UINT, UINT_PTR timer, DWORD) {
-        DialogFixture &fixture = *current;
-        if (!fixture.dialog || !IsWindowVisible(fixture.dialog))
-            return;
-        KillTimer(nullptr, timer);
-        if (fixture.scriptRan)
-            return;
-        fixture.scriptRan = true;
-        UpdateWindow(fixture.dialog);
-        fixture.script();
-        if (!IsWindowVisible(fixture.dialog))
-            return;
-        ADD_FAILURE() << "the script left the dialog open";
-        fixture.ReleaseTable();
-        EndDialog(fixture.dialog, -7);
-    }
-
-    template <typename Name, typename Open>
-    static INT_PTR OpenMain(Open *open, HINSTANCE module, Name name, HWND owner, DLGPROC main,
-                            LPARAM parameter) {
-        ++current->dialogsOpened;
-        EXPECT_TRUE(current->script) << "nobody asked for the dialog";
-        EXPECT_EQ(owner, current->hostWindow);
-        if (!current->script || gAnswers.refuseDialog)
-            return -1;
-        procedure = main;
-        SetTimer(nullptr, 0, 10, RunScript);
-        current->dialogResult = open(module, name, owner, Watch, parameter);
-        current->dialog = nullptr;
-        return current->dialogResult;
-    }
-
-    static INT_PTR WINAPI OpenA(HINSTANCE module, LPCSTR name, HWND owner, DLGPROC main, LPARAM parameter) {
-        if (IS_INTRESOURCE(name) || strcmp(name, "BRILLATRIXDIALOG_ADVANCED") != 0)
-            return openOtherA(module, name, owner, main, parameter);
-        return OpenMain(DialogBoxParamA, module, name, owner, main, parameter);
-    }
-
-    static INT_PTR WINAPI OpenW(HINSTANCE module, LPCWSTR name, HWND owner, DLGPROC main, LPARAM parameter) {
-        if (IS_INTRESOURCE(name) || wcscmp(name, L"BRILLATRIXDIALOG_ADVANCED") != 0)
-            return openOtherW(module, name, owner, main, parameter);
-        return OpenMain(DialogBoxParamW, module, name, owner, main, parameter);
-    }
-};
+INT_PTR WINAPI DialogFixture::OpenMain(HINSTANCE module, LPCWSTR name, HWND owner, DLGPROC main,
+                                       LPARAM parameter) {
+    if (IS_INTRESOURCE(name) || wcscmp(name, L"BRILLATRIXDIALOG_ADVANCED") != 0)
+        return gOpenOther(module, name, owner, main, parameter);
+    DialogFixture &f = *gFixture;
+    ++f.dialogsOpened;
+    EXPECT_TRUE(f.script) << "nobody asked for the dialog";
+    EXPECT_EQ(owner, f.hostWindow);
+    if (!f.script || gAnswers.refuseDialog)
+        return -1;
+    gMainProcedure = main;
+    SetTimer(nullptr, 0, 10, RunScript);
+    f.dialogResult = DialogBoxParamW(module, name, owner, Watch, parameter);
+    f.dialog = nullptr;
+    return f.dialogResult;
+}
 
 void DialogFixture::SetUp() {
     ASSERT_NO_FATAL_FAILURE(ModuleFixture::SetUp());
     CountSystemObjects(module.module, &hooks);
     AnswerForSystem(module.module, &hooks);
-    DialogRunner::current = this;
-    DialogRunner::openOtherA =
-        host::ReplaceImport(module.module, nullptr, "DialogBoxParamA", DialogRunner::OpenA, &hooks);
-    DialogRunner::openOtherW =
-        host::ReplaceImport(module.module, nullptr, "DialogBoxParamW", DialogRunner::OpenW, &hooks);
+    gFixture = this;
+    gOpenOther = host::ReplaceImport(module.module, nullptr, "DialogBoxParamW", &OpenMain, &hooks);
     gTableGate = CreateEventA(nullptr, TRUE, TRUE, nullptr);
     gBeginThread = host::ReplaceImport(module.module, nullptr, "_beginthreadex", BeginThread, &hooks);
     hostWindow = CreateWindowA("STATIC", "Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 500, 400, nullptr,
                                nullptr, nullptr, nullptr);
     filterHost.settings.window = hostWindow;
-    filterHost.document = MakeNight({.width = 240, .height = 180});
+    filterHost.document = before = MakeNight({.width = 240, .height = 180});
 }
 
 void DialogFixture::TearDown() {
@@ -204,6 +166,11 @@ void DialogFixture::TearDown() {
     host::RestoreImports(&hooks);
     CloseHandle(gTableGate);
     ModuleFixture::TearDown();
+}
+
+void DialogFixture::LoadModuleAgain() {
+    TearDown();
+    SetUp();
 }
 
 host::RunResult DialogFixture::RunDialog(const Script &wanted, bool withParameters) {
@@ -225,31 +192,25 @@ void DialogFixture::ReleaseTable() {
     SetEvent(gTableGate);
 }
 
-// --- Reading
-// ------------------------------------------------------------------------------------------------
-
 std::wstring DialogFixture::Text(int id) const {
     wchar_t text[200] = L"";
     GetDlgItemTextW(dialog, id, text, 200);
     return text;
 }
 
-bool DialogFixture::IsChecked(int id) const {
-    return IsDlgButtonChecked(dialog, id) == BST_CHECKED;
-}
-
-int DialogFixture::Selected(int comboId) const {
-    return static_cast<int>(SendDlgItemMessageW(dialog, comboId, CB_GETCURSEL, 0, 0));
+std::wstring DialogFixture::RowText(int comboId, int row) const {
+    wchar_t text[200] = L"";
+    Ask(comboId, CB_GETLBTEXT, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(text));
+    return text;
 }
 
 int DialogFixture::Position(int trackbarId) const {
-    return static_cast<int>(SendDlgItemMessageW(dialog, trackbarId, TBM_GETPOS, 0, 0));
+    return static_cast<int>(Ask(trackbarId, TBM_GETPOS));
 }
 
-RECT DialogFixture::Place(int id) const {
+RECT DialogFixture::ScreenPlace(int id) const {
     RECT place = {};
     GetWindowRect(Item(id), &place);
-    MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT *>(&place), 2);
     return place;
 }
 
@@ -261,13 +222,6 @@ int DialogFixture::Seen(UINT message) const {
 std::string DialogFixture::UserFolder(const char *name) const {
     return folder / (std::string("user\\Nexorvanta\\Brillatrix\\") + name);
 }
-
-std::string DialogFixture::UISettingsFile() const {
-    return UserFolder("Settings") + "\\UISettings.bin";
-}
-
-// --- Doing
-// --------------------------------------------------------------------------------------------------
 
 // As the dialog's own modal loop does it.
 void DialogFixture::Pump(DWORD milliseconds) {
@@ -303,20 +257,18 @@ void DialogFixture::Settle() {
     WaitFor("the light source table", [this] { return tableReady; });
     constexpr DWORD quiet = 40;
     DWORD last = GetTickCount();
-    int requests = Seen(kMsgRequestPreview), progress = Seen(kMsgProgress);
+    int busy = -1;
     WaitFor("the end of the preview", [&] {
-        if (!previewIdle || requests != Seen(kMsgRequestPreview) || progress != Seen(kMsgProgress)) {
-            requests = Seen(kMsgRequestPreview);
-            progress = Seen(kMsgProgress);
+        const int messages = Seen(kMsgRequestPreview) + Seen(kMsgProgress);
+        if (!previewIdle || busy != messages) {
+            busy = messages;
             last = GetTickCount();
         }
         return GetTickCount() - last >= quiet;
     });
 }
 
-HWND DialogFixture::ControlAt(POINT client) const {
-    POINT screen = client;
-    ClientToScreen(dialog, &screen);
+HWND DialogFixture::ControlAt(POINT screen) const {
     for (HWND child = GetWindow(dialog, GW_CHILD); child; child = GetWindow(child, GW_HWNDNEXT)) {
         RECT place;
         GetWindowRect(child, &place);
@@ -327,34 +279,32 @@ HWND DialogFixture::ControlAt(POINT client) const {
     return dialog;
 }
 
-void DialogFixture::Mouse(HWND window, UINT message, int x, int y, WPARAM keys) {
+void DialogFixture::Mouse(HWND window, UINT message, LONG x, LONG y, WPARAM keys) {
     PostMessageW(window, message, keys, PointOf(x, y));
     Pump();
 }
 
 void DialogFixture::Click(int id) {
-    const RECT place = Place(id);
-    const POINT centre = {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
-    const HWND hit = ControlAt(centre);
+    const RECT place = ScreenPlace(id);
+    POINT point = {(place.left + place.right) / 2, (place.top + place.bottom) / 2};
+    const HWND hit = ControlAt(point);
     EXPECT_EQ(hit, Item(id)) << "a click on " << id << " goes to " << GetDlgCtrlID(hit);
-    POINT point = centre;
-    MapWindowPoints(dialog, hit, &point, 1);
+    ScreenToClient(hit, &point);
     Mouse(hit, WM_LBUTTONDOWN, point.x, point.y, MK_LBUTTON);
     Mouse(hit, WM_LBUTTONUP, point.x, point.y, 0);
 }
 
 void DialogFixture::DoubleClick(int id) {
     Click(id);
-    const HWND control = Item(id);
-    Mouse(control, WM_LBUTTONDBLCLK, 3, 3, MK_LBUTTON);
-    Mouse(control, WM_LBUTTONUP, 3, 3, 0);
+    Mouse(Item(id), WM_LBUTTONDBLCLK, 3, 3, MK_LBUTTON);
+    Mouse(Item(id), WM_LBUTTONUP, 3, 3, 0);
 }
 
 void DialogFixture::Drag(int id, POINT from, POINT to) {
-    constexpr int steps = 4;
+    constexpr LONG steps = 4;
     const HWND control = Item(id);
     Mouse(control, WM_LBUTTONDOWN, from.x, from.y, MK_LBUTTON);
-    for (int i = 1; i <= steps; ++i)
+    for (LONG i = 1; i <= steps; ++i)
         Mouse(control, WM_MOUSEMOVE, from.x + (to.x - from.x) * i / steps,
               from.y + (to.y - from.y) * i / steps, MK_LBUTTON);
     Mouse(control, WM_LBUTTONUP, to.x, to.y, 0);
@@ -363,10 +313,10 @@ void DialogFixture::Drag(int id, POINT from, POINT to) {
 // To the pixel of that position; a trackbar may be narrower than its range.
 void DialogFixture::DragTrackbar(int id, int position) {
     RECT thumb = {}, channel = {};
-    SendDlgItemMessageW(dialog, id, TBM_GETTHUMBRECT, 0, reinterpret_cast<LPARAM>(&thumb));
-    SendDlgItemMessageW(dialog, id, TBM_GETCHANNELRECT, 0, reinterpret_cast<LPARAM>(&channel));
-    const auto minimum = static_cast<int>(SendDlgItemMessageW(dialog, id, TBM_GETRANGEMIN, 0, 0));
-    const auto maximum = static_cast<int>(SendDlgItemMessageW(dialog, id, TBM_GETRANGEMAX, 0, 0));
+    Ask(id, TBM_GETTHUMBRECT, 0, reinterpret_cast<LPARAM>(&thumb));
+    Ask(id, TBM_GETCHANNELRECT, 0, reinterpret_cast<LPARAM>(&channel));
+    const auto minimum = static_cast<int>(Ask(id, TBM_GETRANGEMIN)),
+               maximum = static_cast<int>(Ask(id, TBM_GETRANGEMAX));
     const LONG width = thumb.right - thumb.left, y = (thumb.top + thumb.bottom) / 2;
     const LONG first = channel.left + width / 2, last = channel.right - width / 2;
     Drag(id, {(thumb.left + thumb.right) / 2, y},
@@ -376,14 +326,13 @@ void DialogFixture::DragTrackbar(int id, int position) {
 void DialogFixture::Key(WORD key, bool ctrl) {
     if (GetActiveWindow() != dialog)
         SetForegroundWindow(dialog); // another program's window may have come up
-    HWND focus = GetFocus();
     const LPARAM scan = static_cast<LPARAM>(MapVirtualKeyW(key, MAPVK_VK_TO_VSC)) << 16 | 1;
     HoldKeyState(VK_CONTROL, ctrl);
-    PostMessageW(focus ? focus : dialog, WM_KEYDOWN, key, scan);
-    Pump();
-    focus = GetFocus();
-    PostMessageW(focus ? focus : dialog, WM_KEYUP, key, scan | 0xC0000000);
-    Pump();
+    for (const bool up : {false, true}) {
+        PostMessageW(GetFocus() ? GetFocus() : dialog, up ? WM_KEYUP : WM_KEYDOWN, key,
+                     up ? scan | 0xC0000000 : scan);
+        Pump();
+    }
     HoldKeyState(VK_CONTROL, false);
 }
 
@@ -394,14 +343,13 @@ void DialogFixture::Character(wchar_t character) {
 
 void DialogFixture::Type(int editId, const std::string &text) {
     SetFocus(Item(editId));
-    SendDlgItemMessageW(dialog, editId, EM_SETSEL, 0, -1);
+    Ask(editId, EM_SETSEL, 0, -1);
     for (const char character : text)
         Character(static_cast<wchar_t>(character));
-    Pump();
 }
 
 void DialogFixture::Choose(int comboId, int row) {
-    SendDlgItemMessageW(dialog, comboId, CB_SETCURSEL, static_cast<WPARAM>(row), 0);
+    Ask(comboId, CB_SETCURSEL, static_cast<WPARAM>(row));
     SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(comboId, CBN_SELCHANGE),
                  reinterpret_cast<LPARAM>(Item(comboId)));
     Pump();
@@ -410,16 +358,4 @@ void DialogFixture::Choose(int comboId, int row) {
 void DialogFixture::Resize(int width, int height) {
     SetWindowPos(dialog, nullptr, 0, 0, width, height, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
     Pump();
-}
-
-ParameterSet SomeParameters() {
-    ParameterSet set = kDefaultParameters;
-    set.intensity = 70;
-    set.length = 64;
-    set.angle = -225;
-    set.numberOfPoints = 5;
-    set.threshold = 80;
-    set.softFlareBrightness = 45;
-    set.effectType = kDefaultParameters.effectType + 2;
-    return set;
 }

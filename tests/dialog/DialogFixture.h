@@ -20,6 +20,8 @@ class DialogFixture : public ModuleFixture {
 protected:
     void SetUp() override;
     void TearDown() override;
+    // The module forgets what it knew; its folders stay.
+    void LoadModuleAgain();
 
     // One run. The script starts when the dialog has been painted; it must end the dialog. Without a script
     // the dialog must not open.
@@ -29,14 +31,17 @@ protected:
     // Runs after the dialog procedure has handled a message.
     std::function<void(UINT message)> afterMessage;
 
-    // --- For scripts
-    // -----------------------------------------------------------------------------------------
+    // For scripts: reading.
     HWND Item(int id) const { return GetDlgItem(dialog, id); }
     std::wstring Text(int id) const;
-    bool IsChecked(int id) const;
-    int Selected(int comboId) const;
+    bool IsChecked(int id) const { return IsDlgButtonChecked(dialog, id) == BST_CHECKED; }
+    LRESULT Ask(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
+        return SendDlgItemMessageW(dialog, id, message, wParam, lParam);
+    }
+    int Selected(int comboId) const { return static_cast<int>(Ask(comboId, CB_GETCURSEL)); }
+    std::wstring RowText(int comboId, int row) const;
     int Position(int trackbarId) const;
-    RECT Place(int id) const; // in the dialog's client area
+    RECT ScreenPlace(int id) const;
 
     // Handles what waits, for at least so long.
     void Pump(DWORD milliseconds = 0);
@@ -49,7 +54,7 @@ protected:
     // the control.
     void Click(int id);
     void DoubleClick(int id);
-    // Moves by these steps from there, in client coordinates of the control, with the left button held.
+    // Moves by steps, in client coordinates of the control, with the left button held.
     void Drag(int id, POINT from, POINT to);
     void DragTrackbar(int id, int position);
     // To the control with the focus.
@@ -71,21 +76,26 @@ protected:
     void HoldTable();
     void ReleaseTable();
 
-    std::string UISettingsFile() const;
     std::string UserFolder(const char *name) const; // Settings, Parameters, Logs
+    std::string UISettingsFile() const { return UserFolder("Settings") + "\\UISettings.bin"; }
     std::string UISettingsBytes() const { return ReadWholeFile(UISettingsFile()); }
+    bool IsLogged(const char *text) const { return LogText().find(text) != std::string::npos; }
 
-    HWND dialog = nullptr; // while it is open
+    host::Document before;   // the document as it is made
+    host::ImportHooks hooks; // in the module, until TearDown
+    HWND dialog = nullptr;   // while it is open
     HWND hostWindow = nullptr;
     int dialogsOpened = 0;
     INT_PTR dialogResult = 0; // of the last one
 
 private:
-    friend struct DialogRunner;
-    void Mouse(HWND window, UINT message, int x, int y, WPARAM keys);
-    HWND ControlAt(POINT client) const;
+    static INT_PTR CALLBACK Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+    static void CALLBACK RunScript(HWND, UINT, UINT_PTR timer, DWORD);
+    static INT_PTR WINAPI OpenMain(HINSTANCE module, LPCWSTR name, HWND owner, DLGPROC main,
+                                   LPARAM parameter);
+    void Mouse(HWND window, UINT message, LONG x, LONG y, WPARAM keys);
+    HWND ControlAt(POINT screen) const;
 
-    host::ImportHooks hooks;
     Script script;
     std::map<UINT, int> seen;
     bool scriptRan = false;
@@ -100,11 +110,11 @@ constexpr int kHelp = 1000, kPreviewBox = 1002, kSettingsCombo = 1023, kVertical
               kHideIcon = 1123, kEffectCombo = 1176, kShowIcon = 1184;
 
 struct ParameterPair {
-    int edit, trackbar, minimum, maximum, initial, decimals;
+    int edit, trackbar, minimum, maximum, decimals;
     wchar_t key;
     int16_t ParameterSet::*value;
+
+    int In(const ParameterSet &set) const { return set.*value; }
+    std::wstring Shown(int number) const;
 };
 extern const ParameterPair kPairs[11];
-
-// The parameters as the dialog takes them over when it opens.
-ParameterSet SomeParameters();

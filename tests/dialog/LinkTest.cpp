@@ -76,11 +76,11 @@ TEST_F(Links, TheMainDialogLeadsToANewerVersion) {
         Key(VK_RETURN);
         EXPECT_EQ(gAnswers.opened.size(), 2u);
         EXPECT_TRUE(IsWindowVisible(dialog)) << "Enter was taken for OK";
-        const RECT before = Place(kUpdateLinkId), button = Place(kHelp);
+        const RECT before = ScreenPlace(kUpdateLinkId), button = ScreenPlace(kHelp);
         EXPECT_LT(before.right, button.left);
         Resize(1100, 850);
-        EXPECT_EQ(Place(kUpdateLinkId).left, before.left);
-        EXPECT_EQ(Place(kUpdateLinkId).top, Place(kHelp).top);
+        EXPECT_EQ(ScreenPlace(kUpdateLinkId).left, before.left);
+        EXPECT_EQ(ScreenPlace(kUpdateLinkId).top, ScreenPlace(kHelp).top);
         PressCancel();
     });
     for (const auto &[version, isOn] : {std::pair<uint16_t, bool>{60000, false}, {0, true}}) {

@@ -5,53 +5,37 @@
 #include "ui/DialogMessages.h"
 
 #include <cstring>
+#include <shlobj.h>
 
 namespace {
 
 class DialogSettings : public DialogFixture {
 protected:
-    enum { kLoad = 1, kSave = 2, kDelete = 3 };
+    enum { kNone = 0, kLoad = 1, kSave = 2, kDelete = 3 };
 
-    void WriteSet(const std::string &path, const ParameterSet &set) {
-        std::string bytes(255, '\0');
-        std::memcpy(bytes.data(), &set, sizeof set);
-        WriteWholeFile(path, bytes);
-    }
     std::string SetFile(const std::string &name) const {
         return UserFolder("Parameters") + "\\" + name + ".sss";
     }
-    void PickFromMenu(int command) {
+    void Pick(int command, const std::string &file = "") {
         gAnswers.menuCommand = command;
+        gAnswers.file.assign(file.begin(), file.end());
         Click(kSettingsIcon);
-        gAnswers.menuCommand = 0;
+        gAnswers.menuCommand = kNone;
     }
     bool IsDeleteGrayed() {
-        PickFromMenu(0);
+        Pick(kNone);
         return gAnswers.menus.back().items[kDelete].grayed;
     }
-    std::vector<std::wstring> Rows() const {
-        std::vector<std::wstring> rows;
-        const LRESULT count = SendDlgItemMessageW(dialog, kSettingsCombo, CB_GETCOUNT, 0, 0);
-        for (WPARAM i = 0; i < static_cast<WPARAM>(count); ++i) {
-            wchar_t text[100] = L"";
-            SendDlgItemMessageW(dialog, kSettingsCombo, CB_GETLBTEXT, i, reinterpret_cast<LPARAM>(text));
-            rows.push_back(text);
-        }
-        return rows;
-    }
+    int Rows() const { return static_cast<int>(Ask(kSettingsCombo, CB_GETCOUNT)); }
     int RowOf(const wchar_t *name) const {
-        const std::vector<std::wstring> rows = Rows();
-        for (size_t i = 0; i < rows.size(); ++i)
-            if (rows[i] == name)
-                return static_cast<int>(i);
-        return -1;
+        return static_cast<int>(
+            Ask(kSettingsCombo, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(name)));
     }
-    std::wstring Wide(const std::string &text) const { return {text.begin(), text.end()}; }
     void ExpectShown(const ParameterSet &set) {
         EXPECT_EQ(SetInHandle(), set);
         for (const ParameterPair &pair : kPairs) {
-            EXPECT_EQ(Position(pair.trackbar), set.*pair.value) << pair.trackbar;
-            EXPECT_EQ(_wtof(Text(pair.edit).c_str()), set.*pair.value / (pair.decimals ? 10.0 : 1.0));
+            EXPECT_EQ(Position(pair.trackbar), pair.In(set)) << pair.trackbar;
+            EXPECT_EQ(Text(pair.edit), pair.Shown(pair.In(set)));
         }
         EXPECT_EQ(Selected(kEffectCombo), static_cast<int>(set.effectType - kStandardStar));
         EXPECT_EQ(IsChecked(kEffectsOnly), set.outputSpikesOnly != 0);
@@ -61,30 +45,29 @@ protected:
 } // namespace
 
 TEST_F(DialogSettings, SaveChooseAndReselect) {
-    RunDialog([this] {
+    ParameterSet saved = kDefaultParameters;
+    saved.threshold = 64;
+    saved.effectType = kStandardStar + 3;
+    saved.numberOfPoints = static_cast<int16_t>(PresetPoints(saved.effectType));
+    saved.outputSpikesOnly = 1;
+    RunDialog([&] {
         Settle();
-        const std::vector<std::wstring> initial = Rows();
-        ParameterSet saved = kDefaultParameters;
-        saved.threshold = 64;
-        saved.effectType = kStandardStar + 3;
-        saved.numberOfPoints = static_cast<int16_t>(PresetPoints(saved.effectType));
-        saved.outputSpikesOnly = 1;
+        EXPECT_EQ(Selected(kSettingsCombo), 0) << "opened with the defaults";
         Type(kPairs[0].edit, "64");
         Choose(kEffectCombo, 3);
         Click(kEffectsOnly);
-        gAnswers.file = Wide(SetFile("Mine"));
-        PickFromMenu(kSave);
-        EXPECT_EQ(gAnswers.fileTitles.back(), "Save Brillatrix Pro Parameter File");
+        EXPECT_EQ(Selected(kSettingsCombo), -1) << "no saved set has these values";
+        Pick(kSave, SetFile("Mine"));
         const std::string file = ReadWholeFile(SetFile("Mine"));
         ASSERT_EQ(file.size(), 255u);
         EXPECT_EQ(std::memcmp(file.data(), &saved, sizeof saved), 0);
-        EXPECT_EQ(Rows().size(), initial.size() + 1);
         const int row = RowOf(L"Mine");
-        ASSERT_GE(row, 0);
+        EXPECT_EQ(row, 2);
+        EXPECT_EQ(Selected(kSettingsCombo), row);
 
         Type(kPairs[2].edit, "11");
         Choose(kEffectCombo, 1);
-        EXPECT_EQ(Selected(kSettingsCombo), -1) << "no saved set has these values";
+        EXPECT_EQ(Selected(kSettingsCombo), -1);
         Pump();
         Forget();
         SetFocus(Item(kSettingsCombo));
@@ -96,71 +79,112 @@ TEST_F(DialogSettings, SaveChooseAndReselect) {
         EXPECT_EQ(Seen(kMsgRequestPreview), 1);
         EXPECT_NE(GetFocus(), Item(kSettingsCombo));
 
-        SetFocus(Item(kDisplay));
         Type(kPairs[0].edit, "65");
         EXPECT_EQ(Selected(kSettingsCombo), -1);
+        Pick(kLoad); // cancelled: the row chosen last is still known
         Type(kPairs[0].edit, "64");
         EXPECT_EQ(Selected(kSettingsCombo), row) << "the values are the chosen set's again";
-        PressCancel();
+        // While the list is open the keys walk through it: Enter must not reach the OK button.
+        SetFocus(Item(kSettingsCombo));
+        Ask(kSettingsCombo, CB_SHOWDROPDOWN, TRUE);
+        Choose(kSettingsCombo, 0);
+        ExpectShown(kDefaultParameters);
+        EXPECT_EQ(GetFocus(), Item(kSettingsCombo));
+        Ask(kSettingsCombo, CB_SHOWDROPDOWN, FALSE);
+        EXPECT_NE(GetFocus(), Item(kSettingsCombo));
+        Choose(kSettingsCombo, row);
+        PressOk();
     });
     EXPECT_TRUE(boxes.empty());
+    for (const bool asSaved : {true, false}) { // the next opening names the set that it opens with
+        SCOPED_TRACE(asSaved);
+        host::CloseHost(filterHost);
+        if (!asSaved)
+            saved.length = 3;
+        filterHost.script = ScriptOf(saved);
+        filterHost.settings.playInfo = kPlayDisplay;
+        RunDialog([&] {
+            EXPECT_EQ(Selected(kSettingsCombo), asSaved ? RowOf(L"Mine") : 1);
+            PressCancel();
+        });
+    }
 }
 
 TEST_F(DialogSettings, LoadDeleteAndTheGreyedItem) {
-    ParameterSet other = SomeParameters();
+    ParameterSet other = ChangedParameters();
     other.outputSpikesOnly = 1;
     const std::string elsewhere = folder / "Elsewhere.sss";
-    onInit = [&] { WriteSet(elsewhere, other); };
+    std::string bytes(255, '\0');
+    std::memcpy(bytes.data(), &other, sizeof other);
+    WriteWholeFile(elsewhere, bytes);
     RunDialog([&] {
         Settle();
-        SendDlgItemMessageW(dialog, kSettingsCombo, CB_SETCURSEL, static_cast<WPARAM>(-1), 0);
+        Ask(kSettingsCombo, CB_SETCURSEL, static_cast<WPARAM>(-1));
         EXPECT_TRUE(IsDeleteGrayed());
-        const OfferedMenu menu = gAnswers.menus.back();
+        OfferedMenu menu = gAnswers.menus.back();
         EXPECT_EQ(menu.items.size(), 3u);
-        EXPECT_EQ(menu.items.at(kLoad).text, L"Load Settings");
-        EXPECT_EQ(menu.items.at(kSave).text, L"Save Settings");
-        EXPECT_EQ(menu.items.at(kDelete).text, L"Delete Settings");
-        EXPECT_FALSE(menu.items.at(kLoad).grayed || menu.items.at(kSave).grayed);
-        EXPECT_TRUE((menu.flags & TPM_RETURNCMD) && (menu.flags & TPM_RIGHTBUTTON));
+        EXPECT_EQ(menu.items[kLoad].text, L"Load Settings");
+        EXPECT_EQ(menu.items[kSave].text, L"Save Settings");
+        EXPECT_EQ(menu.items[kDelete].text, L"Delete Settings");
+        EXPECT_FALSE(menu.items[kLoad].grayed || menu.items[kSave].grayed);
+        EXPECT_EQ(menu.flags, static_cast<UINT>(TPM_RETURNCMD | TPM_RIGHTBUTTON));
         EXPECT_EQ(menu.owner, dialog);
-        RECT icon;
-        GetWindowRect(Item(kSettingsIcon), &icon);
-        EXPECT_EQ(menu.at.y, icon.bottom);
-        EXPECT_EQ(menu.at.x, icon.left);
+        EXPECT_EQ(menu.at.x, ScreenPlace(kSettingsIcon).left);
+        EXPECT_EQ(menu.at.y, ScreenPlace(kSettingsIcon).bottom);
 
-        gAnswers.file = Wide(elsewhere);
-        PickFromMenu(kLoad);
-        EXPECT_EQ(gAnswers.fileTitles.back(), "Load Brillatrix Pro Parameter File");
+        Pick(kLoad, elsewhere);
         ExpectShown(other);
         EXPECT_EQ(Selected(kSettingsCombo), RowOf(L"Elsewhere"));
-        for (const char *name : {"A", "B", "C"}) {
-            gAnswers.file = Wide(SetFile(name));
-            PickFromMenu(kSave);
+        for (const char *name : {"A", "C", "B"}) {
+            Pick(kSave, SetFile(name));
+            EXPECT_EQ(RowText(kSettingsCombo, Selected(kSettingsCombo)), std::wstring(1, *name));
         }
-        const auto rows = static_cast<int>(Rows().size());
-        ASSERT_GE(rows, 4);
+        const int rows = Rows();
+        EXPECT_EQ(rows, 6);
         for (int row = 0; row < rows; ++row) {
             Choose(kSettingsCombo, row);
             EXPECT_EQ(IsDeleteGrayed(), row < 2) << row;
         }
-        const int doomed = RowOf(L"B") >= 2 ? RowOf(L"B") : RowOf(L"C");
-        const std::string name = doomed == RowOf(L"B") ? "B" : "C";
-        Choose(kSettingsCombo, doomed);
-        PickFromMenu(kDelete);
-        EXPECT_EQ(boxes.size(), 1u);
-        EXPECT_EQ(boxes.back().text,
-                  "The Brillatrix Pro saved parameter file '" + name + ".sss' will be deleted.");
-        EXPECT_FALSE(Exists(SetFile(name)));
-        EXPECT_EQ(static_cast<int>(Rows().size()), rows - 1);
+        Choose(kSettingsCombo, RowOf(L"B"));
+        Pick(kDelete);
+        ASSERT_EQ(boxes.size(), 1u);
+        EXPECT_EQ(boxes[0].text, "The Brillatrix Pro saved parameter file 'B.sss' will be deleted.");
+        EXPECT_FALSE(Exists(SetFile("B")));
+        EXPECT_EQ(Rows(), rows - 1);
 
         gAnswers.menuError = 1401;
-        PickFromMenu(0);
+        Pick(kNone);
         gAnswers.menuError = 0;
-        PickFromMenu(77);
+        Pick(77);
         EXPECT_TRUE(IsWindowVisible(dialog));
         PressOk();
     });
-    EXPECT_NE(LogText().find("TrackPopupMenu() failed with error code 0x579"), std::string::npos);
-    EXPECT_NE(LogText().find("TrackPopupMenu() returned unexpected value 0x4D"), std::string::npos);
+    EXPECT_TRUE(IsLogged("TrackPopupMenu() failed with error code 0x579"));
+    EXPECT_TRUE(IsLogged("TrackPopupMenu() returned unexpected value 0x4D"));
     EXPECT_EQ(SetInHandle(), other);
+}
+
+TEST_F(DialogSettings, WithoutAFolderThereIsNoMenu) {
+    static int calls;
+    static decltype(&SHGetFolderPathA) getPath;
+    calls = 0;
+    const auto refuseSecond = [](HWND window, int kind, HANDLE user, DWORD flags, LPSTR path) -> HRESULT {
+        return ++calls == 2 ? E_FAIL : getPath(window, kind, user, flags, path); // the second is Parameters
+    };
+    getPath = host::ReplaceImport<decltype(&SHGetFolderPathA)>(module.module, nullptr, "SHGetFolderPathA",
+                                                               refuseSecond, &hooks);
+    RunDialog([this] {
+        Settle();
+        Click(kSettingsIcon);
+        Key('M');
+        EXPECT_TRUE(gAnswers.menus.empty());
+        EXPECT_EQ(Rows(), 2);
+        Type(kPairs[0].edit, "64");
+        Choose(kSettingsCombo, 0);
+        ExpectShown(kDefaultParameters);
+        PressOk();
+    });
+    EXPECT_EQ(dialogResult, IDOK);
+    EXPECT_TRUE(IsLogged("GetUserParametersFolder() failed."));
+    EXPECT_TRUE(boxes.empty());
 }

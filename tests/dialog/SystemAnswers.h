@@ -29,15 +29,9 @@ struct SystemAnswers {
     bool refuseDialog = false; // the main dialog cannot be opened
     INT_PTR shellAnswer = 33;  // above 32: opened
     std::vector<OfferedMenu> menus;
-    std::vector<std::string> fileTitles, opened; // file dialogs; what was given to the shell
-    int beeps = 0;
+    std::vector<std::string> opened; // verb and what was given to the shell
 };
 extern SystemAnswers gAnswers;
 
 // Clears the answers.
 void AnswerForSystem(HMODULE module, host::ImportHooks *hooks);
-
-// Drawing objects of the whole process, the system's own for our windows among them; -1 where they cannot be
-// counted.
-int ProcessDrawingObjects();
-int ProcessThreads();

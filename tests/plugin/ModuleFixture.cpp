@@ -317,6 +317,23 @@ host::Descriptor ScriptOf(const ParameterSet &set) {
              percent(kKeySoftFlareBrightness, set.softFlareBrightness)}};
 }
 
+ParameterSet ChangedParameters() {
+    ParameterSet set = kDefaultParameters;
+    set.intensity = 70;
+    set.length = 64;
+    set.angle = -225;
+    set.numberOfPoints = 5;
+    set.spikeSharpness = 44;
+    set.colorSaturation = -55;
+    set.rainbowIntensity = 66;
+    set.rainbowFrequency = 77;
+    set.secondaryIntensity = 20;
+    set.softFlareBrightness = 45;
+    set.effectType = kDefaultParameters.effectType + 2;
+    set.threshold = 80;
+    return set;
+}
+
 bool operator==(const ParameterSet &a, const ParameterSet &b) {
     return std::memcmp(&a, &b, sizeof(a)) == 0;
 }

@@ -79,4 +79,7 @@ std::wstring ModulePath();
 // All 13 keys of a set, as a script would give them.
 host::Descriptor ScriptOf(const ParameterSet &set);
 
+// A set that differs from the defaults in every field but "output effects only", and shows long bright stars.
+ParameterSet ChangedParameters();
+
 bool operator==(const ParameterSet &a, const ParameterSet &b);

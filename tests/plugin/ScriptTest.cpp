@@ -25,20 +25,8 @@ protected:
 };
 
 ParameterSet EveryFieldChanged() {
-    ParameterSet set = kDefaultParameters;
-    set.intensity = 11;
-    set.length = 22;
-    set.angle = -333;
-    set.numberOfPoints = 9;
-    set.spikeSharpness = 44;
-    set.colorSaturation = -55;
-    set.rainbowIntensity = 66;
-    set.rainbowFrequency = 77;
-    set.secondaryIntensity = 88;
-    set.softFlareBrightness = 99;
+    ParameterSet set = ChangedParameters();
     set.outputSpikesOnly = 1;
-    set.effectType = kNorthStar;
-    set.threshold = 12;
     return set;
 }
 
@@ -125,9 +113,10 @@ TEST_F(Script, AFailingGetterLeavesItsField) {
         filterHost.settings.failures = {{getter, {.nth = 1, .andLater = true, .code = kParamErr}}};
         EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError) << getter;
         const bool numbers = std::string(getter) == "getUnitFloatProc";
-        EXPECT_EQ(SetInHandle().intensity, numbers ? 50 : 11) << getter;
-        EXPECT_EQ(SetInHandle().effectType,
-                  std::string(getter) == "getEnumeratedProc" ? kStandardStar : kNorthStar);
+        EXPECT_EQ(SetInHandle().intensity, numbers ? 50 : EveryFieldChanged().intensity) << getter;
+        EXPECT_EQ(SetInHandle().effectType, std::string(getter) == "getEnumeratedProc"
+                                                ? kStandardStar
+                                                : EveryFieldChanged().effectType);
         filterHost.registry.clear();
         DeleteFileA(SettingsFile().c_str());
     }
