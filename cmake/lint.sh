@@ -4,7 +4,6 @@ set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
 cmake/install-packages.sh clang-tidy-14 cppcheck
-[ -f build/native/compile_commands.json ] || cmake --preset native >/dev/null
 files="${*:-$(git ls-files 'engine/*.cpp' 'render/*.cpp' 'plugin/*.cpp' 'storage/*.cpp' 'diag/*.cpp' 'host/*.cpp' 'ui/*.cpp')}"
 gcc=/usr/lib/gcc/x86_64-w64-mingw32/12-posix
 windows="--target=x86_64-w64-mingw32 -nostdinc++ -isystem $gcc/include/c++ -isystem $gcc/include/c++/x86_64-w64-mingw32
