@@ -1,7 +1,7 @@
 # The dialog's controls and commands, driven with real messages; no window needs to be seen. UserPrompts.cpp takes the
 # place of the calls that would wait for a person.
 brillatrix_test(ui_tests DESKTOP
-    LIBS ui recording_diag system_objects
+    LIBS plugin_resources ui recording_diag system_objects
     SOURCES support/WindowPicture.cpp ui/NumberTextTests.cpp ui/PairDialog.cpp ui/PairPictureTests.cpp ui/ParameterPairTests.cpp
             ui/ParameterSetListTests.cpp ui/UserPrompts.cpp ui/WindowPlacementTests.cpp storage/TemporaryFolder.cpp)
 # The main dialog's look, on its template. DialogLayoutTest.cpp takes the place of the call that opens a browser.

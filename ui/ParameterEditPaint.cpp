@@ -37,8 +37,14 @@ void SetFormattingRect(HWND edit) {
     const LONG line = MulDiv(window.bottom - window.top, kLineUnits, kFieldUnits);
     const LONG margin = std::max(0L, (client.bottom - line) / 2);
     const LONG inset = line / kInsetPart;
-    const RECT format = {inset, margin, std::max(inset, client.right - inset), margin + line};
-    SendMessageA(edit, EM_SETRECT, 0, reinterpret_cast<LPARAM>(&format));
+    const RECT wanted = {inset, margin, std::max(inset, client.right - inset), margin + line};
+    // A field with a border may take a little more or less than it is given.
+    RECT given = wanted;
+    SendMessageA(edit, EM_SETRECT, 0, reinterpret_cast<LPARAM>(&given));
+    const RECT taken = FormattingRect(edit);
+    given = {2 * wanted.left - taken.left, 2 * wanted.top - taken.top, 2 * wanted.right - taken.right,
+             2 * wanted.bottom - taken.bottom};
+    SendMessageA(edit, EM_SETRECT, 0, reinterpret_cast<LPARAM>(&given));
 }
 
 // While the user types, the field shows what was typed; otherwise it shows the parameter.

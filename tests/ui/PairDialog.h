@@ -5,6 +5,8 @@
 #include "plugin/ParameterSet.h"
 #include "ui/ParameterControls.h"
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <windows.h>
 
@@ -16,24 +18,40 @@ struct PairDialog {
     int changesSent = 0; // private messages that announce a changed parameter
 };
 
-// `editClass` is "RichEdit20A" or "RICHEDIT50W". Rows listed in `without` (bit per index) get no controls.
-bool OpenPairDialog(PairDialog *dialog, const char *editClass, const ParameterSet &parameters,
-                    unsigned without = 0);
+// Rows listed in `without` (bit per index) get no controls.
+bool OpenPairDialog(PairDialog *dialog, const ParameterSet &parameters, unsigned without = 0);
 // Binds an open dialog again, with the focus off the pairs.
 void ResetPairDialog(PairDialog *dialog, const ParameterSet &parameters);
 void ClosePairDialog(PairDialog *dialog);
+
+// Opening the dialog is the slow part, so that the tests share it.
+class PairTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (dialog.window)
+            ResetPairDialog(&dialog, kDefaultParameters);
+        else
+            ASSERT_TRUE(OpenPairDialog(&dialog, kDefaultParameters));
+    }
+    static void TearDownTestSuite() { ClosePairDialog(&dialog); }
+
+    static HWND Edit(int row) { return gParameterControls[row].edit; }
+    static HWND Trackbar(int row) { return gParameterControls[row].trackbar; }
+
+    static inline PairDialog dialog;
+};
 
 // Handles every message that waits.
 void PumpMessages();
 
 std::string EditText(int row);
 int TrackbarPositionOf(int row);
-// A key with its characters, as the keyboard sends them to the focused window.
+// A key, as the keyboard sends it to the focused window.
 void PressKey(HWND window, WPARAM key, int repeatCount = 1);
 void TypeText(HWND window, const char *text);
 void HoldCtrl(bool down);
 // Message with a point in client coordinates.
 void SendMouse(HWND window, UINT message, WPARAM buttons, POINT point);
-POINT ThumbCenter(int row);
-// Client x of the trackbar at which its thumb would stand for a value.
+RECT ThumbOf(int row);
+// Where on the trackbar its thumb's centre would stand for a value.
 POINT PointForValue(int row, int value);
