@@ -8,18 +8,13 @@
 #include <vector>
 #include <windows.h>
 
-struct FakeChange {
-    IntRect rect; // of a point: left and top alone
-    double zoom;  // 0 for a rectangle
-    int32_t mode;
-};
-
 struct FakePreview {
     bool startFails = false, paintFails = false;
     int starts = 0, stops = 0, paintings = 0;
-    std::vector<FakeChange> changes;
+    std::vector<int32_t> changeModes; // of ChangeEffectAt and ChangeEffectsInRect
 };
 extern FakePreview gFakePreview;
 
-// What the pattern shows for a document pixel.
-COLORREF PatternColor(int32_t x, int32_t y);
+constexpr uint32_t kSurroundPixel = 0x606060;
+// What a client pixel of a view must show, 0xRRGGBB.
+uint32_t PatternPixel(const PreviewGeometry &view, int32_t x, int32_t y);

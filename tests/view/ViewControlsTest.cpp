@@ -1,44 +1,19 @@
 // The controls around the display: tool icons, zoom text and buttons, menu, scroll bars, fit commands.
-#include "tests/support/RecordingDiag.h"
-#include "tests/view/FakePreview.h"
-#include "tests/view/ViewDialog.h"
-
-#include "storage/UISettings.h"
-#include "ui/DialogMessages.h"
+#include "tests/view/ViewFixture.h"
 #include "ui/ViewMenu.h"
-
-#include <gtest/gtest.h>
 
 #include <commctrl.h>
 #include <string>
 
 namespace {
 
-constexpr IntRect kImage = {0, 0, 4000, 3000};
-
-class ViewControls : public testing::Test {
+class ViewControls : public ViewTest {
 protected:
-    ViewDialog dialog;
-
     void SetUp() override {
-        gFakePreview = {};
-        gMenuAnswer = {};
-        SetViewTool(kToolZoom);
-        ASSERT_TRUE(OpenViewDialog(&dialog, kImage));
-        TakeReports();
-        dialog.previewRequests = 0;
-    }
-    void TearDown() override {
-        CloseViewDialog(&dialog);
-        EXPECT_TRUE(TakeReports().empty());
-        EXPECT_EQ(LiveMenus(), 0);
+        ViewTest::SetUp();
+        Open();
     }
 
-    std::string ZoomText() {
-        char text[50] = "";
-        GetDlgItemTextA(dialog.window, kZoomTextId, text, sizeof text);
-        return text;
-    }
     bool IsEnabled(int id) { return IsWindowEnabled(GetDlgItem(dialog.window, id)) != FALSE; }
     SCROLLINFO Bar(int id) {
         SCROLLINFO info = {};
@@ -59,73 +34,70 @@ protected:
         PumpMessages();
     }
     bool IsDisplayInvalid() { return GetUpdateRect(dialog.display, nullptr, FALSE) != FALSE; }
+    // The text, and which of the buttons can be used and looks so.
+    void ExpectZoomShown(const char *text, bool in, bool out) {
+        char shown[50] = "";
+        GetDlgItemTextA(dialog.window, kZoomTextId, shown, sizeof shown);
+        EXPECT_STREQ(shown, text);
+        EXPECT_EQ(IsEnabled(kZoomInButtonId), in);
+        EXPECT_EQ(IsEnabled(kZoomOutButtonId), out);
+        EXPECT_EQ(dialog.pictures[kZoomInButtonId], in ? kPictureNormal : kPictureDisabled);
+        EXPECT_EQ(dialog.pictures[kZoomOutButtonId], out ? kPictureNormal : kPictureDisabled);
+    }
+    void ExpectToolPictures(ToolPicture pan, ToolPicture zoom, ToolPicture hide, ToolPicture show) {
+        EXPECT_EQ(dialog.pictures[kPanIconId], pan);
+        EXPECT_EQ(dialog.pictures[kZoomIconId], zoom);
+        EXPECT_EQ(dialog.pictures[kHideIconId], hide);
+        EXPECT_EQ(dialog.pictures[kShowIconId], show);
+    }
 };
 
-TEST_F(ViewControls, TheFirstPaintingShowsTheStoredTool) {
-    EXPECT_EQ(gViewTools.tool, kToolZoom);
-    EXPECT_EQ(dialog.pictures[kZoomIconId], kPictureSelected);
-    EXPECT_EQ(dialog.pictures[kPanIconId], kPictureNormal);
-    EXPECT_EQ(dialog.pictures[kHideIconId], kPictureDisabled);
-    EXPECT_EQ(dialog.pictures[kShowIconId], kPictureDisabled);
-    EXPECT_EQ(gFakePreview.starts, 1);
-}
+constexpr ToolPicture kNormal = kPictureNormal, kSelected = kPictureSelected, kDisabled = kPictureDisabled;
 
-// The effect tools need the light source table.
-TEST_F(ViewControls, AStoredEffectToolGivesWayToZoom) {
+// The first painting shows the stored tool; the effect tools, which need the light source table, give way to
+// Zoom.
+TEST_F(ViewControls, ToolsAreStoredShownAndTakeTheirCursors) {
+    EXPECT_EQ(gFakePreview.starts, 1);
+    ExpectToolPictures(kNormal, kSelected, kDisabled, kDisabled);
     for (const uint32_t stored : {kToolHide, kToolShow, kToolPan}) {
         CloseViewDialog(&dialog);
         SetViewTool(stored);
-        ASSERT_TRUE(OpenViewDialog(&dialog, kImage));
+        Open();
         EXPECT_EQ(gViewTools.tool, stored == kToolPan ? kToolPan : kToolZoom);
         EXPECT_EQ(GetViewTool(), gViewTools.tool);
     }
-}
-
-TEST_F(ViewControls, AToolIsStoredShownAndTakesItsCursor) {
+    Use(kToolZoom);
     SelectViewTool(kToolPan);
-    EXPECT_EQ(GetViewTool(), kToolPan);
     EXPECT_EQ(gPreviewDisplay.cursor, kCursorZoomIn) << "the cursor is picked by the posted message";
     PumpMessages();
     EXPECT_EQ(gPreviewDisplay.cursor, kCursorOpenHand);
-    EXPECT_EQ(dialog.pictures[kPanIconId], kPictureSelected);
-    EXPECT_EQ(dialog.pictures[kZoomIconId], kPictureNormal);
     SelectViewTool(kToolNone);
     EXPECT_EQ(gViewTools.tool, kToolPan);
     EXPECT_EQ(GetViewTool(), kToolPan);
-
+    ExpectToolPictures(kSelected, kNormal, kDisabled, kDisabled);
     SetLightSources(&dialog, nullptr, 0);
     EXPECT_TRUE(IsEnabled(kHideIconId) && IsEnabled(kShowIconId));
-    EXPECT_EQ(dialog.pictures[kHideIconId], kPictureNormal);
+    ExpectToolPictures(kSelected, kNormal, kNormal, kNormal);
     SelectViewTool(kToolHide);
-    EXPECT_EQ(dialog.pictures[kHideIconId], kPictureSelected);
-    EXPECT_EQ(dialog.pictures[kShowIconId], kPictureNormal);
+    ExpectToolPictures(kNormal, kNormal, kSelected, kNormal);
 }
 
 TEST_F(ViewControls, TextAndButtonsFollowTheZoom) {
-    EXPECT_EQ(ZoomText(), " 100.00%");
+    ExpectZoomShown(" 100.00%", true, true);
     for (int i = 0; i < 30; ++i)
         ZoomIn();
-    EXPECT_EQ(ZoomText(), " 1600.00%");
-    EXPECT_FALSE(IsEnabled(kZoomInButtonId));
-    EXPECT_EQ(dialog.pictures[kZoomInButtonId], kPictureDisabled);
-    EXPECT_TRUE(IsEnabled(kZoomOutButtonId));
-    ZoomIn();
-    EXPECT_FALSE(IsEnabled(kZoomInButtonId));
+    ExpectZoomShown(" 1600.00%", false, true);
     ZoomOut();
-    EXPECT_EQ(ZoomText(), " 1200.00%");
-    EXPECT_TRUE(IsEnabled(kZoomInButtonId));
-    EXPECT_EQ(dialog.pictures[kZoomInButtonId], kPictureNormal);
+    ExpectZoomShown(" 1200.00%", true, true);
     for (int i = 0; i < 30; ++i)
         ZoomOut();
-    EXPECT_EQ(ZoomText(), " 0.30%");
-    EXPECT_FALSE(IsEnabled(kZoomOutButtonId));
-    EXPECT_TRUE(IsEnabled(kZoomInButtonId));
+    ExpectZoomShown(" 0.30%", true, false);
     ShowActualPixels();
-    EXPECT_EQ(gViewTools.view.zoom, 100.0);
+    ExpectZoomShown(" 100.00%", true, true);
 }
 
-TEST_F(ViewControls, EveryZoomAsksForAPreviewAndRedraws) {
-    for (const double zoom : {200.0, 200.0, 50.0}) {
+TEST_F(ViewControls, EveryZoomAndEverySizeAsksForAPreviewAndRedraws) {
+    for (const double zoom : {200.0, 200.0, 50.0, 100.0}) {
         UpdateWindow(dialog.display);
         dialog.previewRequests = 0;
         SetZoom(zoom);
@@ -133,9 +105,6 @@ TEST_F(ViewControls, EveryZoomAsksForAPreviewAndRedraws) {
         PumpMessages();
         EXPECT_EQ(dialog.previewRequests, 1);
     }
-}
-
-TEST_F(ViewControls, AnotherSizeAsksForAPreviewAndKeepsTheMiddle) {
     CenterPreview(1000, 900);
     PumpMessages();
     dialog.previewRequests = 0;
@@ -143,92 +112,38 @@ TEST_F(ViewControls, AnotherSizeAsksForAPreviewAndKeepsTheMiddle) {
     EXPECT_TRUE(IsDisplayInvalid());
     PumpMessages();
     EXPECT_EQ(dialog.previewRequests, 1);
-    EXPECT_EQ(CurrentPreviewGeometry().centerX, 1000);
-    EXPECT_EQ(CurrentPreviewGeometry().centerY, 900);
+    ExpectCenter(1000, 900);
     EXPECT_EQ(Bar(kHorizontalBarId).nPage, 500u);
 }
 
 TEST_F(ViewControls, MenuItemsSetTheirZooms) {
     const std::map<int, std::pair<std::string, double>> expected = {
-        {40017, {"6%", 6.25}},           {40016, {"12%", 12.5}},   {40015, {"25%", 25}},
-        {40014, {"33%", 33.33}},         {40013, {"50%", 50}},     {40012, {"66%", 66.67}},
-        {40011, {"100%", 100}},          {40010, {"200%", 200}},   {40009, {"300%", 300}},
-        {40008, {"400%", 400}},          {40007, {"600%", 600}},   {40006, {"800%", 800}},
-        {40005, {"1000%", 1000}},        {40004, {"1200%", 1200}}, {40003, {"1600%", 1600}},
-        {40018, {"Actual Pixels", 100}},
+        {40017, {"6%", 6.25}},           {40016, {"12%", 12.5}},       {40015, {"25%", 25}},
+        {40014, {"33%", 33.33}},         {40013, {"50%", 50}},         {40012, {"66%", 66.67}},
+        {40011, {"100%", 100}},          {40010, {"200%", 200}},       {40009, {"300%", 300}},
+        {40008, {"400%", 400}},          {40007, {"600%", 600}},       {40006, {"800%", 800}},
+        {40005, {"1000%", 1000}},        {40004, {"1200%", 1200}},     {40003, {"1600%", 1600}},
+        {40018, {"Actual Pixels", 100}}, {40019, {"Fit in View", 10}},
     };
     ShowZoomMenu({7, 8}, TPM_BOTTOMALIGN | TPM_CENTERALIGN);
     const AskedMenu asked = TakeAskedMenu();
-    EXPECT_EQ(asked.x, 7);
-    EXPECT_EQ(asked.y, 8);
-    EXPECT_EQ(asked.owner, dialog.window);
-    EXPECT_EQ(asked.flags & (TPM_BOTTOMALIGN | TPM_CENTERALIGN | TPM_RETURNCMD),
-              static_cast<UINT>(TPM_BOTTOMALIGN | TPM_CENTERALIGN | TPM_RETURNCMD));
-    EXPECT_EQ(asked.items.size(), expected.size() + 2);
+    EXPECT_TRUE(asked.x == 7 && asked.y == 8 && asked.owner == dialog.window);
+    constexpr UINT flags = TPM_BOTTOMALIGN | TPM_CENTERALIGN | TPM_RETURNCMD;
+    EXPECT_EQ(asked.flags & flags, flags);
+    EXPECT_EQ(asked.items.size(), expected.size() + 1);
     EXPECT_EQ(asked.separators, 3);
     EXPECT_EQ(gViewTools.view.zoom, 100.0) << "nothing was picked";
     for (const auto &[command, item] : expected) {
         EXPECT_EQ(asked.items.at(command), item.first);
         SetZoom(31.0);
         PickFromMenu(command);
-        EXPECT_EQ(gViewTools.view.zoom, item.second) << item.first;
+        EXPECT_DOUBLE_EQ(gViewTools.view.zoom, item.second) << item.first;
     }
-    EXPECT_EQ(asked.items.at(40019), "Fit in View");
-    EXPECT_EQ(asked.items.at(40020), "Fit on Screen");
+    EXPECT_EQ(Bar(kHorizontalBarId).nMax, 0); // it fits
     PickFromMenu(40012);
-    EXPECT_EQ(ZoomText(), " 66.67%");
-}
+    ExpectZoomShown(" 66.67%", true, true);
 
-TEST_F(ViewControls, MenuFailuresAreReported) {
-    gMenuAnswer.error = 0x57A;
-    PickFromMenu(0);
-    auto reports = TakeReports();
-    ASSERT_EQ(reports.size(), 1u);
-    EXPECT_EQ(reports[0].record.line, 1205u);
-    EXPECT_EQ(reports[0].message, "TrackPopupMenu() failed with error code 0x57A");
-    gMenuAnswer = {};
-    PickFromMenu(0x9999);
-    reports = TakeReports();
-    ASSERT_EQ(reports.size(), 1u);
-    EXPECT_EQ(reports[0].record.line, 1211u);
-    EXPECT_EQ(reports[0].message, "TrackPopupMenu() returned unexpected value 0x9999");
-    EXPECT_EQ(gViewTools.view.zoom, 100.0);
-}
-
-TEST_F(ViewControls, TheDisplaysContextMenuIsTheZoomMenu) {
-    gMenuAnswer.command = 40009;
-    SendMessageA(dialog.display, WM_CONTEXTMENU, 0, MAKELPARAM(50, 60));
-    AskedMenu asked = TakeAskedMenu();
-    EXPECT_EQ(asked.x, 50);
-    EXPECT_EQ(asked.y, 60);
-    EXPECT_TRUE(asked.flags & TPM_RIGHTALIGN);
-    EXPECT_EQ(gViewTools.view.zoom, 300.0);
-    // The menu key gives no position.
-    SetCursorPos(123, 234);
-    SendMessageA(dialog.display, WM_KEYUP, VK_APPS, static_cast<LPARAM>(0xC0000001u));
-    asked = TakeAskedMenu();
-    EXPECT_EQ(asked.x, 123);
-    EXPECT_EQ(asked.y, 234);
-    // A right click, through the class procedure.
-    SendMouse(dialog.display, WM_RBUTTONUP, 30, 40);
-    POINT point = {30, 40};
-    ClientToScreen(dialog.display, &point);
-    asked = TakeAskedMenu();
-    EXPECT_EQ(asked.x, point.x);
-    EXPECT_EQ(asked.y, point.y);
-}
-
-TEST_F(ViewControls, FitInViewUsesTheDisplayInsideItsBorder) {
-    PickFromMenu(40019);
-    EXPECT_DOUBLE_EQ(gViewTools.view.zoom, 10.0);
-    EXPECT_EQ(Bar(kHorizontalBarId).nMax, 0);
-    SetWindowPos(dialog.display, nullptr, 0, 0, 802, 502, SWP_NOMOVE | SWP_NOZORDER);
-    FitInView();
-    EXPECT_NEAR(gViewTools.view.zoom, 16.6667, 0.0001);
-    EXPECT_EQ(ZoomText(), " 16.67%");
-}
-
-TEST_F(ViewControls, FitOnScreenGivesTheDialogTheWorkArea) {
+    EXPECT_EQ(asked.items.at(40020), "Fit on Screen");
     PickFromMenu(40020);
     RECT window = {}, work = {};
     GetWindowRect(dialog.window, &window);
@@ -237,13 +152,37 @@ TEST_F(ViewControls, FitOnScreenGivesTheDialogTheWorkArea) {
     EXPECT_DOUBLE_EQ(gViewTools.view.zoom, 10.0);
 }
 
+TEST_F(ViewControls, MenuFailuresAreReported) {
+    gMenuAnswer.error = 0x57A;
+    PickFromMenu(0);
+    ExpectReport(1205, "TrackPopupMenu() failed with error code 0x57A");
+    gMenuAnswer = {};
+    PickFromMenu(0x9999);
+    ExpectReport(1211, "TrackPopupMenu() returned unexpected value 0x9999");
+    EXPECT_EQ(gViewTools.view.zoom, 100.0);
+}
+
+TEST_F(ViewControls, TheDisplaysContextMenuIsTheZoomMenu) {
+    POINT point = {30, 40};
+    ClientToScreen(dialog.display, &point);
+    SetCursorPos(123, 234);
+    gMenuAnswer.command = 40009;
+    SendMessageA(dialog.display, WM_CONTEXTMENU, 0, MAKELPARAM(50, 60));
+    AskedMenu asked = TakeAskedMenu();
+    EXPECT_TRUE(asked.x == 50 && asked.y == 60 && (asked.flags & TPM_RIGHTALIGN));
+    EXPECT_EQ(gViewTools.view.zoom, 300.0);
+    SendMessageA(dialog.display, WM_KEYUP, VK_APPS, static_cast<LPARAM>(0xC0000001u));
+    asked = TakeAskedMenu();
+    EXPECT_TRUE(asked.x == 123 && asked.y == 234) << "the menu key gives no position";
+    SendMouse(dialog.display, WM_RBUTTONUP, 30, 40); // through the class procedure
+    asked = TakeAskedMenu();
+    EXPECT_TRUE(asked.x == point.x && asked.y == point.y);
+}
+
 TEST_F(ViewControls, BarsScrollTheView) {
     Scroll(kHorizontalBarId, SB_LEFT);
     const SCROLLINFO start = Bar(kHorizontalBarId);
-    EXPECT_EQ(start.nMin, 0);
-    EXPECT_EQ(start.nMax, 4000);
-    EXPECT_EQ(start.nPage, 400u);
-    EXPECT_EQ(start.nPos, 0);
+    EXPECT_TRUE(start.nMin == 0 && start.nMax == 4000 && start.nPage == 400 && start.nPos == 0);
     const struct {
         int code, expected;
     } steps[] = {{SB_LINERIGHT, 1},    {SB_PAGERIGHT, 401}, {SB_LINELEFT, 400},   {SB_PAGELEFT, 0},
@@ -251,11 +190,10 @@ TEST_F(ViewControls, BarsScrollTheView) {
                  {SB_ENDSCROLL, 3200}, {SB_LEFT, 0}};
     int position = 0;
     for (const auto &step : steps) {
-        UpdateWindow(dialog.display);
         dialog.previewRequests = 0;
         Scroll(kHorizontalBarId, step.code);
         EXPECT_EQ(Bar(kHorizontalBarId).nPos, step.expected);
-        EXPECT_EQ(CurrentPreviewGeometry().centerX, step.expected + 200);
+        EXPECT_EQ(View().centerX, step.expected + 200);
         EXPECT_EQ(dialog.previewRequests, step.expected != position);
         position = step.expected;
     }
@@ -289,8 +227,7 @@ TEST_F(ViewControls, TooltipsAreOnTheFourIcons) {
                                                   {1123, L"Hide Effects Tool (X)"},
                                                   {1184, L"Show Hidden Effects Tool (+)"}};
     for (const auto &[id, text] : expected) {
-        // The call for narrow texts gives 80 characters at most.
-        wchar_t buffer[300] = L"";
+        wchar_t buffer[300] = L""; // the call for narrow texts gives 80 characters at most
         TTTOOLINFOW tool = {};
         tool.cbSize = TTTOOLINFOW_V1_SIZE;
         tool.uFlags = TTF_IDISHWND;

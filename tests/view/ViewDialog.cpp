@@ -4,7 +4,6 @@
 #include "ui/DialogMessages.h"
 
 #include <commctrl.h>
-#include <cstring>
 #include <string>
 
 MenuAnswer gMenuAnswer;
@@ -15,7 +14,6 @@ ViewDialog *gDialog = nullptr;
 ImageBuffer gImage = {};
 LightSourceTable gTable = {};
 AskedMenu gAsked = {};
-int gLiveMenus = 0;
 
 struct ControlPlace {
     const char *className;
@@ -75,14 +73,6 @@ INT_PTR CALLBACK ViewDialogProc(HWND, UINT message, WPARAM wParam, LPARAM lParam
     return FALSE;
 }
 
-template <typename Function> Function *Real(const char *name) {
-    const FARPROC address = GetProcAddress(GetModuleHandleA("user32.dll"), name);
-    Function *function;
-    static_assert(sizeof function == sizeof address);
-    memcpy(&function, &address, sizeof function);
-    return function;
-}
-
 BOOL WINAPI AskMenu(HMENU menu, UINT flags, int x, int y, int, HWND owner, const RECT *) {
     gAsked = {x, y, flags, owner, {}, 0};
     for (int i = 0; i < GetMenuItemCount(menu); ++i) {
@@ -98,19 +88,6 @@ BOOL WINAPI AskMenu(HMENU menu, UINT flags, int x, int y, int, HWND owner, const
     return gMenuAnswer.command;
 }
 
-HMENU WINAPI CountLoad(HINSTANCE module, LPCSTR name) {
-    static const auto real = Real<decltype(CountLoad)>("LoadMenuA");
-    const HMENU menu = real(module, name);
-    gLiveMenus += menu != nullptr;
-    return menu;
-}
-
-BOOL WINAPI CountDestroy(HMENU menu) {
-    static const auto real = Real<decltype(CountDestroy)>("DestroyMenu");
-    --gLiveMenus;
-    return real(menu);
-}
-
 LPARAM PointParam(int x, int y) {
     return MAKELPARAM(static_cast<WORD>(x), static_cast<WORD>(y));
 }
@@ -118,20 +95,13 @@ LPARAM PointParam(int x, int y) {
 } // namespace
 
 // The linker takes an import's address from here instead of from the import library.
-extern "C" {
+extern "C" decltype(&AskMenu) __imp_TrackPopupMenu;
 decltype(&AskMenu) __imp_TrackPopupMenu = AskMenu;
-decltype(&CountLoad) __imp_LoadMenuA = CountLoad;
-decltype(&CountDestroy) __imp_DestroyMenu = CountDestroy;
-}
 
 AskedMenu TakeAskedMenu() {
     AskedMenu taken = gAsked;
     gAsked = {};
     return taken;
-}
-
-int LiveMenus() {
-    return gLiveMenus;
 }
 
 bool OpenViewDialog(ViewDialog *dialog, const IntRect &image, int displayWidth, int displayHeight) {

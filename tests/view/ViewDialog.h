@@ -51,4 +51,3 @@ struct AskedMenu {
 };
 // The call made since the last one; items empty when there was none.
 AskedMenu TakeAskedMenu();
-int LiveMenus();
