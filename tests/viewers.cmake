@@ -15,6 +15,6 @@ endif()
 if(WIN32)
     brillatrix_test(viewer_tests DESKTOP
         LIBS ui_viewers viewer_resources recording_diag system_objects
-        SOURCES storage/TemporaryFolder.cpp support/WindowPicture.cpp viewers/ClipboardCalls.cpp
+        SOURCES storage/TemporaryFolder.cpp support/WindowPicture.cpp
                 viewers/ImageViewerTest.cpp viewers/KeptScene.cpp viewers/ModalDialog.cpp viewers/TableViewerTest.cpp)
 endif()

@@ -165,6 +165,34 @@ int CloseFile(FILE *file) {
     return Call<fclose>::real(file);
 }
 
+HGLOBAL WINAPI FreeBlock(HGLOBAL block) {
+    const HGLOBAL kept = Call<GlobalFree>::real(block);
+    if (!kept)
+        Forget(block);
+    return kept;
+}
+
+HANDLE WINAPI GiveToClipboard(UINT format, HANDLE block) {
+    const HANDLE given = Call<SetClipboardData>::TryReal(format, block);
+    if (given)
+        Forget(block);
+    return given;
+}
+
+// Stands for the one clipboard.
+void *const kClipboard = &gFailIn;
+
+BOOL WINAPI OpenTheClipboard(HWND owner) {
+    const BOOL opened = Call<OpenClipboard>::TryReal(owner);
+    Keep(opened ? kClipboard : nullptr, "OpenClipboard");
+    return opened;
+}
+
+BOOL WINAPI CloseTheClipboard() {
+    Forget(kClipboard);
+    return Call<CloseClipboard>::real();
+}
+
 BOOL WINAPI Invalidate(HWND window, const RECT *rect, BOOL erase) {
     NoteInvalid(rect ? *rect : RECT{});
     return Call<InvalidateRect>::real(window, rect, erase);
@@ -241,6 +269,17 @@ void CountHandles(const Hooking &hook) {
     hook.Gives<CloseHandle>("CloseHandle");
 }
 
+void WatchClipboard(const Hooking &hook) {
+    hook.Makes<GlobalAlloc>("GlobalAlloc");
+    hook.Replace<GlobalFree>("GlobalFree", kPlain, FreeBlock);
+    hook.MayFail<GlobalLock>("GlobalLock");
+    hook.MayFail<GlobalSize>("GlobalSize");
+    hook.Replace<OpenClipboard>("OpenClipboard", kPlain, OpenTheClipboard);
+    hook.MayFail<EmptyClipboard>("EmptyClipboard");
+    hook.Replace<SetClipboardData>("SetClipboardData", kPlain, GiveToClipboard);
+    hook.Replace<CloseClipboard>("CloseClipboard", kPlain, CloseTheClipboard);
+}
+
 void WatchRegions(const Hooking &hook) {
     hook.MayFail<CombineRgn>("CombineRgn");
     hook.MayFail<SetRectRgn>("SetRectRgn");
@@ -264,6 +303,7 @@ void CountSystemObjects(HMODULE module, host::ImportHooks *hooks) {
     CountPictures(hook);
     CountWindowObjects(hook);
     CountHandles(hook);
+    WatchClipboard(hook);
     WatchRegions(hook);
 }
 

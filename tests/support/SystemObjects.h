@@ -17,7 +17,8 @@ void CountSystemObjects(HMODULE module, host::ImportHooks *hooks);
 bool CountOwnSystemObjects();
 
 // Objects made and not given back: bitmaps, contexts, brushes, fonts, regions, icons, menus, hooks, windows
-// that are open, window classes, files, events, mutexes, threads; by the name of the call that made them.
+// that are open, window classes, files, events, mutexes, threads, global blocks that are not the clipboard's,
+// openings of the clipboard; by the name of the call that made them.
 std::map<std::string, int> LiveObjects();
 // Of them, drawing objects and icons.
 int LiveDrawingObjects();

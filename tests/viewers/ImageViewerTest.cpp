@@ -1,6 +1,5 @@
 #include "diag/BufferUsage.h"
 #include "engine/LightSourceTable.h"
-#include "render/KeptRun.h"
 #include "resources/ResourceIds.h"
 #include "storage/AppFolders.h"
 #include "storage/UISettings.h"
@@ -8,7 +7,6 @@
 #include "tests/storage/TemporaryFolder.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/WindowPicture.h"
-#include "tests/viewers/ClipboardCalls.h"
 #include "tests/viewers/KeptScene.h"
 #include "tests/viewers/ModalDialog.h"
 #include "ui/DebugImageViewer.h"
@@ -16,7 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <vector>
+#include <utility>
 
 namespace {
 
@@ -27,26 +25,6 @@ constexpr int kFit = 0, kActual = 1, kFourfold = 2;
 
 INT_PTR CALLBACK ViewerProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     return HandleDebugImageViewer(dialog, message, wParam, lParam);
-}
-
-struct Drawn {
-    DebugPicturePlace place{};
-    std::vector<uint8_t> bgra;
-    int Width() const { return place.area.right - place.area.left; }
-    int Height() const { return place.area.bottom - place.area.top; }
-    uint32_t At(int x, int y) const {
-        uint32_t pixel;
-        memcpy(&pixel, &bgra[(size_t(y) * size_t(Width()) + size_t(x)) * 4], sizeof pixel);
-        return pixel & 0xFFFFFF;
-    }
-};
-
-Drawn Draw(int choice) {
-    Drawn drawn;
-    EXPECT_TRUE(FindDebugPicture(choice, &drawn.place));
-    drawn.bgra.resize(size_t(drawn.Width()) * size_t(drawn.Height()) * 4);
-    EXPECT_TRUE(DrawDebugPicture(choice, drawn.place, drawn.bgra.data()));
-    return drawn;
 }
 
 void Choose(HWND dialog, int comboId, int item) {
@@ -65,26 +43,41 @@ void SendMouse(HWND display, UINT message, int x, int y, WPARAM keys = 0) {
     PumpMessages();
 }
 
-Picture Shown(HWND display) {
-    UpdateWindow(display);
-    return CaptureClient(display);
+void Drag(HWND display, int from, int to) {
+    SendMouse(display, WM_LBUTTONDOWN, from, from, MK_LBUTTON);
+    for (int i = 1; i <= 20; ++i)
+        SendMouse(display, WM_MOUSEMOVE, from + (to - from) * i / 20, from + (to - from) * i / 20,
+                  MK_LBUTTON);
+    SendMouse(display, WM_LBUTTONUP, to, to);
+}
+
+// Rows of the display above the lines of text.
+int PictureRows(HWND display) {
+    RECT rect;
+    GetClientRect(display, &rect);
+    const HDC dc = GetDC(display);
+    const HGDIOBJ before =
+        SelectObject(dc, reinterpret_cast<HGDIOBJ>(SendMessageA(GetParent(display), WM_GETFONT, 0, 0)));
+    TEXTMETRICA metrics;
+    GetTextMetricsA(dc, &metrics);
+    SelectObject(dc, before);
+    ReleaseDC(display, dc);
+    return rect.bottom - 2 * metrics.tmHeight - 6;
 }
 
 // The display's upper rows hold the picture from the origin on, and dark grey beside it.
-bool ShowsAt(const Picture &shown, const Drawn &drawn, int originX, int originY, int zoom, int rows) {
+void ExpectShown(HWND display, const DrawnPicture &drawn, int originX, int originY, int zoom) {
+    UpdateWindow(display);
+    const Picture shown = CaptureClient(display);
+    const int rows = PictureRows(display);
+    const IntRect &area = drawn.place.area;
     for (int y = 0; y < rows; ++y)
         for (int x = 0; x < shown.width; ++x) {
-            const int column = (x - originX) / zoom, row = (y - originY) / zoom;
-            const bool inside =
-                x >= originX && y >= originY && column < drawn.Width() && row < drawn.Height();
+            const int column = area.left + (x - originX) / zoom, row = area.top + (y - originY) / zoom;
+            const bool inside = x >= originX && y >= originY && RectContains(area, column, row);
             const uint32_t expected = inside ? drawn.At(column, row) : 0x404040u;
-            if (PixelAt(shown, x, y) != expected) {
-                ADD_FAILURE() << "at " << x << ", " << y << ": " << std::hex << PixelAt(shown, x, y)
-                              << " instead of " << expected;
-                return false;
-            }
+            ASSERT_EQ(PixelAt(shown, x, y), expected) << x << ", " << y << std::hex;
         }
-    return true;
 }
 
 class ImageViewerTest : public ::testing::Test {
@@ -113,56 +106,46 @@ protected:
     TemporaryFolder folder;
 };
 
-// Rows of the display above the lines of text.
-int PictureRows(HWND display) {
-    RECT rect;
-    GetClientRect(display, &rect);
-    const HDC dc = GetDC(display);
-    const HGDIOBJ before =
-        SelectObject(dc, reinterpret_cast<HGDIOBJ>(SendMessageA(GetParent(display), WM_GETFONT, 0, 0)));
-    TEXTMETRICA metrics;
-    GetTextMetricsA(dc, &metrics);
-    SelectObject(dc, before);
-    ReleaseDC(display, dc);
-    return rect.bottom - 2 * metrics.tmHeight - 6;
-}
-
 } // namespace
 
 TEST_F(ImageViewerTest, ShowsEachPictureToThePixelAndPans) {
     Open([](HWND dialog, HWND display) {
-        const int rows = PictureRows(display);
         RECT client;
         GetClientRect(display, &client);
         for (int choice = 0; choice < kDebugPictures; ++choice) {
-            const Drawn drawn = Draw(choice);
+            const DrawnPicture drawn = DrawPicture(choice);
             Choose(dialog, kDebugChoiceId, choice);
             Choose(dialog, kDebugZoomId, kActual);
-            const int originX = (client.right - drawn.Width()) / 2, originY = (rows - drawn.Height()) / 2;
-            EXPECT_TRUE(ShowsAt(Shown(display), drawn, originX, originY, 1, rows)) << choice;
+            ExpectShown(display, drawn, (client.right - drawn.Width()) / 2,
+                        (PictureRows(display) - drawn.Height()) / 2, 1);
         }
         Choose(dialog, kDebugChoiceId, kShadedPicture);
         Choose(dialog, kDebugZoomId, kFourfold);
-        const Drawn shaded = Draw(kShadedPicture);
-        SendMouse(display, WM_LBUTTONDOWN, 10, 10, MK_LBUTTON);
-        for (int i = 1; i <= 20; ++i)
-            SendMouse(display, WM_MOUSEMOVE, 10 + 500 * i, 10 + 500 * i, MK_LBUTTON);
-        SendMouse(display, WM_LBUTTONUP, 10010, 10010);
-        EXPECT_TRUE(ShowsAt(Shown(display), shaded, 0, 0, 4, rows)) << "as far as it goes";
+        const DrawnPicture shaded = DrawPicture(kShadedPicture);
+        Drag(display, 10, 10010);
+        ExpectShown(display, shaded, 0, 0, 4); // as far as it goes
         SendMouse(display, WM_MOUSEMOVE, 200, 200);
         SendMessageA(display, WM_KEYDOWN, VK_RIGHT, 1);
         SendMessageA(display, WM_KEYDOWN, VK_DOWN, 1);
-        EXPECT_TRUE(ShowsAt(Shown(display), shaded, -40, -40, 4, rows));
+        ExpectShown(display, shaded, -40, -40, 4);
     });
 }
 
-TEST_F(ImageViewerTest, TellsThePixelAndTheNearestLight) {
+TEST_F(ImageViewerTest, TellsThePixelAndTheNearestLightAndZoomsByWheelAndKeys) {
     Open([](HWND dialog, HWND display) {
+        EXPECT_EQ(GetFocus(), display);
+        EXPECT_EQ(Chosen(dialog, kDebugZoomId), kFit);
         EXPECT_EQ(TextOf(display), "420 x 300 pixels, each 1.000 of the document's\n3 lights");
-        Choose(dialog, kDebugZoomId, kFourfold);
-        SendMouse(display, WM_LBUTTONDOWN, 0, 0, MK_LBUTTON);
-        SendMouse(display, WM_MOUSEMOVE, 9000, 9000, MK_LBUTTON);
-        SendMouse(display, WM_LBUTTONUP, 9000, 9000);
+        POINT point = {50, 60};
+        ClientToScreen(display, &point);
+        SendMessageA(display, WM_MOUSEWHEEL, MAKEWPARAM(0, 120), MAKELPARAM(point.x, point.y));
+        for (const auto &[key, zoom] :
+             {std::pair{'-', kFit}, {'+', kActual}, {'+', kFourfold}, {'+', kFourfold}}) {
+            SendMessageA(display, WM_CHAR, static_cast<WPARAM>(key), 1);
+            EXPECT_EQ(Chosen(dialog, kDebugZoomId), zoom);
+        }
+        EXPECT_NE(SendMessageA(display, WM_ERASEBKGND, 0, 0), 0) << "a white moment";
+        Drag(display, 0, 9000);
         SendMouse(display, WM_MOUSEMOVE, 4 * 100 + 1, 4 * 58 + 1);
         const std::string text = TextOf(display);
         EXPECT_EQ(text.find("x 100, y 58 (document 100.0, 58.0)   R "), 0u) << text;
@@ -177,13 +160,19 @@ TEST_F(ImageViewerTest, TellsThePixelAndTheNearestLight) {
         SendMessageA(display, WM_MOUSELEAVE, 0, 0);
         EXPECT_EQ(TextOf(display).find("420 x 300"), 0u);
         Choose(dialog, kDebugChoiceId, kStampPicture);
-        SendMouse(display, WM_MOUSEMOVE, 30, 30);
+        RECT client;
+        GetClientRect(display, &client);
+        SendMouse(display, WM_MOUSEMOVE, client.right / 2, PictureRows(display) / 2);
         EXPECT_NE(TextOf(display).find(" from the light   R "), std::string::npos) << TextOf(display);
     });
 }
 
 TEST_F(ImageViewerTest, CopiesTheWholePictureFromWhereverTheKeyboardIs) {
-    const Drawn drawn = Draw(kLightsPicture);
+    const DrawnPicture drawn = DrawPicture(kLightsPicture);
+    std::string bottomUp;
+    const size_t rowBytes = size_t(drawn.Width()) * 4;
+    for (auto row = drawn.bgra.end(); row != drawn.bgra.begin(); row -= static_cast<ptrdiff_t>(rowBytes))
+        bottomUp.append(row - static_cast<ptrdiff_t>(rowBytes), row);
     Open([&](HWND dialog, HWND display) {
         Choose(dialog, kDebugChoiceId, kLightsPicture);
         Choose(dialog, kDebugZoomId, kFourfold);
@@ -191,24 +180,18 @@ TEST_F(ImageViewerTest, CopiesTheWholePictureFromWhereverTheKeyboardIs) {
             SetClipboardText("before");
             SendDlgItemMessageA(dialog, id, WM_CHAR, kCtrlC, 1);
             const std::string dib = ClipboardBytes(CF_DIB);
-            ASSERT_GE(dib.size(), sizeof(BITMAPINFOHEADER) + drawn.bgra.size()) << id;
             BITMAPINFOHEADER header;
+            ASSERT_GE(dib.size(), sizeof header + bottomUp.size()) << id;
             memcpy(&header, dib.data(), sizeof header);
             EXPECT_EQ(header.biWidth, drawn.Width());
             EXPECT_EQ(header.biHeight, drawn.Height());
             EXPECT_EQ(header.biBitCount, 32);
-            const size_t rowBytes = size_t(drawn.Width()) * 4;
-            for (int y = 0; y < drawn.Height(); ++y)
-                ASSERT_EQ(memcmp(dib.data() + sizeof header + rowBytes * size_t(drawn.Height() - 1 - y),
-                                 drawn.bgra.data() + rowBytes * size_t(y), rowBytes),
-                          0)
-                    << y;
+            EXPECT_TRUE(dib.compare(sizeof header, bottomUp.size(), bottomUp) == 0);
         }
-        const int blocks = LiveGlobalBlocks();
-        FailClipboardCall("GlobalSize");
+        const auto before = LiveObjects();
+        FailSystemCall("GlobalSize", 1, ERROR_INVALID_HANDLE);
         SendMessageA(display, WM_CHAR, kCtrlC, 1);
-        FailClipboardCall(nullptr);
-        EXPECT_EQ(LiveGlobalBlocks(), blocks);
+        EXPECT_EQ(LiveObjects(), before);
         const std::vector<RecordedReport> reports = TakeReports();
         ASSERT_EQ(reports.size(), 1u);
         EXPECT_EQ(reports[0].message, "Could not copy Clipboard picture into global buffer.");
@@ -225,56 +208,33 @@ TEST_F(ImageViewerTest, KeepsPlaceAndChoiceAfterOkOnly) {
     EXPECT_EQ(SettingsFile(), "<missing>");
     EXPECT_EQ(GetDebugDisplayChoice(), 0u);
     RECT placed = {};
-    EXPECT_EQ(Open([&](HWND dialog, HWND display) {
-                  RECT opening, before;
-                  GetWindowRect(dialog, &opening);
-                  GetClientRect(display, &before);
-                  Choose(dialog, kDebugChoiceId, 2);
-                  SetWindowPos(dialog, nullptr, 33, 44, 100, 100, SWP_NOZORDER); // never below the first
-                  GetWindowRect(dialog, &placed);
-                  EXPECT_EQ(placed.right - placed.left, opening.right - opening.left);
-                  SetWindowPos(dialog, nullptr, 33, 44, placed.right - placed.left + 60,
-                               placed.bottom - placed.top + 40, SWP_NOZORDER);
-                  GetWindowRect(dialog, &placed);
-                  RECT after;
-                  GetClientRect(display, &after);
-                  EXPECT_EQ(after.right - before.right, 60);
-                  EXPECT_EQ(after.bottom - before.bottom, 40);
-                  SendDlgItemMessageA(dialog, IDOK, BM_CLICK, 0, 0);
-              }),
-              IDOK);
-    const std::string file = SettingsFile();
-    ASSERT_EQ(file.size(), 52u);
-    RECT stored;
-    uint32_t choice;
-    memcpy(&stored, &file[32], sizeof stored);
-    memcpy(&choice, &file[48], sizeof choice);
-    EXPECT_TRUE(EqualRect(&stored, &placed));
-    EXPECT_EQ(choice, 2u);
+    const auto placeAndAccept = [&](HWND dialog, HWND display) {
+        RECT opening, before, after;
+        GetWindowRect(dialog, &opening);
+        GetClientRect(display, &before);
+        Choose(dialog, kDebugChoiceId, 2);
+        SetWindowPos(dialog, nullptr, 33, 44, 100, 100, SWP_NOZORDER);
+        GetWindowRect(dialog, &placed);
+        EXPECT_EQ(placed.right - placed.left, opening.right - opening.left) << "smaller than at first";
+        SetWindowPos(dialog, nullptr, 33, 44, placed.right - placed.left + 60,
+                     placed.bottom - placed.top + 40, SWP_NOZORDER);
+        GetWindowRect(dialog, &placed);
+        GetClientRect(display, &after);
+        EXPECT_EQ(after.right - before.right, 60);
+        EXPECT_EQ(after.bottom - before.bottom, 40);
+        SendDlgItemMessageA(dialog, IDOK, BM_CLICK, 0, 0);
+    };
+    EXPECT_EQ(Open(placeAndAccept), IDOK);
+    UISettings stored = {};
+    ASSERT_EQ(SettingsFile().size(), sizeof stored);
+    memcpy(&stored, SettingsFile().data(), sizeof stored);
+    EXPECT_EQ(memcmp(&stored.debugViewerRect, &placed, sizeof placed), 0);
+    EXPECT_EQ(stored.debugDisplayChoice, 2u);
     Open([&](HWND dialog, HWND) {
         RECT again;
         GetWindowRect(dialog, &again);
         EXPECT_TRUE(EqualRect(&again, &placed));
         EXPECT_EQ(Chosen(dialog, kDebugChoiceId), 2);
-    });
-}
-
-TEST_F(ImageViewerTest, ZoomFollowsWheelAndKeysWithoutAWhiteMoment) {
-    Open([](HWND dialog, HWND display) {
-        EXPECT_EQ(GetFocus(), display);
-        EXPECT_EQ(Chosen(dialog, kDebugZoomId), kFit);
-        POINT point = {50, 60};
-        ClientToScreen(display, &point);
-        SendMessageA(display, WM_MOUSEWHEEL, MAKEWPARAM(0, 120), MAKELPARAM(point.x, point.y));
-        EXPECT_EQ(Chosen(dialog, kDebugZoomId), kActual);
-        SendMessageA(display, WM_CHAR, '+', 1);
-        SendMessageA(display, WM_CHAR, '+', 1);
-        EXPECT_EQ(Chosen(dialog, kDebugZoomId), kFourfold);
-        SendMessageA(display, WM_CHAR, '-', 1);
-        EXPECT_EQ(Chosen(dialog, kDebugZoomId), kActual);
-        const HDC dc = GetDC(display);
-        EXPECT_NE(SendMessageA(display, WM_ERASEBKGND, reinterpret_cast<WPARAM>(dc), 0), 0);
-        ReleaseDC(display, dc);
     });
 }
 

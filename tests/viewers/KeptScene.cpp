@@ -1,7 +1,8 @@
 #include "tests/viewers/KeptScene.h"
 
 #include "engine/SerialBuild.h"
-#include "render/KeptRun.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -66,4 +67,21 @@ bool KeepScene(const RenderSettings &settings, int32_t scale) {
     const LightSourceTable table = TakeTableToKeep();
     KeepRun(table, settings, 1);
     return built;
+}
+
+uint32_t DrawnPicture::At(int32_t x, int32_t y) const {
+    const size_t i = (size_t(y - place.area.top) * size_t(Width()) + size_t(x - place.area.left)) * 4;
+    return uint32_t{bgra[i]} | uint32_t{bgra[i + 1]} << 8 | uint32_t{bgra[i + 2]} << 16;
+}
+
+DrawnPicture DrawPicture(int32_t choice) {
+    DrawnPicture drawn;
+    EXPECT_TRUE(FindDebugPicture(choice, &drawn.place));
+    drawn.bgra.resize(size_t(drawn.Width()) * size_t(drawn.Height()) * 4);
+    EXPECT_TRUE(DrawDebugPicture(choice, drawn.place, drawn.bgra.data()));
+    size_t opaque = 0;
+    for (size_t i = 3; i < drawn.bgra.size(); i += 4)
+        opaque += drawn.bgra[i] == 255;
+    EXPECT_EQ(opaque * 4, drawn.bgra.size());
+    return drawn;
 }
