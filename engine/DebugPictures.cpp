@@ -47,7 +47,8 @@ Color Mix(const Color &a, const Color &b, double share) {
 
 // How strongly what a level of selection or coverage leaves out is shaded.
 double MissingShare(uint32_t level) {
-    return 0.6 * (1.0 - double(level / kOneLevel) / 255.0);
+    const uint32_t level8 = level / kOneLevel;
+    return 0.6 * (1.0 - level8 / 255.0);
 }
 
 Color ShadePixel(const KeptImage &kept, size_t index, int32_t diagonal) {

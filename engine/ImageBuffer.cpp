@@ -8,7 +8,7 @@
 namespace {
 
 // More samples than this in a plane could not be counted in bytes, whatever the depth and the planes.
-constexpr int64_t kMaxPlaneSize = std::numeric_limits<int64_t>::max() / (kMaxPlanes * 4);
+constexpr int64_t kMaxPlaneSize = std::numeric_limits<int64_t>::max() / (int64_t{kMaxPlanes} * 4);
 
 bool IsBufferShapeValid(int32_t bytesPerSample, int32_t transparencyPlanes, const IntRect &bounds) {
     const bool depthKnown = bytesPerSample == 1 || bytesPerSample == 2 || bytesPerSample == 4;
@@ -66,7 +66,7 @@ HostResult AllocateUnclearedImageBuffer(int32_t imageMode, int32_t bytesPerSampl
         }
     }
     for (int32_t plane = 0; plane < PlaneCount(b); ++plane)
-        b.planes[plane] = b.pixels + plane * bytesPerSample * b.planeSize;
+        b.planes[plane] = b.pixels + b.planeSize * bytesPerSample * plane;
     *buffer = b;
     return kNoError;
 }
