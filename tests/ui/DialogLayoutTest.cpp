@@ -19,6 +19,7 @@
 #include <cstring>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <commctrl.h>
@@ -98,28 +99,35 @@ void Blank(Picture *picture, const RECT &rect, bool isGroup, uint32_t color) {
         }
 }
 
-template <typename Function> Function *SystemFunction(const char *name) {
-    const FARPROC address = GetProcAddress(GetModuleHandleA("user32.dll"), name);
-    Function *function;
-    static_assert(sizeof function == sizeof address);
-    memcpy(&function, &address, sizeof function);
-    return function;
-}
-
-void *ThreadAwareness() {
-    return SystemFunction<void * WINAPI()>("GetThreadDpiAwarenessContext")();
-}
-
 class DialogLook : public testing::Test {
 protected:
-    void SetUp() override {
+    // The template with its font that many times larger, as the system opens it at that scale.
+    static HWND CreateScaled(int scale) {
+        constexpr size_t fontPointsAt = 60; // behind the header, no menu, the standard class and the caption
+        const HRSRC found = FindResourceW(nullptr, kMainDialogName, reinterpret_cast<LPCWSTR>(RT_DIALOG));
+        const char *bytes = static_cast<const char *>(LockResource(LoadResource(nullptr, found)));
+        std::vector<char> description(bytes, bytes + SizeofResource(nullptr, found));
+        WORD points = 0;
+        memcpy(&points, description.data() + fontPointsAt, sizeof points);
+        EXPECT_EQ(points, 8);
+        points = static_cast<WORD>(points * scale);
+        memcpy(description.data() + fontPointsAt, &points, sizeof points);
+        return CreateDialogIndirectParamW(GetModuleHandleW(nullptr),
+                                          reinterpret_cast<const DLGTEMPLATE *>(description.data()), nullptr,
+                                          LookProc, 0);
+    }
+
+    void SetUp() override { Open(1); }
+
+    void Open(int scale) {
         LoadLibraryA("msftedit.dll");
         dpi = EnterDialogDpi();
         InitCommonControls();
         ASSERT_TRUE(RegisterPreviewDisplayClass());
         liveBefore = LiveDrawingObjects();
-        dialog = CreateDialogParamW(GetModuleHandleW(nullptr), kMainDialogName, nullptr, LookProc, 0);
+        dialog = CreateScaled(scale);
         ASSERT_NE(dialog, nullptr);
+        GetClientRect(dialog, &opened);
         ASSERT_TRUE(RecordDialogLayout(dialog));
         EXPECT_TRUE(LoadDialogPictures(dialog));
         EXPECT_TRUE(CreateDialogBackBuffer(dialog));
@@ -131,9 +139,11 @@ protected:
         SetWindowPos(dialog, nullptr, 0, 0, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
     }
 
-    void TearDown() override {
+    void TearDown() override { Close(); }
+
+    void Close() {
         if (dialog)
-            DestroyWindow(dialog);
+            DestroyWindow(std::exchange(dialog, nullptr));
         EXPECT_EQ(LiveDrawingObjects(), liveBefore);
         UnregisterPreviewDisplayClass();
         LeaveDialogDpi(dpi);
@@ -214,6 +224,7 @@ protected:
 
     DpiCookie dpi = nullptr;
     HWND dialog = nullptr;
+    RECT opened = {}; // client area that the system gave the dialog
     int liveBefore = 0;
 };
 
@@ -245,24 +256,35 @@ TEST_F(DialogLook, EverythingHasItsPlaceAtEverySizeAndScale) {
     }
 }
 
-TEST_F(DialogLook, AnotherMonitorsScale) {
-    RECT window = {};
+// What does not fit this screen of 1024 x 768 is laid out at the scale that does.
+TEST_F(DialogLook, LargeScalesShrinkToTheScreen) {
+    RECT work = {}, window = {};
+    SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
+    const auto ExpectWhole = [&] {
+        GetWindowRect(dialog, &window);
+        const SIZE least = DialogMinimumSize();
+        EXPECT_LE(least.cx, SizeOf(work).cx);
+        EXPECT_LE(least.cy, SizeOf(work).cy);
+        EXPECT_GE(SizeOf(window).cx, least.cx);
+        EXPECT_GE(SizeOf(window).cy, least.cy);
+        ExpectApart();
+        ExpectTextFits();
+    };
     GetWindowRect(dialog, &window);
-    const SIZE before = SizeOf(window);
-    // 125 % and more do not fit this screen of 1024 x 768: the layout takes what does.
-    const RECT suggested = {10, 20, 10 + before.cx * 3 / 2, 20 + before.cy * 3 / 2};
+    const RECT suggested = {10, 20, 10 + SizeOf(window).cx * 3 / 2, 20 + SizeOf(window).cy * 3 / 2};
     SendMessageA(dialog, WM_DPICHANGED, MAKEWPARAM(144, 144), reinterpret_cast<LPARAM>(&suggested));
-    GetWindowRect(dialog, &window);
+    ExpectWhole();
     EXPECT_EQ(window.left, suggested.left);
     EXPECT_EQ(window.top, suggested.top);
-    const SIZE least = DialogMinimumSize();
-    RECT work = {};
-    SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
-    EXPECT_LE(least.cx, SizeOf(work).cx);
-    EXPECT_LE(least.cy, SizeOf(work).cy);
     EXPECT_LT(DialogLayoutDpi(), 144u);
-    ExpectApart();
-    ExpectTextFits();
+    // The system cuts down a dialog that is larger than the screen before anybody is asked.
+    const RECT whole = opened;
+    Close();
+    Open(2);
+    EXPECT_LT(opened.bottom, 2 * whole.bottom);
+    EXPECT_LE(DialogLayoutDpi(), 108u);
+    EXPECT_GE(DialogLayoutDpi(), 96u);
+    ExpectWhole();
 }
 
 // Wherever there is no control there is background, in the groups too, whatever was there before a move.
@@ -308,7 +330,6 @@ TEST_F(DialogLook, PicturesOfEachState) {
 }
 
 TEST_F(DialogLook, ClicksOnTheLogoAndTheCorner) {
-    gOpenedAddress.clear();
     SendMessageA(Item(kMakerLogoId), WM_LBUTTONUP, 0, MAKELPARAM(3, 3));
     EXPECT_EQ(gOpenedAddress, kWebAddress);
     SendMessageA(Item(kCornerIconId), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
@@ -319,28 +340,19 @@ TEST_F(DialogLook, ClicksOnTheLogoAndTheCorner) {
 }
 
 TEST(DpiScope, HostSeesItsOwnAwareness) {
-    const auto set = SystemFunction<void * WINAPI(void *)>("SetThreadDpiAwarenessContext");
-    void *const before = set(reinterpret_cast<void *>(intptr_t{-1})); // a host that knows of no scales
-    const void *host = ThreadAwareness();
+    const auto Call = [](const char *name, intptr_t context) {
+        const FARPROC address = GetProcAddress(GetModuleHandleA("user32.dll"), name);
+        return reinterpret_cast<void *(WINAPI *)(intptr_t)>(reinterpret_cast<void *>(address))(context);
+    };
+    const auto Awareness = [&] { return Call("GetThreadDpiAwarenessContext", 0); };
+    void *const before = Call("SetThreadDpiAwarenessContext", -1); // a host that knows of no scales
+    const void *host = Awareness();
     const DpiCookie outer = EnterDialogDpi();
-    const void *own = ThreadAwareness();
+    const void *own = Awareness();
     EXPECT_NE(own, host);
-    const DpiCookie inner = EnterDialogDpi();
-    LeaveDialogDpi(inner);
-    EXPECT_EQ(ThreadAwareness(), own);
+    LeaveDialogDpi(EnterDialogDpi());
+    EXPECT_EQ(Awareness(), own);
     LeaveDialogDpi(outer);
-    EXPECT_EQ(ThreadAwareness(), host);
-    set(before);
-}
-
-// Pictures for a person to look at; they lie in the current folder.
-TEST_F(DialogLook, Screenshots) {
-    for (const UINT dpi : kScales) {
-        SetDialogLayoutDpi(dialog, dpi);
-        EXPECT_TRUE(LoadDialogPictures(dialog));
-        Resize(DialogMinimumSize());
-        ShowDialogPicture(dialog, kPanIconId, kPictureSelected);
-        Show();
-        WriteBmp(CaptureWindow(dialog), "dialog-" + std::to_string(dpi) + "-dpi.bmp");
-    }
+    EXPECT_EQ(Awareness(), host);
+    Call("SetThreadDpiAwarenessContext", reinterpret_cast<intptr_t>(before));
 }

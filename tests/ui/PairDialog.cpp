@@ -4,6 +4,7 @@
 #include "ui/DialogMessages.h"
 
 #include <commctrl.h>
+#include <utility>
 #include <richedit.h>
 
 namespace {
@@ -51,7 +52,23 @@ INT_PTR CALLBACK PairDialogProc(HWND window, UINT message, WPARAM wParam, LPARAM
     return FALSE;
 }
 
+int gBeeps = 0;
+
+BOOL WINAPI CountBeep(UINT type) {
+    gBeeps += type == MB_ICONHAND;
+    return TRUE;
+}
+
 } // namespace
+
+// The linker takes the import's address from here instead of from the import library.
+extern "C" {
+decltype(&CountBeep) __imp_MessageBeep = CountBeep;
+}
+
+int TakeBeeps() {
+    return std::exchange(gBeeps, 0);
+}
 
 bool OpenPairDialog(PairDialog *dialog, const ParameterSet &parameters, unsigned without) {
     LoadLibraryA("msftedit.dll");

@@ -50,6 +50,8 @@ int TrackbarPositionOf(int row);
 void PressKey(HWND window, WPARAM key, int repeatCount = 1);
 void TypeText(HWND window, const char *text);
 void HoldCtrl(bool down);
+// Error beeps since the last call; none sounds.
+int TakeBeeps();
 // Message with a point in client coordinates.
 void SendMouse(HWND window, UINT message, WPARAM buttons, POINT point);
 RECT ThumbOf(int row);

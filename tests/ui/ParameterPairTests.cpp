@@ -1,6 +1,5 @@
 // The pairs on the dialog's template, driven with the messages of keyboard and mouse.
 #include "tests/ui/PairDialog.h"
-#include "tests/ui/UserPrompts.h"
 #include "ui/DialogMessages.h"
 #include "ui/ParameterEdit.h"
 #include "ui/ParameterTrackbar.h"
