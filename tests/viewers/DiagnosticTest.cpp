@@ -55,7 +55,6 @@ TEST_F(DiagnosticTest, TellsTheLightsAndThePicturesUntilFinish) {
     EXPECT_EQ(Ask(kDiagnosticVersion), INT_PTR{kDiagnosticVersionNumber});
     EXPECT_EQ(Ask(kDiagnosticKeep, kKeepLights | kKeepImages), 1);
     EXPECT_EQ(Ask(kDiagnosticLightCount), 0);
-    const HeldObjects before = Held();
     const host::Document document = filterHost.document; // Start draws on it
     ASSERT_EQ(host::CallSelector(filterHost, kSelectorStart), kNoError);
     const INT_PTR count = Ask(kDiagnosticLightCount);
@@ -63,23 +62,25 @@ TEST_F(DiagnosticTest, TellsTheLightsAndThePicturesUntilFinish) {
     std::vector<DiagnosticLight> lights(static_cast<size_t>(count) + 1);
     EXPECT_EQ(Ask(kDiagnosticCopyLights, 3, lights.data()), 3);
     EXPECT_EQ(Ask(kDiagnosticCopyLights, lights.size(), lights.data()), count);
+    lights.pop_back();
     DiagnosticLine line;
     ASSERT_EQ(Ask(kDiagnosticLine, 1, &line), 1);
     EXPECT_EQ(std::string(line.text), "NumberOfLightSources = " + std::to_string(count) + "\n\n");
-    for (INT_PTR i = 0; i < count; ++i) {
-        const DiagnosticLight &light = lights[static_cast<size_t>(i)];
+    const double share = (100 - SetInHandle().threshold) / 100.0;
+    uint32_t rank = 0, brighter = UINT32_MAX;
+    for (const DiagnosticLight &light : lights) {
         char expected[256];
         snprintf(expected, sizeof expected,
-                 "LightSourceTable[%04d] x = %.2f, y = %.2f, Diam = %.2f, Bright = %X", static_cast<int>(i),
+                 "LightSourceTable[%04u] x = %.2f, y = %.2f, Diam = %.2f, Bright = %X", rank,
                  light.xQuarters / 4.0, light.yQuarters / 4.0, 2 * std::sqrt(light.radiusSquared),
                  light.brightness);
         ASSERT_EQ(Ask(kDiagnosticLine, 0, &line), 1);
         EXPECT_STREQ(line.text, expected);
-        EXPECT_EQ(light.rank, i);
+        EXPECT_EQ(light.rank, rank++);
         EXPECT_EQ(light.state, 1u);
-        EXPECT_TRUE(i == 0 || light.brightness <= lights[static_cast<size_t>(i) - 1].brightness);
-        const double share = (100 - SetInHandle().threshold) / 100.0;
+        EXPECT_LE(light.brightness, brighter);
         EXPECT_EQ(light.drawn, light.brightness > share * share * 4294967294.0 ? 1u : 0u);
+        brighter = light.brightness;
     }
     EXPECT_EQ(Ask(kDiagnosticLine, 0, &line), 0);
 
@@ -91,13 +92,13 @@ TEST_F(DiagnosticTest, TellsTheLightsAndThePicturesUntilFinish) {
         picture.pixels = pixels.data();
         picture.pixelBytes = pixels.size() - 1;
         EXPECT_EQ(Ask(kDiagnosticCopyPicture, choice, &picture), 0) << "too little room";
+        EXPECT_EQ(pixels.back(), 0);
         picture.pixelBytes = pixels.size();
         EXPECT_EQ(Ask(kDiagnosticCopyPicture, choice, &picture), 1);
-        const size_t x = lights[0].xQuarters / 4, y = lights[0].yQuarters / 4;
-        const size_t middle = choice == 3 ? 0 : (y * 600 + x) * 4;
-        for (int c = 0; choice == 0 && c < 3; ++c)
-            EXPECT_EQ(pixels[middle + 2 - c], document.planes[c][y * 600 + x]) << c;
-        EXPECT_EQ(pixels[middle + 3], 255);
+        EXPECT_EQ(pixels.back(), 255);
+        const size_t light = lights[0].yQuarters / 4 * 600 + lights[0].xQuarters / 4;
+        for (size_t c = 0; choice == 0 && c < 3; ++c)
+            EXPECT_EQ(pixels[light * 4 + 2 - c], document.planes[c][light]) << c;
     }
     DiagnosticPicture none{};
     EXPECT_EQ(Ask(kDiagnosticCopyPicture, kDiagnosticPictures, &none), 0);
@@ -105,8 +106,6 @@ TEST_F(DiagnosticTest, TellsTheLightsAndThePicturesUntilFinish) {
         EXPECT_EQ(Ask(unknown), 0) << unknown;
     EXPECT_EQ(Ask(kDiagnosticLine), 0) << "nowhere to put it";
     EXPECT_EQ(imageProc(nullptr, kDiagnosticLightCount, 0, 0), count) << "both procedures answer";
-
-    EXPECT_GT(Held().heapBlocks, before.heapBlocks);
     host::CallSelector(filterHost, kSelectorFinish);
     EXPECT_EQ(Ask(kDiagnosticLightCount), 0);
     EXPECT_EQ(Ask(kDiagnosticCopyPicture, 0, &none), 0);
@@ -117,23 +116,17 @@ TEST_F(DiagnosticTest, OpensBothViewersOnTheModule) {
     Ask(kDiagnosticKeep, kKeepImages);
     ASSERT_EQ(host::CallSelector(filterHost, kSelectorStart), kNoError);
     const INT_PTR count = Ask(kDiagnosticLightCount);
-    int listed = -1;
-    std::string status;
-    RunModal(
-        kLightSourceTableDialogId, listProc,
-        [&](HWND dialog) {
-            listed = static_cast<int>(SendDlgItemMessageA(dialog, kLightSourceListId, LB_GETCOUNT, 0, 0));
-        },
-        nullptr, module.module);
-    EXPECT_EQ(listed, count);
-    RunModal(
-        kDebugImageDialogId, imageProc,
-        [&](HWND dialog) {
-            status = TextOf(GetDlgItem(dialog, kDebugDisplayId));
-            SendDlgItemMessageA(dialog, IDOK, BM_CLICK, 0, 0);
-        },
-        nullptr, module.module);
-    EXPECT_EQ(status.find("600 x 400 pixels, each 1.000 of the document's\n"), 0u) << status;
+    const auto show = [this](int id, DLGPROC procedure, const std::function<void(HWND)> &script) {
+        RunModal(id, procedure, script, nullptr, module.module);
+    };
+    show(kLightSourceTableDialogId, listProc, [&](HWND dialog) {
+        EXPECT_EQ(SendDlgItemMessageA(dialog, kLightSourceListId, LB_GETCOUNT, 0, 0), count);
+    });
+    show(kDebugImageDialogId, imageProc, [&](HWND dialog) {
+        EXPECT_EQ(TextOf(GetDlgItem(dialog, kDebugDisplayId)),
+                  "600 x 400 pixels, each 1.000 of the document's\n" + std::to_string(count) + " lights");
+        SendDlgItemMessageA(dialog, IDOK, BM_CLICK, 0, 0);
+    });
     EXPECT_TRUE(Exists(folder / "user\\Nexorvanta\\Brillatrix\\Settings\\UISettings.bin"));
     host::CallSelector(filterHost, kSelectorFinish);
     EXPECT_TRUE(boxes.empty());
