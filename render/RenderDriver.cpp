@@ -35,7 +35,6 @@ struct RenderJob {
     uint32_t cutLevel;
     bool drawsStars, drawsFlares;
     uint32_t flareShare;
-    BlendColor *colors; // kRainbowStates for each worker
     int32_t bandRows;
 };
 
@@ -72,11 +71,11 @@ template <typename Work> bool ForEachLight(const RenderJob &job, const uint32_t 
     return true;
 }
 
-// Whether a star at a place may touch the area: no arm goes further than the limits.
-bool IsNearArea(const RenderJob &job, const StampPlace &place) {
+// Whether a star at a place may touch the region: no arm goes further than the limits.
+bool IsNearRegion(const RenderJob &job, const StampPlace &place) {
     const int64_t reach = std::max(gRenderState.context.limitX, gRenderState.context.limitY) / kPhases + 4;
-    return place.x + reach >= job.area.left && place.x - reach < job.area.right &&
-           place.y + reach >= job.area.top && place.y - reach < job.area.bottom;
+    return place.x + reach >= job.region.left && place.x - reach < job.region.right &&
+           place.y + reach >= job.region.top && place.y - reach < job.region.bottom;
 }
 
 // How much of a star at a place lies in the region that its stamp is laid into, 0..1.
@@ -98,7 +97,7 @@ bool PrepareStars(const RenderJob &job) {
     return ForEachLight(job, nullptr, [&](const StampPlace &place, const LightSource &, uint32_t) {
         if (!gRenderState.stars.build)
             return false;
-        if (!IsNearArea(job, place))
+        if (!IsNearRegion(job, place))
             return true;
         const int32_t phase = place.px * kPhases + place.py;
         const StarStamp &stamp = NeedStarStamp(place.px, place.py);
@@ -147,7 +146,7 @@ void DrawBand(void *data, int32_t band, int32_t worker) {
         job.output,
         {job.area.left, top, job.area.right, std::min(top + job.bandRows, job.area.bottom)},
         job.abort,
-        job.colors + size_t{kRainbowStates} * static_cast<size_t>(worker)};
+        gRenderState.colors.colors + size_t{kRainbowStates} * static_cast<size_t>(worker)};
     if (job.drawsStars)
         // cppcheck-suppress danglingTemporaryLifetime ; the sum is a pointer into the job's array
         DrawStars(job, target);
@@ -162,15 +161,16 @@ void DrawBands(RenderJob *job, const WorkerThreads &threads) {
     ForEachBand((rows + job->bandRows - 1) / job->bandRows, threads, DrawBand, job);
 }
 
-// Fewer workers when there is not enough memory for each; none when there is not even enough for one.
-int32_t AllocateColors(int32_t workers, BlendColor **colors) {
-    for (; workers > 0; workers /= 2) {
-        *colors = static_cast<BlendColor *>(
-            CountedAlloc(sizeof(BlendColor) * kRainbowStates * static_cast<size_t>(workers)));
-        if (*colors)
-            break;
-    }
-    return workers;
+// The number of workers that have colours: fewer than wanted when there is not enough memory for each, 0 when
+// there is not even enough for one.
+int32_t NeedColors(int32_t wanted) {
+    ColorTables &kept = gRenderState.colors;
+    for (int32_t workers = wanted; workers > kept.workers; workers /= 2)
+        if (void *block = CountedAlloc(ColorBytes(workers))) {
+            FreeColors(&kept);
+            kept = {workers, static_cast<BlendColor *>(block)};
+        }
+    return std::min(wanted, kept.workers);
 }
 
 bool DrawEffect(RenderJob *job, const WorkerThreads &threads) {
@@ -179,13 +179,12 @@ bool DrawEffect(RenderJob *job, const WorkerThreads &threads) {
     if (!starsReady)
         return false;
     job->drawsFlares = job->drawsFlares && flaresReady;
-    const int32_t given = AllocateColors(std::clamp(threads.count, 1, kMaxBandWorkers), &job->colors);
+    const int32_t given = NeedColors(std::clamp(threads.count, 1, kMaxBandWorkers));
     if (given == 0) {
         ReportLowMemory();
         return true;
     }
     DrawBands(job, {given, threads.start, threads.join});
-    CountedFree(job->colors, sizeof(BlendColor) * kRainbowStates * static_cast<size_t>(given));
     return flaresReady && job->abort.load(std::memory_order_relaxed) == 0;
 }
 
@@ -207,6 +206,6 @@ bool RenderEffect(const RenderSettings &settings, const ImageBuffer &source, con
                   // The final render goes on to the rest of the image, a preview may not.
                   gPreciseMode ? source.bounds : target, *output, ThresholdCutLevel(clamped.threshold),
                   clamped.intensity >= 1 || clamped.secondaryIntensity >= 1, clamped.softFlareIntensity >= 1,
-                  static_cast<uint32_t>(flareLevel * flareLevel * kFractionOne), nullptr, 0};
+                  static_cast<uint32_t>(flareLevel * flareLevel * kFractionOne), 0};
     return DrawEffect(&job, threads);
 }

@@ -1,5 +1,6 @@
 #include "render/RenderState.h"
 
+#include "diag/BufferUsage.h"
 #include "render/StarBuilder.h"
 
 namespace {
@@ -31,7 +32,7 @@ void EmptyFlares() {
 } // namespace
 
 RenderState gRenderState = {StampContext{}, nullptr, StarSet{{}, {}, BuildStarStamp},
-                            FlareSet{{}, {}, BuildFlareStamp}};
+                            FlareSet{{}, {}, BuildFlareStamp}, ColorTables{0, nullptr}};
 
 void UpdateStamps(const RenderSettings &settings) {
     const StampContext wanted = MakeStampContext(settings);
@@ -42,6 +43,15 @@ void UpdateStamps(const RenderSettings &settings) {
     if (!FlareStampsServe(gRenderState.context, wanted))
         EmptyFlares();
     gRenderState.context = wanted;
+}
+
+size_t ColorBytes(int32_t workers) {
+    return sizeof(BlendColor) * kRainbowStates * static_cast<size_t>(workers);
+}
+
+void FreeColors(ColorTables *colors) {
+    CountedFree(colors->colors, ColorBytes(colors->workers));
+    *colors = ColorTables{0, nullptr};
 }
 
 const StarStamp &NeedStarStamp(int32_t px, int32_t py) {
@@ -69,4 +79,5 @@ void FreeRenderState() {
     ResetRenderState();
     for (StarStamp &stamp : gRenderState.stars.stamps)
         FreeStamp(&stamp);
+    FreeColors(&gRenderState.colors);
 }

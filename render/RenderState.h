@@ -3,6 +3,7 @@
 #pragma once
 
 #include "render/RenderDriver.h"
+#include "render/RenderPath.h"
 #include "render/SoftFlare.h"
 #include "render/StampContext.h"
 #include "render/StarStamp.h"
@@ -24,11 +25,18 @@ struct FlareSet {
     bool (*build)(FlareStamp *stamp, int32_t px, int32_t py);
 };
 
+// The light source's own colours by rainbow state, kRainbowStates for each worker that draws.
+struct ColorTables {
+    int32_t workers;
+    BlendColor *colors; // null for 0 workers
+};
+
 struct RenderState {
     StampContext context; // of the last render; the builders of both sets read it
     const std::atomic<uint8_t> *abort;
     StarSet stars;
     FlareSet flares;
+    ColorTables colors;
 };
 
 extern RenderState gRenderState;
@@ -36,6 +44,9 @@ extern RenderState gRenderState;
 // Makes the settings (clamped) with the present geometry, precision mode and floor the state's context, and
 // empties the stamps that do not serve it. The stamps themselves are built when they are first needed.
 void UpdateStamps(const RenderSettings &settings);
+
+size_t ColorBytes(int32_t workers);
+void FreeColors(ColorTables *colors);
 
 // The stamp of a phase, built when it holds nothing. That it could not be completed does not matter. The set
 // must have a builder.

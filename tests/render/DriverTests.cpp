@@ -382,7 +382,8 @@ TEST_F(DriverTest, SetWithoutBuilderFailsTheRender) {
 
 int64_t StateBytes() {
     const StarSet &stars = gRenderState.stars;
-    int64_t bytes = TableBytes(stars.tables) + gRenderState.flares.values.count * int64_t{sizeof(uint32_t)};
+    int64_t bytes = static_cast<int64_t>(ColorBytes(gRenderState.colors.workers));
+    bytes += TableBytes(stars.tables) + gRenderState.flares.values.count * int64_t{sizeof(uint32_t)};
     for (const StarStamp &stamp : stars.stamps)
         bytes += StampBytes(stamp);
     return bytes;
