@@ -53,7 +53,8 @@ constexpr char kControls[] =
 TEST_F(MainDialog, OpensWithTheParametersShownAndTheEffectToolsWaiting) {
     HoldTable();
     onInit = [this] { EXPECT_TRUE(AreEffectToolsEnabled(FALSE)); };
-    const host::RunResult result = RunDialog([this] {
+    ULONG_PTR presentButton = 0;
+    const host::RunResult result = RunDialog([this, &presentButton] {
         wchar_t title[50] = L"";
         GetWindowTextW(dialog, title, 50);
         EXPECT_STREQ(title, L"Brillatrix Pro");
@@ -65,6 +66,7 @@ TEST_F(MainDialog, OpensWithTheParametersShownAndTheEffectToolsWaiting) {
                 controls += std::to_string(id) + " ";
         EXPECT_EQ(controls, kControls);
         EXPECT_EQ(GetFocus(), Item(kPairs[0].edit));
+        presentButton = GetClassLongPtrW(Item(kPreviewBox), GCLP_WNDPROC);
         DWORD first = 1, last = 0;
         Ask(kPairs[0].edit, EM_GETSEL, reinterpret_cast<WPARAM>(&first), reinterpret_cast<LPARAM>(&last));
         EXPECT_EQ(first, 0u);
@@ -98,6 +100,10 @@ TEST_F(MainDialog, OpensWithTheParametersShownAndTheEffectToolsWaiting) {
     });
     EXPECT_EQ(result.code, kUserCanceledErr);
     EXPECT_TRUE(boxes.empty());
+    const HWND button = CreateWindowW(L"Button", L"", 0, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_NE(GetClassLongPtrW(button, GCLP_WNDPROC), presentButton)
+        << "the present controls are the dialog's alone, not this program's";
+    DestroyWindow(button);
 }
 
 // An effect tool would need the table; the others come back as they were.
