@@ -5,8 +5,6 @@
 
 namespace host {
 
-constexpr uint8_t kTailByte = 0xCC;
-
 static HostBoolean AbortWanted() {
     const FilterHost &filterHost = *gHostState->owner;
     const int64_t limit = filterHost.settings.cancelAtAbortCall;

@@ -6,7 +6,6 @@
 namespace host {
 
 constexpr int kMostContinues = 10000; // a filter that asks for more never ends
-constexpr uint8_t kTailByte = 0xCC;
 
 void BeginRun(FilterHost &filterHost) {
     HostState &state = *filterHost.state;

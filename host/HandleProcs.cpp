@@ -8,7 +8,6 @@
 namespace host {
 
 constexpr size_t kHandleGuard = 16;
-constexpr uint8_t kGuardByte = 0xFD;
 constexpr uint8_t kNewByte = 0xCD; // hosts do not always clear new handles
 constexpr uint8_t kFreedByte = 0xDD;
 

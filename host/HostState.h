@@ -47,6 +47,10 @@ struct SampleBuffer {
 
 // Newer hosts' records go on behind the last field that a filter may touch; the filter must leave that alone.
 constexpr size_t kRecordTail = 96;
+constexpr uint8_t kTailByte = 0xCC;
+
+// What lies around everything handed out, and must lie there still when it comes back.
+constexpr uint8_t kGuardByte = 0xFD;
 
 struct HostState {
     FilterHost *owner = nullptr;

@@ -7,7 +7,6 @@
 namespace host {
 
 constexpr size_t kBufferGuard = 64;
-constexpr uint8_t kGuardByte = 0xFD;
 constexpr uint8_t kUnwrittenByte = 0xA5; // output that the filter asked the host not to prefill
 constexpr uint16_t kWhite16 = 32768;
 

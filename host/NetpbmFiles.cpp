@@ -1,13 +1,13 @@
 // PPM and PGM (binary, 8 and 16 bit) and PFM (32-bit float). Samples of another maximum than 255 or 65535 are
 // scaled to the full range of 8 or 16 bits.
 #include "host/PictureFormat.h"
+#include "host/SystemText.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdlib>
 
 namespace host {
-
-constexpr int32_t kRowsAtOnce = 64;
 
 bool IsNetpbm(const Bytes &file) {
     return file.size() > 2 && file[0] == 'P' &&
@@ -41,11 +41,6 @@ static bool TakeNumber(ByteReader &reader, uint64_t *number) {
         return false;
     *number = std::strtoull(word.c_str(), nullptr, 10);
     return true;
-}
-
-static bool Fail(std::string *why, const char *reason) {
-    *why = reason;
-    return false;
 }
 
 // Magic, width and height; leaves the reader behind them.

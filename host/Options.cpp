@@ -57,11 +57,6 @@ const char kHelpText[] =
     "Exit status: 0 done, 2 wrong usage, 3 a file could not be read or written,\n"
     "4 the plug-in reported an error, 5 cancelled, 6 there is no screen for a window.\n";
 
-static bool Fail(std::string *why, const std::string &reason) {
-    *why = reason;
-    return false;
-}
-
 // Plain decimal numbers only: no hexadecimal, no infinity.
 static bool ParseNumber(const std::wstring &text, double *number) {
     if (text.empty() || text.find_first_not_of(L"0123456789+-.eE") != std::wstring::npos)

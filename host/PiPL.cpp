@@ -1,6 +1,7 @@
 #include "host/PiPL.h"
 
 #include "host/ByteStream.h"
+#include "host/SystemText.h"
 
 #include <algorithm>
 
@@ -17,11 +18,6 @@ static const PiplProperty *FindProperty(const Pipl &pipl, uint32_t key) {
             return property.vendor == kVendor && property.key == key;
         });
     return found == pipl.properties.end() ? nullptr : &*found;
-}
-
-static bool Fail(std::string *why, const std::string &reason) {
-    *why = reason;
-    return false;
 }
 
 static bool ReadProperties(ByteReader &reader, Pipl *pipl, std::string *why) {

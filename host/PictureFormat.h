@@ -33,6 +33,9 @@ void ApplyMetadata(const Bytes &file, Bytes codecProfile, Picture *picture);
 void InterleaveRows(const Picture &picture, size_t planes, int32_t first, int32_t end, ByteOrder order,
                     Bytes *rows);
 
+// Rows that are converted in one go.
+constexpr int32_t kRowsAtOnce = 64;
+
 // Compressed data cannot become more than this many times its length, so a small file cannot claim a huge
 // picture.
 constexpr uint64_t kMostCompression = 4096;

@@ -1,4 +1,4 @@
-// Text between the system's wide form and UTF-8, and the system's own words for its error codes.
+// Text between the system's wide form and UTF-8, the system's own words for its error codes, and reasons.
 #pragma once
 
 #include <cstdint>
@@ -13,5 +13,8 @@ std::wstring FromLocal(const char *text);
 
 // "Access denied" and the like, without line ends; the number when the system has no words.
 std::string SystemErrorText(uint32_t error);
+
+// Tells the reason; always false.
+bool Fail(std::string *why, const std::string &reason);
 
 } // namespace host

@@ -1,6 +1,7 @@
 // Uncompressed TIFF in strips, whatever its depth: the system's codec does not read all that the writer here
 // writes. Other kinds are left to the codec.
 #include "host/PictureFormat.h"
+#include "host/SystemText.h"
 #include "host/TiffDirectory.h"
 
 #include <algorithm>
@@ -50,11 +51,6 @@ bool IsPlainTiff(const Bytes &file) {
     TiffDirectory directory;
     TiffPlan plan;
     return ReadTiffDirectory(file.data(), file.size(), &directory) && MakePlan(directory, &plan);
-}
-
-static bool Fail(std::string *why, const char *reason) {
-    *why = reason;
-    return false;
 }
 
 // Samples of one channel of a strip, in the machine's order.

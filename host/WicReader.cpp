@@ -1,18 +1,12 @@
 // PNG, JPEG, TIFF, BMP and whatever else the system's codecs read.
 #include "host/PictureMetadata.h"
+#include "host/SystemText.h"
 #include "host/TiffDirectory.h"
 #include "host/WicCodecs.h"
 
 #include <algorithm>
 
 namespace host {
-
-constexpr uint32_t kRowsAtOnce = 64;
-
-static bool Fail(std::string *why, const char *reason) {
-    *why = reason;
-    return false;
-}
 
 // What the codecs would take without a word but read wrongly, or fail with a number only.
 static bool CheckContainer(const Bytes &file, std::string *why) {
@@ -99,9 +93,9 @@ static void TakeRows(const Bytes &rows, const PixelLayout &layout, size_t firstP
 static bool CopyPixels(IWICBitmapSource *source, const PixelLayout &layout, Picture *picture,
                        std::string *why) {
     const uint32_t stride = static_cast<uint32_t>(picture->width * layout.pixelSize);
-    Bytes rows(static_cast<size_t>(stride) * kRowsAtOnce);
-    for (int32_t y = 0; y < picture->height; y += static_cast<int32_t>(kRowsAtOnce)) {
-        const int32_t count = std::min(static_cast<int32_t>(kRowsAtOnce), picture->height - y);
+    Bytes rows(static_cast<size_t>(stride) * static_cast<size_t>(kRowsAtOnce));
+    for (int32_t y = 0; y < picture->height; y += kRowsAtOnce) {
+        const int32_t count = std::min(kRowsAtOnce, picture->height - y);
         const WICRect rectangle = {0, y, picture->width, count};
         const HRESULT result =
             source->CopyPixels(&rectangle, stride, stride * static_cast<uint32_t>(count), rows.data());

@@ -8,7 +8,6 @@
 namespace host {
 
 constexpr float kJpegQuality = 0.95f;
-constexpr int32_t kRowsAtOnce = 64;
 
 static HRESULT SetQuality(IPropertyBag2 *options) {
     wchar_t name[] = L"ImageQuality";
