@@ -226,6 +226,7 @@ TEST_F(UpdateTest, OnlySecureAddressesAreAsked) {
 TEST_F(UpdateTest, FiveSecondsAreTheLimit) {
     const auto trickle = [](const std::string &head, const char *drop) {
         return [head, drop](const ServedConnection &connection) {
+            Sleep(2500); // each step alone would be in time
             for (bool open = connection.Send(head); open; open = connection.Send(drop))
                 Sleep(200);
         };

@@ -165,10 +165,9 @@ TEST_F(TableViewerTest, ListsEveryLightAndCopiesTheSelection) {
 TEST_F(TableViewerTest, OtherCtrlCharactersReachTheListAsWholeChords) {
     AddLights(3);
     Open([](HWND, HWND list) {
-        SendMessageA(list, WM_KEYDOWN, VK_CONTROL, 0x001D0001);
-        SendMessageA(list, WM_KEYDOWN, VK_CONTROL, 0x401D0001); // repeated by the keyboard
         TypeCtrl(list, kCtrlA);
         SendMessageA(list, WM_KEYDOWN, VK_CONTROL, 0x001D0001);
+        SendMessageA(list, WM_KEYDOWN, VK_CONTROL, 0x401D0001); // repeated by the keyboard
         EXPECT_TRUE(gSeenKeys.empty());
         SendMessageA(list, WM_CHAR, kCtrlB, 0x00300001);
         const std::vector<SeenMessage> chord = {{WM_KEYDOWN, VK_CONTROL, 0x001D0001},
