@@ -1,5 +1,6 @@
 #include "ui/ViewTools.h"
 
+#include "resources/DialogControlIds.h"
 #include "storage/UISettings.h"
 #include "ui/DialogMessages.h"
 #include "ui/Tooltips.h"
@@ -140,9 +141,9 @@ void SelectViewTool(uint32_t tool) {
 
 void EnableEffectTools() {
     gViewTools.tableReady = true;
-    for (const int controlId : {kHideIconId, kShowIconId})
-        if (const HWND icon = GetDlgItem(gViewTools.dialog, controlId))
-            EnableWindow(icon, TRUE);
+    for (const int controlId : {kHideIconId, kHideLabelId, kShowIconId, kShowLabelId})
+        if (const HWND control = GetDlgItem(gViewTools.dialog, controlId))
+            EnableWindow(control, TRUE);
     SelectViewTool(kToolNone);
     RedrawDisplay();
 }

@@ -33,7 +33,9 @@ protected:
                 static_cast<int32_t>(rect.right), static_cast<int32_t>(rect.bottom)};
     }
     bool AreEffectToolsEnabled(BOOL enabled) const {
-        return IsWindowEnabled(Item(kHideIcon)) == enabled && IsWindowEnabled(Item(kShowIcon)) == enabled;
+        constexpr int hideLabel = 1171, showLabel = 1185;
+        return IsWindowEnabled(Item(kHideIcon)) == enabled && IsWindowEnabled(Item(kShowIcon)) == enabled &&
+               IsWindowEnabled(Item(hideLabel)) == enabled && IsWindowEnabled(Item(showLabel)) == enabled;
     }
 };
 
