@@ -6,7 +6,7 @@ if(WIN32)
         LIBS ui_preview filter_host system_objects test_support recording_diag
         SOURCES preview/GeometryTest.cpp preview/PreparationTest.cpp preview/PreviewRun.cpp preview/RegionTest.cpp preview/SpeedTest.cpp
                 preview/StoreTest.cpp preview/TaskTest.cpp
-                preview/TruthTest.cpp)
+                preview/TruthTest.cpp support/PhotoImage.cpp)
     target_compile_definitions(preview_tests PRIVATE BRILLATRIX_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
 else()
     brillatrix_test(preview_native_tests

@@ -17,5 +17,5 @@ brillatrix_test(view_tests DESKTOP
 # The display with the real preview behind it. Leaves pictures beside the program.
 brillatrix_test(live_view_tests DESKTOP
     LIBS ui_view view_resources filter_host test_support recording_diag
-    SOURCES support/WindowPicture.cpp view/LiveViewTest.cpp view/ViewDialog.cpp)
+    SOURCES support/PhotoImage.cpp support/WindowPicture.cpp view/LiveViewTest.cpp view/ViewDialog.cpp)
 target_compile_definitions(live_view_tests PRIVATE BRILLATRIX_SOURCE_DIR="${CMAKE_SOURCE_DIR}")

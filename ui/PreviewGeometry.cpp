@@ -10,7 +10,6 @@ namespace {
 constexpr double kEdgeTolerance = 0.00000000001;
 
 constexpr double kTilePerZoom = 10.24; // scaled pixels for one percent: 1024 document pixels
-constexpr int32_t kSmallestTile = 32;
 
 int32_t ScaleLow(int32_t edge, double zoom) {
     return static_cast<int32_t>(std::floor(edge * zoom / kFullZoom));
@@ -38,10 +37,14 @@ int32_t UnscaleHigh(int32_t edge, double zoom) {
     return high;
 }
 
-void WidenWhenEmpty(int32_t *low, int32_t *high) {
+// To one pixel, of the image whose edge it lies at.
+void WidenWhenEmpty(int32_t imageLow, int32_t *low, int32_t *high) {
     if (*low < *high)
         return;
-    *high = *low + 1;
+    if (*low > imageLow)
+        --*low;
+    else
+        ++*high;
 }
 
 } // namespace
@@ -81,8 +84,8 @@ IntRect WindowAroundView(const PreviewGeometry &geometry, double margin) {
                    std::clamp(visible.top - growY, image.top, image.bottom),
                    std::clamp(visible.right + growX, image.left, image.right),
                    std::clamp(visible.bottom + growY, image.top, image.bottom)};
-    WidenWhenEmpty(&window.left, &window.right);
-    WidenWhenEmpty(&window.top, &window.bottom);
+    WidenWhenEmpty(image.left, &window.left, &window.right);
+    WidenWhenEmpty(image.top, &window.top, &window.bottom);
     return window;
 }
 

@@ -9,7 +9,8 @@
 
 #include <cstdint>
 
-constexpr double kFullZoom = 100.0; // percent
+constexpr double kFullZoom = 100.0;   // percent
+constexpr int32_t kSmallestTile = 32; // scaled pixels, where the visible part is no smaller
 
 // What the display shows. The dialog's thread makes one from its view for every request and every painting.
 struct PreviewGeometry {
@@ -37,7 +38,7 @@ IntRect ScaledImage(const PreviewGeometry &geometry);
 IntRect ImageInClient(const PreviewGeometry &geometry);
 
 // The visible part grown by `margin` of its own width and height on every side, within the image; scaled. An
-// empty one is widened to one pixel each way.
+// empty one is widened to the image's outermost pixel each way.
 IntRect WindowAroundView(const PreviewGeometry &geometry, double margin);
 
 // Side of the square tiles that the visible part (scaled) is rendered in, in scaled pixels: those of 1024

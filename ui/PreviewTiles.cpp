@@ -69,9 +69,9 @@ bool FindTileLocked(const PreviewRequest &request, PreviewArea area, IntRect *ti
     case PreviewArea::visible:
         return gProxies.scaledProxy.pixels &&
                FindTileIn(visible, side, gProxies.FreshRegion, kFindFresh, tile);
-    case PreviewArea::surroundings:
-        return gProxies.scaledProxy.pixels &&
-               FindTileIn(gProxies.window, side, gProxies.FreshRegion, kFindFresh, tile);
+    case PreviewArea::surroundings: // which may be large around a sliver that is seen
+        return gProxies.scaledProxy.pixels && FindTileIn(gProxies.window, std::max(side, kSmallestTile),
+                                                         gProxies.FreshRegion, kFindFresh, tile);
     default:
         return request.previewOn && FindTileIn(gProxies.HostProxyImage.bounds, PreviewTileSize(kFullZoom, {}),
                                                gProxies.ValidEffectProxyRegion, kFindEffect, tile);

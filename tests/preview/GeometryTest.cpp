@@ -73,6 +73,8 @@ TEST(PreviewGeometry, ViewAndWindowLieAroundTheCentre) {
     EXPECT_TRUE(Same(WindowAroundView(corner, 1.0), {0, 0, 1600, 1002}));
     corner.centerX = -5000; // beside the image
     EXPECT_TRUE(Same(WindowAroundView(corner, 1.0), {0, 0, 1, 1002}));
+    corner.centerX = 9000;
+    EXPECT_TRUE(Same(WindowAroundView(corner, 1.0), {3999, 0, 4000, 1002}));
 }
 
 TEST(PreviewGeometry, TileSizes) {

@@ -17,6 +17,7 @@
 
 #include <cstdlib>
 #include <random>
+#include <string>
 
 namespace {
 
@@ -182,7 +183,76 @@ TEST(PreviewPreparation, FailingRegionsAreReportedAndEndNothing) {
         EXPECT_TRUE(std::find(sites.begin(), sites.end(), site) != sites.end()) << site;
 }
 
-// Everything a dialog does, in any order and at any moment; a picture that is finished is the right one.
+namespace {
+
+// Whether the task has taken this request and nothing is missing any more.
+bool IsFinished(const PreviewRequest &request) {
+    if (!LockPreview())
+        return false;
+    const PreviewRequest &taken = gProxies.previous;
+    const bool isTaken = gProxies.hasPrevious && taken.zoom == request.zoom &&
+                         taken.centerX == request.centerX && taken.centerY == request.centerY &&
+                         SameRect(taken.display, request.display) && taken.previewOn == request.previewOn &&
+                         SameEffect(taken, request);
+    UnlockPreview();
+    PreviewTile tile{};
+    return isTaken && !FindPreviewTile(request, PreviewArea::visible, &tile) &&
+           !FindPreviewTile(request, PreviewArea::surroundings, &tile) &&
+           !FindPreviewTile(request, PreviewArea::image, &tile);
+}
+
+// A person at work: each step changes the view, the effect or the lights, at any moment of the task's work.
+struct RandomUser {
+    std::mt19937 random;
+    PreviewGeometry view;
+    PreviewRequest request;
+
+    int32_t Pick(int32_t low, int32_t high) {
+        return low + static_cast<int32_t>(random() % static_cast<uint32_t>(high - low + 1));
+    }
+    std::string Description() const {
+        return ": " + std::to_string(view.zoom) + " % of a display of " + std::to_string(view.display.right) +
+               " x " + std::to_string(view.display.bottom) + " about " + std::to_string(view.centerX) + ", " +
+               std::to_string(view.centerY) + (request.previewOn ? "" : ", original");
+    }
+    void Step(const PreviewRun &run) {
+        constexpr double kZooms[] = {6.25, 16.67, 33.33, 50.0, 80.0, 100.0, 150.0, 200.0, 400.0, 1600.0};
+        switch (Pick(0, 7)) {
+        case 0:
+            view = run.View(kZooms[Pick(0, std::size(kZooms) - 1)], view.display.right - 1,
+                            view.display.bottom - 1);
+            break;
+        case 1:
+        case 2:
+            view.centerX += Pick(-150, 150);
+            view.centerY += Pick(-150, 150);
+            break;
+        case 3:
+            view.display = {1, 1, Pick(2, 501), Pick(2, 401)};
+            break;
+        case 4:
+            request.parameters[2] = static_cast<uint16_t>(Pick(0, 100));
+            break;
+        case 5:
+            request.previewOn = Pick(0, 3) != 0;
+            break;
+        case 6:
+            ChangeEffectAt(Pick(0, 699), Pick(0, 499), view.zoom, Pick(0, 3));
+            break;
+        default: {
+            const int32_t x = Pick(0, 599), y = Pick(0, 399);
+            ChangeEffectsInRect({x, y, x + 150, y + 150}, Pick(0, 1));
+        }
+        }
+        PreviewRequest next = MakeTestRequest(view, request.previewOn != 0);
+        next.parameters[2] = request.parameters[2];
+        request = next;
+    }
+};
+
+} // namespace
+
+// A picture that is finished is the one that a preview made from nothing shows.
 TEST(PreviewPreparation, RandomSequencesKeepTheRulesAndEndInTheRightPicture) {
     const bool isLong = std::getenv("BRILLATRIX_TEST_LONG") != nullptr;
     const char *again = std::getenv("BRILLATRIX_TEST_SEED");
@@ -190,77 +260,35 @@ TEST(PreviewPreparation, RandomSequencesKeepTheRulesAndEndInTheRightPicture) {
                           : isLong ? std::random_device()()
                                    : 20260101u;
     std::printf("seed %u\n", seed);
-    std::mt19937 random(seed);
     PreviewRun run(700, 500, 25);
     gCheckPreview = true;
     gPreviewFaults = gPreviewChecks = 0;
     TakeReports();
     ASSERT_TRUE(run.Start());
-    PreviewRequest request = MakeTestRequest(run.View(100.0));
-    RequestPreview(request);
-    ASSERT_TRUE(run.WaitUntilServed());
-    PreviewGeometry view = run.View(100.0);
-    constexpr double kZooms[] = {6.25, 16.67, 33.33, 50.0, 80.0, 100.0, 150.0, 200.0, 400.0, 1600.0};
-    const int rounds = isLong ? 4000 : 120;
+    RandomUser user{std::mt19937(seed), run.View(100.0), MakeTestRequest(run.View(100.0))};
+    const auto isFinished = [&] { return IsFinished(user.request); };
+    const int rounds = isLong ? 4000 : 200;
     for (int i = 0; i < rounds; ++i) {
-        switch (random() % 8) {
-        case 0:
-            view = run.View(kZooms[random() % std::size(kZooms)], view.display.right - 1,
-                            view.display.bottom - 1);
-            break;
-        case 1:
-        case 2:
-            view.centerX += static_cast<int32_t>(random() % 301) - 150;
-            view.centerY += static_cast<int32_t>(random() % 301) - 150;
-            break;
-        case 3:
-            view.display = {1, 1, 2 + static_cast<int32_t>(random() % 500),
-                            2 + static_cast<int32_t>(random() % 400)};
-            break;
-        case 4:
-            request.parameters[2] = static_cast<uint16_t>(random() % 101);
-            break;
-        case 5:
-            request.previewOn = random() % 4 != 0;
-            break;
-        case 6:
-            ChangeEffectAt(static_cast<int32_t>(random() % 700), static_cast<int32_t>(random() % 500),
-                           view.zoom, static_cast<int32_t>(random() % 4));
-            break;
-        default: {
-            const auto x = static_cast<int32_t>(random() % 600), y = static_cast<int32_t>(random() % 400);
-            ChangeEffectsInRect({x, y, x + 150, y + 150}, static_cast<int32_t>(random() % 2));
-        }
-        }
-        const uint8_t previewOn = request.previewOn;
-        uint16_t parameters[kRequestParameters];
-        std::copy_n(request.parameters, kRequestParameters, parameters);
-        request = MakeTestRequest(view, previewOn != 0);
-        std::copy_n(parameters, kRequestParameters, request.parameters);
-        run.TakeMessages();
-        RequestPreview(request);
-        if (random() % 3 == 0)
-            Sleep(random() % 20);
-        if (random() % 4 == 0)
-            run.Paint(view);
-        if (random() % 12 != 0)
+        user.Step(run);
+        RequestPreview(user.request);
+        if (user.Pick(0, 2) == 0)
+            Sleep(static_cast<DWORD>(user.Pick(0, 19)));
+        if (user.Pick(0, 3) == 0)
+            run.Paint(user.view);
+        if (user.Pick(0, 11) != 0)
             continue;
-        // Let it finish. What is shown must be what a preview made from nothing shows.
-        while (run.WaitUntilServed(300)) {
-        }
-        const std::vector<uint32_t> shown = run.Paint(view);
+        SCOPED_TRACE("round " + std::to_string(i) + user.Description());
+        ASSERT_TRUE(run.WaitUntil(isFinished));
+        const std::vector<uint32_t> shown = run.Paint(user.view);
         ASSERT_TRUE(run.Start());
-        RequestPreview(request);
-        ASSERT_TRUE(run.WaitUntilServed())
-            << "round " << i << ", zoom " << view.zoom << ", display " << view.display.right << " x "
-            << view.display.bottom << ", centre " << view.centerX << "," << view.centerY << ", "
-            << run.messages.size() << " messages, effect " << int{previewOn};
-        ASSERT_EQ(shown, run.Paint(view)) << "round " << i;
+        RequestPreview(user.request);
+        ASSERT_TRUE(run.WaitUntil(isFinished));
+        ASSERT_EQ(shown, run.Paint(user.view));
+        ASSERT_EQ(gPreviewFaults, 0u);
     }
     StopProxyUpdateTask();
     std::printf("%u checks\n", gPreviewChecks.load());
     EXPECT_GT(gPreviewChecks, static_cast<uint32_t>(rounds) / 2);
-    EXPECT_EQ(gPreviewFaults, 0u);
     for (const RecordedReport &report : TakeReports())
         ADD_FAILURE() << report.message;
     gCheckPreview = false;

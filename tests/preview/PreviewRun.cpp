@@ -69,27 +69,32 @@ void PreviewRun::TakeMessages() {
     }
 }
 
-bool PreviewRun::WaitFor(UINT wanted, uint32_t timeoutMs) {
+bool PreviewRun::WaitUntil(const std::function<bool()> &condition, uint32_t timeoutMs) {
     const DWORD start = GetTickCount();
-    const size_t seen = messages.size();
-    while (GetTickCount() - start < timeoutMs) {
+    for (;;) {
         TakeMessages();
-        for (size_t i = seen; i < messages.size(); ++i)
-            if (messages[i].message == wanted)
-                return true;
+        if (condition())
+            return true;
+        if (GetTickCount() - start >= timeoutMs)
+            return false;
         Sleep(1);
     }
-    return false;
+}
+
+bool PreviewRun::WaitFor(UINT wanted, uint32_t timeoutMs) {
+    size_t seen = messages.size();
+    return WaitUntil(
+        [&] {
+            for (; seen < messages.size(); ++seen)
+                if (messages[seen].message == wanted)
+                    return true;
+            return false;
+        },
+        timeoutMs);
 }
 
 bool PreviewRun::WaitUntilServed(uint32_t timeoutMs) {
-    const DWORD start = GetTickCount();
-    const int before = served;
-    while (served == before && GetTickCount() - start < timeoutMs) {
-        Sleep(1);
-        TakeMessages();
-    }
-    return served != before;
+    return WaitUntil([&, before = served] { return served != before; }, timeoutMs);
 }
 
 PreviewGeometry PreviewRun::View(double zoom, int32_t width, int32_t height) const {

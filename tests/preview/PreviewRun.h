@@ -6,6 +6,7 @@
 #include "ui/PreviewRequest.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 #include <windows.h>
@@ -34,8 +35,9 @@ struct PreviewRun {
     bool Start(const void *profile = nullptr, uint32_t profileBytes = 0);
     // Takes messages until the last request has been served, or the time is over.
     bool WaitUntilServed(uint32_t timeoutMs = 30000);
-    // Takes messages until one of this kind is there.
+    // Takes messages until one of this kind is there, or until something holds.
     bool WaitFor(UINT message, uint32_t timeoutMs = 30000);
+    bool WaitUntil(const std::function<bool()> &condition, uint32_t timeoutMs = 30000);
     void TakeMessages();
 
     // A view of the middle of the image.

@@ -1,9 +1,9 @@
 // A finished preview shows what the final render will give.
 #include "diag/BufferUsage.h"
 #include "engine/FixedPoint.h"
-#include "host/PictureFiles.h"
 #include "render/RenderDriver.h"
 #include "tests/preview/PreviewRun.h"
+#include "tests/support/PhotoImage.h"
 #include "tests/support/RecordingDiag.h"
 #include "ui/DialogMessages.h"
 #include "ui/PreviewInvariants.h"
@@ -15,9 +15,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <string>
 
 namespace {
 
@@ -103,21 +101,6 @@ Difference PreviewAgainstFinal(PreviewRun *run, const PreviewGeometry &geometry,
     return difference;
 }
 
-// An 8-bit colour photo.
-ImageBuffer ReadPhoto(const std::filesystem::path &path) {
-    host::Picture picture;
-    std::string why;
-    ImageBuffer image{};
-    EXPECT_TRUE(host::ReadPicture(path.wstring(), &picture, &why)) << why;
-    const host::Document document = host::TakeDocument(picture);
-    EXPECT_EQ(
-        AllocateImageBuffer(kModeRgb8, 1, 0, {0, 0, document.width, document.height}, false, &image, nullptr),
-        kNoError);
-    for (size_t plane = 0; plane < 3; ++plane)
-        memcpy(image.planes[plane], document.planes[plane].data(), document.planes[plane].size());
-    return image;
-}
-
 } // namespace
 
 // The photos lie outside the project. Each entry laid in fast mode loses up to a level more than in precise
@@ -138,7 +121,9 @@ TEST(PreviewTruth, FinishedPreviewOfPhotosIsTheFinalRenderButForTheFastMode) {
     constexpr double kMean = 1.0, kMeanOfStrong = 1.25;
     for (const auto &photo : photos)
         for (const bool strong : {false, true}) {
-            PreviewRun run(ReadPhoto(folder / photo.name));
+            ImageBuffer image{};
+            ASSERT_TRUE(ReadPhotoImage(folder / photo.name, &image)) << photo.name;
+            PreviewRun run(image);
             const PreviewGeometry view = run.View(100.0, 1500, 1000);
             const Difference d = PreviewAgainstFinal(
                 &run, view, strong ? MakeTestRequest(view) : MakeDefaultRequest(view, 50));

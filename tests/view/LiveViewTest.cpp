@@ -1,11 +1,10 @@
 // The display with the real preview behind it: pictures to look at, left beside the test program, and what
 // must hold of them.
 #include "engine/InitializationTask.h"
-#include "host/PictureFiles.h"
-#include "plugin/ParameterSet.h"
 #include "render/AngleTables.h"
 #include "render/RenderDriver.h"
 #include "tests/support/NightScene.h"
+#include "tests/support/PhotoImage.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/WindowPicture.h"
 #include "tests/view/ViewDialog.h"
@@ -16,9 +15,7 @@
 
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <random>
 
 namespace {
 
@@ -31,28 +28,14 @@ void SendRequest() {
         MakePreviewRequest(CurrentPreviewGeometry(), gPreviewOn, kParameters, kStandardStar, false));
 }
 
-std::filesystem::path DemoPhoto() {
-    return std::filesystem::path(BRILLATRIX_SOURCE_DIR) / "build" / "demo" / "launchpad_dusk.jpg";
-}
-
 // The demonstration photo when it was fetched, otherwise a generated night of its size.
 void MakeImage(ImageBuffer *image) {
-    host::Picture picture;
-    std::string why;
-    bool maskFailed = false;
-    if (!std::filesystem::exists(DemoPhoto()) || !host::ReadPicture(DemoPhoto().wstring(), &picture, &why)) {
-        ASSERT_EQ(AllocateImageBuffer(kModeRgb8, 1, 0, {0, 0, 640, 427}, false, image, &maskFailed),
-                  kNoError);
-        PaintNightScene(MakeSceneLights(640, 427, 40, 3), 0.05, 7, image);
+    const std::filesystem::path photo =
+        std::filesystem::path(BRILLATRIX_SOURCE_DIR) / "build" / "demo" / "launchpad_dusk.jpg";
+    if (ReadPhotoImage(photo, image))
         return;
-    }
-    const host::Document document = host::TakeDocument(picture);
-    ASSERT_EQ(document.colourPlanes, 3);
-    ASSERT_EQ(AllocateImageBuffer(kModeRgb8, 1, 0, {0, 0, document.width, document.height}, false, image,
-                                  &maskFailed),
-              kNoError);
-    for (int32_t plane = 0; plane < image->colorPlanes; ++plane)
-        memcpy(image->planes[plane], document.planes[plane].data(), document.planes[plane].size());
+    ASSERT_EQ(AllocateImageBuffer(kModeRgb8, 1, 0, {0, 0, 640, 427}, false, image, nullptr), kNoError);
+    PaintNightScene(MakeSceneLights(640, 427, 40, 3), 0.05, 7, image);
 }
 
 class LiveView : public testing::Test {
@@ -108,18 +91,17 @@ protected:
         gPreviewOn = true;
         return picture;
     }
-    void Restore(const PreviewGeometry &view) {
-        SetZoom(view.zoom);
-        CenterPreview(view.centerX, view.centerY);
-        PumpMessages();
-    }
+    // At a zoom that shows the whole image, and back to the view.
     void HideEverything(bool hidden) {
+        const PreviewGeometry view = CurrentPreviewGeometry();
         SetZoom(16.0);
         SelectViewTool(kToolHide);
         HoldKeys(!hidden, false);
         DragDisplay(dialog, {1, 1}, {kWidth - 2, kHeight - 2});
         HoldKeys(false, false);
         SelectViewTool(kToolPan);
+        SetZoom(view.zoom);
+        CenterPreview(view.centerX, view.centerY);
         PumpMessages();
     }
     // The brightest light that has a star is shown in the middle, or as near to it as the image's edge
@@ -160,16 +142,13 @@ double MeanDifference(const Picture &a, const Picture &b) {
 TEST_F(LiveView, HiddenLightsLeaveTheOriginalAndComeBack) {
     for (const double zoom : {16.0, 100.0, 400.0}) {
         ShowBrightest(zoom);
-        const PreviewGeometry view = CurrentPreviewGeometry();
         const Picture stars = Capture(), original = CaptureOriginal();
         Save(stars, "stars", zoom);
         EXPECT_GT(MeanDifference(stars, original), 0.02) << zoom;
         HideEverything(true);
-        Restore(view);
         EXPECT_EQ(MeanDifference(Capture(), original), 0.0) << zoom;
         Save(Capture(), "hidden", zoom);
         HideEverything(false);
-        Restore(view);
         EXPECT_EQ(MeanDifference(Capture(), stars), 0.0) << zoom;
     }
 }
