@@ -3,9 +3,7 @@
 #include "ui/DialogMessages.h"
 
 #include <commctrl.h>
-#include <cstdio>
 #include <process.h>
-#include <thread>
 
 const ParameterPair kPairs[11] = {
     {1025, 1026, 0, 100, 0, 'H', &ParameterSet::threshold},
@@ -29,32 +27,12 @@ std::wstring ParameterPair::Shown(int number) const {
 
 namespace {
 
-constexpr DWORD kLongestRun = 100000;      // milliseconds
 constexpr unsigned kTableTaskStack = 8192; // which tells the task's thread from the others
 
 // The system calls back without a context, and one dialog is open at a time.
 DialogFixture *gFixture;
 DLGPROC gMainProcedure;
 decltype(&DialogBoxParamW) gOpenOther;
-
-// Ends the program when a run hangs: nobody else could.
-class Watchdog {
-public:
-    ~Watchdog() {
-        SetEvent(finished);
-        thread.join();
-        CloseHandle(finished);
-    }
-
-private:
-    HANDLE finished = CreateEventA(nullptr, TRUE, FALSE, nullptr);
-    std::thread thread{[this] {
-        if (WaitForSingleObject(finished, kLongestRun) != WAIT_TIMEOUT)
-            return;
-        std::fprintf(stderr, "a run with the dialog hangs\n");
-        TerminateProcess(GetCurrentProcess(), 3);
-    }};
-};
 
 // The table's task, held before it begins.
 HANDLE gTableGate;
@@ -78,18 +56,18 @@ uintptr_t BeginThread(void *security, unsigned stack, unsigned(WINAPI *start)(vo
     return gBeginThread(security, 0, StartWhenReleased, nullptr, flags, id);
 }
 
+LPARAM PointOf(LONG x, LONG y) {
+    return MAKELPARAM(static_cast<WORD>(x), static_cast<WORD>(y));
+}
+
+} // namespace
+
 void HoldKeyState(int key, bool down) {
     BYTE keys[256];
     GetKeyboardState(keys);
     keys[key] = down ? 0x80 : 0;
     SetKeyboardState(keys);
 }
-
-LPARAM PointOf(LONG x, LONG y) {
-    return MAKELPARAM(static_cast<WORD>(x), static_cast<WORD>(y));
-}
-
-} // namespace
 
 INT_PTR CALLBACK DialogFixture::Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     DialogFixture &f = *gFixture;
@@ -174,7 +152,6 @@ void DialogFixture::LoadModuleAgain() {
 }
 
 host::RunResult DialogFixture::RunDialog(const Script &wanted, bool withParameters) {
-    const Watchdog watchdog;
     script = wanted;
     scriptRan = previewIdle = tableReady = false;
     dialogResult = 0;

@@ -1,6 +1,6 @@
 // The module's main dialog, opened by a run of the filter and used by a script that stands for a person:
 // mouse and keys go the way that the system's own messages go. The script runs on the dialog's thread, inside
-// its modal loop. Everything has a time-out; a run that hangs ends the program.
+// its modal loop. What a script waits for has a time-out.
 #pragma once
 
 #include "tests/dialog/SystemAnswers.h"
@@ -101,6 +101,9 @@ private:
     bool scriptRan = false;
     bool previewIdle = false, tableReady = false;
 };
+
+// What the thread takes a key's state to be.
+void HoldKeyState(int key, bool down);
 
 // Control ids that scripts use, as numbers that people who drive the dialog from outside rely on.
 constexpr int kHelp = 1000, kPreviewBox = 1002, kSettingsCombo = 1023, kVerticalBar = 1028,

@@ -105,6 +105,15 @@ TEST_F(DialogKeys, KeysPressButtonsPickToolsAndOpenMenus) {
             EXPECT_EQ(Cursor(), byKey) << icon;
         }
         EXPECT_EQ(cursors.size(), 4u);
+        // Alt turns Show into Hide; another program's window takes the Alt with it.
+        SetFocus(Item(kPairs[0].edit));
+        const ULONG_PTR shown = Cursor();
+        HoldKeyState(VK_MENU, true);
+        PostMessageW(GetFocus(), WM_SYSKEYDOWN, VK_MENU, 1 | 1 << 29);
+        EXPECT_NE(Cursor(), shown);
+        SendMessageW(dialog, WM_ACTIVATEAPP, FALSE, 0);
+        EXPECT_EQ(Cursor(), shown);
+        HoldKeyState(VK_MENU, false);
 
         SetFocus(Item(kDisplay));
         const std::pair<WORD, const wchar_t *> zooms[] = {{VK_OEM_PLUS, L" 200.00%"},
@@ -156,12 +165,13 @@ TEST_F(DialogKeys, TabGoesEverywhereInOrder) {
         SetFocus(Item(kPairs[10].edit));
         Key(VK_TAB);
         EXPECT_EQ(GetFocus(), Item(kPreviewBox));
-        // OK stays the button that Enter presses.
-        for (const int button : {kHelp, int{IDCANCEL}}) {
-            for (const int focused : {button, kDisplay}) {
-                SetFocus(Item(focused));
-                Pump();
-            }
+        // OK is the button that Enter presses again when the preview takes the focus from another one.
+        for (const auto &[before, button] : {std::pair<int, int>{kPreviewBox, kHelp}, {IDOK, IDCANCEL}}) {
+            SetFocus(Item(before));
+            Key(VK_TAB);
+            EXPECT_EQ(GetFocus(), Item(button));
+            SetFocus(Item(kDisplay));
+            Pump();
             EXPECT_TRUE(Ask(IDOK, WM_GETDLGCODE) & DLGC_DEFPUSHBUTTON);
             EXPECT_EQ(GetWindowLongW(Item(button), GWL_STYLE) & 0xF, BS_PUSHBUTTON) << button;
         }

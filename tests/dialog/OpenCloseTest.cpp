@@ -92,6 +92,19 @@ TEST_F(MainDialog, OpensWithTheParametersShownAndTheEffectToolsWaiting) {
             EXPECT_EQ(Position(pair.trackbar), pair.In(kDefaultParameters));
             EXPECT_EQ(Text(pair.edit), pair.Shown(pair.In(kDefaultParameters)));
         }
+        for (const int id : {int{IDOK}, int{IDCANCEL}, kPreviewBox, kHelp})
+            EXPECT_FALSE(Ask(id, WM_QUERYUISTATE) & UISF_HIDEFOCUS) << id;
+        const HDC dc = GetDC(dialog);
+        const auto colours = [&](int id) {
+            return SendMessageW(dialog, WM_CTLCOLORSTATIC, reinterpret_cast<WPARAM>(dc),
+                                reinterpret_cast<LPARAM>(Item(id)));
+        };
+        EXPECT_EQ(GetObjectType(reinterpret_cast<HGDIOBJ>(colours(kZoomText))), DWORD{OBJ_BRUSH});
+        EXPECT_NE(colours(kZoomText), colours(1179)) << "a label has the dialog's";
+        const COLORREF pixel = GetPixel(dc, 1, 1);
+        EXPECT_TRUE(SendMessageW(dialog, WM_ERASEBKGND, reinterpret_cast<WPARAM>(dc), 0));
+        EXPECT_EQ(GetPixel(dc, 1, 1), pixel) << "nothing is erased";
+        ReleaseDC(dialog, dc);
         Pump(150);
         Key('X');
         EXPECT_TRUE(AreEffectToolsEnabled(FALSE)) << "the table is not ready";
@@ -108,53 +121,43 @@ TEST_F(MainDialog, OpensWithTheParametersShownAndTheEffectToolsWaiting) {
     DestroyWindow(button);
 }
 
-// An effect tool would need the table; the others come back as they were.
+// An effect tool would need the table; the others come back as they were. Never placed, or with a file of
+// another version, it is centred, at the template's size.
 TEST_F(MainDialog, ToolAndPlaceComeBackFromTheFile) {
-    const std::pair<uint32_t, uint32_t> tools[] = {{1, 1}, {2, 2}, {3, 2}, {4, 2}};
-    for (const auto &[stored, expected] : tools) {
-        SCOPED_TRACE(stored);
-        UISettings settings = kDefaultUISettings;
-        settings.viewTool = stored;
-        settings.previewFlag = 0;
-        settings.dialogRect = {31, 7, 31 + 900, 7 + 740};
-        WriteUISettings(settings);
+    const struct {
+        uint16_t version; // 0: no file
+        uint32_t tool, expectedTool;
+    } cases[] = {{0, 0, 2}, {10, 1, 2}, {11, 1, 1}, {11, 2, 2}, {11, 3, 2}, {11, 4, 2}};
+    for (const auto &[version, tool, expectedTool] : cases) {
+        SCOPED_TRACE(::testing::Message() << version << ' ' << tool);
+        UISettings settings = {{0, 0, 0, version}, {31, 7, 31 + 900, 7 + 740}, tool, 0, {}, 0};
+        if (version)
+            WriteUISettings(settings);
+        ScreenRect last = {};
         RunDialog([&] {
-            EXPECT_TRUE(SameRect(DialogRect(), settings.dialogRect));
+            last = DialogRect();
             EXPECT_TRUE(IsChecked(kPreviewBox)) << "on at every opening";
-            SetWindowPos(dialog, nullptr, 12, 5, 910, 745, SWP_NOZORDER);
-            Pump();
+            if (version == 11) {
+                EXPECT_TRUE(SameRect(last, settings.dialogRect));
+                SetWindowPos(dialog, nullptr, 12, 5, 910, 745, SWP_NOZORDER);
+                Pump();
+                last = {12, 5, 12 + 910, 5 + 745};
+            } else {
+                RECT work, size = {0, 0, 497, 433}, client;
+                SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
+                EXPECT_NEAR(last.left + last.right, work.left + work.right, 2);
+                EXPECT_NEAR(last.top + last.bottom, work.top + work.bottom, 2);
+                MapDialogRect(dialog, &size);
+                GetClientRect(dialog, &client);
+                EXPECT_TRUE(EqualRect(&client, &size)) << client.right << " x " << client.bottom;
+            }
             PressOk();
         });
         const UISettings written = ReadUISettings();
-        EXPECT_EQ(written.viewTool, expected);
-        EXPECT_TRUE(SameRect(written.dialogRect, {12, 5, 12 + 910, 5 + 745}));
-        LoadModuleAgain();
-    }
-}
-
-// Never placed, or a file of another version: centred, at the template's size.
-TEST_F(MainDialog, WithoutAPlaceItIsCentred) {
-    for (const bool foreignFile : {false, true}) {
-        UISettings settings = kDefaultUISettings;
-        settings.dialogRect = {0, 0, 950, 745};
-        settings.version[3] = 10;
-        if (foreignFile)
-            WriteUISettings(settings);
-        ScreenRect shown = {};
-        RunDialog([&] {
-            shown = DialogRect();
-            RECT size = {0, 0, 497, 433}, client;
-            MapDialogRect(dialog, &size);
-            GetClientRect(dialog, &client);
-            EXPECT_TRUE(EqualRect(&client, &size)) << client.right << " x " << client.bottom;
-            PressOk();
-        });
-        RECT work;
-        SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
-        EXPECT_NEAR(shown.left + shown.right, work.left + work.right, 2);
-        EXPECT_NEAR(shown.top + shown.bottom, work.top + work.bottom, 2);
-        EXPECT_TRUE(SameRect(ReadUISettings().dialogRect, shown));
-        EXPECT_EQ(IsLogged("version mismatch. File Version = '0','0','0','10'"), foreignFile);
+        EXPECT_EQ(written.viewTool, expectedTool);
+        EXPECT_EQ(written.version[3], 11);
+        EXPECT_TRUE(SameRect(written.dialogRect, last));
+        EXPECT_EQ(IsLogged("version mismatch. File Version = '0','0','0','10'"), version == 10);
         LoadModuleAgain();
     }
 }
