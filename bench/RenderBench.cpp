@@ -139,7 +139,7 @@ void RunCase(const Case &which, const Options &options) {
     double plainTime = 0.0;
     if (options.plain && which.hasPlain)
         plainTime = TimeTiles(image, [&](const IntRect &tile, ImageBuffer *output) {
-            plain::RenderEffect(settings, image, tile, view, kNoAbort, output);
+            plain::RenderEffect(settings, image, tile, view, output);
         });
     plain::FreeRenderState();
     ResetPeakBufferBytes();

@@ -96,15 +96,16 @@ uint32_t FurthestInWindow(const IntRect &window) {
 void PrepareColors(const Laying &laying, const StarTables &tables, const Tint &tint) {
     if (tables.stateCount == 0)
         return;
-    const uint32_t nearest = NearestInWindow(laying.window),
-                   furthest = std::min(FurthestInWindow(laying.window), tables.stateCount - 1);
+    // A window may lie further out than any state does.
+    const uint32_t furthest = std::min(FurthestInWindow(laying.window), tables.stateCount - 1);
+    const uint32_t nearest = std::min(NearestInWindow(laying.window), furthest);
     uint32_t first = kRainbowStates - 1, last = first;
     if (furthest < tables.turnDistance)
         last = tables.stateOfDistance[furthest];
     else
         first = tables.lowestTurned;
     if (nearest < tables.turnDistance)
-        first = std::min<uint32_t>(first, tables.stateOfDistance[std::min(nearest, furthest)]);
+        first = std::min<uint32_t>(first, tables.stateOfDistance[nearest]);
     gRenderPath->makeColors({tables.factors + first, last + 1 - first, tint.channel, laying.blend.precise},
                             laying.target.colors + first);
 }

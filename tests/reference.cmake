@@ -17,8 +17,6 @@ brillatrix_test(reference_tests
         reference/ReferenceSamplers.cpp
         reference/ReferenceStamps.cpp
         reference/ReferenceTable.cpp
-        reference/PlainRenderTest.cpp
-        reference/RenderTest.cpp
+        reference/SceneTest.cpp
         reference/Scenes.cpp
-        reference/StampTest.cpp
         reference/TableTest.cpp)

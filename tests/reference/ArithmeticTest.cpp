@@ -1,6 +1,7 @@
 // Sample conversions, fixed-point products, tables and the blender against the yardstick.
 #include "engine/FixedPoint.h"
 #include "render/AngleTables.h"
+#include "render/EffectTypes.h"
 #include "render/PixelBlender.h"
 #include "render/Rainbow.h"
 #include "render/RenderDriver.h"
@@ -154,6 +155,33 @@ TEST(SpikeProfile, ValuesFactorsAndFlareAreTheYardsticks) {
         FreeValueTable(&table);
     }
     FreeSpikeLevels(&levels);
+}
+
+TEST(Layouts, EveryEffectTypeAndNumberOfPoints) {
+    for (uint32_t type = kStandardStar; type <= kStarBurst; ++type)
+        for (int i = 0; i < 320; ++i) {
+            Random random(20 + type, i);
+            RenderSettings s = cases::PickSettings(&random);
+            s.effectType = type;
+            s.numberOfPoints = static_cast<int16_t>(1 + i % 32);
+            s.length = std::max<int16_t>(s.length, 1);
+            const ArmList product = LayoutStar(
+                {type, s.angle, s.numberOfPoints, s.length, reference::PowerFraction(s.intensity, 2.8)});
+            const std::vector<reference::Arm> expected = reference::PrimaryArms(s);
+            ASSERT_EQ(static_cast<size_t>(product.count), expected.size());
+            for (int32_t k = 0; k < product.count; ++k) {
+                SCOPED_TRACE(testing::Message()
+                             << "type " << type << " points " << s.numberOfPoints << " arm " << k);
+                ASSERT_EQ(product.arms[k].angle, expected[k].angle);
+                ASSERT_EQ(product.arms[k].length, expected[k].length);
+                ASSERT_EQ(product.arms[k].brightness, expected[k].brightness);
+            }
+        }
+}
+
+TEST(Threshold, CutsAreTheYardsticks) {
+    for (int32_t threshold = 0; threshold <= 100; ++threshold)
+        EXPECT_EQ(ThresholdCutLevel(threshold), reference::CutLevel(threshold)) << threshold;
 }
 
 TEST(SourceTint, SaturationIsTheYardsticks) {

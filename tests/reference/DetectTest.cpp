@@ -5,6 +5,7 @@
 #include "tests/reference/NightScene.h"
 #include "tests/reference/ReferenceDetect.h"
 #include "tests/support/RecordingDiag.h"
+#include "tests/support/StandardThreads.h"
 
 #include <gtest/gtest.h>
 
@@ -61,9 +62,12 @@ void ExpectSameAnalysis(const AnalysisImage &product, const reference::Analysis 
 void CompareAnalysis(const ImageBuffer &image) {
     SCOPED_TRACE(Describe(image));
     AnalysisImage product{};
-    ASSERT_EQ(PrepareAnalysisImage(image, kNoCancel, &product), kNoError);
-    ExpectSameAnalysis(product, reference::PrepareAnalysis(image));
-    FreeAnalysisImage(&product);
+    const reference::Analysis expected = reference::PrepareAnalysis(image);
+    for (const int32_t workers : {1, 3}) {
+        ASSERT_EQ(PrepareAnalysisImage(image, kNoCancel, &product, StandardThreads(workers)), kNoError);
+        ExpectSameAnalysis(product, expected);
+        FreeAnalysisImage(&product);
+    }
 }
 
 // A picture of random kind, somewhere in its document.

@@ -41,7 +41,7 @@ bool Contains(const IntRect &rect, int64_t x, int64_t y) {
 
 void LayStamp(const RenderContext &context, const Stamp &stamp, const Placement &place, const Tint &tint,
               const IntRect &target, ImageBuffer *output) {
-    for (const StampEntry &entry : stamp.entries) {
+    for (const StampEntry &entry : stamp) {
         const int64_t x = place.x + entry.dx, y = place.y + entry.dy;
         if (!Contains(target, x, y))
             continue;

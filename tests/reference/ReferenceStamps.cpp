@@ -32,15 +32,8 @@ void Append(int64_t x, int64_t y, const std::array<uint32_t, 3> &factors, uint32
     const int64_t dx = x / 4, dy = y / 4;
     if (dx < -32768 || dx > 32767 || dy < -32768 || dy > 32767)
         return;
-    stamp->entries.push_back(
+    stamp->push_back(
         {static_cast<int16_t>(dx), static_cast<int16_t>(dy), {factors[0], factors[1], factors[2]}, value});
-}
-
-void Widen(int32_t dx, int32_t dy, Stamp *stamp) {
-    stamp->minX = std::min(stamp->minX, dx);
-    stamp->minY = std::min(stamp->minY, dy);
-    stamp->maxX = std::max(stamp->maxX, dx + 1);
-    stamp->maxY = std::max(stamp->maxY, dy + 1);
 }
 
 // One arm on its way: which axis it is walked along and how its centre line runs.
@@ -69,12 +62,8 @@ uint32_t DrawPixel(const Walk &walk, int64_t major, int64_t minor, double covera
     const auto fraction = static_cast<uint32_t>(std::trunc(std::pow(coverage, 1.6) * kFractionScale + 0.5));
     const uint32_t profile = ProfileValue(walk.context, walk.shape, distance);
     const uint32_t value = Product(walk.context.precision, fraction, profile);
-    if (value >= walk.smallest) {
-        const size_t before = stamp->entries.size();
+    if (value >= walk.smallest)
         Append(x, y, ColorFactors(walk.context, distance), value, stamp);
-        if (stamp->entries.size() > before)
-            Widen(static_cast<int32_t>(x / 4), static_cast<int32_t>(y / 4), stamp);
-    }
     return value;
 }
 
@@ -184,8 +173,8 @@ Stamp BuildFlare(const RenderContext &context, int32_t px, int32_t py) {
     const std::array<uint32_t, 3> untinted{kOne, kOne, kOne};
     const auto valueAt = [&](int64_t x, int64_t y) { return FlareValue(context, Distance(x - px, y - py)); };
     Append(0, 0, untinted, valueAt(0, 0), &stamp);
-    int64_t r = 4;
-    for (bool ended = false; !ended && r <= int64_t{4} * context.width; r += 4) {
+    bool ended = false;
+    for (int64_t r = 4; !ended && r <= int64_t{4} * context.width; r += 4) {
         ended = valueAt(0, r) < context.floor;
         for (int64_t j = 0; j <= r; j += 4) {
             std::vector<std::pair<int64_t, int64_t>> points{{j, r},  {-j, r},  {r, j},  {r, -j},
@@ -197,9 +186,6 @@ Stamp BuildFlare(const RenderContext &context, int32_t px, int32_t py) {
                     Append(x, y, untinted, valueAt(x, y), &stamp);
         }
     }
-    const auto reach = static_cast<int32_t>(r / 4);
-    stamp.minX = stamp.minY = -reach;
-    stamp.maxX = stamp.maxY = reach;
     return stamp;
 }
 

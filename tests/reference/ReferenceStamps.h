@@ -33,10 +33,7 @@ struct ArmShape {
     int32_t decay;
 };
 
-struct Stamp {
-    std::vector<StampEntry> entries;
-    int32_t minX = 0, minY = 0, maxX = 0, maxY = 0; // half-open
-};
+using Stamp = plain::Stamp;
 
 // The primary arms of the settings' effect type, in drawing order.
 std::vector<Arm> PrimaryArms(const RenderSettings &settings);
