@@ -1,8 +1,5 @@
-brillatrix_test(render_tests LIBS render plain_render engine recording_diag
+brillatrix_test(render_tests LIBS render engine recording_diag
     SOURCES
-    render/ArmTests.cpp
-    render/BlendTests.cpp
     render/DriverTests.cpp
-    render/FlareTests.cpp
-    render/LayoutTests.cpp
-    render/TableTests.cpp)
+    render/NumberTests.cpp
+    render/PathTests.cpp)
