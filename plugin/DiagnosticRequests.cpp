@@ -47,9 +47,10 @@ intptr_t CopyLights(uintptr_t room, DiagnosticLight *lights) {
 
 intptr_t CopyLine(bool first, DiagnosticLine *line) {
     const char *text = line && IsRunKept() ? FormatLightSourceTableLine(first) : nullptr;
-    if (!text || strlen(text) >= sizeof line->text)
+    const size_t size = text ? strlen(text) + 1 : sizeof line->text + 1;
+    if (size > sizeof line->text)
         return 0;
-    strcpy(line->text, text);
+    memcpy(line->text, text, size);
     return 1;
 }
 

@@ -13,7 +13,7 @@
 namespace {
 
 constexpr uint32_t kSiteThread = 71, kSiteModule = 77, kSiteAnswer = 55, kSiteIgnored = 58;
-constexpr int64_t kDay = 24 * 60 * 60; // seconds
+constexpr int64_t kDay = 86400; // seconds
 constexpr char kTitle[] = "Update Notice";
 
 // Held for every reading and writing of the record: the asking thread keeps its answer there.

@@ -274,12 +274,11 @@ void AskThrough(UpdateRequest *request, const UpdateService &service, const char
                 UpdateAnswer *answer) {
     wchar_t wideAgent[kMostAddress];
     Target target = {};
-    if (!request->stepped || !request->closed || !LoadHttpCalls(&request->http) ||
-        !Widen(userAgent, wideAgent))
-        Fail("the system cannot ask", GetLastError(), answer);
-    else if (!FindTarget(request->http, service, &target))
+    const bool isReady =
+        request->stepped && request->closed && LoadHttpCalls(&request->http) && Widen(userAgent, wideAgent);
+    if (isReady && !FindTarget(request->http, service, &target))
         Fail("the address is not one to ask", 0, answer);
-    else if (!OpenRequest(request, target, wideAgent))
+    else if (!isReady || !OpenRequest(request, target, wideAgent))
         Fail("the system cannot ask", GetLastError(), answer);
     else
         Exchange(request, answer);

@@ -75,7 +75,8 @@ bool GatherItems(HWND list, const int *items, int count, SelectionText *selectio
         const LRESULT length = AskList(list, LB_GETTEXT, index, item);
         if (length < 0)
             break;
-        memcpy(item + length, "\r\n", 2);
+        item[length] = '\r';
+        item[length + 1] = '\n';
         if (!AppendText(item, static_cast<size_t>(length) + 2, selection)) {
             ReportNoMemory();
             return false;
@@ -178,7 +179,7 @@ LRESULT CALLBACK ListProc(HWND list, UINT message, WPARAM wParam, LPARAM lParam,
 
 // The list box scrolls sideways as far as its longest line goes.
 void SetScrollWidth(HWND list, const char *longestLine) {
-    constexpr LONG kMargin = 8; // pixels
+    constexpr WPARAM kMargin = 8; // pixels
     const HDC dc = GetDC(list);
     if (!dc)
         return;
@@ -189,7 +190,7 @@ void SetScrollWidth(HWND list, const char *longestLine) {
     if (before)
         SelectObject(dc, before);
     ReleaseDC(list, dc);
-    SendMessageA(list, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(size.cx + kMargin), 0);
+    SendMessageA(list, LB_SETHORIZONTALEXTENT, static_cast<WPARAM>(size.cx) + kMargin, 0);
 }
 
 } // namespace
@@ -204,13 +205,17 @@ void AttachLightSourceList(HWND list) {
 // Room is made once, and nothing is drawn meanwhile: every line by itself would cost a new layout.
 void FillLightSourceList(HWND list, uint32_t count) {
     char longest[256] = "";
+    size_t longestLength = 0;
     SendMessageA(list, WM_SETREDRAW, FALSE, 0);
     SendMessageA(list, LB_INITSTORAGE, count, static_cast<LPARAM>(count * kLineBytes));
     while (const char *line = FormatLightSourceTableLine(false)) {
         if (SendMessageA(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line)) < 0)
             break;
-        if (strlen(line) > strlen(longest) && strlen(line) < sizeof longest)
-            strcpy(longest, line);
+        const size_t length = strlen(line);
+        if (length > longestLength && length < sizeof longest) {
+            memcpy(longest, line, length + 1);
+            longestLength = length;
+        }
     }
     SetScrollWidth(list, longest);
     SendMessageA(list, WM_SETREDRAW, TRUE, 0);
