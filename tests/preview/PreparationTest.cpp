@@ -6,6 +6,7 @@
 #include "render/RenderDriver.h"
 #include "tests/preview/PreviewRun.h"
 #include "tests/support/SystemObjects.h"
+#include "tests/support/PreviewState.h"
 #include "tests/support/RecordingDiag.h"
 #include "ui/PreviewImages.h"
 #include "ui/PreviewInvariants.h"
@@ -185,22 +186,6 @@ TEST(PreviewPreparation, FailingRegionsAreReportedAndEndNothing) {
 
 namespace {
 
-// Whether the task has taken this request and nothing is missing any more.
-bool IsFinished(const PreviewRequest &request) {
-    if (!LockPreview())
-        return false;
-    const PreviewRequest &taken = gProxies.previous;
-    const bool isTaken = gProxies.hasPrevious && taken.zoom == request.zoom &&
-                         taken.centerX == request.centerX && taken.centerY == request.centerY &&
-                         SameRect(taken.display, request.display) && taken.previewOn == request.previewOn &&
-                         SameEffect(taken, request);
-    UnlockPreview();
-    PreviewTile tile{};
-    return isTaken && !FindPreviewTile(request, PreviewArea::visible, &tile) &&
-           !FindPreviewTile(request, PreviewArea::surroundings, &tile) &&
-           !FindPreviewTile(request, PreviewArea::image, &tile);
-}
-
 // A person at work: each step changes the view, the effect or the lights, at any moment of the task's work.
 struct RandomUser {
     std::mt19937 random;
@@ -266,7 +251,7 @@ TEST(PreviewPreparation, RandomSequencesKeepTheRulesAndEndInTheRightPicture) {
     TakeReports();
     ASSERT_TRUE(run.Start());
     RandomUser user{std::mt19937(seed), run.View(100.0), MakeTestRequest(run.View(100.0))};
-    const auto isFinished = [&] { return IsFinished(user.request); };
+    const auto isFinished = [&] { return IsPreviewFinished(user.request); };
     const int rounds = isLong ? 4000 : 200;
     for (int i = 0; i < rounds; ++i) {
         user.Step(run);

@@ -97,6 +97,11 @@ bool PreviewRun::WaitUntilServed(uint32_t timeoutMs) {
     return WaitUntil([&, before = served] { return served != before; }, timeoutMs);
 }
 
+bool PreviewRun::Serve(const PreviewRequest &request) {
+    RequestPreview(request);
+    return WaitUntilServed();
+}
+
 PreviewGeometry PreviewRun::View(double zoom, int32_t width, int32_t height) const {
     PreviewGeometry geometry{image.bounds, {1, 1, 1 + width, 1 + height}, 0, 0, zoom};
     const IntRect scaled = ScaledImage(geometry);

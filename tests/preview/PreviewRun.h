@@ -33,7 +33,8 @@ struct PreviewRun {
     PreviewRun &operator=(const PreviewRun &) = delete;
 
     bool Start(const void *profile = nullptr, uint32_t profileBytes = 0);
-    // Takes messages until the last request has been served, or the time is over.
+    // Asks for a preview and takes messages until a request has been served, or the time is over.
+    bool Serve(const PreviewRequest &request);
     bool WaitUntilServed(uint32_t timeoutMs = 30000);
     // Takes messages until one of this kind is there, or until something holds.
     bool WaitFor(UINT message, uint32_t timeoutMs = 30000);

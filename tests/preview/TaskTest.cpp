@@ -30,6 +30,12 @@ std::vector<SentMessage> Only(const std::vector<SentMessage> &messages, UINT wan
     return found;
 }
 
+// The last ones come after the message that tells the end.
+std::vector<RECT> SettledInvalidations() {
+    Sleep(20);
+    return TakeInvalidations();
+}
+
 bool IsReported(const std::vector<RecordedReport> &reports, uint32_t site, const char *text) {
     return std::any_of(reports.begin(), reports.end(), [&](const RecordedReport &r) {
         return r.record.line == site && r.message == text && r.title == kTitleUnexpected;
@@ -42,15 +48,13 @@ TEST(ProxyUpdateTask, ServesVisibleSurroundingsAndTheRestAndCountsThem) {
     PreviewRun run(3000, 2000, 20);
     ASSERT_TRUE(run.Start());
     PreviewGeometry view = run.View(100.0, 300, 200);
-    RequestPreview(MakeTestRequest(view));
-    ASSERT_TRUE(run.WaitUntilServed());
+    ASSERT_TRUE(run.Serve(MakeTestRequest(view)));
     EXPECT_EQ(gFloor, 65535u);
     EXPECT_FALSE(gPreciseMode);
-    const size_t ready =
-        static_cast<size_t>(std::find_if(run.messages.begin(), run.messages.end(),
-                                         [](const SentMessage &m) { return m.message == kMsgTableReady; }) -
-                            run.messages.begin());
-    std::vector<SentMessage> progress = Only(run.messages, kMsgProgress, ready);
+    const auto ready = std::find_if(run.messages.begin(), run.messages.end(),
+                                    [](const SentMessage &m) { return m.message == kMsgTableReady; });
+    const std::vector<SentMessage> progress =
+        Only(run.messages, kMsgProgress, static_cast<size_t>(ready - run.messages.begin()));
     // 2 visible tiles of 200, the window of 900 × 600 in tiles of 200 but for those, the rest in tiles of
     // 1024.
     ASSERT_GE(progress.size(), 2u);
@@ -67,18 +71,14 @@ TEST(ProxyUpdateTask, QuickPreviewRepaintsOnce) {
     PreviewRun run(300, 200, 4);
     ASSERT_TRUE(run.Start());
     PreviewGeometry view = run.View(100.0, 300, 200);
-    RequestPreview(MakeTestRequest(view));
-    ASSERT_TRUE(run.WaitUntilServed());
-    Sleep(20);
-    TakeInvalidations();
+    ASSERT_TRUE(run.Serve(MakeTestRequest(view)));
+    SettledInvalidations();
     const size_t before = run.messages.size();
     PreviewRequest request = MakeTestRequest(view);
     ++request.parameters[2];
     const DWORD start = GetTickCount();
-    RequestPreview(request);
-    ASSERT_TRUE(run.WaitUntilServed());
-    Sleep(20);
-    const std::vector<RECT> invalid = TakeInvalidations();
+    ASSERT_TRUE(run.Serve(request));
+    const std::vector<RECT> invalid = SettledInvalidations();
     EXPECT_EQ(Only(run.messages, kMsgProgress, before).size(), 3u); // two tiles and the end
     if (GetTickCount() - start < 400) {
         ASSERT_EQ(invalid.size(), 1u);
@@ -86,16 +86,12 @@ TEST(ProxyUpdateTask, QuickPreviewRepaintsOnce) {
                     invalid[0].bottom == 201);
     }
     // Another zoom repaints all of it, and what needs nothing repaints nothing.
-    RequestPreview(MakeTestRequest(run.View(50.0, 300, 200)));
-    ASSERT_TRUE(run.WaitUntilServed());
-    Sleep(20);
-    std::vector<RECT> zoomed = TakeInvalidations();
+    ASSERT_TRUE(run.Serve(MakeTestRequest(run.View(50.0, 300, 200))));
+    const std::vector<RECT> zoomed = SettledInvalidations();
     ASSERT_FALSE(zoomed.empty());
     EXPECT_EQ(zoomed[0].right, 0);
-    RequestPreview(MakeTestRequest(run.View(50.0, 300, 200)));
-    ASSERT_TRUE(run.WaitUntilServed());
-    Sleep(20);
-    EXPECT_TRUE(TakeInvalidations().empty());
+    ASSERT_TRUE(run.Serve(MakeTestRequest(run.View(50.0, 300, 200))));
+    EXPECT_TRUE(SettledInvalidations().empty());
 }
 
 // No request lives long enough to be finished, and still the picture follows.
@@ -103,10 +99,8 @@ TEST(ProxyUpdateTask, TilesOfCancelledRequestsAreShownAfterTheQuietTime) {
     PreviewRun run(3000, 2000, 200);
     ASSERT_TRUE(run.Start());
     PreviewRequest request = MakeTestRequest(run.View(16.67, 500, 334));
-    RequestPreview(request);
-    ASSERT_TRUE(run.WaitUntilServed());
-    Sleep(20);
-    TakeInvalidations();
+    ASSERT_TRUE(run.Serve(request));
+    SettledInvalidations();
     const DWORD start = GetTickCount();
     DWORD shown = 0;
     while (shown == 0 && GetTickCount() - start < 3000) {
@@ -130,8 +124,7 @@ TEST(ProxyUpdateTask, HidingALightRendersOnlyItsStarAnew) {
     PreviewRequest request = MakeTestRequest(view);
     request.parameters[2] = 5;  // short spikes
     request.parameters[10] = 0; // no flare, which reaches far
-    RequestPreview(request);
-    ASSERT_TRUE(run.WaitUntilServed());
+    ASSERT_TRUE(run.Serve(request));
     const std::vector<uint32_t> before = run.Paint(view);
     const LightSourceTableView table = GetLightSourceTable();
     ASSERT_GT(table.count, 3u);
@@ -143,22 +136,18 @@ TEST(ProxyUpdateTask, HidingALightRendersOnlyItsStarAnew) {
     const IntRect redone = RegionBox(whole);
     DeleteObject(whole);
     EXPECT_LT(int64_t{redone.right - redone.left} * (redone.bottom - redone.top), 1600 * 1200 / 4);
-    RequestPreview(request);
-    ASSERT_TRUE(run.WaitUntilServed());
+    ASSERT_TRUE(run.Serve(request));
     const std::vector<uint32_t> hidden = run.Paint(view);
     EXPECT_NE(hidden, before);
     ASSERT_EQ(ChangeEffectAt(light.X, light.Y, 100.0, kRestoreHidden), 2);
-    RequestPreview(request);
-    ASSERT_TRUE(run.WaitUntilServed());
+    ASSERT_TRUE(run.Serve(request));
     EXPECT_EQ(run.Paint(view), before);
     // While the original is shown, a change is remembered for the effect.
     request.previewOn = 0;
-    RequestPreview(request);
-    ASSERT_TRUE(run.WaitUntilServed());
+    ASSERT_TRUE(run.Serve(request));
     EXPECT_GT(ChangeEffectsInRect({light.X, light.Y, light.X + 1, light.Y + 1}, kHideEffect), 0);
     request.previewOn = 1;
-    RequestPreview(request);
-    ASSERT_TRUE(run.WaitUntilServed());
+    ASSERT_TRUE(run.Serve(request));
     EXPECT_EQ(run.Paint(view), hidden);
 }
 
@@ -171,8 +160,7 @@ TEST(ProxyUpdateTask, StopsAtAnyMomentAndLeavesNothing) {
         PreviewRun run(500, 400, 15);
         ASSERT_TRUE(WaitLightSourceTable(nullptr, nullptr, 20000));
         ASSERT_TRUE(run.Start()); // whatever is made once for all is made now
-        RequestPreview(MakeTestRequest(run.View(50.0)));
-        ASSERT_TRUE(run.WaitUntilServed());
+        ASSERT_TRUE(run.Serve(MakeTestRequest(run.View(50.0))));
         StopProxyUpdateTask();
         const auto live = LiveObjects();
         const int64_t held = BufferBytesInUse();
@@ -329,11 +317,9 @@ TEST(ProxyUpdateTask, TileBitmapCarriesTheProfileBehindItsHeader) {
     PreviewRun run(300, 200, 4);
     ASSERT_TRUE(run.Start(profile.data(), 3000));
     const PreviewGeometry view = run.View(100.0, 300, 200);
-    RequestPreview(MakeTestRequest(view));
-    ASSERT_TRUE(run.WaitUntilServed());
+    ASSERT_TRUE(run.Serve(MakeTestRequest(view)));
     const std::vector<uint32_t> matched = run.Paint(view);
     ASSERT_TRUE(run.Start());
-    RequestPreview(MakeTestRequest(view));
-    ASSERT_TRUE(run.WaitUntilServed());
+    ASSERT_TRUE(run.Serve(MakeTestRequest(view)));
     EXPECT_EQ(matched, run.Paint(view));
 }

@@ -87,8 +87,7 @@ Difference Compare(const PreviewRun &run, const PreviewGeometry &geometry,
 Difference PreviewAgainstFinal(PreviewRun *run, const PreviewGeometry &geometry,
                                const PreviewRequest &request) {
     EXPECT_TRUE(run->Start());
-    RequestPreview(request);
-    EXPECT_TRUE(run->WaitUntilServed());
+    EXPECT_TRUE(run->Serve(request));
     const std::vector<uint32_t> painted = run->Paint(geometry);
     StopProxyUpdateTask();
     const double scale = std::min(geometry.zoom, 100.0);
@@ -153,23 +152,6 @@ TEST(PreviewTruth, FinishedPreviewIsTheFinalRenderButForTheFastMode) {
     EXPECT_EQ(BufferBytesInUse(), 0);
 }
 
-TEST(PreviewTruth, EnlargedPixelsAreThoseOfFullSize) {
-    PreviewRun run(400, 300, 12);
-    ASSERT_TRUE(run.Start());
-    const PreviewGeometry full = run.View(100.0, 400, 300), fourfold = run.View(400.0, 400, 300);
-    RequestPreview(MakeTestRequest(full));
-    ASSERT_TRUE(run.WaitUntilServed());
-    const std::vector<uint32_t> picture = run.Paint(full);
-    RequestPreview(MakeTestRequest(fourfold));
-    ASSERT_TRUE(run.WaitUntilServed());
-    const std::vector<uint32_t> enlarged = run.Paint(fourfold);
-    const IntRect visible = VisibleRect(fourfold);
-    for (int32_t y = 0; y < 300; ++y)
-        for (int32_t x = 0; x < 400; ++x)
-            ASSERT_EQ(enlarged[static_cast<size_t>(y * 400 + x)],
-                      picture[static_cast<size_t>((visible.top + y) / 4 * 400 + (visible.left + x) / 4)]);
-}
-
 TEST(PreviewTruth, PreviewOffAndTheTimeBeforeTheTableShowTheOriginal) {
     PreviewRun run(900, 700, 30);
     ASSERT_TRUE(run.Start());
@@ -187,21 +169,18 @@ TEST(PreviewTruth, PreviewOffAndTheTimeBeforeTheTableShowTheOriginal) {
         FreeStore(&original);
         return isSame;
     };
-    RequestPreview(MakeTestRequest(view, false));
-    ASSERT_TRUE(run.WaitUntilServed());
+    ASSERT_TRUE(run.Serve(MakeTestRequest(view, false)));
     std::vector<uint32_t> painted = run.Paint(view);
     EXPECT_TRUE(isOriginal(painted));
     EXPECT_EQ(painted[0], 0x123456u); // the image does not fill the display: beside it nothing is painted
 
-    RequestPreview(MakeTestRequest(view));
-    ASSERT_TRUE(run.WaitUntilServed());
+    ASSERT_TRUE(run.Serve(MakeTestRequest(view)));
     const std::vector<uint32_t> withEffect = run.Paint(view);
     EXPECT_FALSE(isOriginal(withEffect));
 
     RequestPreview(MakeTestRequest(view, false)); // and back: nothing is rendered anew
     ASSERT_TRUE(run.WaitUntilServed());
     EXPECT_TRUE(isOriginal(run.Paint(view)));
-    RequestPreview(MakeTestRequest(view));
-    ASSERT_TRUE(run.WaitUntilServed());
+    ASSERT_TRUE(run.Serve(MakeTestRequest(view)));
     EXPECT_EQ(run.Paint(view), withEffect);
 }

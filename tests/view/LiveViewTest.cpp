@@ -5,6 +5,7 @@
 #include "render/RenderDriver.h"
 #include "tests/support/NightScene.h"
 #include "tests/support/PhotoImage.h"
+#include "tests/support/PreviewState.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/WindowPicture.h"
 #include "tests/view/ViewDialog.h"
@@ -23,9 +24,12 @@ constexpr int kWidth = 482, kHeight = 362; // of the display
 constexpr int16_t kParameters[kRequestParameters] = {50, 60, 55, 150, 6, 50, 30, 50, 50, 15, 30};
 bool gPreviewOn = true;
 
+PreviewRequest PresentRequest() {
+    return MakePreviewRequest(CurrentPreviewGeometry(), gPreviewOn, kParameters, kStandardStar, false);
+}
+
 void SendRequest() {
-    RequestPreview(
-        MakePreviewRequest(CurrentPreviewGeometry(), gPreviewOn, kParameters, kStandardStar, false));
+    RequestPreview(PresentRequest());
 }
 
 // The demonstration photo when it was fetched, otherwise a generated night of its size.
@@ -56,7 +60,6 @@ protected:
         SetFocus(dialog.display);
         while (!gViewTools.tableReady)
             PumpFor(5);
-        Ask();
     }
     void TearDown() override {
         CloseViewDialog(&dialog);
@@ -67,21 +70,12 @@ protected:
         EXPECT_TRUE(TakeReports().empty());
     }
 
-    // Waits until the preview of the present view is finished; then nothing more comes.
-    void Finish() {
-        for (int quiet = 0, last = -1; quiet < 10; last = dialog.served) {
-            PumpFor(10);
-            quiet = dialog.served > 0 && dialog.served == last ? quiet + 1 : 0;
-        }
-    }
-    void Ask() {
-        PumpMessages();
-        dialog.served = 0;
-        SendRequest();
-        Finish();
-    }
     Picture Capture() {
-        Ask();
+        PumpMessages();
+        SendRequest();
+        while (!IsPreviewFinished(PresentRequest()))
+            PumpFor(5);
+        InvalidateRect(dialog.display, nullptr, FALSE); // the task's own may still be on its way
         UpdateWindow(dialog.display);
         return CaptureClient(dialog.display);
     }

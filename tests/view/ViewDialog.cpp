@@ -56,9 +56,6 @@ INT_PTR CALLBACK ViewDialogProc(HWND, UINT message, WPARAM wParam, LPARAM lParam
         if (gDialog->onRequest)
             gDialog->onRequest();
         return TRUE;
-    case kMsgProgress:
-        gDialog->served += gViewTools.tableReady && lParam == 0;
-        return TRUE;
     case kMsgTableReady:
         OnPreviewTableReady();
         return TRUE;

@@ -11,7 +11,6 @@ struct ViewDialog {
     HWND window = nullptr, display = nullptr;
     int previewRequests = 0;             // kMsgRequestPreview handled
     void (*onRequest)() = nullptr;       // called for each
-    int served = 0;                      // times that the progress was reset
     std::map<int, ToolPicture> pictures; // shown last, by control
 };
 
