@@ -1,0 +1,22 @@
+// How far the preview's images are, for tests that wait for them.
+#pragma once
+
+#include "ui/PreviewProxies.h"
+#include "ui/PreviewTiles.h"
+
+// Whether the task has taken this request and nothing is missing any more.
+inline bool IsPreviewFinished(const PreviewRequest &request) {
+    if (!LockPreview())
+        return false;
+    const PreviewRequest &taken = gProxies.previous;
+    const IntRect &a = taken.display, &b = request.display;
+    const bool isTaken = gProxies.hasPrevious && taken.zoom == request.zoom &&
+                         taken.centerX == request.centerX && taken.centerY == request.centerY &&
+                         a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom &&
+                         taken.previewOn == request.previewOn && SameEffect(taken, request);
+    UnlockPreview();
+    PreviewTile tile{};
+    return isTaken && !FindPreviewTile(request, PreviewArea::visible, &tile) &&
+           !FindPreviewTile(request, PreviewArea::surroundings, &tile) &&
+           !FindPreviewTile(request, PreviewArea::image, &tile);
+}
