@@ -88,11 +88,13 @@ TEST_F(LogRotation, AFileThatCannotBeDeletedEndsTheMoving) {
     EXPECT_EQ(ReadWholeFile(logs / Log(9) + "\\inside"), "kept");
     std::vector<std::string> lines = LinesSoFar();
     std::sort(lines.begin(), lines.end());
-    const std::string start = "TIME : Line 722: Debug Message: 'Debug:  Unexpected Error' - '_tremove() "
-                              "failed with error = '13'. File to "
-                              "be deleted was '";
-    EXPECT_EQ(lines, (std::vector<std::string>{start + (logs / Log(9)) + "''",
-                                               start + (logs / "Brillatrix Pro_aa.log") + "''"}));
+    std::vector<std::string> expected;
+    for (const std::string &name : {Log(9), std::string("Brillatrix Pro_aa.log")})
+        expected.push_back(
+            "TIME : Line 722: Debug Message: 'Debug:  Unexpected Error' - '_tremove() failed with "
+            "error = '13'. File to be deleted was '" +
+            (logs / name) + "''");
+    EXPECT_EQ(lines, expected);
 }
 
 TEST_F(LogRotation, AFileThatCannotBeMovedEndsTheMoving) {
@@ -115,12 +117,10 @@ TEST_F(LogRotation, NoFolderMeansNoPath) {
         EXPECT_FALSE(RotateLogs(unusable, "Brillatrix Pro", path, sizeof path));
     std::vector<std::string> lines = LinesSoFar();
     ASSERT_EQ(lines.size(), 6u);
-    EXPECT_EQ(lines[4],
-              "TIME : Line 694: Debug Message: 'Debug:  Unexpected Error' - '_tcscpy_s() failed with Debug "
-              "Log directory = '" +
-                  tooLong + "''");
-    EXPECT_EQ(lines[5],
-              "TIME : Line 782: Debug Message: 'Debug:  Unexpected Error' - 'GetDebugLogFolder() failed.'");
+    const std::string title = "Debug Message: 'Debug:  Unexpected Error' - '";
+    EXPECT_EQ(lines[4], "TIME : Line 694: " + title + "_tcscpy_s() failed with Debug Log directory = '" +
+                            tooLong + "''");
+    EXPECT_EQ(lines[5], "TIME : Line 782: " + title + "GetDebugLogFolder() failed.'");
     EXPECT_FALSE(RotateLogs(almostTooLong.c_str(), "Brillatrix Pro", path, sizeof path));
     EXPECT_FALSE(RotateLogs(logs.Path().c_str(), "Brillatrix Pro", path, 12));
     EXPECT_STREQ(path, "unchanged");
