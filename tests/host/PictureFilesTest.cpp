@@ -74,8 +74,9 @@ TEST(PictureFiles, JpegAndGreyPngWithTransparencyAreNearlyTheSame) {
     }
 }
 
-// Bytes of a 2 x 1 PNG made elsewhere, 16-bit grey 0x1234 and 0xABCD: the codec's byte order, both ways.
-TEST(PictureFiles, SixteenBitPngHasTheFormatsByteOrder) {
+// Bytes of a 2 x 1 PNG made elsewhere, 16-bit grey 0x1234 and 0xABCD, and of a BMP: the codecs' order of
+// bytes and of colours, both ways.
+TEST(PictureFiles, CodecsHaveTheFormatsByteOrder) {
     const Bytes known = {0x89, 0x50, 0x4E, 0x47, 0x0D, 0x0A, 0x1A, 0x0A, 0x00, 0x00, 0x00, 0x0D, 0x49, 0x48,
                          0x44, 0x52, 0x00, 0x00, 0x00, 0x02, 0x00, 0x00, 0x00, 0x01, 0x10, 0x00, 0x00, 0x00,
                          0x00, 0x81, 0xD9, 0xFC, 0x15, 0x00, 0x00, 0x00, 0x0D, 0x49, 0x44, 0x41, 0x54, 0x78,
@@ -89,6 +90,13 @@ TEST(PictureFiles, SixteenBitPngHasTheFormatsByteOrder) {
     EXPECT_EQ(picture.planes[0], (Bytes{0x34, 0x12, 0xCD, 0xAB}));
     WriteGood(folder.File(L"again.png"), picture);
     EXPECT_EQ(ReadGood(folder.File(L"again.png")), picture);
+    Picture colour = host::MakePicture(1, 1, 8, 3, false);
+    colour.planes = {{1}, {2}, {3}};
+    WriteGood(folder.File(L"a.bmp"), colour);
+    const Bytes bmp = ReadBytes(folder.File(L"a.bmp"));
+    ASSERT_GE(bmp.size(), 58u);
+    EXPECT_EQ(Bytes(bmp.begin() + bmp[10], bmp.begin() + bmp[10] + 3), (Bytes{3, 2, 1}))
+        << "blue comes first";
 }
 
 TEST(PictureFiles, NetpbmHeadersAndRanges) {
