@@ -187,6 +187,12 @@ int DialogFixture::Position(int trackbarId) const {
     return static_cast<int>(Ask(trackbarId, TBM_GETPOS));
 }
 
+ULONG_PTR DialogFixture::Cursor() {
+    Pump();
+    Ask(kDisplay, kMsgRefreshCursor);
+    return GetClassLongPtrW(Item(kDisplay), GCLP_HCURSOR);
+}
+
 RECT DialogFixture::ScreenPlace(int id) const {
     RECT place = {};
     GetWindowRect(Item(id), &place);

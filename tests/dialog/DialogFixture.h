@@ -41,6 +41,7 @@ protected:
     int Selected(int comboId) const { return static_cast<int>(Ask(comboId, CB_GETCURSEL)); }
     std::wstring RowText(int comboId, int row) const;
     int Position(int trackbarId) const;
+    ULONG_PTR Cursor(); // of the display, which shows the tool
     RECT ScreenPlace(int id) const;
 
     // Handles what waits, for at least so long.

@@ -10,12 +10,6 @@ namespace {
 
 class DialogKeys : public DialogFixture {
 protected:
-    // The tool shows in the display's cursor.
-    ULONG_PTR Cursor() {
-        Pump();
-        Ask(kDisplay, kMsgRefreshCursor);
-        return GetClassLongPtrW(Item(kDisplay), GCLP_HCURSOR);
-    }
     void ExpectOpen(int combo) {
         EXPECT_EQ(GetFocus(), Item(combo));
         EXPECT_TRUE(Ask(combo, CB_GETDROPPEDSTATE));

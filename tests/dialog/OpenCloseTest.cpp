@@ -106,7 +106,9 @@ TEST_F(MainDialog, OpensWithTheParametersShownAndTheEffectToolsWaiting) {
         EXPECT_EQ(GetPixel(dc, 1, 1), pixel) << "nothing is erased";
         ReleaseDC(dialog, dc);
         Pump(150);
+        const ULONG_PTR cursor = Cursor();
         Key('X');
+        EXPECT_EQ(Cursor(), cursor);
         EXPECT_TRUE(AreEffectToolsEnabled(FALSE)) << "the table is not ready";
         EXPECT_GT(Seen(kMsgProgress), 0) << "the wait is shown";
         ReleaseTable();
