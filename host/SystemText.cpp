@@ -38,9 +38,4 @@ std::string SystemErrorText(uint32_t error) {
     return ToUtf8(std::wstring(buffer, length));
 }
 
-bool Fail(std::string *why, const std::string &reason) {
-    *why = reason;
-    return false;
-}
-
 } // namespace host

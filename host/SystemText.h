@@ -15,6 +15,9 @@ std::wstring FromLocal(const char *text);
 std::string SystemErrorText(uint32_t error);
 
 // Tells the reason; always false.
-bool Fail(std::string *why, const std::string &reason);
+inline bool Fail(std::string *why, const std::string &reason) {
+    *why = reason;
+    return false;
+}
 
 } // namespace host
