@@ -234,10 +234,7 @@ void DrawUpdate(HDC dc, const RECT &client) {
         DrawDisplay(dc, client);
         return;
     }
-    if (s.UpdateRegion)
-        SelectClipRgn(s.dc, s.UpdateRegion);
     DrawDisplay(s.dc, client);
-    SelectClipRgn(s.dc, nullptr);
     BitBlt(dc, box.left, box.top, box.right - box.left, box.bottom - box.top, s.dc, box.left, box.top,
            SRCCOPY);
 }

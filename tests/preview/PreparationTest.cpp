@@ -16,9 +16,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <random>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -60,9 +62,11 @@ bool SameRect(const IntRect &a, const IntRect &b) {
 TEST(PreviewPreparation, ZoomDecidesWhetherScaledPixelsServe) {
     Images images(1200, 900);
     const auto prepare = [&](double zoom) {
-        const PreviewRequest request = MakeTestRequest(images.run.View(zoom));
-        PreparePreview(request);
-        return request;
+        PreviewGeometry view = images.run.View(zoom);
+        view.centerX = 160; // in the corner, where the windows of all zooms have pixels in common
+        view.centerY = 110;
+        PreparePreview(MakeTestRequest(view));
+        return MakeTestRequest(view);
     };
     images.Render(prepare(50.0), PreviewArea::surroundings);
     EXPECT_TRUE(IsRegionFilled(gProxies.ValidScaledProxyRegion));
@@ -156,6 +160,29 @@ TEST(PreviewPreparation, InvalidatingARectangleNeedsTheEffectLayer) {
         EXPECT_TRUE(PtInRegion(region, 400, 299));
     }
     EXPECT_EQ(images.Render(request, PreviewArea::visible), 1);
+}
+
+TEST(PreviewPreparation, ATileIsDoneAgainWhenALightChangesWhileItIsRendered) {
+    Images images(2000, 1500);
+    const PreviewRequest request = MakeTestRequest(images.run.View(100.0, 1800, 1400));
+    PreparePreview(request);
+    PreviewTile tile{};
+    ASSERT_TRUE(FindPreviewTile(request, PreviewArea::visible, &tile));
+    const LightSourceTableView table = GetLightSourceTable();
+    const LightSource *light =
+        std::find_if(table.records, table.records + table.count,
+                     [&](const LightSource &s) { return RectContains(tile.rect, s.X, s.Y); });
+    ASSERT_NE(light, table.records + table.count);
+    std::thread renderer([&] { RenderPreviewTile(request, tile, images.cancel); });
+    for (bool hasBegun = false; !hasBegun;) {
+        ASSERT_TRUE(LockPreview());
+        hasBegun = gProxies.hasLightSources;
+        UnlockPreview();
+    }
+    ChangeEffectAt(light->X, light->Y, 100.0, kHideEffect);
+    renderer.join();
+    EXPECT_FALSE(PtInRegion(gProxies.ValidEffectProxyRegion, light->X, light->Y));
+    EXPECT_FALSE(PtInRegion(gProxies.FreshRegion, light->X, light->Y));
 }
 
 TEST(PreviewPreparation, FailingRegionsAreReportedAndEndNothing) {

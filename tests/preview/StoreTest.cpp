@@ -179,6 +179,9 @@ TEST(PreviewStore, TakesOverWhatAnotherZoomShows) {
     CopyStore(full.store, &back.store);
     EXPECT_EQ(back.At(9, 30), 0u); // the other reaches no further
     EXPECT_EQ(back.At(10, 30), half.At(10, 30));
+    const TestStore none({0, 0, 100, 100}, 50.0);
+    CopyStore(none.store, &back.store);
+    EXPECT_EQ(back.At(10, 30), half.At(10, 30)) << "what has nothing takes nothing away";
 }
 
 TEST(PreviewStore, StopsWhenCancelledAndWithoutMemory) {

@@ -139,6 +139,9 @@ TEST(ProxyUpdateTask, HidingALightRendersOnlyItsStarAnew) {
     ASSERT_TRUE(run.Serve(request));
     const std::vector<uint32_t> hidden = run.Paint(view);
     EXPECT_NE(hidden, before);
+    ASSERT_TRUE(run.Start()); // nothing of the star is left that a preview made from nothing has not
+    ASSERT_TRUE(run.Serve(request));
+    EXPECT_EQ(run.Paint(view), hidden);
     ASSERT_EQ(ChangeEffectAt(light.X, light.Y, 100.0, kRestoreHidden), 2);
     ASSERT_TRUE(run.Serve(request));
     EXPECT_EQ(run.Paint(view), before);
