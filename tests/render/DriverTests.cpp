@@ -141,6 +141,34 @@ TEST_F(DriverTest, AbortIsPolledBeforeEachSourceOfBothPasses) {
     }
 }
 
+const Arm *gArmAtAbort;
+int32_t gLaterArms;
+
+void FillArmAndWatch(const ArmPiece &piece, uint32_t *values, uint16_t *states) {
+    if (gTestAbort == 0)
+        gArmAtAbort = piece.arm;
+    gTestAbort = 1;
+    gLaterArms += piece.arm != gArmAtAbort;
+    gInnerPath->fillArm(piece, values, states);
+}
+
+// A large star is left between two of its arms.
+TEST_F(DriverTest, AbortIsPolledBeforeEachArm) {
+    gInnerPath = path;
+    RenderPath watching = *path;
+    watching.fillArm = FillArmAndWatch;
+    gRenderPath = &watching;
+    gTestAbort = 0;
+    gLaterArms = 0;
+    std::vector<LightSource> sources = {MakeSource(100, 80)};
+    TestImage output(kModeRgb8, 0, kBounds);
+    EXPECT_FALSE(
+        RenderEffect(DefaultSettings(), output.buffer, kBounds, ViewOf(sources), gTestAbort, &output.buffer));
+    EXPECT_EQ(gTestAbort, 1);
+    EXPECT_EQ(gLaterArms, 0);
+    gRenderPath = path;
+}
+
 bool BuildDotAndAbort(StarStamp *stamp, int32_t px, int32_t py) {
     gTestAbort = 1;
     return BuildDot(stamp, px, py);
