@@ -71,10 +71,8 @@ void HoldKeyState(int key, bool down) {
 
 INT_PTR CALLBACK DialogFixture::Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     DialogFixture &f = *gFixture;
-    if (message == WM_INITDIALOG) {
+    if (message == WM_INITDIALOG)
         f.dialog = window;
-        SendMessageW(window, WM_CHANGEUISTATE, MAKEWPARAM(UIS_SET, UISF_HIDEFOCUS), 0); // as by the mouse
-    }
     ++f.seen[message];
     if (message == kMsgRequestPreview)
         f.previewIdle = false;

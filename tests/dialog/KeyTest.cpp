@@ -33,12 +33,11 @@ TEST_F(DialogKeys, LettersFocusTheFieldsUnlessAComboClaimsThem) {
     RunDialog([this] {
         Settle();
         ExpectFocusKeys(true, "at first");
-        SendMessageW(dialog, WM_CHANGEUISTATE, MAKEWPARAM(UIS_SET, UISF_HIDEACCEL | UISF_HIDEFOCUS), 0);
+        Forget();
         Key('D');
         EXPECT_EQ(GetFocus(), Item(kDisplay));
         ExpectFocusKeys(true, "in the preview");
-        EXPECT_EQ(SendMessageW(dialog, WM_QUERYUISTATE, 0, 0) & (UISF_HIDEACCEL | UISF_HIDEFOCUS), 0)
-            << "focus and mnemonics show";
+        EXPECT_EQ(Seen(WM_UPDATEUISTATE), 11) << "focus and mnemonics show";
         // From here on the letters stay with the controls, until the effect combo has had the focus and lost
         // it.
         Key('T');
