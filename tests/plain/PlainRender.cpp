@@ -19,9 +19,32 @@ constexpr int32_t kPhases = 4; // sub-pixel phases per axis
 
 // The stamps that have been needed so far, indexed px × 4 + py, and what they were drawn under.
 StampContext gContext;
-Stamp gStars[kPhases * kPhases], gFlares[kPhases * kPhases];
+struct KeptStamp {
+    Stamp entries;
+    IntRect box; // of their pixels
+};
+KeptStamp gStars[kPhases * kPhases], gFlares[kPhases * kPhases];
 
-Tint TintEntry(const Tint &tint, const StampEntry &entry) {
+IntRect BoxOf(const Stamp &stamp) {
+    IntRect box{0, 0, 0, 0};
+    for (const StampEntry &e : stamp)
+        box = {std::min<int32_t>(box.left, e.dx), std::min<int32_t>(box.top, e.dy),
+               std::max(box.right, e.dx + 1), std::max(box.bottom, e.dy + 1)};
+    return box;
+}
+
+constexpr int64_t kReach = std::numeric_limits<int16_t>::max() + 1; // no entry's offset gets this far
+
+// `area` as offsets from the place's pixel, as far as an entry can reach.
+IntRect AreaInOffsets(const IntRect &area, const StampPlace &place) {
+    const auto offset = [](int32_t edge, int32_t origin) {
+        return static_cast<int32_t>(std::clamp(int64_t{edge} - origin, -kReach, kReach));
+    };
+    return IntRect{offset(area.left, place.x), offset(area.top, place.y), offset(area.right, place.x),
+                   offset(area.bottom, place.y)};
+}
+
+inline Tint TintEntry(const Tint &tint, const StampEntry &entry) {
     return Tint{{Mul(entry.factor[0], tint.channel[0]), Mul(entry.factor[1], tint.channel[1]),
                  Mul(entry.factor[2], tint.channel[2])},
                 Mul(tint.value, entry.value)};
@@ -29,31 +52,34 @@ Tint TintEntry(const Tint &tint, const StampEntry &entry) {
 
 // Reads, blends and writes back at every entry, so that tiles never show.
 template <typename Sample>
-void LayEntries(const Stamp &stamp, const StampPlace &place, const Tint &tint, const IntRect &target,
+void LayEntries(const Stamp &stamp, const StampPlace &place, const Tint &tint, const IntRect &window,
                 const ImageBuffer &output) {
     const uint32_t threshold = gFloor / 2;
     for (const StampEntry &entry : stamp) {
-        const int64_t x = int64_t{place.x} + entry.dx, y = int64_t{place.y} + entry.dy;
-        if (x < target.left || x >= target.right || y < target.top || y >= target.bottom)
+        if (!RectContains(window, entry.dx, entry.dy))
             continue;
         const Tint source = TintEntry(tint, entry);
         if (Mul(LargestChannel(source.channel), source.value) < threshold)
             continue;
-        const int64_t index = (y - output.bounds.top) * output.width + (x - output.bounds.left);
+        const int64_t row = int64_t{place.y} + entry.dy - output.bounds.top;
+        const int64_t index = row * output.width + (int64_t{place.x} + entry.dx - output.bounds.left);
         WorkingPixel pixel = ReadPixel<Sample>(output, index);
         BlendScreen(source, &pixel);
         WritePixel<Sample>(pixel, output, index);
     }
 }
 
-void LayStamp(const Stamp &stamp, const StampPlace &place, const Tint &tint, const IntRect &target,
+void LayStamp(const KeptStamp &stamp, const StampPlace &place, const Tint &tint, const IntRect &target,
               const ImageBuffer &output) {
+    const IntRect window = AreaInOffsets(target, place);
+    if (IsEmptyRect(window) || IsEmptyRect(IntersectRects(stamp.box, window)))
+        return;
     if (output.bytesPerSample == 1)
-        LayEntries<uint8_t>(stamp, place, tint, target, output);
+        LayEntries<uint8_t>(stamp.entries, place, tint, window, output);
     else if (output.bytesPerSample == 2)
-        LayEntries<uint16_t>(stamp, place, tint, target, output);
+        LayEntries<uint16_t>(stamp.entries, place, tint, window, output);
     else
-        LayEntries<float>(stamp, place, tint, target, output);
+        LayEntries<float>(stamp.entries, place, tint, window, output);
 }
 
 // A document pixel's place at a zoom. The 3 is part of the design; a zoom so high that it leaves nothing to
@@ -84,7 +110,7 @@ struct RenderJob {
 // Lays a set's stamps onto every selected source whose value, its Intensity times `share`, is above the
 // floor. A `share` of null leaves the Intensity as it is.
 void RunPass(const RenderJob &job, Stamp (*draw)(const StampContext &, int32_t, int32_t),
-             const uint32_t *share, Stamp *stamps) {
+             const uint32_t *share, KeptStamp *stamps) {
     const uint32_t cutLevel = ThresholdCutLevel(job.settings.threshold);
     for (uint32_t i = 0; i < job.lightSources.count; ++i) {
         const LightSource &source = job.lightSources.records[i];
@@ -92,9 +118,11 @@ void RunPass(const RenderJob &job, Stamp (*draw)(const StampContext &, int32_t, 
         if (!IsLightSourceSelected(source, cutLevel) || value <= gFloor)
             continue;
         const StampPlace place = PlaceOfSource(source, job.settings.scale);
-        Stamp &stamp = stamps[place.px * kPhases + place.py];
-        if (stamp.empty())
-            stamp = draw(gContext, place.px, place.py);
+        KeptStamp &stamp = stamps[place.px * kPhases + place.py];
+        if (stamp.entries.empty()) {
+            stamp.entries = draw(gContext, place.px, place.py);
+            stamp.box = BoxOf(stamp.entries);
+        }
         LayStamp(stamp, place, MakeSourceTint(source, job.settings.colorSaturation, value), job.target,
                  job.output);
     }
@@ -103,8 +131,8 @@ void RunPass(const RenderJob &job, Stamp (*draw)(const StampContext &, int32_t, 
 } // namespace
 
 void FreeRenderState() {
-    std::fill(std::begin(gStars), std::end(gStars), Stamp{});
-    std::fill(std::begin(gFlares), std::end(gFlares), Stamp{});
+    std::fill(std::begin(gStars), std::end(gStars), KeptStamp{});
+    std::fill(std::begin(gFlares), std::end(gFlares), KeptStamp{});
     gContext = StampContext{};
 }
 
