@@ -41,7 +41,7 @@ struct Case {
     const char *name;
     int32_t megapixels, lights;
     void (*change)(RenderSettings *settings);
-    bool hasPlain; // the plain form's stamps would not fit any memory otherwise
+    bool hasPlain; // otherwise the plain form's stamps take gigabytes, and minutes to build
 };
 
 const Case kCases[] = {
@@ -54,8 +54,8 @@ const Case kCases[] = {
      },
      true},
     {"100-50", 100, 50, [](RenderSettings *) {}, true},
-    {"24-flare", 24, 50, [](RenderSettings *s) { s->length = s->softFlareIntensity = 100; }, true},
-    {"24-sharp20", 24, 50, [](RenderSettings *s) { s->spikeSharpness = 20; }, true},
+    {"24-flare", 24, 50, [](RenderSettings *s) { s->length = s->softFlareIntensity = 100; }, false},
+    {"24-sharp20", 24, 50, [](RenderSettings *s) { s->spikeSharpness = 20; }, false},
     {"24-worst", 24, 50,
      [](RenderSettings *s) {
          s->effectType = kHollywoodStar;
