@@ -23,9 +23,9 @@
 #include <cstdint>
 
 struct ArmShape {
-    int32_t angle;          // tenths of a degree, any integer; 0 points up, clockwise
     double sharpnessFactor; // edge steepness, above 0
     double widthFactor;     // above 0
+    int32_t angle;          // tenths of a degree, any integer; 0 points up, clockwise
     int32_t length;         // length value; below 1 nothing is drawn
     int32_t decay;          // 0..100: the higher, the steeper the fall-off
     uint32_t brightness;    // fraction; below a quarter of the floor nothing is drawn

@@ -16,8 +16,8 @@ int32_t ListPrimaryArms(const StampContext &context, ArmShape *shapes) {
     const ArmList list = LayoutStar({settings.effectType, settings.angle, settings.numberOfPoints,
                                      settings.length, SpikeBrightness(settings.intensity)});
     for (int32_t i = 0; i < list.count; ++i)
-        shapes[i] = ArmShape{list.arms[i].angle,  StarSharpnessFactor(context), StarWidthFactor(context),
-                             list.arms[i].length, settings.intensity,           list.arms[i].brightness};
+        shapes[i] = ArmShape{StarSharpnessFactor(context), StarWidthFactor(context), list.arms[i].angle,
+                             list.arms[i].length,          settings.intensity,       list.arms[i].brightness};
     return list.count;
 }
 

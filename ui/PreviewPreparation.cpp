@@ -57,8 +57,9 @@ bool CanKeepWindow(const PreviewRequest &request, const PreviewGeometry &geometr
     const int32_t width = request.display.right - request.display.left;
     const int32_t height = request.display.bottom - request.display.top;
     const IntRect shown = IntersectRects(VisibleRect(geometry), ScaledImage(geometry));
-    return int64_t{2} * std::abs(request.centerX - made.centerX) < width &&
-           int64_t{2} * std::abs(request.centerY - made.centerY) < height &&
+    const int64_t movedX = std::abs(int64_t{request.centerX} - made.centerX);
+    const int64_t movedY = std::abs(int64_t{request.centerY} - made.centerY);
+    return 2 * movedX < width && 2 * movedY < height &&
            ReachesSameEdges(gProxies.window, made.image, request.image) && HoldsRect(gProxies.window, shown);
 }
 

@@ -22,6 +22,7 @@ inline uint32_t ScreenPixel(uint32_t red, uint32_t green, uint32_t blue) {
 // Row y of a plane, so that the sample of document column x is at [x - bounds.left].
 template <typename Sample> const Sample *PlaneRow(const ImageBuffer &image, int32_t plane, int32_t y) {
     const void *samples = image.planes[plane]; // aligned: planes hold whole samples
+    // cppcheck-suppress CastIntegerToAddressAtReturn ; the cast is to a pointer
     return static_cast<const Sample *>(samples) + (int64_t{y} - image.bounds.top) * image.width;
 }
 

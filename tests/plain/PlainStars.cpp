@@ -175,7 +175,7 @@ std::vector<ArmShape> ListArms(const StampContext &context) {
                                      settings.length, SpikeBrightness(settings.intensity)});
     std::vector<ArmShape> shapes;
     for (int32_t i = 0; i < list.count; ++i)
-        shapes.push_back({list.arms[i].angle, StarSharpnessFactor(context), StarWidthFactor(context),
+        shapes.push_back({StarSharpnessFactor(context), StarWidthFactor(context), list.arms[i].angle,
                           list.arms[i].length, settings.intensity, list.arms[i].brightness});
     if (settings.secondaryIntensity > 0) {
         shapes.resize(shapes.size() + kBurstRays);

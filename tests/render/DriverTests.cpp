@@ -56,7 +56,7 @@ bool BuildDot(StarStamp *stamp, int32_t, int32_t) {
         std::fill(std::begin(table.reach), std::end(table.reach), 2u);
         return table;
     }();
-    if (!AddArm(gRenderState.context, &gRenderState.stars.tables, 0, 0, {1800, 0.5, 0.5, 50, 50, 600000000u},
+    if (!AddArm(gRenderState.context, &gRenderState.stars.tables, 0, 0, {0.5, 0.5, 1800, 50, 50, 600000000u},
                 stamp))
         return false;
     Arm &arm = stamp->arms[0];
