@@ -35,7 +35,8 @@ constexpr double kCoverageExponent = 1.6;
 // at most 2^32, and the roundings after it stay well below.
 constexpr double kShareMargin = 1.0 / 4096.0;
 
-// trunc(coverage^1.6 × 4294967294 + 0.5), with std::pow's integer. Coverage in (0, 1].
+// trunc(coverage^1.6 × 4294967294 + 0.5), with std::pow's integer. Coverage in [2^-54, 1]: an
+// arm's is a half and a difference, which leaves nothing smaller above 0.
 uint32_t ShareOfCoverage(double coverage);
 // A coverage that is needed for the share, which may be more than 1: at most that, and less by 2 % at most
 // unless the share is below 2^-32.

@@ -1,4 +1,4 @@
-brillatrix_test(reference_tests
+brillatrix_test(reference_tests TIMEOUT 600
     LIBS render plain_render engine recording_diag
     SOURCES
         reference/ArithmeticTest.cpp
