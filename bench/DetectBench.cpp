@@ -7,10 +7,10 @@
 // their ratio, the number of sources, and whether the tables agree record by record.
 #include "bench/DetectScenes.h"
 #include "bench/Timing.h"
-#include "engine/AnalysisImage.h"
-#include "engine/LightSourceTable.h"
 #include "engine/SerialBuild.h"
-#include "tests/reference/ReferenceDetect.h"
+#include "engine/image/AnalysisImage.h"
+#include "engine/table/LightSourceTable.h"
+#include "tests/reference/detect/ReferenceDetect.h"
 
 #include <algorithm>
 #include <atomic>

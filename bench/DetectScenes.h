@@ -1,7 +1,7 @@
 // The pictures of the detection's benchmarks and of the regression check.
 #pragma once
 
-#include "engine/ImageBuffer.h"
+#include "engine/image/ImageBuffer.h"
 
 #include <cstdint>
 

@@ -12,9 +12,9 @@
 // Prints what starting up costs: milliseconds to load the module and for its first call, the first time and
 // at best of N, and the memory that the process has then got beyond what it had before.
 #include "bench/Timing.h"
-#include "engine/ImageBuffer.h"
-#include "host/FilterHost.h"
-#include "host/ShownBoxes.h"
+#include "engine/image/ImageBuffer.h"
+#include "host/filter/FilterHost.h"
+#include "host/module/ShownBoxes.h"
 #include "tests/support/NightScene.h"
 
 #include <windows.h>

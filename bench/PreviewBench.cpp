@@ -7,12 +7,12 @@
 // one does; how long it was ever kept from doing so is its longest block.
 #include "diag/BufferUsage.h"
 #include "engine/InitializationTask.h"
-#include "engine/LightSourceTable.h"
+#include "engine/table/LightSourceTable.h"
 #include "tests/preview/PreviewRun.h"
 #include "tests/support/RecordingDiag.h"
-#include "ui/DialogMessages.h"
-#include "ui/PreviewImages.h"
-#include "ui/ProxyUpdateTask.h"
+#include "ui/preview/PreviewImages.h"
+#include "ui/preview/ProxyUpdateTask.h"
+#include "ui/window/DialogMessages.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,12 +1,12 @@
 // The fixed cases that regress.sh counts instructions of: regress_cases detect|stars|flare. Prints what came
 // out, so that a case that does nothing shows.
 #include "bench/DetectScenes.h"
-#include "engine/FixedPoint.h"
-#include "engine/Geometry.h"
-#include "engine/LightSourceTable.h"
 #include "engine/SerialBuild.h"
-#include "render/AngleTables.h"
+#include "engine/image/FixedPoint.h"
+#include "engine/image/Geometry.h"
+#include "engine/table/LightSourceTable.h"
 #include "render/RenderDriver.h"
+#include "render/shape/AngleTables.h"
 
 #include <atomic>
 #include <cstdio>

@@ -4,13 +4,13 @@ set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 cd "$root"
 cmake/install-packages.sh clang-tidy-14 cppcheck
-files="${*:-$(git ls-files 'engine/*.cpp' 'render/*.cpp' 'plugin/*.cpp' 'storage/*.cpp' 'diag/*.cpp' 'host/*.cpp' 'ui/*.cpp')}"
+files="${*:-$(git ls-files 'engine/*.cpp' 'render/*.cpp' 'plugin/*.cpp' 'storage/*.cpp' 'diag/*.cpp' 'host/*.cpp' 'ui/*.cpp' 'web/*.cpp')}"
 gcc=/usr/lib/gcc/x86_64-w64-mingw32/12-posix
 windows="--target=x86_64-w64-mingw32 -nostdinc++ -isystem $gcc/include/c++ -isystem $gcc/include/c++/x86_64-w64-mingw32
     -isystem /usr/x86_64-w64-mingw32/include -DWIN32_LEAN_AND_MEAN -DNOMINMAX -D_WIN32_WINNT=0x0601"
 for file in $files; do
     case "$file" in
-    engine/InitializationTask.cpp | plugin/* | storage/* | diag/* | host/* | ui/*) target=$windows ;;
+    engine/InitializationTask.cpp | engine/SystemThreads.cpp | plugin/* | web/* | storage/* | diag/* | host/* | ui/*) target=$windows ;;
     *) target="" ;;
     esac
     # shellcheck disable=SC2086  # lists of flags

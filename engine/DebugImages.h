@@ -2,8 +2,8 @@
 // kept, and nothing of it takes time, unless it was asked for before the run.
 #pragma once
 
-#include "engine/AnalysisImage.h"
-#include "engine/LightSourceTable.h"
+#include "engine/image/AnalysisImage.h"
+#include "engine/table/LightSourceTable.h"
 
 // Owner of everything in it: this module; FreeKeptImage releases it.
 struct KeptImage {

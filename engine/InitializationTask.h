@@ -3,7 +3,7 @@
 // thread.
 #pragma once
 
-#include "engine/ImageBuffer.h"
+#include "engine/image/ImageBuffer.h"
 
 #include <cstdint>
 

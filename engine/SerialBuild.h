@@ -1,7 +1,7 @@
 // Builds the light source table on the calling thread: for tests and benchmarks.
 #pragma once
 
-#include "engine/ImageBuffer.h"
+#include "engine/image/ImageBuffer.h"
 
 #include <atomic>
 #include <cstdint>

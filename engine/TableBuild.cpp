@@ -2,9 +2,9 @@
 
 #include "diag/BufferUsage.h"
 #include "engine/DebugImages.h"
-#include "engine/FixedPoint.h"
-#include "engine/LightSourceGrid.h"
-#include "engine/WorkerContext.h"
+#include "engine/detect/WorkerContext.h"
+#include "engine/image/FixedPoint.h"
+#include "engine/table/LightSourceGrid.h"
 
 #include <algorithm>
 

@@ -1,9 +1,9 @@
 // The steps of building the global light source table that do not depend on how the workers are run.
 #pragma once
 
-#include "engine/Bands.h"
-#include "engine/Detection.h"
-#include "engine/ImageBuffer.h"
+#include "engine/detect/Bands.h"
+#include "engine/detect/Detection.h"
+#include "engine/image/ImageBuffer.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "plugin/DiagnosticRequests.h"
 
-#include "engine/LightSourceTable.h"
+#include "engine/table/LightSourceTable.h"
 #include "render/KeptRun.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // The exported dialog procedures for diagnostic callers.
 #include "plugin/DiagnosticRequests.h"
-#include "ui/DebugImageViewer.h"
-#include "ui/LightSourceViewer.h"
+#include "ui/viewers/DebugImageViewer.h"
+#include "ui/viewers/LightSourceViewer.h"
 
 #include <windows.h>
 

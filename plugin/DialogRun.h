@@ -2,7 +2,7 @@
 #pragma once
 
 #include "diag/ResultCodes.h"
-#include "engine/ImageBuffer.h"
+#include "engine/image/ImageBuffer.h"
 
 // Lets the user choose the parameters, with a preview of the image while the light source table is being
 // built and after, and clears the dialog-pending byte. The table stays as the user left it. kUserCanceledErr

@@ -1,17 +1,17 @@
 #include "plugin/FinalRender.h"
 
 #include "diag/ErrorReport.h"
-#include "engine/FixedPoint.h"
 #include "engine/InitializationTask.h"
-#include "engine/LightSourceTable.h"
+#include "engine/image/FixedPoint.h"
+#include "engine/table/LightSourceTable.h"
 #include "plugin/DialogRun.h"
-#include "plugin/HostImage.h"
-#include "plugin/HostProgress.h"
-#include "plugin/PluginState.h"
 #include "plugin/TileRun.h"
-#include "render/AngleTables.h"
+#include "plugin/record/HostImage.h"
+#include "plugin/record/HostProgress.h"
+#include "plugin/record/PluginState.h"
 #include "render/KeptRun.h"
 #include "render/RenderDriver.h"
+#include "render/shape/AngleTables.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,7 +1,7 @@
 #include "plugin/HostServices.h"
 
-#include "plugin/PersistentBlock.h"
-#include "plugin/PluginState.h"
+#include "plugin/parameters/PersistentBlock.h"
+#include "plugin/record/PluginState.h"
 
 #include <windows.h>
 #include <objbase.h>

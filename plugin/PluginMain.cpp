@@ -2,10 +2,10 @@
 #include "diag/BufferUsage.h"
 #include "diag/ErrorReport.h"
 #include "diag/Log.h"
-#include "plugin/HostHandles.h"
 #include "plugin/HostServices.h"
-#include "plugin/PluginState.h"
 #include "plugin/Selectors.h"
+#include "plugin/record/HostHandles.h"
+#include "plugin/record/PluginState.h"
 #include "storage/AppFolders.h"
 
 #include <windows.h>

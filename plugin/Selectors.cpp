@@ -1,14 +1,14 @@
 #include "plugin/Selectors.h"
 
-#include "plugin/AboutBox.h"
 #include "plugin/FinalRender.h"
-#include "plugin/HostHandles.h"
-#include "plugin/HostRectangles.h"
 #include "plugin/HostServices.h"
-#include "plugin/PersistentBlock.h"
-#include "plugin/PluginState.h"
-#include "plugin/Scripting.h"
+#include "plugin/parameters/PersistentBlock.h"
+#include "plugin/parameters/Scripting.h"
+#include "plugin/record/HostHandles.h"
+#include "plugin/record/HostRectangles.h"
+#include "plugin/record/PluginState.h"
 #include "render/KeptRun.h"
+#include "ui/about/AboutBox.h"
 
 #include <algorithm>
 

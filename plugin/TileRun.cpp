@@ -1,10 +1,10 @@
 #include "plugin/TileRun.h"
 
-#include "engine/LightSourceTable.h"
-#include "plugin/HostImage.h"
-#include "plugin/HostProgress.h"
-#include "plugin/PluginState.h"
-#include "plugin/RenderThreads.h"
+#include "engine/SystemThreads.h"
+#include "engine/table/LightSourceTable.h"
+#include "plugin/record/HostImage.h"
+#include "plugin/record/HostProgress.h"
+#include "plugin/record/PluginState.h"
 #include "render/RenderDriver.h"
 
 namespace {

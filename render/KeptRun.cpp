@@ -1,7 +1,7 @@
 #include "render/KeptRun.h"
 
 #include "engine/DebugImages.h"
-#include "engine/FixedPoint.h"
+#include "engine/image/FixedPoint.h"
 #include "render/RenderDriver.h"
 #include "render/StampPicture.h"
 

@@ -2,8 +2,8 @@
 // the four pictures made of them. Host's thread, while no run is on.
 #pragma once
 
-#include "engine/LightSourceTable.h"
-#include "render/RenderSettings.h"
+#include "engine/table/LightSourceTable.h"
+#include "render/shape/RenderSettings.h"
 
 #include <cstdint>
 

@@ -1,15 +1,15 @@
 #include "render/RenderDriver.h"
 
 #include "diag/BufferUsage.h"
-#include "engine/FixedPoint.h"
-#include "render/AngleTables.h"
-#include "engine/BandWorkers.h"
-#include "render/FixedPower.h"
+#include "engine/image/BandWorkers.h"
+#include "engine/image/FixedPoint.h"
 #include "render/OutputBase.h"
 #include "render/RenderState.h"
-#include "render/SourceTint.h"
-#include "render/StarBuilder.h"
-#include "render/StampLayer.h"
+#include "render/shape/AngleTables.h"
+#include "render/shape/FixedPower.h"
+#include "render/stamp/SourceTint.h"
+#include "render/stamp/StampLayer.h"
+#include "render/stamp/StarBuilder.h"
 
 #include <algorithm>
 #include <cmath>

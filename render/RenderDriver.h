@@ -1,10 +1,10 @@
 // The render driver: lays the stamps of every selected light source onto the image.
 #pragma once
 
-#include "engine/ImageBuffer.h"
-#include "engine/LightSourceTable.h"
-#include "render/RenderSettings.h"
-#include "engine/WorkerThreads.h"
+#include "engine/image/ImageBuffer.h"
+#include "engine/image/WorkerThreads.h"
+#include "engine/table/LightSourceTable.h"
+#include "render/shape/RenderSettings.h"
 
 #include <atomic>
 #include <cstdint>

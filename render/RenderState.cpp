@@ -1,7 +1,7 @@
 #include "render/RenderState.h"
 
 #include "diag/BufferUsage.h"
-#include "render/StarBuilder.h"
+#include "render/stamp/StarBuilder.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 #pragma once
 
 #include "render/RenderDriver.h"
-#include "render/RenderPath.h"
-#include "render/SoftFlare.h"
-#include "render/StampContext.h"
-#include "render/StarStamp.h"
+#include "render/rows/RenderPath.h"
+#include "render/shape/SoftFlare.h"
+#include "render/shape/StampContext.h"
+#include "render/stamp/StarStamp.h"
 
 constexpr int32_t kPhases = 4;                       // sub-pixel phases per axis, quarter pixels
 constexpr int32_t kStampsPerSet = kPhases * kPhases; // indexed px × 4 + py

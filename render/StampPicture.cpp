@@ -1,10 +1,10 @@
 #include "render/StampPicture.h"
 
-#include "engine/FixedPoint.h"
-#include "render/AngleTables.h"
-#include "render/FixedPower.h"
+#include "engine/image/FixedPoint.h"
 #include "render/RenderDriver.h"
 #include "render/RenderState.h"
+#include "render/shape/AngleTables.h"
+#include "render/shape/FixedPower.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // A picture of one light's star and flare, as the renderer lays them.
 #pragma once
 
-#include "engine/Geometry.h"
-#include "render/RenderSettings.h"
+#include "engine/image/Geometry.h"
+#include "render/shape/RenderSettings.h"
 
 #include <cstdint>
 

@@ -5,7 +5,7 @@
 #define BX_DIALOG_WIDTH 497
 #define BX_DIALOG_HEIGHT 433
 
-// Controls. The pairs of edit field and trackbar are in ui/ParameterTable.cpp.
+// Controls. The pairs of edit field and trackbar are in ui/fields/ParameterTable.cpp.
 #define BX_ID_PREVIEW_ON 1002
 #define BX_ID_HELP 1000
 #define BX_ID_SETTINGS_COMBO 1023

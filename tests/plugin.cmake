@@ -4,6 +4,6 @@ brillatrix_test(plugin_tests TIMEOUT 300 LIBS filter_host engine render storage 
     SOURCES plugin/FailureTest.cpp plugin/ImageTest.cpp plugin/ModuleFixture.cpp plugin/NightDocument.cpp
             plugin/ParameterAccessorTest.cpp plugin/PersistentBlockTest.cpp plugin/ResourceTest.cpp
             plugin/ScriptTest.cpp plugin/SelectorTest.cpp storage/TemporaryFolder.cpp
-            support/NightScene.cpp ../plugin/ParameterAccessor.cpp ../plugin/ParameterSet.cpp
-            ../plugin/PluginState.cpp)
+            support/NightScene.cpp ../plugin/parameters/ParameterAccessor.cpp
+            ../plugin/record/PluginState.cpp)
 add_dependencies(plugin_tests BrillatrixX64)

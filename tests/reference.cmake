@@ -3,20 +3,20 @@ brillatrix_test(reference_tests TIMEOUT 600
     SOURCES
         reference/ArithmeticTest.cpp
         reference/Cases.cpp
-        reference/DetectPartsTest.cpp
-        reference/DetectTest.cpp
+        reference/detect/DetectPartsTest.cpp
+        reference/detect/DetectTest.cpp
         reference/NightScene.cpp
         reference/ReferenceBlend.cpp
-        reference/ReferenceDetect.cpp
-        reference/ReferenceLayouts.cpp
+        reference/detect/ReferenceDetect.cpp
+        reference/render/ReferenceLayouts.cpp
         reference/ReferenceMath.cpp
-        reference/ReferenceProfile.cpp
-        reference/ReferenceReduce.cpp
-        reference/ReferenceRefine.cpp
-        reference/ReferenceRender.cpp
-        reference/ReferenceSamplers.cpp
-        reference/ReferenceStamps.cpp
-        reference/ReferenceTable.cpp
-        reference/SceneTest.cpp
-        reference/Scenes.cpp
-        reference/TableTest.cpp)
+        reference/detect/ReferenceProfile.cpp
+        reference/detect/ReferenceReduce.cpp
+        reference/detect/ReferenceRefine.cpp
+        reference/render/ReferenceRender.cpp
+        reference/detect/ReferenceSamplers.cpp
+        reference/render/ReferenceStamps.cpp
+        reference/detect/ReferenceTable.cpp
+        reference/render/SceneTest.cpp
+        reference/render/Scenes.cpp
+        reference/detect/TableTest.cpp)

@@ -2,7 +2,7 @@
 if(NOT WIN32)
     brillatrix_test(view_native_tests
         LIBS recording_diag
-        SOURCES ../ui/PreviewGeometry.cpp ../ui/ViewCursor.cpp ../ui/ViewState.cpp ../ui/ViewZoom.cpp
+        SOURCES ../ui/pixels/PreviewGeometry.cpp ../ui/view/ViewCursor.cpp ../ui/view/ViewState.cpp ../ui/view/ViewZoom.cpp
                 view/ViewArithmeticTest.cpp)
     return()
 endif()

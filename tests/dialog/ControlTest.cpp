@@ -1,8 +1,8 @@
 // Every control that changes the result: what the person sets is what the host's picture gets.
 #include "tests/dialog/DialogFixture.h"
 
-#include "render/EffectTypes.h"
-#include "ui/DialogMessages.h"
+#include "render/shape/EffectTypes.h"
+#include "ui/window/DialogMessages.h"
 
 #include <commctrl.h>
 

@@ -1,6 +1,6 @@
 #include "tests/dialog/DialogFixture.h"
 
-#include "ui/DialogMessages.h"
+#include "ui/window/DialogMessages.h"
 
 #include <commctrl.h>
 #include <process.h>

@@ -2,7 +2,7 @@
 // launchpad_dusk.jpg in it; leaves the dialog in each of its states as BMP files.
 #include "tests/dialog/DialogFixture.h"
 
-#include "host/PictureFiles.h"
+#include "host/pictures/PictureFiles.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 // The keyboard: every key of the accelerator table, who else may claim the keys, and the way of the Tab key.
 #include "tests/dialog/DialogFixture.h"
 
-#include "ui/DialogMessages.h"
+#include "ui/window/DialogMessages.h"
 
 #include <algorithm>
 #include <set>

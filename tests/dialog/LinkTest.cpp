@@ -1,8 +1,8 @@
 // Where the links lead: those of the about box, and the main dialog's to a newer version. The build gives the
 // maker's addresses.
 #include "resources/ResourceIds.h"
-#include "storage/UpdateRecord.h"
 #include "tests/dialog/DialogFixture.h"
+#include "web/UpdateRecord.h"
 
 #include <algorithm>
 #include <cstring>

@@ -2,7 +2,7 @@
 #include "tests/dialog/DialogFixture.h"
 
 #include "storage/UISettings.h"
-#include "ui/DialogMessages.h"
+#include "ui/window/DialogMessages.h"
 
 #include <algorithm>
 #include <commctrl.h>

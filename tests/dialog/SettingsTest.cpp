@@ -1,8 +1,8 @@
 // Saved sets in the dialog: the menu, loading, saving, deleting, and which row stands selected.
 #include "tests/dialog/DialogFixture.h"
 
-#include "render/EffectTypes.h"
-#include "ui/DialogMessages.h"
+#include "render/shape/EffectTypes.h"
+#include "ui/window/DialogMessages.h"
 
 #include <cstring>
 #include <shlobj.h>

@@ -2,7 +2,7 @@
 // one loaded module.
 #pragma once
 
-#include "host/ModuleImports.h"
+#include "host/module/ModuleImports.h"
 
 #include <map>
 #include <string>

@@ -2,7 +2,7 @@
 // may have any size.
 #include "tests/dialog/DialogFixture.h"
 
-#include "ui/DialogMessages.h"
+#include "ui/window/DialogMessages.h"
 
 #include <cmath>
 

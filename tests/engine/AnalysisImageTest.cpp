@@ -1,5 +1,5 @@
 // The analysis image where no comparison with the yardstick goes: its limits, failures and cancelling.
-#include "engine/AnalysisImage.h"
+#include "engine/image/AnalysisImage.h"
 
 #include "diag/BufferUsage.h"
 #include "tests/engine/TestWorker.h"

@@ -1,10 +1,10 @@
 // What lights are found, told by what was painted; and one worker's failures, cancelling and wild positions.
-#include "engine/Detection.h"
+#include "engine/detect/Detection.h"
 
-#include "engine/CandidateAnalysis.h"
-#include "engine/FixedPoint.h"
-#include "engine/FloodFill.h"
-#include "engine/RadiusRefinement.h"
+#include "engine/detect/CandidateAnalysis.h"
+#include "engine/detect/FloodFill.h"
+#include "engine/detect/RadiusRefinement.h"
+#include "engine/image/FixedPoint.h"
 #include "tests/engine/TestWorker.h"
 
 #include <cmath>

@@ -3,7 +3,7 @@
 
 #include "diag/BufferUsage.h"
 #include "engine/SerialBuild.h"
-#include "host/ModuleImports.h"
+#include "host/module/ModuleImports.h"
 #include "tests/engine/TestImages.h"
 
 #include <windows.h>

@@ -1,8 +1,8 @@
 // The table where no comparison with the yardstick goes: its grid, growth, failures and wild inputs.
-#include "engine/LightSourceTable.h"
+#include "engine/table/LightSourceTable.h"
 
 #include "diag/BufferUsage.h"
-#include "engine/LightSourceGrid.h"
+#include "engine/table/LightSourceGrid.h"
 #include "tests/engine/TestImages.h"
 
 #include <cmath>

@@ -2,8 +2,8 @@
 #include "engine/TableBuild.h"
 
 #include "diag/BufferUsage.h"
-#include "engine/FixedPoint.h"
 #include "engine/SerialBuild.h"
+#include "engine/image/FixedPoint.h"
 #include "tests/engine/TestWorker.h"
 
 #include <cmath>

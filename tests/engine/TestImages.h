@@ -1,8 +1,8 @@
 // Synthetic pictures for the engine's tests.
 #pragma once
 
-#include "engine/ImageBuffer.h"
-#include "engine/LightSourceTable.h"
+#include "engine/image/ImageBuffer.h"
+#include "engine/table/LightSourceTable.h"
 #include "tests/support/RecordingDiag.h"
 
 #include <gtest/gtest.h>

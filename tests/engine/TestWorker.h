@@ -1,8 +1,8 @@
 // A detection worker over a whole picture, for tests that look at single steps.
 #pragma once
 
-#include "engine/Detection.h"
-#include "engine/WorkerContext.h"
+#include "engine/detect/Detection.h"
+#include "engine/detect/WorkerContext.h"
 #include "tests/engine/TestImages.h"
 
 struct TestWorker {

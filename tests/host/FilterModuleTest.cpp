@@ -1,4 +1,4 @@
-#include "host/FilterHost.h"
+#include "host/filter/FilterHost.h"
 #include "tests/host/TestFiles.h"
 
 // The test filter, loaded for one test, told what to do.

@@ -1,6 +1,6 @@
 // A small filter to test the host with: it inverts the image tile by tile. The environment variable
 // INVERT_FILTER makes it do something else: "box", "crash", "slow", "fail", "report", "continue".
-#include "plugin/HostInterface.h"
+#include "plugin/interface/HostInterface.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
-#include "host/Options.h"
-#include "host/Parameters.h"
-#include "plugin/ScriptKeys.h"
+#include "host/program/Options.h"
+#include "host/program/Parameters.h"
+#include "plugin/interface/ScriptKeys.h"
 #include "tests/host/TestFiles.h"
 
 using host::Options;

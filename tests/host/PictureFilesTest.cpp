@@ -1,7 +1,7 @@
 #include "tests/host/TestFiles.h"
 
-#include "host/PictureMetadata.h"
-#include "host/SystemText.h"
+#include "host/base/SystemText.h"
+#include "host/pictures/PictureMetadata.h"
 
 #include <cmath>
 

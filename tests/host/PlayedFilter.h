@@ -1,7 +1,7 @@
 // A filter made of a test's own function, played by a host.
 #pragma once
 
-#include "host/FilterHost.h"
+#include "host/filter/FilterHost.h"
 
 #include <gtest/gtest.h>
 

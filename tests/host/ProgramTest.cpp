@@ -1,8 +1,8 @@
 // The program itself, run as a user runs it.
 #include "tests/host/TestFiles.h"
 
-#include "host/Parameters.h"
-#include "host/SystemText.h"
+#include "host/base/SystemText.h"
+#include "host/program/Parameters.h"
 
 #include <windows.h>
 

@@ -1,6 +1,6 @@
-#include "host/ByteStream.h"
-#include "host/Descriptor.h"
-#include "host/PiPL.h"
+#include "host/base/ByteStream.h"
+#include "host/filter/Descriptor.h"
+#include "host/module/PiPL.h"
 
 #include <gtest/gtest.h>
 

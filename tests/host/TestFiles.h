@@ -1,8 +1,8 @@
 // A folder for the files of a test, and where the built modules are.
 #pragma once
 
-#include "host/FileBytes.h"
-#include "host/PictureFiles.h"
+#include "host/base/FileBytes.h"
+#include "host/pictures/PictureFiles.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The lights found in real photos: every star sits on a light, and none lies inside a large flat bright area.
-#include "engine/LightSourceTable.h"
 #include "engine/SerialBuild.h"
-#include "host/PictureFiles.h"
+#include "engine/table/LightSourceTable.h"
+#include "host/pictures/PictureFiles.h"
 
 #include <gtest/gtest.h>
 

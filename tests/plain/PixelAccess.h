@@ -2,8 +2,8 @@
 // uint8_t, uint16_t or float.
 #pragma once
 
-#include "engine/ImageBuffer.h"
-#include "render/PixelBlender.h"
+#include "engine/image/ImageBuffer.h"
+#include "render/rows/PixelBlender.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "engine/FixedPoint.h"
+#include "engine/image/FixedPoint.h"
 #include "tests/plain/PlainStamps.h"
 
 #include <algorithm>

@@ -1,10 +1,10 @@
 #include "tests/plain/PlainRender.h"
 
-#include "engine/FixedPoint.h"
-#include "render/AngleTables.h"
+#include "engine/image/FixedPoint.h"
 #include "render/OutputBase.h"
-#include "render/SourceTint.h"
-#include "render/StampLayer.h"
+#include "render/shape/AngleTables.h"
+#include "render/stamp/SourceTint.h"
+#include "render/stamp/StampLayer.h"
 #include "tests/plain/PixelAccess.h"
 #include "tests/plain/PlainStamps.h"
 

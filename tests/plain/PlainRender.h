@@ -1,9 +1,9 @@
 // Whole renders in the plain form.
 #pragma once
 
-#include "engine/ImageBuffer.h"
-#include "engine/LightSourceTable.h"
-#include "render/RenderSettings.h"
+#include "engine/image/ImageBuffer.h"
+#include "engine/table/LightSourceTable.h"
+#include "render/shape/RenderSettings.h"
 
 namespace plain {
 

@@ -3,7 +3,7 @@
 // the layouts, the angle tables, the source tints and the output base with the renderer.
 #pragma once
 
-#include "render/StampContext.h"
+#include "render/shape/StampContext.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,9 +1,9 @@
-#include "engine/FixedPoint.h"
-#include "render/AngleTables.h"
-#include "render/EffectTypes.h"
-#include "render/Rainbow.h"
-#include "render/SecondarySpikes.h"
-#include "render/StarBuilder.h"
+#include "engine/image/FixedPoint.h"
+#include "render/shape/AngleTables.h"
+#include "render/shape/EffectTypes.h"
+#include "render/shape/Rainbow.h"
+#include "render/stamp/SecondarySpikes.h"
+#include "render/stamp/StarBuilder.h"
 #include "tests/plain/PlainStamps.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // Services that are missing, calls that fail at any point, memory that runs out, people who cancel: each ends
 // with a code, nothing is left held, and the next run works.
-#include "engine/FixedPoint.h"
+#include "engine/image/FixedPoint.h"
 #include "tests/plugin/ModuleFixture.h"
 #include "tests/plugin/NightDocument.h"
 

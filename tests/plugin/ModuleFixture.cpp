@@ -1,6 +1,6 @@
 #include "tests/plugin/ModuleFixture.h"
 
-#include "plugin/ScriptKeys.h"
+#include "plugin/interface/ScriptKeys.h"
 #include "resources/ResourceIds.h"
 
 #include <atomic>

@@ -2,10 +2,10 @@
 // watched.
 #pragma once
 
-#include "host/FilterHost.h"
-#include "host/ModuleImports.h"
-#include "host/ShownBoxes.h"
-#include "plugin/ParameterSet.h"
+#include "host/filter/FilterHost.h"
+#include "host/module/ModuleImports.h"
+#include "host/module/ShownBoxes.h"
+#include "render/ParameterSet.h"
 #include "tests/storage/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -1,10 +1,10 @@
 #include "tests/plugin/NightDocument.h"
 
-#include "engine/FixedPoint.h"
 #include "engine/InitializationTask.h"
-#include "engine/LightSourceTable.h"
-#include "render/AngleTables.h"
+#include "engine/image/FixedPoint.h"
+#include "engine/table/LightSourceTable.h"
 #include "render/RenderDriver.h"
+#include "render/shape/AngleTables.h"
 #include "tests/support/NightScene.h"
 
 #include <cstring>

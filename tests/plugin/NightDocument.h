@@ -2,8 +2,8 @@
 // directly, in one piece, on the same samples.
 #pragma once
 
-#include "host/Document.h"
-#include "plugin/ParameterSet.h"
+#include "host/filter/Document.h"
+#include "render/ParameterSet.h"
 
 #include <cstdint>
 #include <vector>

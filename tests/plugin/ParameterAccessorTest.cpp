@@ -1,6 +1,6 @@
 // The accessor's operations on the current set, and the settings of a render made from it.
-#include "plugin/ParameterAccessor.h"
-#include "plugin/PluginState.h"
+#include "plugin/parameters/ParameterAccessor.h"
+#include "plugin/record/PluginState.h"
 #include "tests/plugin/ModuleFixture.h"
 
 #include <cstdlib>

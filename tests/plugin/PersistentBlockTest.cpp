@@ -1,5 +1,5 @@
 // The block kept between runs: by the host when it can, by the initial-settings file when it cannot.
-#include "plugin/PersistentBlock.h"
+#include "plugin/parameters/PersistentBlock.h"
 #include "tests/plugin/ModuleFixture.h"
 
 #include <cstring>

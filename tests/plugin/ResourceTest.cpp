@@ -1,7 +1,7 @@
 // The built module's resources and its import and export tables, read back from the file.
-#include "host/FilterModule.h"
-#include "host/ModuleImports.h"
-#include "plugin/ScriptKeys.h"
+#include "host/module/FilterModule.h"
+#include "host/module/ModuleImports.h"
+#include "plugin/interface/ScriptKeys.h"
 #include "resources/ResourceIds.h"
 #include "tests/plugin/ModuleFixture.h"
 

@@ -1,5 +1,5 @@
 // Scripting: what a descriptor changes, what the user is told about a bad one, and what is recorded.
-#include "plugin/ScriptKeys.h"
+#include "plugin/interface/ScriptKeys.h"
 #include "tests/plugin/ModuleFixture.h"
 
 #include <cmath>

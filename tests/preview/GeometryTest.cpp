@@ -1,4 +1,4 @@
-#include "ui/PreviewGeometry.h"
+#include "ui/pixels/PreviewGeometry.h"
 
 #include <gtest/gtest.h>
 

@@ -2,17 +2,17 @@
 // dialog does, with the rules checked after every step.
 #include "diag/BufferUsage.h"
 #include "engine/InitializationTask.h"
-#include "engine/LightSourceTable.h"
+#include "engine/table/LightSourceTable.h"
 #include "render/RenderDriver.h"
 #include "tests/preview/PreviewRun.h"
-#include "tests/support/SystemObjects.h"
 #include "tests/support/PreviewState.h"
 #include "tests/support/RecordingDiag.h"
-#include "ui/PreviewImages.h"
-#include "ui/PreviewInvariants.h"
-#include "ui/PreviewProxies.h"
-#include "ui/PreviewTiles.h"
-#include "ui/ProxyUpdateTask.h"
+#include "tests/support/SystemObjects.h"
+#include "ui/preview/PreviewImages.h"
+#include "ui/preview/PreviewInvariants.h"
+#include "ui/preview/PreviewProxies.h"
+#include "ui/preview/PreviewTiles.h"
+#include "ui/preview/ProxyUpdateTask.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,12 @@
 #include "tests/preview/PreviewRun.h"
 
 #include "engine/InitializationTask.h"
-#include "render/AngleTables.h"
 #include "render/RenderDriver.h"
+#include "render/shape/AngleTables.h"
 #include "tests/support/NightScene.h"
-#include "ui/DialogMessages.h"
-#include "ui/PreviewImages.h"
-#include "ui/ProxyUpdateTask.h"
+#include "ui/preview/PreviewImages.h"
+#include "ui/preview/ProxyUpdateTask.h"
+#include "ui/window/DialogMessages.h"
 
 #include <gtest/gtest.h>
 

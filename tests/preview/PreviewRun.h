@@ -1,9 +1,9 @@
 // A run with an image, its light source table, and a dialog and a display that nobody sees.
 #pragma once
 
-#include "engine/ImageBuffer.h"
-#include "ui/PreviewGeometry.h"
-#include "ui/PreviewRequest.h"
+#include "engine/image/ImageBuffer.h"
+#include "ui/pixels/PreviewGeometry.h"
+#include "ui/preview/PreviewRequest.h"
 
 #include <cstdint>
 #include <functional>

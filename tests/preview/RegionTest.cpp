@@ -1,9 +1,9 @@
 // Region objects against sets of pixels.
 #include "diag/BufferUsage.h"
-#include "tests/support/SystemObjects.h"
 #include "tests/support/RecordingDiag.h"
-#include "ui/PreviewGeometry.h"
-#include "ui/Regions.h"
+#include "tests/support/SystemObjects.h"
+#include "ui/pixels/PreviewGeometry.h"
+#include "ui/preview/Regions.h"
 
 #include <gtest/gtest.h>
 

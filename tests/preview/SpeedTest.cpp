@@ -3,8 +3,8 @@
 #include "engine/InitializationTask.h"
 #include "tests/preview/PreviewRun.h"
 #include "tests/support/RecordingDiag.h"
-#include "ui/DialogMessages.h"
-#include "ui/ProxyUpdateTask.h"
+#include "ui/preview/ProxyUpdateTask.h"
+#include "ui/window/DialogMessages.h"
 
 #include <gtest/gtest.h>
 

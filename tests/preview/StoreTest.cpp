@@ -1,4 +1,4 @@
-#include "ui/PreviewStore.h"
+#include "ui/pixels/PreviewStore.h"
 
 #include "diag/BufferUsage.h"
 #include "tests/support/RecordingDiag.h"

@@ -1,17 +1,17 @@
 // The Proxy Update Task: its objects, its order of work, its messages, and that it always ends.
 #include "diag/BufferUsage.h"
-#include "engine/FixedPoint.h"
 #include "engine/InitializationTask.h"
-#include "engine/LightSourceTable.h"
+#include "engine/image/FixedPoint.h"
+#include "engine/table/LightSourceTable.h"
 #include "render/RenderDriver.h"
 #include "tests/preview/PreviewRun.h"
-#include "tests/support/SystemObjects.h"
 #include "tests/support/RecordingDiag.h"
-#include "ui/DialogMessages.h"
-#include "ui/PreviewImages.h"
-#include "ui/PreviewProxies.h"
-#include "ui/ProxyUpdateState.h"
-#include "ui/ProxyUpdateTask.h"
+#include "tests/support/SystemObjects.h"
+#include "ui/preview/PreviewImages.h"
+#include "ui/preview/PreviewProxies.h"
+#include "ui/preview/ProxyUpdateState.h"
+#include "ui/preview/ProxyUpdateTask.h"
+#include "ui/window/DialogMessages.h"
 
 #include <gtest/gtest.h>
 

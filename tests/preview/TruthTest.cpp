@@ -1,14 +1,14 @@
 // A finished preview shows what the final render will give.
 #include "diag/BufferUsage.h"
-#include "engine/FixedPoint.h"
+#include "engine/image/FixedPoint.h"
 #include "render/RenderDriver.h"
 #include "tests/preview/PreviewRun.h"
 #include "tests/support/PhotoImage.h"
 #include "tests/support/RecordingDiag.h"
-#include "ui/DialogMessages.h"
-#include "ui/PreviewInvariants.h"
-#include "ui/PreviewStore.h"
-#include "ui/ProxyUpdateTask.h"
+#include "ui/pixels/PreviewStore.h"
+#include "ui/preview/PreviewInvariants.h"
+#include "ui/preview/ProxyUpdateTask.h"
+#include "ui/window/DialogMessages.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "tests/reference/Cases.h"
 
-#include "engine/FixedPoint.h"
+#include "engine/image/FixedPoint.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
 // Random cases for the comparisons of product and yardstick: numbers, settings, pictures, light sources.
 #pragma once
 
-#include "engine/ImageBuffer.h"
-#include "engine/LightSourceTable.h"
-#include "render/RenderSettings.h"
-#include "tests/reference/ReferenceStamps.h"
+#include "engine/image/ImageBuffer.h"
+#include "engine/table/LightSourceTable.h"
+#include "render/shape/RenderSettings.h"
+#include "tests/reference/render/ReferenceStamps.h"
 
 #include <cstdint>
 #include <random>

@@ -2,7 +2,7 @@
 // and the sample conversions. Nothing here is remembered between calls except the two tables.
 #pragma once
 
-#include "engine/ImageBuffer.h"
+#include "engine/image/ImageBuffer.h"
 
 #include <array>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // The render driver: stamps kept, aborts, failures and values from outside. Its pictures are held against the
 // yardsticks in tests/reference.
-#include "render/StarBuilder.h"
+#include "render/stamp/StarBuilder.h"
 #include "tests/render/RenderFixture.h"
 #include "tests/support/StandardThreads.h"
 

@@ -1,9 +1,9 @@
 // Powers, tables and layouts where they leave the library or their usual range. Their values are held against
 // the yardsticks in tests/reference.
-#include "render/EffectTypes.h"
-#include "render/SoftFlare.h"
-#include "render/SpikeProfile.h"
-#include "render/StarBuilder.h"
+#include "render/shape/EffectTypes.h"
+#include "render/shape/SoftFlare.h"
+#include "render/shape/SpikeProfile.h"
+#include "render/stamp/StarBuilder.h"
 #include "tests/render/RenderFixture.h"
 
 #include <algorithm>

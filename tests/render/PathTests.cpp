@@ -1,7 +1,7 @@
 // The two forms of the inner loops against each other, and the short cuts that both take. What they blend is
 // held against the yardsticks in tests/reference.
-#include "render/PixelBlender.h"
-#include "render/StampLayer.h"
+#include "render/rows/PixelBlender.h"
+#include "render/stamp/StampLayer.h"
 #include "tests/render/RenderFixture.h"
 
 namespace {

@@ -2,14 +2,14 @@
 #pragma once
 
 #include "diag/BufferUsage.h"
-#include "engine/FixedPoint.h"
-#include "engine/Geometry.h"
-#include "engine/ImageBuffer.h"
-#include "render/AngleTables.h"
-#include "render/FixedPower.h"
+#include "engine/image/FixedPoint.h"
+#include "engine/image/Geometry.h"
+#include "engine/image/ImageBuffer.h"
 #include "render/RenderDriver.h"
-#include "render/RenderPath.h"
 #include "render/RenderState.h"
+#include "render/rows/RenderPath.h"
+#include "render/shape/AngleTables.h"
+#include "render/shape/FixedPower.h"
 #include "tests/support/RecordingDiag.h"
 
 #include <gtest/gtest.h>

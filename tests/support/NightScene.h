@@ -2,7 +2,7 @@
 // places.
 #pragma once
 
-#include "engine/ImageBuffer.h"
+#include "engine/image/ImageBuffer.h"
 
 #include <cstdint>
 #include <vector>

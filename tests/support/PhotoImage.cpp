@@ -1,6 +1,6 @@
 #include "tests/support/PhotoImage.h"
 
-#include "host/PictureFiles.h"
+#include "host/pictures/PictureFiles.h"
 
 #include <cstring>
 #include <string>

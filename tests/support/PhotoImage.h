@@ -1,7 +1,7 @@
 // Photos of the file system as images for tests.
 #pragma once
 
-#include "engine/ImageBuffer.h"
+#include "engine/image/ImageBuffer.h"
 
 #include <filesystem>
 

@@ -1,8 +1,8 @@
 // How far the preview's images are, for tests that wait for them.
 #pragma once
 
-#include "ui/PreviewProxies.h"
-#include "ui/PreviewTiles.h"
+#include "ui/preview/PreviewProxies.h"
+#include "ui/preview/PreviewTiles.h"
 
 // Whether the task has taken this request and nothing is missing any more.
 inline bool IsPreviewFinished(const PreviewRequest &request) {

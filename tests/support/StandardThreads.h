@@ -1,7 +1,7 @@
 // The standard library's threads, to share work with.
 #pragma once
 
-#include "engine/WorkerThreads.h"
+#include "engine/image/WorkerThreads.h"
 
 #include <memory>
 #include <thread>

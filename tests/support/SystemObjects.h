@@ -3,7 +3,7 @@
 // filter.
 #pragma once
 
-#include "host/ModuleImports.h"
+#include "host/module/ModuleImports.h"
 
 #include <map>
 #include <string>

@@ -1,17 +1,17 @@
 // The main dialog's look, on its real template and pictures: sizes, scales, painting, what is given back.
-#include "plugin/DpiScope.h"
-#include "plugin/MakerAddresses.h"
 #include "resources/ResourceIds.h"
-#include "tests/support/WindowPicture.h"
 #include "tests/support/SystemObjects.h"
-#include "ui/CornerIcon.h"
-#include "ui/DialogBackBuffer.h"
-#include "ui/DialogLayout.h"
-#include "ui/DialogPictures.h"
-#include "ui/MakersLogo.h"
-#include "ui/ParameterControls.h"
-#include "ui/PreviewDisplay.h"
-#include "ui/PreviewFrame.h"
+#include "tests/support/WindowPicture.h"
+#include "ui/about/MakersLogo.h"
+#include "ui/display/PreviewDisplay.h"
+#include "ui/fields/ParameterControls.h"
+#include "ui/look/CornerIcon.h"
+#include "ui/look/DialogBackBuffer.h"
+#include "ui/look/DialogLayout.h"
+#include "ui/look/DialogPictures.h"
+#include "ui/look/PreviewFrame.h"
+#include "ui/window/DpiScope.h"
+#include "web/MakerAddresses.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "ui/NumberText.h"
+#include "ui/fields/NumberText.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "tests/ui/PairDialog.h"
 
 #include "resources/ResourceIds.h"
-#include "ui/DialogMessages.h"
+#include "ui/window/DialogMessages.h"
 
 #include <commctrl.h>
 #include <utility>

@@ -2,8 +2,8 @@
 // makes.
 #pragma once
 
-#include "plugin/ParameterSet.h"
-#include "ui/ParameterControls.h"
+#include "render/ParameterSet.h"
+#include "ui/fields/ParameterControls.h"
 
 #include <gtest/gtest.h>
 

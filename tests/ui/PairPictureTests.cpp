@@ -2,7 +2,7 @@
 #include "tests/support/SystemObjects.h"
 #include "tests/support/WindowPicture.h"
 #include "tests/ui/PairDialog.h"
-#include "ui/ParameterEditPaint.h"
+#include "ui/fields/ParameterEditPaint.h"
 
 #include <algorithm>
 #include <cstdint>

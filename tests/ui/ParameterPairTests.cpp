@@ -1,8 +1,8 @@
 // The pairs on the dialog's template, driven with the messages of keyboard and mouse.
 #include "tests/ui/PairDialog.h"
-#include "ui/DialogMessages.h"
-#include "ui/ParameterEdit.h"
-#include "ui/ParameterTrackbar.h"
+#include "ui/fields/ParameterEdit.h"
+#include "ui/fields/ParameterTrackbar.h"
+#include "ui/window/DialogMessages.h"
 
 #include <commctrl.h>
 #include <cstring>

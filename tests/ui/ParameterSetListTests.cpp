@@ -1,13 +1,13 @@
 // The list of saved sets and the three commands, on the dialog's template.
 #include "resources/ResourceIds.h"
+#include "storage/AppFolders.h"
+#include "storage/ParameterFiles.h"
 #include "tests/storage/TemporaryFolder.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/ui/PairDialog.h"
-#include "storage/AppFolders.h"
-#include "storage/ParameterFiles.h"
-#include "ui/DialogMessages.h"
-#include "ui/ParameterFileCommands.h"
-#include "ui/ParameterSetList.h"
+#include "ui/settings/ParameterFileCommands.h"
+#include "ui/settings/ParameterSetList.h"
+#include "ui/window/DialogMessages.h"
 
 #include <gtest/gtest.h>
 

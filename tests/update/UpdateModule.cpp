@@ -1,7 +1,7 @@
 // The update notice in a module of its own.
-#include "plugin/UpdateNotice.h"
-#include "plugin/UpdateRequest.h"
 #include "storage/AppFolders.h"
+#include "web/UpdateNotice.h"
+#include "web/UpdateRequest.h"
 
 #include <cstdio>
 

@@ -1,12 +1,12 @@
 // When the maker is asked, with what, and what is made of the answer. The test program's own version is
 // 7.65535.3.21.
 #include "diag/Log.h"
-#include "plugin/UpdateNotice.h"
-#include "plugin/UpdateRequest.h"
 #include "storage/AppFolders.h"
-#include "storage/UpdateRecord.h"
 #include "tests/storage/TemporaryFolder.h"
 #include "tests/update/LoopbackServer.h"
+#include "web/UpdateNotice.h"
+#include "web/UpdateRecord.h"
+#include "web/UpdateRequest.h"
 
 #include <gtest/gtest.h>
 

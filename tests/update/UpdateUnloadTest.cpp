@@ -1,7 +1,7 @@
 // A module that is unloaded, and a process that ends, while the answer is still awaited.
-#include "plugin/UpdateRequest.h"
 #include "tests/storage/TemporaryFolder.h"
 #include "tests/update/LoopbackServer.h"
+#include "web/UpdateRequest.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // Mouse, keys and wheel on the display.
 #include "tests/view/ViewFixture.h"
-#include "ui/PreviewDisplayCursor.h"
-#include "ui/PreviewDisplayMouse.h"
+#include "ui/display/PreviewDisplayCursor.h"
+#include "ui/display/PreviewDisplayMouse.h"
 
 #include <random>
 

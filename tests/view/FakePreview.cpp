@@ -1,9 +1,9 @@
 #include "tests/view/FakePreview.h"
 
-#include "engine/LightSourceTable.h"
+#include "engine/table/LightSourceTable.h"
 #include "tests/support/SystemObjects.h"
-#include "ui/PreviewImages.h"
-#include "ui/ProxyUpdateTask.h"
+#include "ui/preview/PreviewImages.h"
+#include "ui/preview/ProxyUpdateTask.h"
 
 #include <cmath>
 

@@ -2,7 +2,7 @@
 // a pattern that tells the document pixel, and every call is kept.
 #pragma once
 
-#include "ui/PreviewGeometry.h"
+#include "ui/pixels/PreviewGeometry.h"
 
 #include <cstdint>
 #include <vector>

@@ -1,8 +1,8 @@
 // The display with the real preview behind it: pictures to look at, left beside the test program, and what
 // must hold of them.
 #include "engine/InitializationTask.h"
-#include "render/AngleTables.h"
 #include "render/RenderDriver.h"
+#include "render/shape/AngleTables.h"
 #include "tests/support/NightScene.h"
 #include "tests/support/PhotoImage.h"
 #include "tests/support/PreviewState.h"

@@ -1,9 +1,9 @@
 // The arithmetic of the view: ladder, fitting, texts, the tables of cursors and presses, and a random walk
 // that checks that the picture never jumps.
 #include "tests/support/RecordingDiag.h"
-#include "ui/ViewCursor.h"
-#include "ui/ViewState.h"
-#include "ui/ViewZoom.h"
+#include "ui/view/ViewCursor.h"
+#include "ui/view/ViewState.h"
+#include "ui/view/ViewZoom.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The controls around the display: tool icons, zoom text and buttons, menu, scroll bars, fit commands.
 #include "tests/view/ViewFixture.h"
-#include "ui/ViewMenu.h"
+#include "ui/view/ViewMenu.h"
 
 #include <commctrl.h>
 #include <string>

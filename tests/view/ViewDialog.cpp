@@ -1,7 +1,7 @@
 #include "tests/view/ViewDialog.h"
 
-#include "engine/LightSourceTable.h"
-#include "ui/DialogMessages.h"
+#include "engine/table/LightSourceTable.h"
+#include "ui/window/DialogMessages.h"
 
 #include <commctrl.h>
 #include <string>

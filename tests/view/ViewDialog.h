@@ -2,7 +2,7 @@
 // user's input makes.
 #pragma once
 
-#include "ui/PreviewDisplay.h"
+#include "ui/display/PreviewDisplay.h"
 
 #include <map>
 #include <windows.h>

@@ -1,6 +1,6 @@
 // A diagnostic caller and the finished module.
-#include "plugin/DiagnosticInterface.h"
-#include "plugin/HostInterface.h"
+#include "plugin/interface/DiagnosticInterface.h"
+#include "plugin/interface/HostInterface.h"
 #include "resources/ResourceIds.h"
 #include "tests/plugin/ModuleFixture.h"
 #include "tests/plugin/NightDocument.h"

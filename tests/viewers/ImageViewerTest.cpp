@@ -1,15 +1,15 @@
 #include "diag/BufferUsage.h"
-#include "engine/LightSourceTable.h"
+#include "engine/table/LightSourceTable.h"
 #include "resources/ResourceIds.h"
 #include "storage/AppFolders.h"
 #include "storage/UISettings.h"
-#include "tests/support/SystemObjects.h"
 #include "tests/storage/TemporaryFolder.h"
 #include "tests/support/RecordingDiag.h"
+#include "tests/support/SystemObjects.h"
 #include "tests/support/WindowPicture.h"
 #include "tests/viewers/KeptScene.h"
 #include "tests/viewers/ModalDialog.h"
-#include "ui/DebugImageViewer.h"
+#include "ui/viewers/DebugImageViewer.h"
 
 #include <gtest/gtest.h>
 

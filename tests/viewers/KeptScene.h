@@ -4,7 +4,7 @@
 
 #include "render/KeptRun.h"
 #include "render/RenderDriver.h"
-#include "render/RenderSettings.h"
+#include "render/shape/RenderSettings.h"
 
 #include <cstdint>
 #include <vector>

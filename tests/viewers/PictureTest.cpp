@@ -1,11 +1,11 @@
 #include "diag/BufferUsage.h"
 #include "engine/DebugImages.h"
-#include "engine/FixedPoint.h"
-#include "render/AngleTables.h"
+#include "engine/image/FixedPoint.h"
 #include "render/StampPicture.h"
+#include "render/shape/AngleTables.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/viewers/KeptScene.h"
-#include "ui/DebugImageView.h"
+#include "ui/viewers/DebugImageView.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
 #include "diag/LogState.h"
-#include "engine/LightSourceTable.h"
+#include "engine/table/LightSourceTable.h"
 #include "resources/ResourceIds.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/SystemObjects.h"
 #include "tests/support/WindowPicture.h"
 #include "tests/viewers/ModalDialog.h"
-#include "ui/LightSourceViewer.h"
+#include "ui/viewers/LightSourceViewer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,0 @@
-#include "engine/FixedPoint.h"
-
-bool gPreciseMode = true;
-uint32_t gFloor = kFloor8Bit;

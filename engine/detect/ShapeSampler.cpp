@@ -1,0 +1,182 @@
+// A shape's edge is two quarter pixels wide on either side of its radius: with all lengths in quarter pixels
+// and a radius index i, a pixel belongs to the disk when its distance from the centre is below i + 2, and to
+// the ring when it is in [i − 2, i + 2).
+#include "engine/detect/ShapeSampler.h"
+
+#include "diag/BufferUsage.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int32_t kEdgeWidth = 2; // quarter pixels
+
+// A shape's squared radii in quarter pixels, and the phase of its centre.
+struct ShapeGeometry {
+    int32_t innerSquared, outerSquared;
+    int32_t reach; // no pixel lies further from the centre's whole pixel than this
+    int32_t xQuarter, yQuarter;
+};
+
+ShapeGeometry MakeGeometry(float radius, bool isRing, int32_t phase) {
+    const auto index = static_cast<int32_t>(radius / kShapeRadiusStep + 0.5f);
+    const int32_t inner = isRing ? std::max(index - kEdgeWidth, 0) : 0;
+    const int32_t outer = index + kEdgeWidth;
+    return ShapeGeometry{inner * inner, outer * outer, outer / 4 + 1, phase % 4, phase / 4};
+}
+
+bool BelongsTo(const ShapeGeometry &g, int32_t dx, int32_t dy) {
+    const int32_t x = 4 * dx - g.xQuarter, y = 4 * dy - g.yQuarter;
+    const int32_t distance = x * x + y * y;
+    return distance >= g.innerSquared && distance < g.outerSquared;
+}
+
+// Hands every run of the shape to `put`, top to bottom and left to right.
+template <typename Put> void TraceRuns(const ShapeGeometry &g, Put put) {
+    for (int32_t dy = -g.reach; dy <= g.reach; ++dy)
+        for (int32_t dx = -g.reach; dx <= g.reach; ++dx) {
+            if (!BelongsTo(g, dx, dy))
+                continue;
+            const int32_t left = dx;
+            while (BelongsTo(g, dx, dy))
+                ++dx;
+            put(ShapeRun{static_cast<int16_t>(dy), static_cast<int16_t>(left), static_cast<int16_t>(dx)});
+        }
+}
+
+void AppendRun(SubShape *sub, const ShapeRun &run) {
+    sub->runs[sub->runCount++] = run;
+    sub->pixelCount += static_cast<uint32_t>(run.right - run.left);
+    sub->box.left = std::min<int32_t>(sub->box.left, run.left);
+    sub->box.top = std::min<int32_t>(sub->box.top, run.dy);
+    sub->box.right = std::max<int32_t>(sub->box.right, run.right);
+    sub->box.bottom = std::max<int32_t>(sub->box.bottom, run.dy + 1);
+}
+
+// Leaves *sub alone when the shape has no pixel at all at this phase, or memory ran out.
+void RasterizeSubShape(const ShapeGeometry &geometry, SubShape *sub) {
+    uint32_t runs = 0;
+    TraceRuns(geometry, [&runs](const ShapeRun &) { ++runs; });
+    if (runs == 0)
+        return;
+    SubShape made{};
+    made.allocatedBytes = runs * sizeof(ShapeRun);
+    made.runs = static_cast<ShapeRun *>(CountedAlloc(made.allocatedBytes));
+    if (!made.runs)
+        return;
+    TraceRuns(geometry, [&made](const ShapeRun &run) { AppendRun(&made, run); });
+    *sub = made;
+}
+
+const PixelSample *PixelAt(const AnalysisImage &image, int32_t x, int32_t y) {
+    const int64_t width = image.bounds.right - image.bounds.left;
+    return image.samples + (y - image.bounds.top) * width + (x - image.bounds.left);
+}
+
+bool LiesInside(const IntRect &box, const IntRect &bounds, int32_t x, int32_t y) {
+    return x + box.left >= bounds.left && x + box.right <= bounds.right && y + box.top >= bounds.top &&
+           y + box.bottom <= bounds.bottom;
+}
+
+template <typename Visit> void VisitSpan(const PixelSample *p, int32_t length, Visit visit) {
+    for (const PixelSample *end = p + length; p != end; ++p)
+        visit(*p);
+}
+
+// Only the pixels inside the bounds; returns how many.
+template <typename Visit>
+int64_t VisitClippedRun(const ShapeRun &run, const AnalysisImage &image, int32_t x, int32_t y, Visit visit) {
+    const int32_t left = std::max(x + run.left, image.bounds.left);
+    const int32_t right = std::min(x + run.right, image.bounds.right);
+    if (left >= right || !RectContains(image.bounds, left, y + run.dy))
+        return 0;
+    VisitSpan(PixelAt(image, left, y + run.dy), right - left, visit);
+    return right - left;
+}
+
+template <typename Visit>
+int64_t VisitSubShape(const SubShape &sub, const AnalysisImage &image, int32_t x, int32_t y, Visit visit) {
+    const bool isWhole = LiesInside(sub.box, image.bounds, x, y);
+    int64_t visited = isWhole ? sub.pixelCount : 0;
+    for (uint32_t i = 0; i < sub.runCount; ++i) {
+        const ShapeRun run = sub.runs[i];
+        if (isWhole)
+            VisitSpan(PixelAt(image, x + run.left, y + run.dy), run.right - run.left, visit);
+        else
+            visited += VisitClippedRun(run, image, x, y, visit);
+    }
+    return visited;
+}
+
+// Hands every pixel of the shape inside the bounds to `visit`, row by row, left to right; returns how many.
+// Without the memory to keep the runs they are traced each time.
+template <typename Visit>
+int64_t VisitPixels(ShapeRecord *shape, bool isRing, const AnalysisImage &image,
+                    const LightSourcePosition &center, Visit visit) {
+    const int32_t phase = center.XQuarter + 4 * center.YQuarter;
+    SubShape *sub = &shape->subShapes[phase];
+    if (sub->runs)
+        return VisitSubShape(*sub, image, center.X, center.Y, visit);
+    const ShapeGeometry geometry = MakeGeometry(*shape->radius, isRing, phase);
+    RasterizeSubShape(geometry, sub);
+    int64_t visited = 0;
+    TraceRuns(geometry, [&](const ShapeRun &run) {
+        visited += VisitClippedRun(run, image, center.X, center.Y, visit);
+    });
+    return visited;
+}
+
+bool SampleBrightness(ShapeRecord *shape, bool isRing, const AnalysisImage &image,
+                      const LightSourcePosition &center, ShapeStatistics *out) {
+    double sum = 0.0, squares = 0.0;
+    const int64_t count = VisitPixels(shape, isRing, image, center, [&sum, &squares](const PixelSample &p) {
+        const double brightness = PixelBrightness(p);
+        sum += brightness;
+        squares += brightness * brightness;
+    });
+    if (count == 0)
+        return false;
+    const double n = static_cast<double>(count), mean = sum / n;
+    *out = ShapeStatistics{mean, std::sqrt(std::max(0.0, squares / n - mean * mean))};
+    return true;
+}
+
+} // namespace
+
+bool SampleDisk(ShapeRecord *shape, const AnalysisImage &image, const LightSourcePosition &center,
+                ShapeStatistics *out) {
+    return SampleBrightness(shape, false, image, center, out);
+}
+
+bool SampleRing(ShapeRecord *shape, const AnalysisImage &image, const LightSourcePosition &center,
+                ShapeStatistics *out) {
+    return SampleBrightness(shape, true, image, center, out);
+}
+
+bool SampleRingColor(ShapeRecord *shape, const AnalysisImage &image, const LightSourcePosition &center,
+                     uint32_t color[3]) {
+    double sums[3] = {0.0, 0.0, 0.0};
+    const int64_t count = VisitPixels(shape, true, image, center, [&sums](const PixelSample &p) {
+        sums[0] += p.red;
+        sums[1] += p.green;
+        sums[2] += p.blue;
+    });
+    if (count == 0)
+        return false;
+    for (int i = 0; i < 3; ++i)
+        color[i] = static_cast<uint32_t>(sums[i] / static_cast<double>(count));
+    return true;
+}
+
+double ShapeContrast(const ShapeStatistics &statistics) {
+    const double spread = 2 * statistics.deviation;
+    return spread > statistics.mean ? 0.0 : statistics.mean - spread;
+}
+
+void FreeShapeRecord(ShapeRecord *shape) {
+    for (SubShape &sub : shape->subShapes) {
+        CountedFree(sub.runs, sub.allocatedBytes);
+        sub = SubShape{};
+    }
+}

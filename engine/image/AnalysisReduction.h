@@ -1,0 +1,13 @@
+// Reads an image buffer as pixel samples, and reduces it to the analysis image by exact area average.
+#pragma once
+
+#include "engine/image/AnalysisImage.h"
+
+// Reads the pixels of document row y into `row`, buffer.width of them.
+void ReadSampleRow(const ImageBuffer &buffer, int32_t y, PixelSample *row);
+
+// Fills image->samples (allocated for image->bounds) with the averages of `source` at image->scale. Returns
+// kNoError, kUserCanceledErr when *cancel became non-zero, or kParamErr when memory ran out. The
+// `threads` share the rows; none of them runs any more on return.
+HostResult ReduceToAnalysisImage(const ImageBuffer &source, const std::atomic<uint8_t> &cancel,
+                                 AnalysisImage *image, const WorkerThreads &threads);

@@ -1,0 +1,134 @@
+#include "host/base/FileBytes.h"
+
+#include "host/base/Display.h"
+#include "host/base/SystemText.h"
+
+#include <algorithm>
+
+namespace host {
+
+constexpr size_t kLargestPiece = 16u << 20; // of one system call
+
+static bool FailWithError(std::string *why) {
+    *why = SystemErrorText(GetLastError());
+    return false;
+}
+
+static bool ReadOpenFile(HANDLE file, Bytes *bytes, std::string *why) {
+    LARGE_INTEGER size;
+    if (!GetFileSizeEx(file, &size))
+        return FailWithError(why);
+    if (size.QuadPart > 0xFFFFFFFFll) {
+        *why = "it is larger than 4 GB";
+        return false;
+    }
+    Bytes read(static_cast<size_t>(size.QuadPart));
+    for (size_t at = 0; at < read.size();) {
+        DWORD count = 0;
+        const DWORD piece = static_cast<DWORD>(std::min(read.size() - at, kLargestPiece));
+        if (!ReadFile(file, read.data() + at, piece, &count, nullptr))
+            return FailWithError(why);
+        if (count == 0) {
+            *why = "it became shorter while it was read";
+            return false;
+        }
+        at += count;
+    }
+    *bytes = std::move(read);
+    return true;
+}
+
+bool ReadWholeFile(const std::wstring &path, Bytes *bytes, std::string *why) {
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return FailWithError(why);
+    bool done = false;
+    try {
+        done = ReadOpenFile(file, bytes, why);
+    } catch (const std::bad_alloc &) {
+        *why = "not enough memory";
+    }
+    CloseHandle(file);
+    return done;
+}
+
+bool BeginOutput(const std::wstring &path, OutputFile *file, std::string *why) {
+    OutputFile begun;
+    begun.path = path;
+    begun.temporaryPath = path + L"." + std::to_wstring(GetCurrentProcessId()) + L".tmp";
+    begun.handle = CreateFileW(begun.temporaryPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                               FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (begun.handle == INVALID_HANDLE_VALUE)
+        return FailWithError(why);
+    *file = std::move(begun);
+    return true;
+}
+
+bool AppendOutput(OutputFile *file, const void *bytes, size_t length, std::string *why) {
+    const uint8_t *next = static_cast<const uint8_t *>(bytes);
+    while (length > 0) {
+        DWORD written = 0;
+        const DWORD piece = static_cast<DWORD>(std::min(length, kLargestPiece));
+        if (!WriteFile(file->handle, next, piece, &written, nullptr))
+            return FailWithError(why);
+        if (written == 0) {
+            *why = "the disk is full";
+            return false;
+        }
+        next += written;
+        length -= written;
+    }
+    return true;
+}
+
+void DiscardOutput(OutputFile *file) {
+    if (file->handle == INVALID_HANDLE_VALUE)
+        return;
+    CloseHandle(file->handle);
+    DeleteFileW(file->temporaryPath.c_str());
+    *file = {};
+}
+
+bool CommitOutputFile(OutputFile *file, std::string *why) {
+    const bool isFlushed = FlushFileBuffers(file->handle);
+    if (!isFlushed)
+        FailWithError(why);
+    CloseHandle(file->handle);
+    const bool isMoved = isFlushed && MoveFileExW(file->temporaryPath.c_str(), file->path.c_str(),
+                                                  MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+    if (isFlushed && !isMoved)
+        FailWithError(why);
+    if (!isMoved)
+        DeleteFileW(file->temporaryPath.c_str());
+    *file = {};
+    return isMoved;
+}
+
+bool WriteWholeFile(const std::wstring &path, const Bytes &bytes, std::string *why) {
+    OutputFile file;
+    if (!BeginOutput(path, &file, why))
+        return false;
+    if (!AppendOutput(&file, bytes.data(), bytes.size(), why)) {
+        DiscardOutput(&file);
+        return false;
+    }
+    return CommitOutputFile(&file, why);
+}
+
+std::wstring NativePath(const std::wstring &path) {
+    std::wstring native = path;
+    const bool isRooted = path.size() > 1 && path[0] == L'/' && path[1] != L'/';
+    if (isRooted && IsUnderWine() && GetDriveTypeW(L"Z:\\") != DRIVE_NO_ROOT_DIR)
+        native = L"Z:" + path;
+    const DWORD needed = GetFullPathNameW(native.c_str(), 0, nullptr, nullptr);
+    std::wstring full(needed, L'\0');
+    const DWORD length = needed ? GetFullPathNameW(native.c_str(), needed, full.data(), nullptr) : 0;
+    if (length == 0 || length >= needed)
+        return native;
+    full.resize(length);
+    const bool isDrivePath = full.size() > 2 && full[1] == L':';
+    return isDrivePath && full.size() >= MAX_PATH ? L"\\\\?\\" + full : full;
+}
+
+} // namespace host

@@ -1,0 +1,36 @@
+// Whole files in, and files out that appear under their name only when they are complete.
+#pragma once
+
+#include "host/base/ByteStream.h"
+
+#include <windows.h>
+
+#include <string>
+
+namespace host {
+
+// False with a reason. Files of 4 GB and more are refused.
+bool ReadWholeFile(const std::wstring &path, Bytes *bytes, std::string *why);
+
+// A file being written beside its final place. Zero-initialised it is closed.
+struct OutputFile {
+    HANDLE handle = INVALID_HANDLE_VALUE;
+    std::wstring path;
+    std::wstring temporaryPath;
+};
+
+bool BeginOutput(const std::wstring &path, OutputFile *file, std::string *why);
+bool AppendOutput(OutputFile *file, const void *bytes, size_t length, std::string *why);
+// Puts the finished file in its place, over an older one. After a failure nothing is left of it.
+bool CommitOutputFile(OutputFile *file, std::string *why);
+// Throws away what was written. Does nothing to a closed file.
+void DiscardOutput(OutputFile *file);
+
+// All four in one.
+bool WriteWholeFile(const std::wstring &path, const Bytes &bytes, std::string *why);
+
+// A path as the system's file functions want it. Shell scripts under Wine hand over paths like
+// /home/x/photo.jpg.
+std::wstring NativePath(const std::wstring &path);
+
+} // namespace host

@@ -1,0 +1,164 @@
+#include "host/pictures/Picture.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace host {
+
+bool CheckPictureSize(uint64_t width, uint64_t height, std::string *why) {
+    const std::string size = std::to_string(width) + " x " + std::to_string(height) + " pixels";
+    if (width == 0 || height == 0)
+        *why = "it has " + size;
+    else if (width > kMostPixels || height > kMostPixels)
+        *why = "it has " + size + "; at most " + std::to_string(kMostPixels) +
+               " in each direction can be filtered";
+    else
+        return true;
+    return false;
+}
+
+Picture MakePicture(int32_t width, int32_t height, int32_t depth, int32_t colourPlanes, bool hasAlpha) {
+    Picture picture;
+    picture.width = width;
+    picture.height = height;
+    picture.depth = depth;
+    picture.colourPlanes = colourPlanes;
+    picture.hasAlpha = hasAlpha;
+    const size_t planeSize =
+        static_cast<size_t>(width) * static_cast<size_t>(height) * static_cast<size_t>(depth / 8);
+    picture.planes.resize(static_cast<size_t>(colourPlanes) + (hasAlpha ? 1 : 0));
+    for (Bytes &plane : picture.planes)
+        plane.resize(planeSize);
+    return picture;
+}
+
+// Where the sample of the turned picture at (x, y) comes from. Orientations 5 to 8 swap the axes.
+static size_t SourceIndex(const Picture &picture, int32_t orientation, int32_t x, int32_t y) {
+    const int32_t right = picture.width - 1, bottom = picture.height - 1;
+    int32_t fromX = x, fromY = y;
+    switch (orientation) {
+    case 2:
+        fromX = right - x;
+        break;
+    case 3:
+        fromX = right - x, fromY = bottom - y;
+        break;
+    case 4:
+        fromY = bottom - y;
+        break;
+    case 5:
+        fromX = y, fromY = x;
+        break;
+    case 6:
+        fromX = y, fromY = bottom - x;
+        break;
+    case 7:
+        fromX = right - y, fromY = bottom - x;
+        break;
+    case 8:
+        fromX = right - y, fromY = x;
+        break;
+    default:
+        break;
+    }
+    return static_cast<size_t>(fromY) * static_cast<size_t>(picture.width) + static_cast<size_t>(fromX);
+}
+
+void ApplyOrientation(Picture &picture, int32_t orientation) {
+    if (orientation < 2 || orientation > 8)
+        return;
+    const bool swaps = orientation >= 5;
+    const int32_t width = swaps ? picture.height : picture.width;
+    const int32_t height = swaps ? picture.width : picture.height;
+    const size_t size = static_cast<size_t>(picture.depth / 8);
+    for (Bytes &plane : picture.planes) {
+        Bytes turned(plane.size());
+        uint8_t *to = turned.data();
+        for (int32_t y = 0; y < height; y++)
+            for (int32_t x = 0; x < width; x++, to += size)
+                std::memcpy(to, plane.data() + SourceIndex(picture, orientation, x, y) * size, size);
+        plane = std::move(turned);
+    }
+    picture.width = width;
+    picture.height = height;
+}
+
+bool AreColourPlanesEqual(const Picture &picture) {
+    return picture.colourPlanes == 3 && picture.planes[0] == picture.planes[1] &&
+           picture.planes[0] == picture.planes[2];
+}
+
+void CollapseToGrey(Picture &picture) {
+    picture.planes.erase(picture.planes.begin() + 1, picture.planes.begin() + 3);
+    picture.colourPlanes = 1;
+}
+
+// As a fraction of white.
+static double SampleFraction(const Picture &picture, size_t plane, size_t index) {
+    const uint8_t *bytes = picture.planes[plane].data() + index * static_cast<size_t>(picture.depth / 8);
+    if (picture.depth == 8)
+        return *bytes / 255.0;
+    if (picture.depth == 16)
+        return NumberAt<uint16_t>(bytes) / 65535.0;
+    const double value = static_cast<double>(NumberAt<float>(bytes));
+    return std::isnan(value) ? 0.0 : std::clamp(value, 0.0, 1.0);
+}
+
+Bytes ToGrey8(const Picture &picture) {
+    Bytes grey(static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height));
+    for (size_t i = 0; i < grey.size(); i++) {
+        double value = SampleFraction(picture, 0, i);
+        if (picture.colourPlanes == 3)
+            value =
+                0.299 * value + 0.587 * SampleFraction(picture, 1, i) + 0.114 * SampleFraction(picture, 2, i);
+        grey[i] = static_cast<uint8_t>(std::lround(value * 255.0));
+    }
+    return grey;
+}
+
+static Bytes ToHostPlane(const Bytes &plane) {
+    Bytes converted(plane.size());
+    for (size_t i = 0; i < plane.size(); i += 2) {
+        const uint16_t sample = ToHost16(NumberAt<uint16_t>(plane.data() + i));
+        std::memcpy(converted.data() + i, &sample, sizeof(sample));
+    }
+    return converted;
+}
+
+Document TakeDocument(Picture &picture) {
+    Document document;
+    document.width = picture.width;
+    document.height = picture.height;
+    document.depth = picture.depth;
+    document.colourPlanes = picture.colourPlanes;
+    document.hasTransparency = picture.hasAlpha;
+    document.iccProfile = picture.iccProfile;
+    if (picture.depth != 16) {
+        document.planes = std::move(picture.planes);
+        return document;
+    }
+    for (const Bytes &plane : picture.planes)
+        document.planes.push_back(ToHostPlane(plane));
+    return document;
+}
+
+static void PutHostPlane(const Bytes &filtered, Bytes &plane) {
+    for (size_t i = 0; i < plane.size(); i += 2) {
+        const uint16_t after = NumberAt<uint16_t>(filtered.data() + i);
+        if (after == ToHost16(NumberAt<uint16_t>(plane.data() + i)))
+            continue;
+        const uint16_t sample = FromHost16(after);
+        std::memcpy(plane.data() + i, &sample, sizeof(sample));
+    }
+}
+
+void PutDocument(Document &&document, Picture &picture) {
+    if (picture.depth != 16) {
+        picture.planes = std::move(document.planes);
+        return;
+    }
+    for (size_t plane = 0; plane < picture.planes.size(); plane++)
+        PutHostPlane(document.planes[plane], picture.planes[plane]);
+}
+
+} // namespace host

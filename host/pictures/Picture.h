@@ -1,0 +1,57 @@
+// A picture file's samples at the file's own depth, and the way from there to a host's document and back.
+#pragma once
+
+#include "host/base/ByteStream.h"
+#include "host/filter/Document.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace host {
+
+constexpr int32_t kMostPixels = 32767; // in each direction; what the filter interface takes
+
+struct Picture {
+    int32_t width = 0;
+    int32_t height = 0;
+    int32_t depth = 8;        // 8 (0..255), 16 (0..65535) or 32 (float)
+    int32_t colourPlanes = 3; // 1 = grey, 3 = RGB
+    bool hasAlpha = false;
+    std::vector<Bytes> planes; // colours, then alpha; rows without gaps, samples in the machine's order
+    Bytes iccProfile;
+
+    bool operator==(const Picture &) const = default;
+};
+
+// False, with a reason, for a size that is 0 or too large.
+bool CheckPictureSize(uint64_t width, uint64_t height, std::string *why);
+// A picture of zeros. The size must have been checked. Throws std::bad_alloc.
+Picture MakePicture(int32_t width, int32_t height, int32_t depth, int32_t colourPlanes, bool hasAlpha);
+
+// Turns the picture as an EXIF orientation (1 .. 8) says; any other number changes nothing.
+void ApplyOrientation(Picture &picture, int32_t orientation);
+// Drops two of three equal colour planes.
+bool AreColourPlanesEqual(const Picture &picture);
+void CollapseToGrey(Picture &picture);
+
+// 8-bit grey of any picture, alpha ignored: what a selection mask is made of.
+Bytes ToGrey8(const Picture &picture);
+
+// The host's form. 8-bit and float samples are moved out of the picture; 16-bit ones stay behind, so that
+// PutDocument can put them back where nothing changed.
+Document TakeDocument(Picture &picture);
+// The filtered samples, into the picture that TakeDocument was called with. A 16-bit sample of which the
+// host's form is unchanged keeps its value exactly.
+void PutDocument(Document &&document, Picture &picture);
+
+// 0..65535 to the host's 0..32768 and back, to nearest; larger host values count as 32768.
+constexpr uint16_t ToHost16(uint16_t sample) {
+    return static_cast<uint16_t>((static_cast<uint32_t>(sample) * 32768u + 32767u) / 65535u);
+}
+constexpr uint16_t FromHost16(uint16_t sample) {
+    const uint32_t bounded = sample > 32768 ? 32768u : sample;
+    return static_cast<uint16_t>((bounded * 65535u + 16384u) / 32768u);
+}
+
+} // namespace host

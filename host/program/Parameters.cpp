@@ -1,0 +1,178 @@
+#include "host/program/Parameters.h"
+
+#include "host/base/FileBytes.h"
+#include "host/base/SystemText.h"
+#include "plugin/interface/ScriptKeys.h"
+
+#include <shlobj.h>
+
+#include <algorithm>
+
+namespace host {
+
+constexpr size_t kSettingsFileSize = 255;
+constexpr uint32_t kMemoryMagic = 0x52484242; // "BBHR"
+constexpr wchar_t kMemoryName[] = L"\\Registry.bin";
+
+struct EffectName {
+    const char *words[2];
+    uint32_t code;
+};
+
+// "Star" alone names no effect.
+static const EffectName kEffectNames[] = {
+    {{"standard", "star"}, kStandardStar},     {{"hollywood", "star"}, kHollywoodStar},
+    {{"religious", "cross"}, kReligiousCross}, {{"hyper", "star"}, kHyperStar},
+    {{"north", "star"}, kNorthStar},           {{"vector", "star"}, kVectorStar},
+    {{"star", "burst"}, kStarBurst},
+};
+
+static std::string Simplify(const std::string &name) {
+    std::string simple;
+    for (const char c : name)
+        if (c != ' ' && c != '-' && c != '_')
+            simple += c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return simple;
+}
+
+bool FindEffect(const std::string &name, uint32_t *code) {
+    const std::string simple = Simplify(name);
+    for (size_t i = 0; i < std::size(kEffectNames); i++) {
+        const EffectName &effect = kEffectNames[i];
+        bool matches = simple == std::string(effect.words[0]) + effect.words[1];
+        for (const char *word : effect.words)
+            matches = matches || (simple == word && simple != "star");
+        if (simple.size() == 4 && simple.starts_with("eft"))
+            matches = static_cast<uint8_t>(simple[3]) == (effect.code & 0xFF);
+        if (matches) {
+            *code = effect.code;
+            return true;
+        }
+    }
+    return false;
+}
+
+static DescriptorValue Percent(uint32_t key, int16_t value) {
+    return UnitFloatValue(key, kUnitPercent, static_cast<double>(value));
+}
+
+Descriptor DescribeParameters(const ParameterSet &p) {
+    Descriptor described;
+    described.values = {
+        BooleanValue(kKeyOutputSpikesOnly, p.outputSpikesOnly != 0),
+        EnumeratedValue(kKeyEffect, kTypeEffect, p.effectType),
+        Percent(kKeyThreshold, p.threshold),
+        Percent(kKeyIntensity, p.intensity),
+        Percent(kKeyLength, p.length),
+        UnitFloatValue(kKeyAngle, kUnitAngle, p.angle / kTenthsPerDegree),
+        IntegerValue(kKeyNumberOfPoints, p.numberOfPoints),
+        Percent(kKeySpikeSharpness, p.spikeSharpness),
+        Percent(kKeySaturation, p.colorSaturation),
+        Percent(kKeyRainbowIntensity, p.rainbowIntensity),
+        Percent(kKeyRainbowFrequency, p.rainbowFrequency),
+        Percent(kKeySecondaryIntensity, p.secondaryIntensity),
+        Percent(kKeySoftFlareBrightness, p.softFlareBrightness),
+    };
+    return described;
+}
+
+bool ReadSettingsFile(const std::wstring &path, Descriptor *parameters, std::string *why) {
+    Bytes bytes;
+    if (!ReadWholeFile(path, &bytes, why))
+        return false;
+    ParameterSet set = {};
+    if (bytes.size() == kSettingsFileSize)
+        std::memcpy(&set, bytes.data(), sizeof(set));
+    if (!std::equal(std::begin(set.version), std::end(set.version), std::begin(kDefaultParameters.version))) {
+        *why = "it is not a saved set of this filter's parameters";
+        return false;
+    }
+    *parameters = DescribeParameters(set);
+    return true;
+}
+
+// The host's folder, made when it is missing. Empty when the system has none.
+static std::wstring MemoryFolder() {
+    wchar_t folder[MAX_PATH] = {};
+    const DWORD length = GetEnvironmentVariableW(L"BRILLATRIX_HOST_FOLDER", folder, MAX_PATH);
+    if (length > 0 && length < MAX_PATH)
+        return NativePath(folder);
+    if (FAILED(SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder)))
+        return {};
+    return std::wstring(folder) + L"\\BrillatrixHost";
+}
+
+static Descriptor TakeDescriptor(ByteReader &reader) {
+    Descriptor descriptor;
+    const Bytes bytes = reader.TakeBytes(reader.Take<uint32_t>());
+    if (!reader.failed && !UnpackDescriptor(bytes.data(), bytes.size(), &descriptor))
+        reader.failed = true;
+    return descriptor;
+}
+
+static void AppendDescriptor(Bytes &bytes, const Descriptor &descriptor) {
+    const Bytes packed = PackDescriptor(descriptor);
+    AppendNumber(bytes, static_cast<uint32_t>(packed.size()));
+    AppendBytes(bytes, packed.data(), packed.size());
+}
+
+static bool UnpackMemory(const Bytes &bytes, HostMemory *memory) {
+    ByteReader reader = {bytes.data(), bytes.size()};
+    HostMemory read;
+    if (reader.Take<uint32_t>() != kMemoryMagic)
+        return false;
+    if (reader.Take<uint8_t>() != 0)
+        read.lastParameters = TakeDescriptor(reader);
+    const uint32_t entries = reader.Take<uint32_t>();
+    for (uint32_t i = 0; i < entries && !reader.failed; i++) {
+        RegistryEntry entry;
+        const Bytes key = reader.TakeBytes(reader.Take<uint32_t>());
+        entry.key.assign(key.begin(), key.end());
+        entry.descriptor = TakeDescriptor(reader);
+        entry.isPersistent = true;
+        read.registry.push_back(std::move(entry));
+    }
+    if (reader.failed)
+        return false;
+    *memory = std::move(read);
+    return true;
+}
+
+bool LoadHostMemory(HostMemory *memory, std::string *why) {
+    const std::wstring path = MemoryFolder() + kMemoryName;
+    *memory = {};
+    if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
+        return true;
+    Bytes bytes;
+    if (!ReadWholeFile(path, &bytes, why))
+        return false;
+    *why = "it is damaged";
+    return UnpackMemory(bytes, memory);
+}
+
+bool SaveHostMemory(const HostMemory &memory, std::string *why) {
+    const std::wstring folder = MemoryFolder();
+    if (folder.empty()) {
+        *why = "there is no folder for it";
+        return false;
+    }
+    CreateDirectoryW(folder.c_str(), nullptr);
+    Bytes bytes;
+    AppendNumber(bytes, kMemoryMagic);
+    AppendNumber(bytes, static_cast<uint8_t>(memory.lastParameters ? 1 : 0));
+    if (memory.lastParameters)
+        AppendDescriptor(bytes, *memory.lastParameters);
+    const auto count = std::count_if(memory.registry.begin(), memory.registry.end(),
+                                     [](const RegistryEntry &entry) { return entry.isPersistent; });
+    AppendNumber(bytes, static_cast<uint32_t>(count));
+    for (const RegistryEntry &entry : memory.registry) {
+        if (!entry.isPersistent)
+            continue;
+        AppendNumber(bytes, static_cast<uint32_t>(entry.key.size()));
+        AppendBytes(bytes, entry.key.data(), entry.key.size());
+        AppendDescriptor(bytes, entry.descriptor);
+    }
+    return WriteWholeFile(folder + kMemoryName, bytes, why);
+}
+
+} // namespace host

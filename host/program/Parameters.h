@@ -1,0 +1,33 @@
+// The effect's parameters as a script carries them, and the host's memory of the last run.
+#pragma once
+
+#include "host/filter/Descriptor.h"
+#include "host/filter/FilterHost.h"
+#include "render/ParameterSet.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace host {
+
+// "Hollywood Star", "hollywood" or "efT1", in any case. False for another name.
+bool FindEffect(const std::string &name, uint32_t *code);
+
+// All 13 keys.
+Descriptor DescribeParameters(const ParameterSet &parameters);
+
+// A saved set. False with a reason when the file is not one.
+bool ReadSettingsFile(const std::wstring &path, Descriptor *parameters, std::string *why);
+
+// What this host keeps between runs of the program.
+struct HostMemory {
+    std::optional<Descriptor> lastParameters;
+    std::vector<RegistryEntry> registry; // persistent entries
+};
+// "Registry.bin" in the host's own folder under the user's local application data, or in the folder that the
+// environment names in BRILLATRIX_HOST_FOLDER. An absent file is an empty memory; false for a damaged one.
+bool LoadHostMemory(HostMemory *memory, std::string *why);
+bool SaveHostMemory(const HostMemory &memory, std::string *why);
+
+} // namespace host

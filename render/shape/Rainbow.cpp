@@ -1,0 +1,44 @@
+#include "render/shape/Rainbow.h"
+
+#include "engine/image/FixedPoint.h"
+
+namespace {
+
+constexpr uint32_t kOnePercent = 42949672; // of 2^32
+constexpr int32_t kPeriodBase = 107;
+constexpr uint32_t kThirdTurn = kFullTurn / 3;
+
+// How far the rainbow has advanced at a distance, in tenths of a degree; independent of the zoom.
+uint32_t RainbowPhase(const StampContext &context, uint32_t distance) {
+    const double turns = distance / context.settings.scale * 300000000.0 / context.diagonal;
+    const uint32_t reduced = static_cast<uint32_t>(static_cast<uint64_t>(turns));
+    const uint32_t period = static_cast<uint32_t>(kPeriodBase - context.settings.rainbowFrequency);
+    return reduced / (period * period);
+}
+
+} // namespace
+
+bool SameRainbowStates(const StampContext &a, const StampContext &b) {
+    const RenderSettings &x = a.settings, &y = b.settings;
+    return x.scale == y.scale && a.diagonal == b.diagonal && x.rainbowFrequency == y.rainbowFrequency &&
+           (x.rainbowIntensity == 0) == (y.rainbowIntensity == 0);
+}
+
+// Without a rainbow every triple is the same one.
+uint32_t RainbowStateAt(const StampContext &context, uint32_t distance) {
+    if (context.settings.rainbowIntensity == 0)
+        return 0;
+    const uint32_t phase = RainbowPhase(context, distance);
+    return phase < kRampPhases ? phase : kRampPhases + phase % kFullTurn;
+}
+
+RainbowFactors FactorsOfState(const StampContext &context, uint32_t state) {
+    const uint32_t phase = state < kRampPhases ? state : state - kRampPhases;
+    uint32_t amplitude = static_cast<uint32_t>(context.settings.rainbowIntensity) * kOnePercent;
+    if (state < kRampPhases)
+        amplitude = amplitude / kRampPhases * phase;
+    const auto factorAt = [&](uint32_t shift) {
+        return kFractionOne - Mul(gRainbowTable[(phase + shift) % kFullTurn], amplitude);
+    };
+    return RainbowFactors{{factorAt(kThirdTurn), factorAt(2 * kThirdTurn), factorAt(0)}};
+}

@@ -1,0 +1,49 @@
+#include "render/shape/StampContext.h"
+
+#include "engine/image/FixedPoint.h"
+#include "engine/image/Geometry.h"
+
+#include <algorithm>
+
+namespace {
+
+// No entry further out than this fits its 16-bit offset, so no walk need go on: 4 × 32770 quarter pixels.
+constexpr int32_t kMaxLimit = 131080;
+
+int32_t LimitInQuarters(int32_t pixels, double scale) {
+    const double limit = pixels * scale * 0.04;
+    return limit < kMaxLimit ? std::max(1 + static_cast<int32_t>(limit), 0) : kMaxLimit;
+}
+
+// What both kinds of stamps depend on.
+bool SameFrame(const StampContext &a, const StampContext &b) {
+    return a.settings.length == b.settings.length && a.settings.scale == b.settings.scale &&
+           a.preciseMode == b.preciseMode && a.floor == b.floor && a.imageWidth == b.imageWidth &&
+           a.diagonal == b.diagonal && a.limitX == b.limitX && a.limitY == b.limitY;
+}
+
+} // namespace
+
+StampContext MakeStampContext(const RenderSettings &settings) {
+    StampContext context;
+    context.settings = settings;
+    context.imageWidth = gImageGeometry.width;
+    context.diagonal = std::max(gImageGeometry.diagonal, 1);
+    context.limitX = LimitInQuarters(gImageGeometry.width, settings.scale);
+    context.limitY = LimitInQuarters(gImageGeometry.height, settings.scale);
+    context.preciseMode = gPreciseMode;
+    context.floor = gFloor;
+    return context;
+}
+
+bool StarStampsServe(const StampContext &built, const StampContext &wanted) {
+    const RenderSettings &a = built.settings, &b = wanted.settings;
+    return SameFrame(built, wanted) && a.intensity == b.intensity && a.angle == b.angle &&
+           a.numberOfPoints == b.numberOfPoints && a.spikeSharpness == b.spikeSharpness &&
+           a.rainbowIntensity == b.rainbowIntensity && a.rainbowFrequency == b.rainbowFrequency &&
+           a.secondaryIntensity == b.secondaryIntensity && a.effectType == b.effectType;
+}
+
+bool FlareStampsServe(const StampContext &built, const StampContext &wanted) {
+    return SameFrame(built, wanted);
+}

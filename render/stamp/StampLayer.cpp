@@ -1,0 +1,219 @@
+#include "render/stamp/StampLayer.h"
+
+#include "engine/image/FixedPoint.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+constexpr int64_t kReach = std::numeric_limits<int16_t>::max() + 1; // no pixel's offset gets this far
+constexpr int32_t kQuarters = 4, kTenths = 10;
+constexpr int32_t kRowsPerPoll = 64;
+constexpr uint32_t kBrightest = 0xFFFFFFFF;
+constexpr uint32_t kHalfByteStep = 32896; // working values; 65793 of them are one step of a byte
+
+// `area` as offsets from the place's pixel, as far as a stamp can reach.
+IntRect AreaInOffsets(const IntRect &area, const StampPlace &place) {
+    const auto offset = [](int32_t edge, int32_t origin) {
+        return static_cast<int32_t>(std::clamp(int64_t{edge} - origin, -kReach, kReach));
+    };
+    return IntRect{offset(area.left, place.x), offset(area.top, place.y), offset(area.right, place.x),
+                   offset(area.bottom, place.y)};
+}
+
+// One light source's stamp on its way into a band.
+struct Laying {
+    const BandTarget &target;
+    const StampPlace &place;
+    IntRect window;         // the band, as offsets from the place
+    uint32_t leastValue;    // smaller values cannot show
+    uint32_t faintestValue; // the same for the brightest light source there could be
+    BlendPiece blend;       // what is the same for all pieces
+    void (*blendPiece)(const BlendPiece &piece);
+};
+
+// Products of colour and value below it change nothing: they are not drawn, or the sample stays what it is. A
+// product of at most half a byte's step moves a byte's working value by less than that, and by less than 3
+// downwards, so that it is rounded back to the same byte. In fast mode even a product of 0 moves it.
+uint32_t ThresholdOf(const StampContext &context, const ImageBuffer &output) {
+    const uint32_t floor = std::max(context.floor / 2, 1u);
+    return context.preciseMode && output.bytesPerSample == 1 ? std::max(floor, kHalfByteStep + 1) : floor;
+}
+
+Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint &tint) {
+    Laying laying{target, place, AreaInOffsets(target.band, place), 0, 0, BlendPiece{}, nullptr};
+    const uint32_t threshold = ThresholdOf(target.context, target.output);
+    laying.leastValue = LeastVisibleValue(LargestChannel(tint.channel), tint.value, threshold);
+    laying.faintestValue = LeastVisibleValue(kBrightest, kBrightest, threshold);
+    laying.blend.colors = target.colors;
+    laying.blend.tintValue = tint.value;
+    laying.blend.leastValue = laying.leastValue;
+    laying.blend.threshold = threshold;
+    laying.blend.precise = target.context.preciseMode;
+    laying.blend.planes = target.output.colorPlanes;
+    laying.blendPiece = gRenderPath->blend[target.output.bytesPerSample / 2];
+    return laying;
+}
+
+// Blends values into the row at offset `row` from the offset `from` on.
+void BlendRow(const Laying &laying, int32_t row, int32_t from, int32_t count, const uint32_t *values,
+              const uint16_t *states) {
+    const ImageBuffer &output = laying.target.output;
+    const int64_t y = int64_t{laying.place.y} + row - output.bounds.top;
+    const int64_t x = int64_t{laying.place.x} + from - output.bounds.left;
+    BlendPiece piece = laying.blend;
+    piece.values = values;
+    piece.states = states;
+    piece.count = count;
+    piece.room = static_cast<int32_t>(output.width - x);
+    for (int32_t plane = 0; plane < output.colorPlanes; ++plane)
+        piece.samples[plane] = output.planes[plane] + (y * output.width + x) * output.bytesPerSample;
+    laying.blendPiece(piece);
+}
+
+// Calls work(from, count) for each piece of a span.
+template <typename Work> void ForEachPiece(int32_t from, int32_t to, Work work) {
+    for (; from <= to; from += kRowPiece)
+        work(from, std::min(to - from + 1, kRowPiece));
+}
+
+// The distances of the window's nearest and furthest pixels from the place, and more to be safe.
+uint32_t NearestInWindow(const IntRect &window) {
+    const int32_t x = std::max({window.left, -window.right, 1}) - 1;
+    const int32_t y = std::max({window.top, -window.bottom, 1}) - 1;
+    const uint32_t distance = MeasureDistance(x * kQuarters, y * kQuarters);
+    return distance - std::min<uint32_t>(distance, 2 * kTenths * kQuarters);
+}
+uint32_t FurthestInWindow(const IntRect &window) {
+    const int32_t x = std::max(std::abs(window.left), std::abs(window.right)) + 1;
+    const int32_t y = std::max(std::abs(window.top), std::abs(window.bottom)) + 1;
+    return MeasureDistance(x * kQuarters, y * kQuarters);
+}
+
+// The colours of every state that occurs in the window.
+void PrepareColors(const Laying &laying, const StarTables &tables, const Tint &tint) {
+    if (tables.stateCount == 0)
+        return;
+    // A window may lie further out than any state does.
+    const uint32_t furthest = std::min(FurthestInWindow(laying.window), tables.stateCount - 1);
+    const uint32_t nearest = std::min(NearestInWindow(laying.window), furthest);
+    uint32_t first = kRainbowStates - 1, last = first;
+    if (furthest < tables.turnDistance)
+        last = tables.stateOfDistance[furthest];
+    else
+        first = tables.lowestTurned;
+    if (nearest < tables.turnDistance)
+        first = std::min<uint32_t>(first, tables.stateOfDistance[nearest]);
+    gRenderPath->makeColors({tables.factors + first, last + 1 - first, tint.channel, laying.blend.precise},
+                            laying.target.colors + first);
+}
+
+void LayArm(const Laying &laying, const Arm &arm, const PixelRange &walked, const uint16_t *stateOfDistance) {
+    uint32_t values[kRowRoom];
+    uint16_t states[kRowRoom];
+    const IntRect &window = laying.window;
+    const PixelRange rows = ArmRows(arm, walked);
+    const int32_t last = std::min(rows.to, window.bottom - 1);
+    for (int32_t row = std::max(rows.from, window.top); row <= last; ++row) {
+        const PixelRange span = SpanAbove(arm, walked, row, laying.leastValue);
+        ForEachPiece(std::max(span.from, window.left), std::min(span.to, window.right - 1),
+                     [&](int32_t from, int32_t count) {
+                         gRenderPath->fillArm({&arm, stateOfDistance, laying.blend.precise, row, from, count},
+                                              values, states);
+                         BlendRow(laying, row, from, count, values, states);
+                     });
+    }
+}
+
+void LayKeptArm(const Laying &laying, const Arm &arm, const PixelRange &walked, const KeptArm &kept) {
+    const IntRect &window = laying.window;
+    const PixelRange rows = ArmRows(arm, walked);
+    const int32_t last = std::min({rows.to, kept.range.to, window.bottom - 1});
+    for (int32_t row = std::max({rows.from, kept.range.from, window.top}); row <= last; ++row) {
+        const KeptRow *keptRow = kept.rows + (row - kept.range.from);
+        const int32_t end = keptRow->from + static_cast<int32_t>(keptRow[1].first - keptRow->first);
+        const int32_t from = std::max(keptRow->from, window.left), to = std::min(end, window.right);
+        const uint32_t first = keptRow->first + static_cast<uint32_t>(from - keptRow->from);
+        if (from < to)
+            BlendRow(laying, row, from, to - from, kept.values + first, kept.states + first);
+    }
+}
+
+// Half the width of a flare's row, in pixels, as far as it can show; below 0 the row does not.
+int32_t FlareHalfWidth(const FlareStamp &flare, double reach, int32_t row) {
+    const double across = reach * reach - double{1.0} * row * row;
+    if (across < 0.0)
+        return -1;
+    return std::min(static_cast<int32_t>(std::sqrt(across)) + 2, flare.rings);
+}
+
+void LayFlareRow(const Laying &laying, const FlareStamp &flare, const ValueTable &values, int32_t row,
+                 int32_t halfWidth) {
+    uint32_t row_values[kRowRoom];
+    ForEachPiece(std::max(-halfWidth, laying.window.left), std::min(halfWidth, laying.window.right - 1),
+                 [&](int32_t from, int32_t count) {
+                     gRenderPath->fillFlare({&flare, &values, row, from, count}, row_values);
+                     if (flare.centreIsForced && row == 0 && from <= 0 && from + count > 0)
+                         row_values[-from] = flare.centre;
+                     BlendRow(laying, row, from, count, row_values, nullptr);
+                 });
+}
+
+} // namespace
+
+uint32_t LeastVisibleValue(uint32_t largest, uint32_t tintValue, uint32_t threshold) {
+    uint32_t low = 0, high = 0xFFFFFFFFu;
+    while (low < high) { // products do not fall when a factor grows
+        const uint32_t middle = low + (high - low) / 2;
+        if (Mul(largest, Mul(tintValue, middle)) >= threshold)
+            high = middle;
+        else
+            low = middle + 1;
+    }
+    return low;
+}
+
+void LayStar(const BandTarget &target, const StarStamp &stamp, const StarTables &tables,
+             const StampPlace &place, const Tint &tint) {
+    const Laying laying = BeginLaying(target, place, tint);
+    if (IsEmptyRect(laying.window) || IsEmptyRect(IntersectRects(stamp.box, laying.window)))
+        return;
+    bool prepared = false;
+    for (int32_t i = 0; i < stamp.count; ++i) {
+        const Arm &arm = stamp.arms[i];
+        if (target.abort.load(std::memory_order_relaxed) != 0)
+            return;
+        const PixelRange walked = WalkAbove(arm, laying.leastValue);
+        if (walked.from > walked.to || IsEmptyRect(IntersectRects(arm.box, laying.window)))
+            continue;
+        if (!prepared)
+            PrepareColors(laying, tables, tint);
+        prepared = true;
+        const ArmFilling filling = {&arm, tables.stateOfDistance, laying.blend.precise, laying.faintestValue};
+        if (stamp.keepsRows && stamp.kept && KeepArm(filling, &stamp.kept[i]))
+            LayKeptArm(laying, arm, walked, stamp.kept[i]);
+        else
+            LayArm(laying, arm, walked, tables.stateOfDistance);
+    }
+}
+
+void LayFlare(const BandTarget &target, const FlareStamp &flare, const ValueTable &values,
+              const StampPlace &place, const Tint &tint) {
+    const Laying laying = BeginLaying(target, place, tint);
+    if (IsEmptyRect(laying.window))
+        return;
+    constexpr RainbowFactors kUntinted = {{kFractionOne, kFractionOne, kFractionOne}};
+    gRenderPath->makeColors({&kUntinted, 1, tint.channel, laying.blend.precise}, target.colors);
+    const double reach = ReachOfLevel(values, laying.leastValue) / double{kTenths * kQuarters} + 1.0;
+    const int32_t first = std::max(-flare.rings, laying.window.top);
+    const int32_t last = std::min(flare.rings, laying.window.bottom - 1);
+    for (int32_t row = first; row <= last; ++row) {
+        if ((row - first) % kRowsPerPoll == 0 && target.abort.load(std::memory_order_relaxed) != 0)
+            return;
+        const int32_t halfWidth = FlareHalfWidth(flare, reach, row);
+        if (halfWidth >= 0)
+            LayFlareRow(laying, flare, values, row, halfWidth);
+    }
+}

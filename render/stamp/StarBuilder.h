@@ -1,0 +1,22 @@
+// Builds the star stamp of one sub-pixel phase: the arms of the effect type, then the secondary spikes.
+#pragma once
+
+#include "render/stamp/StarStamp.h"
+
+#include <atomic>
+#include <cstdint>
+
+// Factors that all arms of a star share.
+double StarSharpnessFactor(const StampContext &context);
+double StarWidthFactor(const StampContext &context);
+// A percentage of intensity as the brightness of an arm.
+uint32_t SpikeBrightness(int32_t intensityPercent);
+
+// Empties the stamp and draws the star of phase (px, py), each 0..3. False when memory ran out (reported),
+// the stamp then keeps what was drawn so far; or when *abort became non-zero between two arms, the stamp is
+// then empty.
+bool DrawStar(const StampContext &context, const std::atomic<uint8_t> &abort, StarTables *tables,
+              StarStamp *stamp, int32_t px, int32_t py);
+
+// The warning that memory ran out and something is missing from the picture.
+void ReportLowMemory();

@@ -1,0 +1,187 @@
+#include "render/stamp/StarStamp.h"
+
+#include "diag/BufferUsage.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr size_t kStampBytes = (sizeof(Arm) + sizeof(KeptArm)) * kMaxStampArms;
+
+// The states are read two at a time: one more than there are distances.
+size_t StateBytes(uint32_t count) {
+    return (size_t{count} + 1) * sizeof(uint16_t);
+}
+
+// No pixel of an arm lies further out: within the limits, or as far out across as along.
+uint32_t FurthestDistance(const StampContext &context) {
+    const int32_t furthest = std::max(context.limitX, context.limitY) + 16;
+    return MeasureDistance(furthest, furthest);
+}
+
+bool ExtendStates(const StampContext &context, uint32_t count, StarTables *tables) {
+    if (count <= tables->stateCount)
+        return true;
+    const size_t oldBytes = tables->stateOfDistance ? StateBytes(tables->stateCount) : 0;
+    void *grown = tables->stateOfDistance
+                      ? CountedRealloc(tables->stateOfDistance, oldBytes, StateBytes(count))
+                      : CountedAlloc(StateBytes(count));
+    if (!grown)
+        return false;
+    tables->stateOfDistance = static_cast<uint16_t *>(grown);
+    if (tables->stateCount == 0)
+        tables->lowestTurned = kRainbowStates - 1;
+    uint32_t last = tables->stateCount == 0 ? 0 : tables->stateOfDistance[tables->stateCount - 1];
+    bool rises = tables->turnDistance == tables->stateCount;
+    for (uint32_t distance = tables->stateCount; distance < count; ++distance) {
+        const uint32_t state = RainbowStateAt(context, distance);
+        rises = rises && state >= last && state < kRampPhases;
+        if (rises)
+            tables->turnDistance = distance + 1;
+        else
+            tables->lowestTurned = std::min(tables->lowestTurned, state);
+        last = state;
+        tables->stateOfDistance[distance] = static_cast<uint16_t>(state);
+    }
+    tables->stateOfDistance[count] = 0;
+    tables->stateCount = count;
+    return true;
+}
+
+void DropStates(StarTables *tables) {
+    if (tables->stateOfDistance)
+        CountedFree(tables->stateOfDistance, StateBytes(tables->stateCount));
+    tables->stateOfDistance = nullptr;
+    tables->stateCount = tables->turnDistance = 0;
+}
+
+bool SameKey(const SpikeTableKey &a, const SpikeTableKey &b) {
+    return SameProfileInputs(a.inputs, b.inputs) && a.least == b.least && a.furthest == b.furthest;
+}
+
+// A place for one more table; kMaxStampArms when there is none.
+int32_t FindFreeTable(const StarTables &tables) {
+    int32_t i = 0;
+    while (i < tables.count && tables.values[i].values)
+        ++i;
+    return i;
+}
+
+// The table of this key, built when there is none yet. Null when memory ran out.
+const ValueTable *FindValues(const StampContext &context, const SpikeTableKey &key, StarTables *tables) {
+    for (int32_t i = 0; i < tables->count; ++i)
+        if (tables->values[i].values && SameKey(tables->keys[i], key)) {
+            tables->isUsed[i] = true;
+            return ExtendStates(context, tables->values[i].count, tables) ? &tables->values[i] : nullptr;
+        }
+    if (FindFreeTable(*tables) == kMaxStampArms)
+        DropUnusedTables(tables);
+    const int32_t place = FindFreeTable(*tables);
+    if (place == kMaxStampArms)
+        return nullptr;
+    ValueTable values{};
+    if (!BuildSpikeTable(key.inputs, key.least, key.furthest, &tables->levels, &values))
+        return nullptr;
+    if (!ExtendStates(context, values.count, tables)) {
+        FreeValueTable(&values);
+        return nullptr;
+    }
+    tables->keys[place] = key;
+    tables->values[place] = values;
+    tables->isUsed[place] = true;
+    tables->count = std::max(tables->count, place + 1);
+    return &tables->values[place];
+}
+
+bool AllocateArms(StarStamp *stamp) {
+    void *block = CountedAlloc(kStampBytes);
+    if (!block)
+        return false;
+    stamp->arms = static_cast<Arm *>(block);
+    stamp->kept = reinterpret_cast<KeptArm *>(stamp->arms + kMaxStampArms);
+    std::fill_n(stamp->kept, kMaxStampArms, KeptArm{});
+    return true;
+}
+
+IntRect JoinRects(const IntRect &a, const IntRect &b) {
+    if (IsEmptyRect(a))
+        return b;
+    return IntRect{std::min(a.left, b.left), std::min(a.top, b.top), std::max(a.right, b.right),
+                   std::max(a.bottom, b.bottom)};
+}
+
+} // namespace
+
+bool AddArm(const StampContext &context, StarTables *tables, int32_t px, int32_t py, const ArmShape &shape,
+            StarStamp *stamp) {
+    if (shape.length < 1 || shape.brightness < context.floor / 4 || stamp->count == kMaxStampArms)
+        return true;
+    if (!stamp->arms && !AllocateArms(stamp))
+        return false;
+    const SpikeProfileInputs inputs = {shape.length, shape.decay, shape.brightness, context.settings.scale,
+                                       context.diagonal};
+    const ValueTable *values =
+        FindValues(context, {inputs, context.floor / 4, FurthestDistance(context)}, tables);
+    if (!values)
+        return false;
+    const Arm arm = MakeArm(context, px, py, shape, values);
+    if (arm.walked.from > arm.walked.to)
+        return true;
+    stamp->arms[stamp->count++] = arm;
+    stamp->box = JoinRects(stamp->box, arm.box);
+    return true;
+}
+
+void EmptyStamp(StarStamp *stamp) {
+    if (stamp->kept)
+        std::for_each(stamp->kept, stamp->kept + kMaxStampArms, [](KeptArm &kept) { DropKeptArm(&kept); });
+    stamp->count = 0;
+    stamp->keepsRows = false;
+    stamp->box = IntRect{0, 0, 0, 0};
+}
+
+void FreeStamp(StarStamp *stamp) {
+    EmptyStamp(stamp);
+    CountedFree(stamp->arms, stamp->arms ? kStampBytes : 0);
+    *stamp = StarStamp{};
+}
+
+void DropStarTables(StarTables *tables) {
+    for (int32_t i = 0; i < tables->count; ++i)
+        FreeValueTable(&tables->values[i]);
+    DropStates(tables);
+    FreeSpikeLevels(&tables->levels);
+    tables->count = 0;
+}
+
+void DropUnusedTables(StarTables *tables) {
+    for (int32_t i = 0; i < tables->count; ++i)
+        if (!tables->isUsed[i])
+            FreeValueTable(&tables->values[i]);
+    FreeSpikeLevels(&tables->levels);
+}
+
+void BeginStars(const StampContext &context, StarTables *tables) {
+    std::fill_n(tables->isUsed, kMaxStampArms, false);
+    if (!SameRainbowStates(tables->rainbow, context))
+        DropStates(tables);
+    tables->rainbow = context;
+    for (uint32_t state = 0; state < kRainbowStates; ++state)
+        tables->factors[state] = FactorsOfState(context, state);
+}
+
+int64_t StampBytes(const StarStamp &stamp) {
+    int64_t bytes = stamp.arms ? static_cast<int64_t>(kStampBytes) : 0;
+    for (int32_t i = 0; i < stamp.count && stamp.kept; ++i)
+        bytes += stamp.kept[i].bytes;
+    return bytes;
+}
+
+int64_t TableBytes(const StarTables &tables) {
+    size_t bytes = tables.stateOfDistance ? StateBytes(tables.stateCount) : 0;
+    bytes += size_t{tables.levels.room} * sizeof(double);
+    for (int32_t i = 0; i < tables.count; ++i)
+        bytes += size_t{tables.values[i].count} * sizeof(uint32_t);
+    return static_cast<int64_t>(bytes);
+}

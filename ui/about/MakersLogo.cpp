@@ -1,0 +1,34 @@
+#include "ui/about/MakersLogo.h"
+
+#include "resources/DialogControlIds.h"
+#include "web/MakerAddresses.h"
+
+#include <commctrl.h>
+
+namespace {
+
+constexpr UINT_PTR kLogoSubclassId = 1;
+
+LRESULT CALLBACK LogoProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
+    switch (message) {
+    case WM_NCDESTROY:
+        RemoveWindowSubclass(window, LogoProc, kLogoSubclassId);
+        break;
+    case WM_SETCURSOR:
+        SetCursor(LoadCursorA(nullptr, IDC_HAND));
+        return TRUE;
+    case WM_NCHITTEST: // a static without notifications answers transparent
+        return HTCLIENT;
+    case WM_LBUTTONUP:
+        OpenAddress(GetParent(window), kWebAddress);
+        return 0;
+    }
+    return DefSubclassProc(window, message, wParam, lParam);
+}
+
+} // namespace
+
+void SubclassMakersLogo(HWND dialog) {
+    if (const HWND logo = GetDlgItem(dialog, kMakerLogoId))
+        SetWindowSubclass(logo, LogoProc, kLogoSubclassId, 0);
+}

@@ -1,0 +1,216 @@
+#include "ui/dialog/DialogKeyboard.h"
+
+#include "resources/ResourceIds.h"
+#include "ui/dialog/MainDialog.h"
+#include "ui/display/PreviewDisplay.h"
+#include "ui/fields/ParameterControls.h"
+#include "ui/settings/SettingsMenu.h"
+#include "ui/view/ViewMenu.h"
+#include "ui/window/DialogMessages.h"
+#include "ui/window/ModuleInstance.h"
+#include "web/MakerAddresses.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace {
+
+HACCEL gAccelerators;
+
+struct ParameterKey {
+    int command, parameter; // index of the parameter controls
+};
+
+constexpr ParameterKey kParameterKeys[] = {
+    {BX_CMD_THRESHOLD, 0},
+    {BX_CMD_INTENSITY, 1},
+    {BX_CMD_LENGTH, 2},
+    {BX_CMD_ANGLE, 3},
+    {BX_CMD_NUMBER_OF_POINTS, 4},
+    {BX_CMD_SPIKE_SHARPNESS, 5},
+    {BX_CMD_COLOR_SATURATION, 6},
+    {BX_CMD_RAINBOW_INTENSITY, 7},
+    {BX_CMD_RAINBOW_FREQUENCY, 8},
+    {BX_CMD_SECONDARY_INTENSITY, 9},
+    {BX_CMD_SOFT_FLARE, 10},
+};
+
+bool IsKeyboardMessage(UINT message) {
+    return message >= WM_KEYFIRST && message <= WM_KEYLAST;
+}
+
+bool IsKeyDown(UINT message) {
+    return message == WM_KEYDOWN || message == WM_SYSKEYDOWN;
+}
+
+bool IsKeyUp(UINT message) {
+    return message == WM_KEYUP || message == WM_SYSKEYUP;
+}
+
+// Fields of numbers have no use for the space bar.
+bool IsParameterControl(HWND window) {
+    return std::any_of(std::begin(gParameterControls), std::end(gParameterControls),
+                       [window](const ParameterControl &row) {
+                           return window && (row.edit == window || row.trackbar == window);
+                       });
+}
+
+// The preview's own keys, while another control has the focus. True when the control must not see the key.
+bool OnPreviewKey(const MSG &message) {
+    if (message.message == WM_KEYDOWN && message.wParam == VK_ESCAPE && CancelPreviewGesture())
+        return true;
+    if (message.hwnd == gPreviewDisplay.window || !(IsKeyDown(message.message) || IsKeyUp(message.message)))
+        return false;
+    const bool isPanKey = message.wParam == VK_SPACE && IsParameterControl(message.hwnd);
+    if (message.wParam == VK_MENU || message.wParam == VK_CONTROL || isPanKey)
+        OnPreviewModifierKey(message.wParam, IsKeyDown(message.message));
+    return isPanKey;
+}
+
+bool IsPointerOverPreview() {
+    POINT pointer = {};
+    RECT display = {};
+    return GetCursorPos(&pointer) && GetWindowRect(gPreviewDisplay.window, &display) &&
+           PtInRect(&display, pointer);
+}
+
+// An Alt that was held for a tool must not open the system menu when it comes up.
+bool IsAltOfTool(const MSG &message) {
+    return message.message == WM_SYSKEYUP && message.wParam == VK_MENU && IsPointerOverPreview();
+}
+
+// The frame's mnemonic would lead to what follows the frame, and that is not the list of settings.
+bool TakeSettingsMnemonic(const MSG &message) {
+    if (message.message != WM_SYSCHAR || (message.wParam != 't' && message.wParam != 'T'))
+        return false;
+    SetFocus(GetDlgItem(gMainDialog.window, kSettingsComboId));
+    return true;
+}
+
+bool TakeKeyboardMessage(MSG *message) {
+    if (GetActiveWindow() != gMainDialog.window)
+        return false;
+    if (OnPreviewKey(*message) || IsAltOfTool(*message) || TakeSettingsMnemonic(*message))
+        return true;
+    return !gMainDialog.comboClaimsKeys && gAccelerators &&
+           TranslateAcceleratorW(gMainDialog.window, gAccelerators, message) != 0;
+}
+
+// The wheel turns what the pointer is over, as everywhere on newer systems.
+bool TakeWheel(const MSG &message) {
+    return message.message == WM_MOUSEWHEEL && GetActiveWindow() == gMainDialog.window &&
+           OnPreviewWheel(message.wParam, message.lParam);
+}
+
+LRESULT CALLBACK FilterMessage(int code, WPARAM wParam, LPARAM lParam) {
+    MSG *message = reinterpret_cast<MSG *>(lParam);
+    if (code == MSGF_DIALOGBOX && message && gMainDialog.window) {
+        if (IsKeyboardMessage(message->message) ? TakeKeyboardMessage(message) : TakeWheel(*message))
+            return TRUE;
+    }
+    return CallNextHookEx(gMainDialog.hook, code, wParam, lParam);
+}
+
+void OpenComboBox(HWND dialog, int controlId) {
+    const HWND combo = GetDlgItem(dialog, controlId);
+    if (!combo)
+        return;
+    SetFocus(combo);
+    SendMessageW(combo, CB_SHOWDROPDOWN, TRUE, 0);
+}
+
+// As a click, but the focus stays where the user works.
+void ToggleBox(HWND dialog, int controlId) {
+    const bool isChecked = IsDlgButtonChecked(dialog, controlId) == BST_CHECKED;
+    CheckDlgButton(dialog, controlId, isChecked ? BST_UNCHECKED : BST_CHECKED);
+    OnDialogCommand(dialog, controlId, BN_CLICKED, reinterpret_cast<LPARAM>(GetDlgItem(dialog, controlId)));
+}
+
+bool OnViewKey(HWND dialog, int command) {
+    switch (command) {
+    case BX_CMD_PAN:
+        SelectViewTool(kToolPan);
+        return true;
+    case BX_CMD_ZOOM:
+        SelectViewTool(kToolZoom);
+        return true;
+    case BX_CMD_HIDE:
+        SelectEffectTool(kToolHide);
+        return true;
+    case BX_CMD_SHOW:
+        SelectEffectTool(kToolShow);
+        return true;
+    case BX_CMD_DISPLAY:
+        SetFocus(GetDlgItem(dialog, kPreviewDisplayId));
+        return true;
+    case BX_CMD_ZOOM_MENU:
+        ShowZoomMenuAtArrow(dialog);
+        return true;
+    case BX_CMD_ZOOM_IN:
+        ZoomIn();
+        return true;
+    case BX_CMD_ZOOM_OUT:
+        ZoomOut();
+        return true;
+    case BX_CMD_FIT_IN_VIEW:
+        FitInView();
+        return true;
+    case BX_CMD_FIT_ON_SCREEN:
+        FitOnScreen();
+        return true;
+    }
+    return false;
+}
+
+bool OnPanelKey(HWND dialog, int command) {
+    switch (command) {
+    case BX_CMD_SETTINGS:
+        OpenComboBox(dialog, kSettingsComboId);
+        return true;
+    case BX_CMD_EFFECT:
+        OpenComboBox(dialog, kEffectComboId);
+        return true;
+    case BX_CMD_EFFECTS_ONLY:
+        ToggleBox(dialog, kEffectsOnlyId);
+        return true;
+    case BX_CMD_PREVIEW:
+        ToggleBox(dialog, kPreviewOnId);
+        return true;
+    case BX_CMD_SETTINGS_MENU:
+        ShowSettingsMenu(dialog);
+        return true;
+    case BX_CMD_HELP:
+        OpenAddress(dialog, kHelpAddress);
+        return true;
+    }
+    return false;
+}
+
+} // namespace
+
+void InstallKeyboardHook() {
+    gAccelerators = LoadAcceleratorsW(ModuleInstance(), MAKEINTRESOURCEW(kDialogAcceleratorsId));
+    gMainDialog.hook = SetWindowsHookExW(WH_MSGFILTER, FilterMessage, nullptr, GetCurrentThreadId());
+}
+
+void RemoveKeyboardHook() {
+    if (gMainDialog.hook)
+        UnhookWindowsHookEx(gMainDialog.hook);
+    gMainDialog.hook = nullptr;
+    gAccelerators = nullptr;
+}
+
+// Meant so: once the list of settings has had the focus, only the effect list gives the letters free again,
+// by losing it.
+void OnComboFocus(int controlId, bool gained) {
+    gMainDialog.comboClaimsKeys = gained || controlId == kSettingsComboId;
+}
+
+bool OnKeyboardCommand(HWND dialog, int command) {
+    for (const ParameterKey &key : kParameterKeys)
+        if (key.command == command) {
+            FocusParameterControl(key.parameter);
+            return true;
+        }
+    return OnViewKey(dialog, command) || OnPanelKey(dialog, command);
+}

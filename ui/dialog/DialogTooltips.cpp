@@ -1,0 +1,58 @@
+#include "ui/dialog/DialogTooltips.h"
+
+#include "resources/ResourceIds.h"
+#include "ui/fields/ParameterControls.h"
+#include "ui/look/DialogLayout.h"
+#include "ui/view/ViewTools.h"
+#include "ui/window/DialogMessages.h"
+#include "ui/window/ModuleInstance.h"
+#include "ui/window/Tooltips.h"
+
+#include <commctrl.h>
+
+namespace {
+
+constexpr int kWidestText = 320;             // pixels at 100 %; longer texts are broken into lines
+constexpr LPARAM kShownMilliseconds = 15000; // long enough to read the longest
+
+struct ControlText {
+    int controlId;
+    const char *text;
+};
+
+// The key letter that a text names is the text's own and not always the accelerator's.
+constexpr ControlText kTexts[] = {
+    {IDOK, "OK - Commit changes and return to the editor"},
+    {IDCANCEL, "Cancel (Esc) - Close the dialog without making any changes"},
+    {kPreviewOnId,
+     "Preview (P) - Check to see a preview of the modified image, uncheck to see the original image"},
+    {kHelpId, "Click here for links to help and support resources"},
+    {kProductLogoId, "Brillatrix Pro version information, help, and online resources"},
+    {kMakerLogoId, "Visit the Nexorvanta Software web site"},
+    {kSettingsComboId, "Settings (T) - Select a set of saved parameters"},
+    {kEffectComboId, "Effect (:) - Select the type of Star Effect to apply to the image."},
+    {kEffectsOnlyId,
+     "Output Effects Only (O) - Check to output the effects only, excluding the original image"},
+};
+
+} // namespace
+
+void FitTooltipsToScale(HWND tooltips) {
+    const int widest = MulDiv(kWidestText, static_cast<int>(DialogLayoutDpi()), USER_DEFAULT_SCREEN_DPI);
+    SendMessageA(tooltips, TTM_SETMAXTIPWIDTH, 0, widest);
+}
+
+HWND CreateDialogTooltips(HWND dialog) {
+    const HWND tooltips = CreateWindowExA(
+        WS_EX_TOPMOST, TOOLTIPS_CLASSA, nullptr, WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, CW_USEDEFAULT,
+        CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, dialog, nullptr, ModuleInstance(), nullptr);
+    if (!tooltips)
+        return nullptr;
+    FitTooltipsToScale(tooltips);
+    SendMessageA(tooltips, TTM_SETDELAYTIME, TTDT_AUTOPOP, kShownMilliseconds);
+    for (const ControlText &entry : kTexts)
+        AddTooltip(dialog, tooltips, entry.controlId, entry.text);
+    RegisterParameterTooltips(dialog, tooltips);
+    RegisterViewTooltips(dialog, tooltips);
+    return tooltips;
+}

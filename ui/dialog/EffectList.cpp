@@ -1,0 +1,88 @@
+#include "ui/dialog/EffectList.h"
+
+#include "diag/ErrorReport.h"
+#include "render/shape/EffectTypes.h"
+#include "resources/ResourceIds.h"
+#include "ui/dialog/MainDialog.h"
+#include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterValue.h"
+#include "ui/window/DialogMessages.h"
+
+namespace {
+
+constexpr uint32_t kSiteUnknownEffect = 292;
+constexpr int kNumberOfPointsRow = 4; // of the parameter controls
+
+LRESULT SendToList(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    return SendDlgItemMessageW(dialog, kEffectComboId, message, wParam, lParam);
+}
+
+void ProposePoints(const EffectRow &, uint32_t effectType) {
+    SelectEffectType(effectType);
+}
+
+const EffectRow *SelectedEffectRow(HWND dialog) {
+    const LRESULT index = SendToList(dialog, CB_GETCURSEL, 0, 0);
+    if (index < 0)
+        return nullptr;
+    const LRESULT data = SendToList(dialog, CB_GETITEMDATA, static_cast<WPARAM>(index), 0);
+    return data == CB_ERR ? nullptr : reinterpret_cast<const EffectRow *>(data);
+}
+
+} // namespace
+
+const EffectRow kEffectRows[kEffectRowCount] = {
+    {kStandardStar, L"Standard Star", ProposePoints},     {kHollywoodStar, L"Hollywood Star", ProposePoints},
+    {kReligiousCross, L"Religious Cross", ProposePoints}, {kHyperStar, L"Hyper Star", ProposePoints},
+    {kNorthStar, L"North Star", ProposePoints},           {kVectorStar, L"Vector Star", ProposePoints},
+    {kStarBurst, L"Star Burst", ProposePoints},
+};
+
+void FillEffectList(HWND dialog) {
+    for (const EffectRow &row : kEffectRows) {
+        const LRESULT index = SendToList(dialog, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row.name));
+        if (index >= 0)
+            SendToList(dialog, CB_SETITEMDATA, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&row));
+    }
+    ShowEffectType(dialog, DialogParameters()->effectType);
+}
+
+void ShowEffectType(HWND dialog, uint32_t effectType) {
+    const EffectRow *selected = SelectedEffectRow(dialog);
+    if (selected && selected->effectType == effectType)
+        return;
+    int index = 0;
+    while (index < kEffectRowCount && kEffectRows[index].effectType != effectType)
+        ++index;
+    SendToList(dialog, CB_SETCURSEL,
+               index < kEffectRowCount ? static_cast<WPARAM>(index) : static_cast<WPARAM>(-1), 0);
+}
+
+void OnEffectChosen(HWND dialog) {
+    const EffectRow *row = SelectedEffectRow(dialog);
+    if (!row)
+        return;
+    DialogParameters()->effectType = row->effectType;
+    if (row->onSelected)
+        row->onSelected(*row, row->effectType);
+    SendMessageW(dialog, kMsgParameterChanged, 0, 0);
+}
+
+void SelectEffectType(uint32_t effectType) {
+    const int32_t points = PresetPoints(effectType);
+    if (points == 0) {
+        ReportError({kSiteUnknownEffect, kUserMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "An invalid Effects Selection Index was specified.");
+        return;
+    }
+    ParameterControl &row = gParameterControls[kNumberOfPointsRow];
+    const int16_t clamped = ClampToRow(row, points);
+    if (!IsBound(row)) {
+        DialogParameters()->numberOfPoints = clamped;
+        return;
+    }
+    if (clamped == *row.value)
+        return;
+    MoveTrackbar(row, clamped);
+    TakeParameterValue(&row, clamped);
+}

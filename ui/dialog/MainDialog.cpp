@@ -1,0 +1,264 @@
+#include "ui/dialog/MainDialog.h"
+
+#include "diag/ErrorReport.h"
+#include "resources/ResourceIds.h"
+#include "ui/dialog/CheckBoxBindings.h"
+#include "ui/dialog/DialogTooltips.h"
+#include "ui/dialog/EffectList.h"
+#include "ui/display/PreviewDisplay.h"
+#include "ui/fields/ParameterControls.h"
+#include "ui/look/DialogBackBuffer.h"
+#include "ui/look/DialogLayout.h"
+#include "ui/settings/SettingsMenu.h"
+#include "ui/window/DialogMessages.h"
+
+#include <algorithm>
+#include <commctrl.h>
+#include <iterator>
+
+DialogSubject gDialogSubject;
+MainDialog gMainDialog;
+
+namespace {
+
+// For a dialog that somebody opens without a run.
+ParameterSet gOwnParameters = kDefaultParameters;
+
+void RelayOut(HWND dialog) {
+    LayOutDialog(dialog);
+    ResizeDialogBackBuffer(dialog);
+    PostMessageW(dialog, kMsgRequestPreview, 0, 0);
+}
+
+// The message gives the client area; the rectangle that is kept is the window's.
+void OnSize(HWND dialog, WPARAM kind, int width, int height) {
+    if (kind == SIZE_MINIMIZED)
+        return;
+    RECT window = {}, client = {};
+    GetWindowRect(dialog, &window);
+    GetClientRect(dialog, &client);
+    RECT &rect = gMainDialog.rect;
+    rect.right = rect.left + width + (window.right - window.left) - client.right;
+    rect.bottom = rect.top + height + (window.bottom - window.top) - client.bottom;
+    RelayOut(dialog);
+}
+
+void OnWindowPosChanged(HWND dialog, const WINDOWPOS &position) {
+    if (IsIconic(dialog))
+        return;
+    GetWindowRect(dialog, &gMainDialog.rect);
+    if (!(position.flags & SWP_NOSIZE))
+        RelayOut(dialog);
+}
+
+bool OnGetMinMaxInfo(MINMAXINFO *info) {
+    if (IsRectEmpty(&gMainDialog.initialRect))
+        return false;
+    const SIZE minimum = DialogMinimumSize();
+    const RECT &initial = gMainDialog.initialRect;
+    info->ptMinTrackSize = minimum.cx > 0 ? POINT{minimum.cx, minimum.cy}
+                                          : POINT{initial.right - initial.left, initial.bottom - initial.top};
+    return true;
+}
+
+// Every control may move when the size changes, so that no old pixel is worth keeping: the system would show
+// it in the wrong place until the next painting.
+void OnNcCalcSize(HWND dialog, WPARAM wParam, LPARAM lParam) {
+    DefWindowProcW(dialog, WM_NCCALCSIZE, wParam, lParam);
+    LRESULT result = 0;
+    if (wParam) {
+        NCCALCSIZE_PARAMS &sizes = *reinterpret_cast<NCCALCSIZE_PARAMS *>(lParam);
+        const POINT corner = {sizes.rgrc[0].left, sizes.rgrc[0].top};
+        sizes.rgrc[1] = sizes.rgrc[2] = {corner.x, corner.y, corner.x + 1, corner.y + 1};
+        result = WVR_VALIDRECTS;
+    }
+    SetWindowLongPtrW(dialog, DWLP_MSGRESULT, result);
+}
+
+INT_PTR OnCtlColorStatic(HWND control, HDC dc) {
+    if (GetDlgCtrlID(control) != kZoomTextId || !gMainDialog.zoomTextBrush)
+        return 0;
+    SetTextColor(dc, GetSysColor(COLOR_WINDOWTEXT));
+    SetBkColor(dc, GetSysColor(COLOR_WINDOW));
+    return reinterpret_cast<INT_PTR>(gMainDialog.zoomTextBrush);
+}
+
+void OnColorsChanged(HWND dialog) {
+    if (const HBRUSH brush = CreateSolidBrush(GetSysColor(COLOR_WINDOW))) {
+        if (gMainDialog.zoomTextBrush)
+            DeleteObject(gMainDialog.zoomTextBrush);
+        gMainDialog.zoomTextBrush = brush;
+    }
+    OnDialogColorsChanged(dialog);
+}
+
+void OnDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
+    OnDialogDpiChanged(dialog, dpi, suggested);
+    UseBoldGroupFont(dialog);
+    FitTooltipsToScale(gMainDialog.tooltips);
+}
+
+INT_PTR HandlePrivateMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case kMsgParameterChanged:
+        OnParameterChanged(dialog);
+        return TRUE;
+    case kMsgParametersReplaced:
+        OnParametersReplaced(dialog);
+        return TRUE;
+    case kMsgRequestPreview:
+        OnPreviewRequested();
+        return TRUE;
+    case kMsgProgress:
+        OnProgress(dialog, wParam, lParam);
+        return TRUE;
+    case kMsgTableReady:
+        OnPreviewTableReady();
+        return TRUE;
+    }
+    return FALSE;
+}
+
+INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case WM_DESTROY:
+        ReleaseMainDialog();
+        return TRUE;
+    case WM_SIZE:
+        OnSize(dialog, wParam, LOWORD(lParam), HIWORD(lParam));
+        return TRUE;
+    case WM_WINDOWPOSCHANGED:
+        OnWindowPosChanged(dialog, *reinterpret_cast<const WINDOWPOS *>(lParam));
+        return TRUE;
+    case WM_PAINT:
+        PaintDialogFromBackBuffer(dialog);
+        gMainDialog.painted = true;
+        return TRUE;
+    case WM_PRINTCLIENT:
+        PrintDialogFromBackBuffer(dialog, reinterpret_cast<HDC>(wParam));
+        return TRUE;
+    case WM_ERASEBKGND:
+        SetWindowLongPtrW(dialog, DWLP_MSGRESULT, 1);
+        return TRUE;
+    case WM_ACTIVATEAPP:
+        if (!wParam)
+            OnPreviewDeactivated();
+        return TRUE;
+    case WM_GETMINMAXINFO:
+        return OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO *>(lParam));
+    case WM_NCCALCSIZE:
+        OnNcCalcSize(dialog, wParam, lParam);
+        return TRUE;
+    case WM_COMMAND:
+        return OnDialogCommand(dialog, LOWORD(wParam), HIWORD(wParam), lParam);
+    case WM_HSCROLL:
+    case WM_VSCROLL:
+        return OnPreviewScroll(reinterpret_cast<HWND>(lParam), LOWORD(wParam));
+    case WM_MOUSEWHEEL:
+        return OnPreviewWheel(wParam, lParam);
+    case WM_CTLCOLORSTATIC:
+        return OnCtlColorStatic(reinterpret_cast<HWND>(lParam), reinterpret_cast<HDC>(wParam));
+    case WM_DPICHANGED:
+        OnDpiChanged(dialog, HIWORD(wParam), *reinterpret_cast<const RECT *>(lParam));
+        return TRUE;
+    case WM_SYSCOLORCHANGE:
+    case WM_THEMECHANGED:
+        OnColorsChanged(dialog);
+        return TRUE;
+    }
+    return HandlePrivateMessage(dialog, message, wParam, lParam);
+}
+
+INT_PTR HandleDialogMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_INITDIALOG) {
+        if (gMainDialog.window)
+            EndDialog(dialog, IDCANCEL);
+        else
+            InitializeMainDialog(dialog);
+        return FALSE;
+    }
+    return dialog == gMainDialog.window ? HandleMessage(dialog, message, wParam, lParam) : FALSE;
+}
+
+void EndForFatalError(HWND dialog) {
+    if (gFatalErrorStatus == 0 || dialog != gMainDialog.window || gMainDialog.endedForFatal)
+        return;
+    gMainDialog.endedForFatal = true;
+    EndMainDialog(dialog, IDCANCEL);
+}
+
+// Messages that the dialog leaves to the system, and whose sender acts on the system's answer: a plain 0
+// would, for instance, keep the session from ending.
+bool IsQuestionToSystem(UINT message) {
+    constexpr UINT questions[] = {WM_QUERYENDSESSION, WM_GETTEXT,   WM_GETTEXTLENGTH, WM_GETFONT,
+                                  WM_GETICON,         WM_GETOBJECT, WM_NCHITTEST,     WM_QUERYUISTATE,
+                                  WM_PRINT,           DM_GETDEFID,  WM_GETHOTKEY,     WM_GETTITLEBARINFOEX};
+    return std::find(std::begin(questions), std::end(questions), message) != std::end(questions);
+}
+
+// So that a thread that sends a message never waits for what the dialog does next.
+void ReplyToOtherThread(UINT message, INT_PTR result) {
+    if (!IsQuestionToSystem(message) &&
+        (InSendMessageEx(nullptr) & (ISMEX_SEND | ISMEX_REPLIED)) == ISMEX_SEND)
+        ReplyMessage(result);
+}
+
+} // namespace
+
+extern "C" INT_PTR CALLBACK BrillatrixProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    const INT_PTR result = HandleDialogMessage(dialog, message, wParam, lParam);
+    EndForFatalError(dialog);
+    ReplyToOtherThread(message, result);
+    return result;
+}
+
+ParameterSet *DialogParameters() {
+    return gDialogSubject.parameters ? gDialogSubject.parameters : &gOwnParameters;
+}
+
+void OnParameterChanged(HWND dialog) {
+    ReselectSettings(dialog);
+    PostMessageW(dialog, kMsgRequestPreview, 0, 0);
+}
+
+void OnParametersReplaced(HWND dialog) {
+    RefreshParameterControls();
+    ShowEffectType(dialog, DialogParameters()->effectType);
+    RefreshCheckBoxes(dialog);
+}
+
+void OnPreviewRequested() {
+    const ParameterSet &p = *DialogParameters();
+    const int16_t values[kRequestParameters] = {p.threshold,
+                                                p.intensity,
+                                                p.length,
+                                                p.angle,
+                                                p.numberOfPoints,
+                                                p.spikeSharpness,
+                                                p.colorSaturation,
+                                                p.rainbowIntensity,
+                                                p.rainbowFrequency,
+                                                p.secondaryIntensity,
+                                                p.softFlareBrightness};
+    RequestPreview(MakePreviewRequest(CurrentPreviewGeometry(), gMainDialog.previewOn, values, p.effectType,
+                                      p.outputSpikesOnly != 0));
+}
+
+void OnProgress(HWND dialog, WPARAM position, LPARAM total) {
+    const HWND bar = GetDlgItem(dialog, kProgressId);
+    if (total == 0) {
+        SendMessageW(bar, PBM_SETPOS, 1, 0);
+        SendMessageW(bar, PBM_SETPOS, 0, 0);
+        SendMessageW(bar, PBM_SETRANGE32, 0, 0);
+        gMainDialog.progress = 0;
+        gMainDialog.progressTotal = 0;
+        return;
+    }
+    const DWORD shown = static_cast<DWORD>(std::min<LPARAM>(static_cast<LPARAM>(position), total));
+    if (total != gMainDialog.progressTotal)
+        SendMessageW(bar, PBM_SETRANGE32, 0, total);
+    if (shown != gMainDialog.progress)
+        SendMessageW(bar, PBM_SETPOS, shown, 0);
+    gMainDialog.progress = shown;
+    gMainDialog.progressTotal = total;
+}

@@ -1,0 +1,170 @@
+// Opening and closing of the main dialog.
+#include "resources/ResourceIds.h"
+#include "storage/UISettings.h"
+#include "ui/about/MakersLogo.h"
+#include "ui/about/UpdateLink.h"
+#include "ui/dialog/AccessibleNames.h"
+#include "ui/dialog/CheckBoxBindings.h"
+#include "ui/dialog/DialogKeyboard.h"
+#include "ui/dialog/DialogTooltips.h"
+#include "ui/dialog/EffectList.h"
+#include "ui/dialog/MainDialog.h"
+#include "ui/display/PreviewDisplay.h"
+#include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterValue.h"
+#include "ui/look/CornerIcon.h"
+#include "ui/look/DialogBackBuffer.h"
+#include "ui/look/DialogLayout.h"
+#include "ui/look/DialogPictures.h"
+#include "ui/look/PreviewFrame.h"
+#include "ui/settings/ParameterSetList.h"
+#include "ui/settings/SettingsMenu.h"
+#include "ui/window/DialogMessages.h"
+#include "ui/window/WindowPlacement.h"
+
+#include "diag/ErrorReport.h"
+
+namespace {
+
+constexpr wchar_t kHelpCaption[] = L"Help and Support";
+
+RECT RectOfScreenRect(const ScreenRect &rect) {
+    return {rect.left, rect.top, rect.right, rect.bottom};
+}
+
+// The effect tools wait for the light source table. Alt reveals nothing yet: that state is the display's,
+// which begins anew with each dialog.
+void ResetViewTool() {
+    if (GetViewTool() == kToolHide || GetViewTool() == kToolShow)
+        SetViewTool(kToolZoom);
+}
+
+void SwitchPreviewOn(HWND dialog) {
+    gMainDialog.previewOn = true;
+    SetPreviewFlag(1);
+    CheckDlgButton(dialog, kPreviewOnId, BST_CHECKED);
+}
+
+void ShowFocusMarks(HWND dialog) {
+    for (const int controlId : {IDOK, IDCANCEL, kPreviewOnId, kHelpId})
+        SendDlgItemMessageW(dialog, controlId, WM_CHANGEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS), 0);
+    SetDlgItemTextW(dialog, kHelpId, kHelpCaption);
+}
+
+void SetUpControls(HWND dialog) {
+    SubclassMakersLogo(dialog);
+    gMainDialog.tooltips = CreateDialogTooltips(dialog);
+    FillSettingsList(dialog);
+    FillEffectList(dialog);
+    BindCheckBoxes(dialog, DialogParameters());
+    BindParameterControls(dialog, DialogParameters());
+    SelectFittingSettings(dialog); // the controls have brought the values into their ranges
+    SubclassCornerIcon(dialog);
+    SubclassPreviewFrame(dialog);
+    AttachPreviewDisplay(
+        dialog, {gDialogSubject.image, gDialogSubject.iccProfile, gDialogSubject.iccProfileBytes, dialog},
+        ShowDialogPicture);
+    NameControls(dialog);
+}
+
+// In the middle of the work area of the monitor that the host's window is on.
+void CenterDialog(HWND dialog) {
+    const HWND owner = GetWindow(dialog, GW_OWNER);
+    MONITORINFO monitor = {};
+    monitor.cbSize = sizeof monitor;
+    RECT rect = gMainDialog.rect;
+    if (GetMonitorInfoW(MonitorFromWindow(owner ? owner : dialog, MONITOR_DEFAULTTONEAREST), &monitor)) {
+        const RECT &work = monitor.rcWork;
+        OffsetRect(&rect, (work.left + work.right - rect.left - rect.right) / 2,
+                   (work.top + work.bottom - rect.top - rect.bottom) / 2);
+        rect = MoveIntoArea(rect, work);
+    }
+    SetWindowPos(dialog, nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
+    GetWindowRect(dialog, &gMainDialog.rect);
+    SetDialogRect(
+        {gMainDialog.rect.left, gMainDialog.rect.top, gMainDialog.rect.right, gMainDialog.rect.bottom});
+}
+
+void PlaceDialog(HWND dialog) {
+    const ScreenRect saved = GetDialogRect();
+    if (IsEmptyScreenRect(saved))
+        return CenterDialog(dialog);
+    const RECT rect = PlaceOnMonitor(RectOfScreenRect(saved));
+    // Twice: the first move may reach a monitor of another scale, where the system proposes another size.
+    for (int i = 0; i < 2; ++i)
+        SetWindowPos(dialog, nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
+                     SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void FocusFirstControl(HWND dialog) {
+    const ParameterControl &threshold = gParameterControls[0];
+    if (!IsBound(threshold)) {
+        SetFocus(GetDlgItem(dialog, IDOK));
+        return;
+    }
+    SelectEditText(threshold);
+    SetFocus(threshold.edit);
+}
+
+} // namespace
+
+void InitializeMainDialog(HWND dialog) {
+    gMainDialog = {};
+    gMainDialog.window = dialog;
+    gMainDialog.settingsRow = -1;
+    if (IsReportOwnerThread())
+        gMainDialog.hostWindow = SetReportOwnerWindow(dialog);
+    gMainDialog.zoomTextBrush = CreateSolidBrush(GetSysColor(COLOR_WINDOW));
+    CreateDialogBackBuffer(dialog);
+    InstallKeyboardHook();
+    ResetViewTool();
+    SwitchPreviewOn(dialog);
+    ShowFocusMarks(dialog);
+    AddUpdateLink(dialog);
+    RecordDialogLayout(dialog);
+    LoadDialogPictures(dialog); // for the scale of the layout
+    UseBoldGroupFont(dialog);
+    GetWindowRect(dialog, &gMainDialog.rect);
+    gMainDialog.initialRect = gMainDialog.rect;
+    SetUpControls(dialog);
+    if (gFatalErrorStatus != 0)
+        return;
+    PlaceDialog(dialog);
+    FocusFirstControl(dialog);
+    PostMessageW(dialog, kMsgRequestPreview, 0, 0);
+}
+
+void ReleaseMainDialog() {
+    const HWND dialog = gMainDialog.window;
+    if (gMainDialog.boldFont)
+        DeleteObject(gMainDialog.boldFont);
+    RemoveKeyboardHook();
+    FreeParameterSetList(dialog);
+    ReleaseCheckBoxes();
+    ForgetControlNames(dialog);
+    FreeDialogPictures(dialog);
+    FreeDialogLayout();
+    FreeDialogBackBuffer();
+    if (gMainDialog.zoomTextBrush)
+        DeleteObject(gMainDialog.zoomTextBrush);
+    if (IsReportOwnerThread())
+        SetReportOwnerWindow(gMainDialog.hostWindow);
+    gMainDialog = {};
+}
+
+void UseBoldGroupFont(HWND dialog) {
+    const HFONT font = reinterpret_cast<HFONT>(SendDlgItemMessageW(dialog, IDOK, WM_GETFONT, 0, 0));
+    LOGFONTW description = {};
+    if (!font || !GetObjectW(font, sizeof description, &description))
+        return;
+    description.lfWeight = FW_BOLD;
+    const HFONT bold = CreateFontIndirectW(&description);
+    if (!bold)
+        return;
+    for (const int controlId : {kSettingsPanelId, kSpikesGroupId, kColorGroupId, kSecondaryGroupId})
+        SendDlgItemMessageW(dialog, controlId, WM_SETFONT, reinterpret_cast<WPARAM>(bold), TRUE);
+    if (gMainDialog.boldFont)
+        DeleteObject(gMainDialog.boldFont);
+    gMainDialog.boldFont = bold;
+}

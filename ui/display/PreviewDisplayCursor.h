@@ -1,0 +1,18 @@
+// The cursors of the preview display and the keys that change them.
+#pragma once
+
+#include "ui/view/ViewCursor.h"
+
+#include <windows.h>
+
+// Takes Alt and Ctrl from the keyboard, as the messages handled so far left it; the cursor follows a change.
+void ReadViewModifiers();
+// Picks the cursor again for the tool, the keys and the zoom.
+void RefreshDisplayCursor();
+// While a button is down.
+void ShowDragCursor();
+// Answers WM_SETCURSOR.
+void SetDisplayCursor();
+
+// The cursor itself; it belongs to the module's resources.
+HCURSOR LoadDisplayCursor(DisplayCursor cursor);

@@ -1,0 +1,122 @@
+#include "ui/fields/ParameterControls.h"
+
+#include "ui/fields/NumberText.h"
+#include "ui/fields/ParameterEdit.h"
+#include "ui/fields/ParameterEditPaint.h"
+#include "ui/fields/ParameterTrackbar.h"
+#include "ui/fields/ParameterValue.h"
+#include "ui/window/Tooltips.h"
+
+#include <commctrl.h>
+#include <richedit.h>
+
+namespace {
+
+// A trackbar whose range reaches below zero is set to its minimum first, so that the thumb is redrawn.
+void ShowRow(const ParameterControl &row) {
+    *row.value = ClampToRow(row, *row.value);
+    if (row.minimum < 0)
+        MoveTrackbar(row, row.minimum);
+    MoveTrackbar(row, *row.value);
+    ShowParameterValue(row, *row.value);
+}
+
+void SetUpControls(ParameterControl *row) {
+    row->editing = false;
+    SubclassParameterEdit(row);
+    SubclassParameterTrackbar(row);
+    SendMessageA(row->edit, EM_EXLIMITTEXT, 0, row->textLimit);
+    SendMessageA(row->trackbar, TBM_SETRANGE, TRUE,
+                 MAKELPARAM(static_cast<WORD>(row->minimum), static_cast<WORD>(row->maximum)));
+    SendMessageA(row->trackbar, TBM_SETPAGESIZE, 0, row->pageStep);
+    SendMessageA(row->trackbar, TBM_SETLINESIZE, 0, row->arrowStep);
+    UseParameterFont(row);
+    SendMessageA(row->edit, EM_SETEVENTMASK, 0, ENM_CHANGE);
+}
+
+// What the user types is stored as soon as it is a new value; the text stays as typed.
+void TakeTypedValue(ParameterControl *row, int16_t value) {
+    if (value != *row->value) {
+        *row->value = value;
+        SendParameterChanged(*row);
+    }
+    MoveTrackbar(*row, value);
+}
+
+void OnEditChanged(ParameterControl *row) {
+    char text[kNumberTextCapacity] = "";
+    GetWindowTextA(row->edit, text, sizeof text);
+    // A text that holds no number yet, such as a lone minus sign, changes nothing.
+    int32_t value = *row->value;
+    ParseScaledNumber(text, row->decimals, &value);
+    if (row->editing)
+        TakeTypedValue(row, ClampToRow(*row, value));
+    InvalidateRect(row->edit, nullptr, FALSE);
+}
+
+} // namespace
+
+void RegisterParameterTooltips(HWND dialog, HWND tooltipWindow) {
+    for (const ParameterControl &row : gParameterControls) {
+        AddTooltip(dialog, tooltipWindow, row.editId, row.editTooltip);
+        AddTooltip(dialog, tooltipWindow, row.trackbarId, row.trackbarTooltip);
+    }
+}
+
+void BindParameterControl(HWND dialog, ParameterControl *row, int16_t *value) {
+    const HWND edit = GetDlgItem(dialog, row->editId), trackbar = GetDlgItem(dialog, row->trackbarId);
+    row->value = value;
+    row->edit = edit && trackbar ? edit : nullptr;
+    row->trackbar = edit && trackbar ? trackbar : nullptr;
+    if (!row->edit) {
+        *value = row->defaultValue;
+        return;
+    }
+    SetUpControls(row);
+    ShowRow(*row);
+}
+
+void BindParameterControls(HWND dialog, ParameterSet *p) {
+    int16_t *const values[kParameterControlCount] = {&p->threshold,
+                                                     &p->intensity,
+                                                     &p->length,
+                                                     &p->angle,
+                                                     &p->numberOfPoints,
+                                                     &p->spikeSharpness,
+                                                     &p->colorSaturation,
+                                                     &p->rainbowIntensity,
+                                                     &p->rainbowFrequency,
+                                                     &p->secondaryIntensity,
+                                                     &p->softFlareBrightness};
+    for (int i = 0; i < kParameterControlCount; ++i)
+        BindParameterControl(dialog, &gParameterControls[i], values[i]);
+}
+
+void RefreshParameterControls() {
+    for (const ParameterControl &row : gParameterControls) {
+        if (IsBound(row))
+            ShowRow(row);
+        else if (row.value)
+            *row.value = row.defaultValue;
+    }
+}
+
+bool OnParameterEditChanged(int editId) {
+    for (ParameterControl &row : gParameterControls) {
+        if (row.editId != editId)
+            continue;
+        if (IsBound(row))
+            OnEditChanged(&row);
+        return true;
+    }
+    return false;
+}
+
+void FocusParameterControl(int index) {
+    if (index < 0 || index >= kParameterControlCount || !IsBound(gParameterControls[index]))
+        return;
+    const HWND edit = gParameterControls[index].edit;
+    SendMessageA(GetParent(edit), WM_UPDATEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL),
+                 0);
+    SetFocus(edit);
+}

@@ -1,0 +1,123 @@
+#include "ui/fields/ParameterEdit.h"
+
+#include "ui/fields/ParameterEditPaint.h"
+#include "ui/fields/ParameterValue.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include <commctrl.h>
+
+namespace {
+
+constexpr UINT_PTR kEditSubclassId = 1;
+constexpr WPARAM kDeleteCharacter = 127; // what Ctrl+Backspace sends
+
+void StepThroughTrackbar(ParameterControl *row, int32_t amount) {
+    MoveTrackbar(*row, ClampToRow(*row, TrackbarPosition(*row) + amount));
+    const int32_t position = TrackbarPosition(*row);
+    if (position != *row->value)
+        TakeParameterValue(row, position);
+}
+
+// Some versions of the control draw a new caret place or selection at once instead of waiting for WM_PAINT.
+bool MayHaveDrawn(UINT message, WPARAM wParam) {
+    if (message == WM_MOUSEMOVE)
+        return (wParam & MK_LBUTTON) != 0;
+    return (message >= WM_KEYFIRST && message <= WM_KEYLAST) ||
+           (message >= WM_MOUSEFIRST && message <= WM_MOUSELAST);
+}
+
+LRESULT CALLBACK EditProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR data) {
+    ParameterControl *row = reinterpret_cast<ParameterControl *>(data);
+    if (message == WM_NCDESTROY) {
+        RemoveWindowSubclass(window, EditProc, kEditSubclassId);
+        if (row->edit == window)
+            UnbindParameterControl(row);
+        return DefSubclassProc(window, message, wParam, lParam);
+    }
+    if (row->edit != window || !IsBound(*row))
+        return DefSubclassProc(window, message, wParam, lParam);
+    if (message == WM_ERASEBKGND)
+        return 1;
+    if (message == WM_PAINT) {
+        PaintParameterEdit(*row);
+        return 0;
+    }
+    if (message == WM_KEYDOWN && OnEditKey(row, wParam, LOWORD(lParam), GetKeyState(VK_CONTROL) < 0))
+        return 0;
+    if (message == WM_CHAR && !OnEditCharacter(wParam))
+        return 0;
+    const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
+    if (!IsBound(*row))
+        return result;
+    if (message == WM_SETFOCUS)
+        OnEditSetFocus(row);
+    else if (message == WM_KILLFOCUS)
+        OnEditKillFocus(row);
+    else if (MayHaveDrawn(message, wParam))
+        InvalidateRect(window, nullptr, FALSE);
+    return result;
+}
+
+} // namespace
+
+void SubclassParameterEdit(ParameterControl *row) {
+    SetWindowSubclass(row->edit, EditProc, kEditSubclassId, reinterpret_cast<DWORD_PTR>(row));
+}
+
+void OnEditSetFocus(ParameterControl *row) {
+    row->editing = true;
+    SelectEditText(*row);
+    InvalidateRect(row->edit, nullptr, FALSE);
+}
+
+void OnEditKillFocus(ParameterControl *row) {
+    row->editing = false;
+    ShowParameterValue(*row, *row->value);
+}
+
+bool OnEditKey(ParameterControl *row, WPARAM key, int repeatCount, bool ctrlDown) {
+    const int32_t arrow = ctrlDown ? row->ctrlStep : row->arrowStep;
+    switch (key) {
+    case VK_PRIOR:
+        StepThroughTrackbar(row, row->pageStep * repeatCount);
+        return true;
+    case VK_NEXT:
+        StepThroughTrackbar(row, -row->pageStep * repeatCount);
+        return true;
+    case VK_UP:
+        StepThroughTrackbar(row, arrow * repeatCount);
+        return true;
+    case VK_DOWN:
+        StepThroughTrackbar(row, -arrow * repeatCount);
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool OnEditCharacter(WPARAM character) {
+    if ((character >= '0' && character <= '9') || character == '.' || character == '-' || character == '+' ||
+        character == VK_BACK)
+        return true;
+    // Tab, and the codes that follow Enter, Esc, Ctrl+C and the like: their keys have been acted on already.
+    if (character < ' ' || character == kDeleteCharacter)
+        return false;
+    MessageBeep(MB_ICONHAND);
+    return false;
+}
+
+void UnbindParameterControl(ParameterControl *row) {
+    row->editing = false;
+    row->value = nullptr;
+    row->edit = row->trackbar = nullptr;
+    row->font = nullptr;
+    const bool anyLeft = std::any_of(std::begin(gParameterControls), std::end(gParameterControls),
+                                     [](const ParameterControl &other) { return other.edit != nullptr; });
+    if (anyLeft)
+        return;
+    for (ParameterControl &other : gParameterControls)
+        other.value = nullptr;
+    DeleteParameterFont();
+}

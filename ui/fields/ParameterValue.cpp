@@ -1,0 +1,52 @@
+#include "ui/fields/ParameterValue.h"
+
+#include "ui/fields/NumberText.h"
+#include "ui/window/DialogMessages.h"
+
+#include <algorithm>
+
+#include <commctrl.h>
+#include <richedit.h>
+
+int16_t ClampToRow(const ParameterControl &row, int32_t value) {
+    return static_cast<int16_t>(
+        std::clamp(value, static_cast<int32_t>(row.minimum), static_cast<int32_t>(row.maximum)));
+}
+
+void ShowParameterValue(const ParameterControl &row, int32_t value) {
+    if (value < row.minimum || value > row.maximum)
+        return;
+    char text[kNumberTextCapacity];
+    FormatScaledNumber(value, row.decimals, text, sizeof text);
+    // Without ENM_CHANGE the update does not come back as something the user typed.
+    const LRESULT mask = SendMessageA(row.edit, EM_GETEVENTMASK, 0, 0);
+    SendMessageA(row.edit, EM_SETEVENTMASK, 0, mask & ~static_cast<LRESULT>(ENM_CHANGE));
+    SetWindowTextA(row.edit, text);
+    if (row.editing)
+        SelectEditText(row);
+    SendMessageA(row.edit, EM_SETEVENTMASK, 0, mask);
+    InvalidateRect(row.edit, nullptr, FALSE);
+}
+
+void SelectEditText(const ParameterControl &row) {
+    CHARRANGE all = {0, -1};
+    SendMessageA(row.edit, EM_EXSETSEL, 0, reinterpret_cast<LPARAM>(&all));
+}
+
+int32_t TrackbarPosition(const ParameterControl &row) {
+    return static_cast<int32_t>(SendMessageA(row.trackbar, TBM_GETPOS, 0, 0));
+}
+
+void MoveTrackbar(const ParameterControl &row, int32_t value) {
+    SendMessageA(row.trackbar, TBM_SETPOS, TRUE, value);
+}
+
+void TakeParameterValue(ParameterControl *row, int32_t value) {
+    *row->value = ClampToRow(*row, value);
+    ShowParameterValue(*row, *row->value);
+    SendParameterChanged(*row);
+}
+
+void SendParameterChanged(const ParameterControl &row) {
+    SendMessageA(GetParent(row.edit), kMsgParameterChanged, 0, 0);
+}

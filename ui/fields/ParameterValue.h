@@ -1,0 +1,24 @@
+// The steps that the edit and the trackbar of a pair share. All take a bound row.
+#pragma once
+
+#include "ui/fields/ParameterControls.h"
+
+constexpr size_t kNumberTextCapacity = 33; // 32 characters of an edit are read
+
+int16_t ClampToRow(const ParameterControl &row, int32_t value);
+
+// Writes a value into the edit without a change notification; one out of range is ignored.
+void ShowParameterValue(const ParameterControl &row, int32_t value);
+void SelectEditText(const ParameterControl &row);
+
+int32_t TrackbarPosition(const ParameterControl &row);
+void MoveTrackbar(const ParameterControl &row, int32_t value);
+
+// Stores the value, shows it and tells the dialog, whether or not it changed.
+void TakeParameterValue(ParameterControl *row, int32_t value);
+void SendParameterChanged(const ParameterControl &row);
+
+// Whether the row belongs to live controls and a parameter.
+inline bool IsBound(const ParameterControl &row) {
+    return row.value && row.edit && row.trackbar;
+}

@@ -1,0 +1,227 @@
+#include "ui/preview/PreviewTiles.h"
+
+#include "diag/BufferUsage.h"
+#include "engine/SystemThreads.h"
+#include "render/RenderDriver.h"
+#include "ui/pixels/PreviewGeometry.h"
+#include "ui/preview/PreviewInvariants.h"
+#include "ui/preview/PreviewProxies.h"
+#include "ui/preview/PreviewStars.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr RegionStep kSetTile{905, "Could not set rectangle into TempRegion."};
+constexpr RegionStep kFindFresh{908, "Could not combine WorkRegion and TempRegion."};
+constexpr RegionStep kFindEffect{911, "Could not combine WorkRegion and ValidEffectProxyRegion."};
+constexpr RegionStep kFindHost{914, "Could not combine WorkRegion and ValidHostProxyRegion."};
+constexpr RegionStep kFindInvalid{917, "Could not combine InvalidWorkRegion and TempRegion."};
+constexpr RegionStep kAddEffect{920, "Could not combine TempRegion and ValidEffectProxyRegion."};
+constexpr RegionStep kAddScaled{923, "Could not combine ValidScaledProxyRegion with TempRegion."};
+constexpr RegionStep kAddFresh{926, "Could not combine FreshRegion with TempRegion."};
+
+// A region in more pieces than this is rendered in one go, valid pixels included.
+constexpr uint32_t kMostPieces = 8;
+constexpr int32_t kProcessorsForDialog = 1;
+
+// What of a tile is to be done.
+struct TileWork {
+    IntRect scaled;       // part of the scaled proxy to make; empty when none
+    IntRect document;     // the image under it, or the effect to render
+    RegionRects missing;  // document: effects to render; FreeRegionRects
+    uint32_t changesSeen; // gProxies.effectChanges when the work began
+};
+
+// Fills WorkRegion with the part of `area` that lies outside `valid`. False when nothing does.
+bool FindMissing(const IntRect &area, HRGN valid, const RegionStep &step) {
+    return SetRegionRect(gProxies.TempRegion, area, kSetTile) &&
+           CombineRegions(gProxies.WorkRegion, gProxies.TempRegion, valid, RGN_DIFF, step) &&
+           IsRegionFilled(gProxies.WorkRegion);
+}
+
+// The first pixel of WorkRegion, line by line.
+bool FirstMissing(int32_t *x, int32_t *y) {
+    RegionRects rects{};
+    if (!GetRegionRects(gProxies.WorkRegion, &rects))
+        return false;
+    const bool isFound = rects.count > 0;
+    if (isFound) {
+        *x = rects.rects[0].left;
+        *y = rects.rects[0].top;
+    }
+    FreeRegionRects(&rects);
+    return isFound;
+}
+
+bool FindTileIn(const IntRect &area, int32_t side, HRGN valid, const RegionStep &step, IntRect *tile) {
+    int32_t x = 0, y = 0;
+    if (IsEmptyRect(area) || !FindMissing(area, valid, step) || !FirstMissing(&x, &y))
+        return false;
+    *tile = TileAt(area, side, x, y);
+    return true;
+}
+
+bool FindTileLocked(const PreviewRequest &request, PreviewArea area, IntRect *tile) {
+    const IntRect visible = VisibleImage(request);
+    const int32_t side = PreviewTileSize(request.zoom, visible);
+    switch (area) {
+    case PreviewArea::visible:
+        return gProxies.scaledProxy.pixels &&
+               FindTileIn(visible, side, gProxies.FreshRegion, kFindFresh, tile);
+    case PreviewArea::surroundings: // which may be large around a sliver that is seen
+        return gProxies.scaledProxy.pixels && FindTileIn(gProxies.window, std::max(side, kSmallestTile),
+                                                         gProxies.FreshRegion, kFindFresh, tile);
+    default:
+        return request.previewOn && FindTileIn(gProxies.HostProxyImage.bounds, PreviewTileSize(kFullZoom, {}),
+                                               gProxies.ValidEffectProxyRegion, kFindEffect, tile);
+    }
+}
+
+// The table as it is now: the dialog's thread may change states at any time.
+bool CopyLightSources() {
+    const LightSourceTableView table = GetLightSourceTable();
+    if (gProxies.hasLightSources && gProxies.lightSourcesOf == gProxies.effectChanges)
+        return true;
+    const size_t bytes = table.count * sizeof(LightSource);
+    auto *records = static_cast<LightSource *>(CountedAlloc(std::max<size_t>(bytes, 1)));
+    if (!records)
+        return false;
+    CountedFree(gProxies.lightSources.records, gProxies.lightSourceBytes);
+    std::copy_n(table.records, table.count, records);
+    gProxies.lightSources = {records, table.count};
+    gProxies.lightSourceBytes = std::max<size_t>(bytes, 1);
+    gProxies.lightSourcesOf = gProxies.effectChanges;
+    gProxies.hasLightSources = true;
+    return true;
+}
+
+// Takes a rectangle, with whatever is valid in it, to be rendered anew.
+void MergePieces(TileWork *work) {
+    const IntRect box = RegionBox(gProxies.InvalidWorkRegion);
+    InvalidateEffect(box);
+    gProxies.lightSourcesOf = gProxies.effectChanges; // no source has changed
+    SetRegionRect(gProxies.InvalidWorkRegion, box, kSetTile);
+    FreeRegionRects(&work->missing);
+    GetRegionRects(gProxies.InvalidWorkRegion, &work->missing);
+}
+
+// Into InvalidWorkRegion and work->missing: where the effect of work->document is not valid, as far as there
+// are host pixels.
+bool FindMissingEffect(TileWork *work) {
+    const HRGN invalid = gProxies.InvalidWorkRegion;
+    if (!SetRegionRect(gProxies.TempRegion, work->document, kSetTile) ||
+        !CombineRegions(gProxies.WorkRegion, gProxies.TempRegion, gProxies.ValidHostProxyRegion, RGN_AND,
+                        kFindHost) ||
+        !CombineRegions(gProxies.WorkRegion, gProxies.WorkRegion, gProxies.ValidEffectProxyRegion, RGN_DIFF,
+                        kFindEffect) ||
+        !CombineRegions(invalid, gProxies.WorkRegion, gProxies.TempRegion, RGN_AND, kFindInvalid) ||
+        !GetRegionRects(invalid, &work->missing))
+        return false;
+    if (work->missing.count > kMostPieces)
+        MergePieces(work);
+    return true;
+}
+
+bool BeginWorkLocked(const PreviewRequest &request, const PreviewTile &tile, TileWork *work) {
+    work->document = tile.rect;
+    if (tile.area != PreviewArea::image) {
+        FindMissing(tile.rect, gProxies.FreshRegion, kFindFresh);
+        work->scaled = RegionBox(gProxies.WorkRegion);
+        work->document =
+            IntersectRects(UnscaleRect(work->scaled, request.zoom), gProxies.HostProxyImage.bounds);
+    }
+    const bool isFound = !request.previewOn || (CopyLightSources() && FindMissingEffect(work));
+    work->changesSeen = gProxies.effectChanges;
+    return isFound;
+}
+
+TileResult RenderMissing(const PreviewRequest &request, const TileWork &work,
+                         const std::atomic<uint8_t> &cancel) {
+    const RenderSettings settings = SettingsOfRequest(request);
+    for (uint32_t i = 0; i < work.missing.count; ++i) {
+        const RECT &piece = work.missing.rects[i];
+        if (!RenderEffect(settings, gProxies.HostProxyImage,
+                          {piece.left, piece.top, piece.right, piece.bottom}, gProxies.lightSources, cancel,
+                          &gProxies.EffectProxyImage, RenderThreads(kProcessorsForDialog)))
+            return cancel ? TileResult::cancelled : TileResult::failed;
+    }
+    return TileResult::rendered;
+}
+
+// The piece of the scaled proxy that the work is for. Made without the lock, as it takes its time.
+TileResult MakePiece(const PreviewRequest &request, const TileWork &work, const PreviewCancelFlags &flags,
+                     PixelStore *piece) {
+    const std::atomic<uint8_t> &cancel = request.zoom < kFullZoom ? flags.reduction : flags.conversion;
+    if (!AllocateStore(StoreBounds(work.scaled, request.zoom), StoreScale(request.zoom), piece))
+        return TileResult::failed;
+    const ImageBuffer &layer = request.previewOn ? gProxies.EffectProxyImage : gProxies.HostProxyImage;
+    if (FillStore(layer, cancel, piece))
+        return TileResult::rendered;
+    return cancel ? TileResult::cancelled : TileResult::failed;
+}
+
+void AddRect(HRGN region, const IntRect &rect, const RegionStep &step) {
+    if (SetRegionRect(gProxies.TempRegion, rect, kSetTile))
+        CombineRegions(region, region, gProxies.TempRegion, RGN_OR, step);
+}
+
+// Makes the work valid, unless the dialog's thread has changed a light source meanwhile: then it is done
+// again.
+void FinishWorkLocked(const PreviewRequest &request, const TileWork &work, const PixelStore &piece) {
+    if (work.changesSeen != gProxies.effectChanges)
+        return;
+    if (request.previewOn) {
+        CombineRegions(gProxies.ValidEffectProxyRegion, gProxies.ValidEffectProxyRegion,
+                       gProxies.InvalidWorkRegion, RGN_OR, kAddEffect);
+        gProxies.isStarBoxKnown = FindStarBox(&gProxies.starBox);
+    }
+    if (!IsEmptyRect(work.scaled)) {
+        CopyStore(piece, &gProxies.scaledProxy);
+        AddRect(gProxies.ValidScaledProxyRegion, request.zoom < kFullZoom ? work.document : work.scaled,
+                kAddScaled);
+        AddRect(gProxies.FreshRegion, work.scaled, kAddFresh);
+    }
+    CheckPreview();
+}
+
+} // namespace
+
+IntRect VisibleImage(const PreviewRequest &request) {
+    const PreviewGeometry geometry = GeometryOfRequest(request);
+    return IntersectRects(VisibleRect(geometry), ScaledImage(geometry));
+}
+
+bool FindPreviewTile(const PreviewRequest &request, PreviewArea area, PreviewTile *tile) {
+    IntRect rect{};
+    if (!LockPreview())
+        return false;
+    const bool isFound = FindTileLocked(request, area, &rect);
+    UnlockPreview();
+    if (isFound)
+        *tile = {rect, area};
+    return isFound;
+}
+
+TileResult RenderPreviewTile(const PreviewRequest &request, const PreviewTile &tile,
+                             const PreviewCancelFlags &cancel) {
+    TileWork work{};
+    PixelStore piece{};
+    if (request.previewOn && !EnsureEffectImage())
+        return TileResult::failed;
+    if (!LockPreview())
+        return TileResult::failed;
+    TileResult result = BeginWorkLocked(request, tile, &work) ? TileResult::rendered : TileResult::failed;
+    UnlockPreview();
+    if (result == TileResult::rendered && request.previewOn)
+        result = RenderMissing(request, work, cancel.stars);
+    if (result == TileResult::rendered && !IsEmptyRect(work.scaled))
+        result = MakePiece(request, work, cancel, &piece);
+    if (result == TileResult::rendered && LockPreview()) {
+        FinishWorkLocked(request, work, piece);
+        UnlockPreview();
+    }
+    FreeStore(&piece);
+    FreeRegionRects(&work.missing);
+    return result;
+}

@@ -1,0 +1,51 @@
+// What the parts of the Proxy Update Task share.
+#pragma once
+
+#include "ui/preview/PreviewRequest.h"
+#include "ui/preview/PreviewTiles.h"
+
+#include <atomic>
+#include <cstdint>
+#include <windows.h>
+
+// Made and closed on the host's thread while the task does not run; other rules as noted.
+struct ProxyUpdateTask {
+    HANDLE ParametersAvailableEvent;    // auto-reset: a new request is in the shared copy
+    HANDLE ProxyUpdateTerminateEvent;   // manual-reset: the task must end
+    HANDLE ProxyUpdateTaskExitEvent;    // manual-reset: the task's last act
+    HANDLE NewRenderingParametersMutex; // guards `shared`, `requests`, `isStopping`, and the clearing of
+                                        // `cancel`
+    HANDLE thread;
+    HWND display, dialog;
+
+    PreviewRequest staging; // dialog's thread
+    PreviewRequest shared;
+    uint32_t requests; // handed over so far
+    bool isStopping;
+    PreviewCancelFlags cancel; // read by the renderers without the lock
+
+    // The task's own.
+    PreviewRequest working;
+    HRGN InvalidateDisplayRegion; // client pixels to repaint at the next flush
+    IntRect invalidFor;           // visible rectangle that they were collected for, scaled
+    double flushedZoom;           // of the last flush; 0: none yet
+    uint32_t quietSince;          // GetTickCount of the first request whose tiles wait for a flush
+};
+
+extern ProxyUpdateTask gProxyUpdate;
+
+// Under the lock. False when there is none.
+bool LockRequests();
+void UnlockRequests();
+
+// Copies the shared request into the working one and clears the cancel flags. False when the task must end,
+// or when there is no request yet.
+bool TakeRequest();
+
+// Waits without limit for a request and takes it. False when the task must end.
+bool WaitForParameters();
+
+// Renders the working request as far as it is not cancelled, and tells the display and the dialog.
+void ServeRequest();
+// Shows the original where the working request looks, and nothing more: the table is not there yet.
+void ServeOriginal();

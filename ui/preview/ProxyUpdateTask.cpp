@@ -1,0 +1,262 @@
+#include "ui/preview/ProxyUpdateTask.h"
+
+#include "diag/ErrorReport.h"
+#include "engine/InitializationTask.h"
+#include "engine/image/FixedPoint.h"
+#include "ui/preview/PreviewProxies.h"
+#include "ui/preview/ProxyUpdateState.h"
+#include "ui/window/DialogMessages.h"
+
+#include <process.h>
+
+ProxyUpdateTask gProxyUpdate;
+std::atomic<uint8_t> gViewToolInUse;
+std::atomic<uint32_t> gLastHiddenLightSource{kNoLightSource};
+
+namespace {
+
+constexpr uint32_t kSiteParametersEvent = 344, kSiteTerminateEvent = 350, kSiteExitEvent = 356,
+                   kSiteMutex = 362, kSiteThread = 475, kSiteTerminateAbandoned = 1861,
+                   kSiteParametersAbandoned = 1867, kSiteTimedOut = 1872, kSiteWaitFailed = 1878;
+constexpr RegionStep kCreateInvalidateDisplay{388, "Could not create InvalidateDisplayRegion."};
+
+constexpr DWORD kTableWaitSlice = 50; // milliseconds
+constexpr uint32_t kPreviewFloor = 65535;
+
+void ReportUnexpected(uint32_t site, const char *text) {
+    ReportError({site, kDebugMessage, 0}, kStopIcon, kTitleUnexpected, "%s", text);
+}
+
+void ReportSystemError(uint32_t site, const char *text) {
+    ReportError({site, kSystemError, GetLastError()}, kStopIcon, kTitleUnexpected, "%s", text);
+}
+
+HANDLE CreateTaskEvent(BOOL manualReset, uint32_t site, const char *failure) {
+    const HANDLE event = CreateEventA(nullptr, manualReset, FALSE, nullptr);
+    if (!event)
+        ReportSystemError(site, failure);
+    return event;
+}
+
+void CreateTaskObjects() {
+    gProxyUpdate.ParametersAvailableEvent =
+        CreateTaskEvent(FALSE, kSiteParametersEvent, "Could not create ParametersAvailableEvent.");
+    gProxyUpdate.ProxyUpdateTerminateEvent =
+        CreateTaskEvent(TRUE, kSiteTerminateEvent, "Could not create ProxyUpdateTerminateEvent.");
+    gProxyUpdate.ProxyUpdateTaskExitEvent =
+        CreateTaskEvent(TRUE, kSiteExitEvent, "Could not create ProxyUpdateTaskExitEvent.");
+    gProxyUpdate.NewRenderingParametersMutex = CreateMutexA(nullptr, FALSE, nullptr);
+    if (!gProxyUpdate.NewRenderingParametersMutex)
+        ReportSystemError(kSiteMutex, "Could not create NewRenderingParametersMutex.");
+    gProxyUpdate.InvalidateDisplayRegion = CreateRegion(kCreateInvalidateDisplay);
+}
+
+void CloseAndForget(HANDLE *handle) {
+    if (*handle)
+        CloseHandle(*handle);
+    *handle = nullptr;
+}
+
+void RaiseCancelFlags(uint8_t value) {
+    PreviewCancelFlags &cancel = gProxyUpdate.cancel;
+    cancel.task = value;
+    cancel.stars = value;
+    cancel.reduction = value;
+    cancel.conversion = value;
+}
+
+// An event that is missing counts as set: nothing could ever set it.
+bool MustTerminate() {
+    return WaitForSingleObject(gProxyUpdate.ProxyUpdateTerminateEvent, 0) != WAIT_TIMEOUT;
+}
+
+// The picture is shown while the table is still being built.
+void ShowOriginal(uint32_t *requestsSeen) {
+    if (!LockRequests())
+        return;
+    const uint32_t requests = gProxyUpdate.requests;
+    UnlockRequests();
+    if (requests == *requestsSeen || !TakeRequest())
+        return;
+    *requestsSeen = requests;
+    ServeOriginal();
+}
+
+// False when the task must end first.
+bool WaitForLightSources() {
+    uint32_t done = 0, total = 0, requestsSeen = 0;
+    for (;;) {
+        const bool isComplete = WaitLightSourceTable(&done, &total, kTableWaitSlice);
+        if (MustTerminate())
+            return false;
+        if (isComplete)
+            return true;
+        PostMessageA(gProxyUpdate.dialog, kMsgProgress, done, static_cast<LPARAM>(total));
+        ShowOriginal(&requestsSeen);
+    }
+}
+
+// The renderer's mode is set only now: while the table is being built it belongs to the detection.
+void BeginPreviewRendering() {
+    gPreciseMode = false;
+    gFloor = kPreviewFloor;
+    gViewToolInUse = 0;
+    gLastHiddenLightSource = kNoLightSource;
+    PostMessageA(gProxyUpdate.dialog, kMsgTableReady, 0, 0);
+}
+
+unsigned __stdcall UpdateProxies(void *) {
+    if (WaitForLightSources()) {
+        BeginPreviewRendering();
+        while (WaitForParameters()) {
+            ServeRequest();
+            gProxyUpdate.cancel.task = 0;
+        }
+    }
+    if (gProxyUpdate.ProxyUpdateTaskExitEvent)
+        SetEvent(gProxyUpdate.ProxyUpdateTaskExitEvent);
+    return 0;
+}
+
+// What Start makes, in whatever state it is; no task runs.
+void ReleaseEverything() {
+    CloseAndForget(&gProxyUpdate.thread);
+    CloseAndForget(&gProxyUpdate.ParametersAvailableEvent);
+    CloseAndForget(&gProxyUpdate.ProxyUpdateTerminateEvent);
+    CloseAndForget(&gProxyUpdate.ProxyUpdateTaskExitEvent);
+    DeleteRegion(&gProxyUpdate.InvalidateDisplayRegion);
+    DeletePreviewRegions();
+    DeleteTileBitmap(&gProxies.tileBitmap);
+    CloseAndForget(&gProxyUpdate.NewRenderingParametersMutex);
+    FreePreviewImages();
+}
+
+void ResetTask(HWND display, HWND dialog) {
+    gProxyUpdate.display = display;
+    gProxyUpdate.dialog = dialog;
+    gProxyUpdate.staging = gProxyUpdate.shared = gProxyUpdate.working = PreviewRequest{};
+    gProxyUpdate.requests = 0;
+    gProxyUpdate.isStopping = false;
+    gProxyUpdate.invalidFor = IntRect{};
+    gProxyUpdate.flushedZoom = 0.0;
+    RaiseCancelFlags(0);
+}
+
+bool StartThread() {
+    gProxyUpdate.thread =
+        reinterpret_cast<HANDLE>(_beginthreadex(nullptr, 0, UpdateProxies, nullptr, 0, nullptr));
+    if (!gProxyUpdate.thread)
+        ReportSystemError(kSiteThread, "Could not start Proxy Update Task.");
+    return gProxyUpdate.thread != nullptr;
+}
+
+} // namespace
+
+bool LockRequests() {
+    const HANDLE mutex = gProxyUpdate.NewRenderingParametersMutex;
+    return mutex && WaitForSingleObject(mutex, INFINITE) != WAIT_FAILED;
+}
+
+void UnlockRequests() {
+    ReleaseMutex(gProxyUpdate.NewRenderingParametersMutex);
+}
+
+bool TakeRequest() {
+    if (!LockRequests())
+        return false;
+    const bool isTaken = !gProxyUpdate.isStopping && gProxyUpdate.requests > 0;
+    if (isTaken) {
+        gProxyUpdate.working = gProxyUpdate.shared;
+        RaiseCancelFlags(0);
+    }
+    UnlockRequests();
+    return isTaken;
+}
+
+bool WaitForParameters() {
+    const HANDLE events[] = {gProxyUpdate.ProxyUpdateTerminateEvent, gProxyUpdate.ParametersAvailableEvent};
+    switch (WaitForMultipleObjects(2, events, FALSE, INFINITE)) {
+    case WAIT_OBJECT_0:
+        return false;
+    case WAIT_OBJECT_0 + 1:
+        return TakeRequest();
+    case WAIT_ABANDONED_0:
+        ReportUnexpected(kSiteTerminateAbandoned, "Event 'ProxyUpdateTerminateEvent' was abandoned.");
+        ResetEvent(events[0]);
+        return false;
+    case WAIT_ABANDONED_0 + 1:
+        ReportUnexpected(kSiteParametersAbandoned, "Event 'ParametersAvailableEvent' was abandoned.");
+        ResetEvent(events[1]);
+        return false;
+    case WAIT_TIMEOUT:
+        ReportUnexpected(kSiteTimedOut, "A wait timed out in WaitForParameters().");
+        return false;
+    default:
+        ReportSystemError(kSiteWaitFailed, "Waiting for events failed in WaitForParameters.");
+        return false;
+    }
+}
+
+bool StartProxyUpdateTask(HWND display, const PreviewSource &source) {
+    StopProxyUpdateTask();
+    if (!display || !source.image || !PreparePreviewImages(*source.image))
+        return false;
+    ResetTask(display, source.dialog);
+    CreateTaskObjects();
+    CreatePreviewProxies();
+    CreateTileBitmap(display, source.iccProfile, source.iccProfileBytes, &gProxies.tileBitmap);
+    if (StartThread())
+        return true;
+    ReleaseEverything();
+    return false;
+}
+
+void RequestPreview(const PreviewRequest &request) {
+    gProxyUpdate.staging = request;
+    gProxyUpdate.staging.tilesDone = 0;
+    gProxyUpdate.staging.requestTime = GetTickCount();
+    if (!LockRequests())
+        return;
+    RaiseCancelFlags(1);
+    gProxyUpdate.shared = gProxyUpdate.staging;
+    ++gProxyUpdate.requests;
+    UnlockRequests();
+    if (gProxyUpdate.ParametersAvailableEvent)
+        SetEvent(gProxyUpdate.ParametersAvailableEvent);
+}
+
+void StopProxyUpdateTask() {
+    if (!gProxyUpdate.thread)
+        return;
+    // Under the lock, so that a task that is just taking a request does not clear the flags afterwards.
+    const bool isLocked = LockRequests();
+    gProxyUpdate.isStopping = true;
+    RaiseCancelFlags(1);
+    if (isLocked)
+        UnlockRequests();
+    if (gProxyUpdate.ProxyUpdateTerminateEvent)
+        SetEvent(gProxyUpdate.ProxyUpdateTerminateEvent);
+    if (gProxyUpdate.ProxyUpdateTaskExitEvent)
+        WaitForSingleObject(gProxyUpdate.ProxyUpdateTaskExitEvent, INFINITE);
+    // The event is the task's last act, but its thread still has to leave this module.
+    WaitForSingleObject(gProxyUpdate.thread, INFINITE);
+    RaiseCancelFlags(0);
+    ReleaseEverything();
+}
+
+PreviewRequest MakePreviewRequest(const PreviewGeometry &geometry, bool previewOn,
+                                  const int16_t (&parameters)[kRequestParameters], uint32_t effectType,
+                                  bool effectsOnly) {
+    PreviewRequest request{};
+    request.display = geometry.display;
+    request.image = ScaledImage(geometry);
+    request.centerX = geometry.centerX;
+    request.centerY = geometry.centerY;
+    request.zoom = geometry.zoom;
+    request.previewOn = previewOn ? 1 : 0;
+    for (int i = 0; i < kRequestParameters; ++i)
+        request.parameters[i] = static_cast<uint16_t>(parameters[i]);
+    request.effectType = effectType;
+    request.effectsOnly = effectsOnly ? 1 : 0;
+    return request;
+}

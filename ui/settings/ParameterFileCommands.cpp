@@ -1,0 +1,166 @@
+#include "ui/settings/ParameterFileCommands.h"
+
+#include "diag/ErrorReport.h"
+#include "diag/Log.h"
+#include "storage/ParameterFiles.h"
+#include "storage/ParameterSetFiles.h"
+#include "ui/settings/ParameterSetList.h"
+#include "ui/window/DialogMessages.h"
+
+#include <commdlg.h>
+#include <cstdlib>
+#include <cwchar>
+#include <iterator>
+
+namespace {
+
+constexpr wchar_t kProduct[] = L"Brillatrix Pro";
+constexpr wchar_t kExtension[] = L"sss";
+constexpr wchar_t kFilter[] =
+    L"Parameter Files\0*.sss\0"; // and the array's own end: a list ends with two zeros
+
+constexpr uint32_t kSiteOpenDialog = 412, kSiteLoad = 425, kSiteSaveDialog = 458, kSiteSave = 471,
+                   kSiteMakeBlock = 476, kSiteName = 503;
+
+struct FileDialogKind {
+    bool saves;
+    const wchar_t *verb; // first word of the title
+    DWORD flags;
+    const char *callName; // in reports
+    uint32_t site;
+};
+
+constexpr FileDialogKind kOpenDialog = {false, L"Load", OFN_FILEMUSTEXIST | OFN_PATHMUSTEXIST,
+                                        "GetOpenFileName", kSiteOpenDialog};
+constexpr FileDialogKind kSaveDialog = {true, L"Save",
+                                        OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_NOREADONLYRETURN,
+                                        "GetSaveFileName", kSiteSaveDialog};
+
+// False when the user cancelled or the dialog failed, which is reported. The host's current folder stays.
+bool PickParameterFile(HWND dialog, const FileDialogKind &kind, const WidePath &folder, WidePath *path) {
+    wchar_t title[100];
+    swprintf(title, std::size(title), L"%ls %ls Parameter File", kind.verb, kProduct);
+    WidePath picked = {};
+    OPENFILENAMEW request = {};
+    request.lStructSize = sizeof request;
+    request.hwndOwner = dialog;
+    request.lpstrFilter = kFilter;
+    request.nFilterIndex = 1;
+    request.lpstrFile = picked.text;
+    request.nMaxFile = kMaxPath;
+    request.lpstrInitialDir = folder.text;
+    request.lpstrTitle = title;
+    request.lpstrDefExt = kExtension;
+    request.Flags = OFN_EXPLORER | OFN_HIDEREADONLY | OFN_NOCHANGEDIR | kind.flags;
+    if (kind.saves ? GetSaveFileNameW(&request) : GetOpenFileNameW(&request)) {
+        *path = picked;
+        return true;
+    }
+    if (const DWORD error = CommDlgExtendedError())
+        ReportError({kind.site, kUserMessage, 0}, kWarningIcon, kTitleWarning,
+                    "%s() failed with error = '%d'", kind.callName, static_cast<int>(error));
+    return false;
+}
+
+void SelectAsUser(HWND dialog, int index) {
+    SelectParameterSet(dialog, index);
+    SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(kSettingsComboId, CBN_SELCHANGE),
+                 reinterpret_cast<LPARAM>(GetDlgItem(dialog, kSettingsComboId)));
+}
+
+void TakeLoadedBlock(HWND dialog, const WidePath &folder, const WidePath &path, ParameterBlock *block) {
+    if (IsInFolder(path.text, folder.text)) {
+        if (ApplyParameterBlock(dialog, *block))
+            PostMessageW(dialog, kMsgRequestPreview, 0, 0);
+        SelectParameterSet(dialog, -1);
+        free(block);
+        return;
+    }
+    WidePath name;
+    NameOfParameterSet(path.text, &name);
+    const int index = AddParameterSet(dialog, name.text, block);
+    if (index >= 0)
+        SelectAsUser(dialog, index);
+}
+
+// In the parameters folder the list shows each file once, and shows none with another extension.
+int ListSavedBlock(HWND dialog, const WidePath &folder, const WidePath &path, ParameterBlock *block) {
+    WidePath name;
+    NameOfParameterSet(path.text, &name);
+    if (!IsInFolder(path.text, folder.text))
+        return AddParameterSet(dialog, name.text, block);
+    if (HasParameterSetExtension(path.text))
+        return ReplaceParameterSet(dialog, name.text, block);
+    free(block);
+    return -1;
+}
+
+int SaveCurrentSet(HWND dialog, const WidePath &folder, const WidePath &path) {
+    ParameterBlock *block =
+        gParameterBlockAccessor
+            ? reinterpret_cast<ParameterBlock *>(gParameterBlockAccessor(kMakeCurrentBlock, nullptr))
+            : nullptr;
+    if (!block) {
+        ReportError({kSiteMakeBlock, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "The current parameter set could not be made into a block.");
+        return -1;
+    }
+    if (SaveParametersFile(*block, path.text))
+        return ListSavedBlock(dialog, folder, path, block);
+    free(block);
+    ReportError({kSiteSave, kUserMessage, 0}, kWarningIcon, kTitleWarning,
+                "SaveParametersFile() failed with FilePath = '%s'", DescribePath(path.text).text);
+    return -1;
+}
+
+bool ConfirmDeletion(HWND dialog, const wchar_t *name) {
+    wchar_t title[100], text[kMaxPath + 100];
+    swprintf(title, std::size(title), L"Delete %ls Parameter File", kProduct);
+    swprintf(text, std::size(text), L"The %ls saved parameter file '%ls.%ls' will be deleted.", kProduct,
+             name, kExtension);
+    return MessageBoxW(dialog, text, title, MB_OKCANCEL | MB_ICONWARNING) == IDOK;
+}
+
+} // namespace
+
+bool ApplyParameterBlock(HWND dialog, const ParameterBlock &block) {
+    if (!gParameterBlockAccessor || gParameterBlockAccessor(kCommitBlock, &block) != 1)
+        return false;
+    SendMessageW(dialog, kMsgParametersReplaced, 0, 0);
+    return true;
+}
+
+void LoadParameterFileDialog(HWND dialog) {
+    WidePath folder, path;
+    if (!GetUserParametersFolder(&folder) || !PickParameterFile(dialog, kOpenDialog, folder, &path))
+        return;
+    ParameterBlock *block = ReadSavedParameterSet(dialog, path.text);
+    if (block)
+        TakeLoadedBlock(dialog, folder, path, block);
+    else
+        ReportError({kSiteLoad, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "LoadParameterStructure() failed with FilePath = '%s'", DescribePath(path.text).text);
+}
+
+int SaveParameterFileDialog(HWND dialog) {
+    WidePath folder, path;
+    if (!GetUserParametersFolder(&folder) || !PickParameterFile(dialog, kSaveDialog, folder, &path))
+        return -1;
+    return SaveCurrentSet(dialog, folder, path);
+}
+
+void DeleteParameterFile(HWND dialog) {
+    const int index = SelectedParameterSet(dialog);
+    wchar_t name[kMaxPath];
+    if (index < 0)
+        return;
+    if (!ParameterSetName(dialog, index, name, std::size(name))) {
+        ReportError({kSiteName, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "The selected parameter set has no name.");
+        return;
+    }
+    if (!ConfirmDeletion(dialog, name))
+        return;
+    RemoveParameterSet(dialog, index);
+    DeleteSavedParameterSet(name);
+}

@@ -1,0 +1,61 @@
+#include "ui/view/ViewMenu.h"
+
+#include "diag/ErrorReport.h"
+#include "resources/ResourceIds.h"
+#include "ui/view/ViewTools.h"
+#include "ui/window/ModuleInstance.h"
+
+#include <windowsx.h>
+
+namespace {
+
+constexpr uint32_t kSiteTrackFailed = 1205, kSiteUnexpectedItem = 1211;
+
+// The user's choice, 0 for none. The pop-up belongs to the menu and goes with it.
+uint32_t TrackZoomMenu(POINT screen, UINT alignment) {
+    const HMENU menu = LoadMenuA(ModuleInstance(), MAKEINTRESOURCEA(kZoomMenuId));
+    const HWND dialog = gViewTools.dialog;
+    SetForegroundWindow(dialog);
+    SetLastError(0);
+    const uint32_t command =
+        static_cast<uint32_t>(TrackPopupMenu(GetSubMenu(menu, 0), alignment | TPM_RIGHTBUTTON | TPM_RETURNCMD,
+                                             screen.x, screen.y, 0, dialog, nullptr));
+    const DWORD error = command == 0 ? GetLastError() : 0;
+    // Without a message of its own to handle the menu's owner would not close the menu the next time.
+    PostMessageA(dialog, WM_NULL, 0, 0);
+    if (menu)
+        DestroyMenu(menu);
+    if (error != 0)
+        ReportError({kSiteTrackFailed, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "TrackPopupMenu() failed with error code 0x%X", static_cast<unsigned>(error));
+    return command;
+}
+
+} // namespace
+
+bool ApplyZoomCommand(uint32_t command) {
+    double zoom;
+    if (ZoomOfMenuCommand(command, &zoom))
+        SetZoom(zoom);
+    else if (command == kCommandFitInView)
+        FitInView();
+    else if (command == kCommandFitOnScreen)
+        FitOnScreen();
+    else
+        return false;
+    return true;
+}
+
+void ShowZoomMenu(POINT screen, UINT alignment) {
+    const uint32_t command = TrackZoomMenu(screen, alignment);
+    if (command != 0 && !ApplyZoomCommand(command))
+        ReportError({kSiteUnexpectedItem, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "TrackPopupMenu() returned unexpected value 0x%X", static_cast<unsigned>(command));
+}
+
+void OnPreviewContextMenu(LPARAM screenPoint) {
+    POINT screen = {GET_X_LPARAM(screenPoint), GET_Y_LPARAM(screenPoint)};
+    if (screen.x == -1 && screen.y == -1)
+        GetCursorPos(&screen);
+    ShowZoomMenu(screen, TPM_RIGHTALIGN);
+}
