@@ -1,6 +1,7 @@
 # The preview's images and its task. The arithmetic and the pixels also run natively, from their sources.
 set(preview_portable
-    ../ui/pixels/PreviewDrawing.cpp ../ui/pixels/PreviewGeometry.cpp ../ui/pixels/PreviewReduction.cpp ../ui/pixels/PreviewStore.cpp)
+    ../ui/pixels/PreviewDrawing.cpp ../ui/pixels/PreviewFilling.cpp ../ui/pixels/PreviewGeometry.cpp ../ui/pixels/PreviewReduction.cpp
+    ../ui/pixels/PreviewStore.cpp)
 if(WIN32)
     brillatrix_test(preview_tests
         LIBS ui_preview filter_host system_objects test_support recording_diag

@@ -10,6 +10,7 @@
 #include "tests/support/SystemObjects.h"
 #include "ui/preview/PreviewImages.h"
 #include "ui/preview/PreviewInvariants.h"
+#include "ui/preview/PreviewPreparation.h"
 #include "ui/preview/PreviewProxies.h"
 #include "ui/preview/PreviewTiles.h"
 #include "ui/preview/ProxyUpdateTask.h"

@@ -1,3 +1,5 @@
+#include "ui/pixels/PreviewDrawing.h"
+#include "ui/pixels/PreviewFilling.h"
 #include "ui/pixels/PreviewStore.h"
 
 #include "diag/BufferUsage.h"

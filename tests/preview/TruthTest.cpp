@@ -5,6 +5,7 @@
 #include "tests/preview/PreviewRun.h"
 #include "tests/support/PhotoImage.h"
 #include "tests/support/RecordingDiag.h"
+#include "ui/pixels/PreviewFilling.h"
 #include "ui/pixels/PreviewStore.h"
 #include "ui/preview/PreviewInvariants.h"
 #include "ui/preview/ProxyUpdateTask.h"

@@ -1,6 +1,7 @@
 // What the display shows, to the pixel, and what it takes from the system. The picture is the pattern of
 // FakePreview.h.
 #include "tests/view/ViewFixture.h"
+#include "ui/display/PreviewDisplayState.h"
 
 #include <random>
 #include <set>

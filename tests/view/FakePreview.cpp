@@ -8,8 +8,6 @@
 #include <cmath>
 
 FakePreview gFakePreview;
-std::atomic<uint8_t> gViewToolInUse;
-std::atomic<uint32_t> gLastHiddenLightSource{kNoLightSource};
 static const bool gObjectsAreCounted = CountOwnSystemObjects();
 
 uint32_t PatternPixel(const PreviewGeometry &view, int32_t x, int32_t y) {

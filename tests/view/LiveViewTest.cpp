@@ -11,6 +11,8 @@
 #include "tests/view/ViewDialog.h"
 
 #include "storage/UISettings.h"
+#include "ui/preview/PreviewRequest.h"
+#include "ui/view/ViewTools.h"
 
 #include <gtest/gtest.h>
 

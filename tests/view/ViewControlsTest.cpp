@@ -1,5 +1,9 @@
 // The controls around the display: tool icons, zoom text and buttons, menu, scroll bars, fit commands.
 #include "tests/view/ViewFixture.h"
+#include "ui/display/PreviewDisplayCursor.h"
+#include "ui/display/PreviewDisplayKeys.h"
+#include "ui/display/PreviewDisplayMouse.h"
+#include "ui/display/PreviewDisplayState.h"
 #include "ui/view/ViewMenu.h"
 
 #include <commctrl.h>

@@ -2,6 +2,7 @@
 // user's input makes.
 #pragma once
 
+#include "engine/table/LightSourceTable.h"
 #include "ui/display/PreviewDisplay.h"
 
 #include <map>

@@ -8,6 +8,7 @@
 #include "tests/support/WindowPicture.h"
 #include "tests/view/FakePreview.h"
 #include "tests/view/ViewDialog.h"
+#include "ui/view/ViewTools.h"
 
 #include <gtest/gtest.h>
 

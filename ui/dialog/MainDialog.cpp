@@ -6,10 +6,14 @@
 #include "ui/dialog/DialogTooltips.h"
 #include "ui/dialog/EffectList.h"
 #include "ui/display/PreviewDisplay.h"
+#include "ui/display/PreviewDisplayCursor.h"
+#include "ui/display/PreviewDisplayKeys.h"
 #include "ui/fields/ParameterControls.h"
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
+#include "ui/preview/PreviewRequest.h"
 #include "ui/settings/SettingsMenu.h"
+#include "ui/view/ViewTools.h"
 #include "ui/window/DialogMessages.h"
 
 #include <algorithm>

@@ -3,8 +3,10 @@
 #include "storage/UISettings.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/display/PreviewDisplayKeys.h"
+#include "ui/display/PreviewDisplayMarks.h"
 #include "ui/display/PreviewDisplayMouse.h"
 #include "ui/display/PreviewDisplayPaint.h"
+#include "ui/display/PreviewDisplayState.h"
 #include "ui/view/ViewMenu.h"
 #include "ui/window/DialogMessages.h"
 #include "ui/window/ModuleInstance.h"
@@ -180,8 +182,4 @@ bool AttachPreviewDisplay(HWND dialog, const PreviewSource &source, ShowToolPict
 void OnPreviewTableReady() {
     EnableEffectTools();
     UpdateLightMarks();
-}
-
-PreviewGeometry CurrentPreviewGeometry() {
-    return GeometryOfView(gViewTools.view);
 }

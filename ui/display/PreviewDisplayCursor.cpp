@@ -1,8 +1,9 @@
 #include "ui/display/PreviewDisplayCursor.h"
 
 #include "resources/ResourceIds.h"
-#include "ui/display/PreviewDisplay.h"
-#include "ui/display/PreviewDisplayMouse.h"
+#include "ui/display/PreviewDisplayMarks.h"
+#include "ui/display/PreviewDisplayState.h"
+#include "ui/view/ViewTools.h"
 #include "ui/window/ModuleInstance.h"
 
 namespace {

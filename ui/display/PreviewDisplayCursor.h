@@ -16,3 +16,9 @@ void SetDisplayCursor();
 
 // The cursor itself; it belongs to the module's resources.
 HCURSOR LoadDisplayCursor(DisplayCursor cursor);
+
+// The dialog calls this when a key that changes the cursor (Alt, Ctrl, Space) goes down or up while another
+// control has the focus.
+void OnPreviewModifierKey(WPARAM key, bool down);
+// The application was deactivated: no key counts as held.
+void OnPreviewDeactivated();

@@ -1,9 +1,9 @@
 #include "ui/display/PreviewDisplayKeys.h"
 
-#include "ui/display/PreviewDisplay.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/display/PreviewDisplayMouse.h"
-#include "ui/view/ViewMenu.h"
+#include "ui/display/PreviewDisplayState.h"
+#include "ui/view/ViewTools.h"
 
 #include <algorithm>
 #include <windowsx.h>

@@ -9,3 +9,5 @@ void OnDisplayKeyUp(WPARAM key);
 // Whole turns zoom about the pointer; with Ctrl the view moves up and down, with Shift sideways. `sideways`
 // is a wheel that tilts. The point is in screen coordinates.
 void OnDisplayWheel(int delta, UINT keys, POINT screen, bool sideways);
+// A turn of the wheel that came to the dialog or another control. False when the pointer is elsewhere.
+bool OnPreviewWheel(WPARAM wheel, LPARAM screenPoint);

@@ -1,10 +1,7 @@
 // The mouse on the preview display: presses, drags and releases of each tool. Points are in client
-// coordinates unless said otherwise. The display is attached.
+// coordinates. The display is attached.
 #pragma once
 
-#include "engine/image/Geometry.h"
-
-#include <cstdint>
 #include <windows.h>
 
 void OnDisplayButtonDown(POINT client);
@@ -14,12 +11,9 @@ void OnDisplayButtonUp(POINT client);
 void OnDisplayTimer(UINT_PTR timer);
 void OnDisplayCaptureChanged();
 
-// The tool that counts now: Pan while the space bar is held.
-uint32_t EffectiveViewTool();
-// The dragged rectangle, client, ends included in it; false while there is none to show.
-bool DragRectangle(IntRect *rect);
-// Marks what a Hide or Show gesture at the pointer would change, and repaints the marks that changed.
-void UpdateLightMarks();
+// Stops a gesture that is being made, as if the mouse had been taken away. False when there was none, or no
+// display. The dialog calls it when Esc is pressed.
+bool CancelPreviewGesture();
 
 // A release point that means: nothing is done.
 constexpr POINT kNoReleasePoint = {2147483647, 2147483647};

@@ -1,9 +1,11 @@
 #include "ui/display/PreviewDisplayPaint.h"
 
 #include "diag/ErrorReport.h"
-#include "ui/display/PreviewDisplay.h"
-#include "ui/display/PreviewDisplayMouse.h"
+#include "engine/table/LightSourceTable.h"
+#include "ui/display/PreviewDisplayMarks.h"
+#include "ui/display/PreviewDisplayState.h"
 #include "ui/preview/PreviewImages.h"
+#include "ui/view/ViewTools.h"
 
 #include <algorithm>
 

@@ -5,7 +5,6 @@
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogPictures.h"
 #include "ui/view/ViewTools.h"
-#include "ui/window/DialogMessages.h"
 
 #include <algorithm>
 #include <cstring>

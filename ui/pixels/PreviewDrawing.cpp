@@ -1,7 +1,7 @@
-// Drawing a store, and samples of the image where it has nothing, at any zoom.
+#include "ui/pixels/PreviewDrawing.h"
+
 #include "ui/pixels/PreviewGeometry.h"
 #include "ui/pixels/PreviewSamples.h"
-#include "ui/pixels/PreviewStore.h"
 
 #include <algorithm>
 #include <cmath>

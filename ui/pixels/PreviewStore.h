@@ -1,5 +1,4 @@
-// The pixels of the scaled proxy: made from a planar image at any reduction, copied, and drawn at any zoom.
-// Portable; no thread of its own.
+// The pixels of the scaled proxy: what they are, and copies of them. Portable; no thread of its own.
 //
 // Below 100 % a store holds one pixel for each scaled one, the average of what it covers. From 100 % on it
 // holds the image's own pixels, and the whole-pixel enlargement is made when it is drawn.
@@ -7,7 +6,6 @@
 
 #include "engine/image/ImageBuffer.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -19,6 +17,15 @@ struct PixelStore {
     size_t bytes;
 };
 
+inline size_t StoreWidth(const PixelStore &store) {
+    return static_cast<size_t>(store.bounds.right - store.bounds.left);
+}
+// The pixel of column x in row y; both lie in the bounds.
+inline uint32_t *PixelAt(const PixelStore &store, int32_t x, int32_t y) {
+    return store.pixels + static_cast<size_t>(y - store.bounds.top) * StoreWidth(store) +
+           static_cast<size_t>(x - store.bounds.left);
+}
+
 constexpr uint32_t kStoredAlpha = 0xFF000000;
 
 // The scale that serves a zoom, and the pixels that serve a part of the scaled image.
@@ -29,15 +36,6 @@ IntRect StoreBounds(const IntRect &scaledPart, double zoom);
 bool AllocateStore(const IntRect &bounds, double scale, PixelStore *store);
 void FreeStore(PixelStore *store);
 
-// Fills the store from the image; what lies beside the image stays as it is. False when *cancel became
-// non-zero or memory ran out; the content is then undefined.
-bool FillStore(const ImageBuffer &image, const std::atomic<uint8_t> &cancel, PixelStore *store);
-
 // Puts what `from` has at the places of `to`; pixels that it has not stay as they are. At another scale the
 // nearest pixel is taken.
 void CopyStore(const PixelStore &from, PixelStore *to);
-
-// Draws a part of the scaled image at `zoom`, within the image, into rows of `stride` pixels (alpha
-// undefined). Where the store has nothing, or is none, the image's pixel under the middle is shown instead.
-void DrawStore(const PixelStore &store, const ImageBuffer &image, double zoom, const IntRect &part,
-               uint32_t *pixels, int32_t stride);

@@ -3,6 +3,7 @@
 #include "diag/BufferUsage.h"
 #include "diag/ErrorReport.h"
 #include "engine/table/LightSourceTable.h"
+#include "ui/pixels/PreviewDrawing.h"
 #include "ui/preview/PreviewInvariants.h"
 #include "ui/preview/PreviewProxies.h"
 #include "ui/preview/PreviewStars.h"

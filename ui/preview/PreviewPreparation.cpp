@@ -1,4 +1,5 @@
-// Brings the window around the view, the regions and the scaled proxy in line with a request.
+#include "ui/preview/PreviewPreparation.h"
+
 #include "diag/ErrorReport.h"
 #include "ui/pixels/PreviewGeometry.h"
 #include "ui/preview/PreviewInvariants.h"

@@ -70,9 +70,6 @@ void FreePreviewImages();
 // Task: makes EffectProxyImage when there is none. False without memory, reported.
 bool EnsureEffectImage();
 
-// Task: brings the window, the regions and the scaled proxy in line with a request.
-void PreparePreview(const PreviewRequest &request);
-
 // The view of a request on the image.
 PreviewGeometry GeometryOfRequest(const PreviewRequest &request);
 

@@ -11,6 +11,23 @@ int16_t ParameterAt(const PreviewRequest &request, int index) {
 
 } // namespace
 
+PreviewRequest MakePreviewRequest(const PreviewGeometry &geometry, bool previewOn,
+                                  const int16_t (&parameters)[kRequestParameters], uint32_t effectType,
+                                  bool effectsOnly) {
+    PreviewRequest request{};
+    request.display = geometry.display;
+    request.image = ScaledImage(geometry);
+    request.centerX = geometry.centerX;
+    request.centerY = geometry.centerY;
+    request.zoom = geometry.zoom;
+    request.previewOn = previewOn ? 1 : 0;
+    for (int i = 0; i < kRequestParameters; ++i)
+        request.parameters[i] = static_cast<uint16_t>(parameters[i]);
+    request.effectType = effectType;
+    request.effectsOnly = effectsOnly ? 1 : 0;
+    return request;
+}
+
 RenderSettings SettingsOfRequest(const PreviewRequest &request) {
     RenderSettings settings{};
     settings.scale = 100.0;

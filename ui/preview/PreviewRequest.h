@@ -1,8 +1,8 @@
 // What the dialog asks the Proxy Update Task for. The record is copied whole.
 #pragma once
 
-#include "engine/image/Geometry.h"
 #include "render/shape/RenderSettings.h"
+#include "ui/pixels/PreviewGeometry.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -30,6 +30,10 @@ static_assert(sizeof(PreviewRequest) == 88 && offsetof(PreviewRequest, display) 
               offsetof(PreviewRequest, parameters) == 58 && offsetof(PreviewRequest, effectType) == 80 &&
               offsetof(PreviewRequest, effectsOnly) == 84);
 
+// The request for a view; the parameters are in the order of PreviewRequest::parameters.
+PreviewRequest MakePreviewRequest(const PreviewGeometry &geometry, bool previewOn,
+                                  const int16_t (&parameters)[kRequestParameters], uint32_t effectType,
+                                  bool effectsOnly);
 // The settings of the preview's renders: at full size, whatever the zoom.
 RenderSettings SettingsOfRequest(const PreviewRequest &request);
 // Whether two requests show the same effect.

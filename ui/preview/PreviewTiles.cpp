@@ -3,6 +3,7 @@
 #include "diag/BufferUsage.h"
 #include "engine/SystemThreads.h"
 #include "render/RenderDriver.h"
+#include "ui/pixels/PreviewFilling.h"
 #include "ui/pixels/PreviewGeometry.h"
 #include "ui/preview/PreviewInvariants.h"
 #include "ui/preview/PreviewProxies.h"

@@ -1,5 +1,7 @@
-// How the Proxy Update Task serves one request: tile by tile, and what the display and the dialog are told.
+#include "ui/preview/ProxyUpdateLoop.h"
+
 #include "ui/pixels/PreviewGeometry.h"
+#include "ui/preview/PreviewPreparation.h"
 #include "ui/preview/PreviewProxies.h"
 #include "ui/preview/ProxyUpdateState.h"
 #include "ui/window/DialogMessages.h"

@@ -4,7 +4,6 @@
 #include "ui/preview/PreviewRequest.h"
 #include "ui/preview/PreviewTiles.h"
 
-#include <atomic>
 #include <cstdint>
 #include <windows.h>
 
@@ -38,14 +37,12 @@ extern ProxyUpdateTask gProxyUpdate;
 bool LockRequests();
 void UnlockRequests();
 
+// All of the working request's cancel flags; to 1 under the lock, or when no task runs.
+void RaiseCancelFlags(uint8_t value);
+
 // Copies the shared request into the working one and clears the cancel flags. False when the task must end,
 // or when there is no request yet.
 bool TakeRequest();
 
 // Waits without limit for a request and takes it. False when the task must end.
 bool WaitForParameters();
-
-// Renders the working request as far as it is not cancelled, and tells the display and the dialog.
-void ServeRequest();
-// Shows the original where the working request looks, and nothing more: the table is not there yet.
-void ServeOriginal();

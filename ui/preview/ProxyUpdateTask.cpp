@@ -4,28 +4,20 @@
 #include "engine/InitializationTask.h"
 #include "engine/image/FixedPoint.h"
 #include "ui/preview/PreviewProxies.h"
+#include "ui/preview/ProxyUpdateLoop.h"
 #include "ui/preview/ProxyUpdateState.h"
 #include "ui/window/DialogMessages.h"
 
 #include <process.h>
 
-ProxyUpdateTask gProxyUpdate;
-std::atomic<uint8_t> gViewToolInUse;
-std::atomic<uint32_t> gLastHiddenLightSource{kNoLightSource};
-
 namespace {
 
 constexpr uint32_t kSiteParametersEvent = 344, kSiteTerminateEvent = 350, kSiteExitEvent = 356,
-                   kSiteMutex = 362, kSiteThread = 475, kSiteTerminateAbandoned = 1861,
-                   kSiteParametersAbandoned = 1867, kSiteTimedOut = 1872, kSiteWaitFailed = 1878;
+                   kSiteMutex = 362, kSiteThread = 475;
 constexpr RegionStep kCreateInvalidateDisplay{388, "Could not create InvalidateDisplayRegion."};
 
 constexpr DWORD kTableWaitSlice = 50; // milliseconds
 constexpr uint32_t kPreviewFloor = 65535;
-
-void ReportUnexpected(uint32_t site, const char *text) {
-    ReportError({site, kDebugMessage, 0}, kStopIcon, kTitleUnexpected, "%s", text);
-}
 
 void ReportSystemError(uint32_t site, const char *text) {
     ReportError({site, kSystemError, GetLastError()}, kStopIcon, kTitleUnexpected, "%s", text);
@@ -55,14 +47,6 @@ void CloseAndForget(HANDLE *handle) {
     if (*handle)
         CloseHandle(*handle);
     *handle = nullptr;
-}
-
-void RaiseCancelFlags(uint8_t value) {
-    PreviewCancelFlags &cancel = gProxyUpdate.cancel;
-    cancel.task = value;
-    cancel.stars = value;
-    cancel.reduction = value;
-    cancel.conversion = value;
 }
 
 // An event that is missing counts as set: nothing could ever set it.
@@ -100,8 +84,6 @@ bool WaitForLightSources() {
 void BeginPreviewRendering() {
     gPreciseMode = false;
     gFloor = kPreviewFloor;
-    gViewToolInUse = 0;
-    gLastHiddenLightSource = kNoLightSource;
     PostMessageA(gProxyUpdate.dialog, kMsgTableReady, 0, 0);
 }
 
@@ -152,51 +134,6 @@ bool StartThread() {
 
 } // namespace
 
-bool LockRequests() {
-    const HANDLE mutex = gProxyUpdate.NewRenderingParametersMutex;
-    return mutex && WaitForSingleObject(mutex, INFINITE) != WAIT_FAILED;
-}
-
-void UnlockRequests() {
-    ReleaseMutex(gProxyUpdate.NewRenderingParametersMutex);
-}
-
-bool TakeRequest() {
-    if (!LockRequests())
-        return false;
-    const bool isTaken = !gProxyUpdate.isStopping && gProxyUpdate.requests > 0;
-    if (isTaken) {
-        gProxyUpdate.working = gProxyUpdate.shared;
-        RaiseCancelFlags(0);
-    }
-    UnlockRequests();
-    return isTaken;
-}
-
-bool WaitForParameters() {
-    const HANDLE events[] = {gProxyUpdate.ProxyUpdateTerminateEvent, gProxyUpdate.ParametersAvailableEvent};
-    switch (WaitForMultipleObjects(2, events, FALSE, INFINITE)) {
-    case WAIT_OBJECT_0:
-        return false;
-    case WAIT_OBJECT_0 + 1:
-        return TakeRequest();
-    case WAIT_ABANDONED_0:
-        ReportUnexpected(kSiteTerminateAbandoned, "Event 'ProxyUpdateTerminateEvent' was abandoned.");
-        ResetEvent(events[0]);
-        return false;
-    case WAIT_ABANDONED_0 + 1:
-        ReportUnexpected(kSiteParametersAbandoned, "Event 'ParametersAvailableEvent' was abandoned.");
-        ResetEvent(events[1]);
-        return false;
-    case WAIT_TIMEOUT:
-        ReportUnexpected(kSiteTimedOut, "A wait timed out in WaitForParameters().");
-        return false;
-    default:
-        ReportSystemError(kSiteWaitFailed, "Waiting for events failed in WaitForParameters.");
-        return false;
-    }
-}
-
 bool StartProxyUpdateTask(HWND display, const PreviewSource &source) {
     StopProxyUpdateTask();
     if (!display || !source.image || !PreparePreviewImages(*source.image))
@@ -242,21 +179,4 @@ void StopProxyUpdateTask() {
     WaitForSingleObject(gProxyUpdate.thread, INFINITE);
     RaiseCancelFlags(0);
     ReleaseEverything();
-}
-
-PreviewRequest MakePreviewRequest(const PreviewGeometry &geometry, bool previewOn,
-                                  const int16_t (&parameters)[kRequestParameters], uint32_t effectType,
-                                  bool effectsOnly) {
-    PreviewRequest request{};
-    request.display = geometry.display;
-    request.image = ScaledImage(geometry);
-    request.centerX = geometry.centerX;
-    request.centerY = geometry.centerY;
-    request.zoom = geometry.zoom;
-    request.previewOn = previewOn ? 1 : 0;
-    for (int i = 0; i < kRequestParameters; ++i)
-        request.parameters[i] = static_cast<uint16_t>(parameters[i]);
-    request.effectType = effectType;
-    request.effectsOnly = effectsOnly ? 1 : 0;
-    return request;
 }

@@ -3,10 +3,8 @@
 #pragma once
 
 #include "engine/image/ImageBuffer.h"
-#include "ui/pixels/PreviewGeometry.h"
 #include "ui/preview/PreviewRequest.h"
 
-#include <atomic>
 #include <cstdint>
 #include <windows.h>
 
@@ -28,13 +26,3 @@ void RequestPreview(const PreviewRequest &request);
 
 // Call it when the display is destroyed. Ends the task, whatever it is doing, and gives everything back.
 void StopProxyUpdateTask();
-
-// The request for a view; the parameters are in the order of PreviewRequest::parameters.
-PreviewRequest MakePreviewRequest(const PreviewGeometry &geometry, bool previewOn,
-                                  const int16_t (&parameters)[kRequestParameters], uint32_t effectType,
-                                  bool effectsOnly);
-
-// State of the view tools that the task resets when the light source table is complete.
-extern std::atomic<uint8_t> gViewToolInUse;
-constexpr uint32_t kNoLightSource = 65535;
-extern std::atomic<uint32_t> gLastHiddenLightSource; // index into the table

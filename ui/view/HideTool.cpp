@@ -1,7 +1,7 @@
 #include "ui/view/HideTool.h"
 
+#include "engine/table/LightSourceTable.h"
 #include "ui/preview/PreviewImages.h"
-#include "ui/preview/ProxyUpdateTask.h"
 #include "ui/view/ViewCursor.h"
 
 namespace {
@@ -57,10 +57,7 @@ bool ChangeLightAt(const ViewState &view, ViewPoint client, int32_t mode) {
     const int32_t index = FindLightSourceAt(point.x, point.y, view.zoom, mode);
     if (index < 0 || !IsChangedByMode(GetLightSourceTable().records[index], mode))
         return false;
-    if (ChangeEffectAt(point.x, point.y, view.zoom, mode) < 0)
-        return false;
-    gLastHiddenLightSource = static_cast<uint32_t>(index);
-    return true;
+    return ChangeEffectAt(point.x, point.y, view.zoom, mode) >= 0;
 }
 
 bool ChangeLightsInRect(const ViewState &view, const IntRect &client, int32_t mode) {

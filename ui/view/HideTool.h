@@ -2,7 +2,6 @@
 // itself. Dialog's thread, after the light source table is complete.
 #pragma once
 
-#include "engine/table/LightSourceTable.h"
 #include "ui/view/ViewState.h"
 
 #include <cstdint>

@@ -148,6 +148,10 @@ void EnableEffectTools() {
     RedrawDisplay();
 }
 
+PreviewGeometry CurrentPreviewGeometry() {
+    return GeometryOfView(gViewTools.view);
+}
+
 void SetZoom(double zoom) {
     SetViewZoom(&gViewTools.view, zoom);
     ShowChangedZoom();

@@ -42,6 +42,9 @@ void SelectViewTool(uint32_t tool);
 // Answers the table's completion: enables the icons of the effect tools.
 void EnableEffectTools();
 
+// What a request or a painting shows now.
+PreviewGeometry CurrentPreviewGeometry();
+
 // All of these end in a preview request.
 void SetZoom(double zoom);
 void SetZoomAbout(double zoom, ViewPoint client);
