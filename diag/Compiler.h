@@ -10,5 +10,6 @@
 #define BX_PRINTF(formatIndex, firstArgument)
 #endif
 
-// Whether the processor, and the system, have AVX2. Also before main: the runtime's own check may not have run by then.
+// Whether the processor, and the system, have AVX2. Also before main: the runtime's own check may not have
+// run by then.
 #define BX_PROCESSOR_HAS_AVX2 (__builtin_cpu_init(), __builtin_cpu_supports("avx2") != 0)

@@ -2,7 +2,7 @@
 
 #include "diag/ErrorReport.h"
 #include "diag/Log.h"
-#include "storage/WidePath.h"
+#include "storage/AtomicFile.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -22,10 +22,9 @@ namespace {
 
 constexpr char kCommonDataName[] = "NexorvantaSoftware";
 
-constexpr uint32_t kSiteMangled = 92, kSiteShellFolder = 101, kSiteJoin = 112, kSiteCopy = 119,
-                   kSiteCreateKnown = 138, kSiteCreateUnknown = 143, kSiteRelativePath = 171,
-                   kSiteGetFolder = 178, kSiteMakeFolder = 185, kSiteCommonFolder = 214,
-                   kSiteProductFolder = 223;
+constexpr uint32_t kSiteShellFolder = 101, kSiteJoin = 112, kSiteCopy = 119, kSiteCreateKnown = 138,
+                   kSiteCreateUnknown = 143, kSiteRelativePath = 171, kSiteGetFolder = 178,
+                   kSiteMakeFolder = 185, kSiteCommonFolder = 214, kSiteProductFolder = 223;
 
 // One per-user folder: its relative path around the short product name, and its name in reports.
 struct UserFolder {
@@ -48,26 +47,29 @@ ErrorRecord DebugReport(uint32_t site) {
     return {site, kDebugMessage, 0};
 }
 
-// Whether the shell's ANSI answer names another folder than its wide one, which happens when the user's name
-// has characters that the code page lacks: "?" or a similar letter then stands for them.
-bool IsMangled(const char *root, const wchar_t *wideRoot) {
-    char narrowed[MAX_PATH];
+// The user's name may have characters that the code page lacks: the shell's ANSI answer then has "?" or a
+// similar letter for them, which leads nowhere or to another user. Question marks, which no path has, then
+// stand for the wide answer.
+void RepairUserFolder(char (&root)[MAX_PATH]) {
+    wchar_t wideRoot[MAX_PATH];
     WidePath widened;
-    return WideCharToMultiByte(CP_ACP, 0, wideRoot, -1, narrowed, sizeof narrowed, nullptr, nullptr) > 0 &&
-           strcmp(narrowed, root) == 0 && WidenPath(root, &widened) && wcscmp(widened.text, wideRoot) != 0;
+    char narrow[MAX_PATH];
+    RememberWideRoot(nullptr, nullptr);
+    if (SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, wideRoot) != S_OK ||
+        (WidenPath(root, &widened) && wcscmp(widened.text, wideRoot) == 0) ||
+        WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wideRoot, -1, narrow, sizeof narrow, "?",
+                            nullptr) <= 0 ||
+        !strchr(narrow, '?')) // it says the same, in other words
+        return;
+    memcpy(root, narrow, sizeof root);
+    RememberWideRoot(root, wideRoot);
 }
 
-// Puts the short path in a mangled one's place. False, reported, when there is none: writing would go
-// elsewhere.
-bool RepairShellFolder(int shellFolder, char (&root)[MAX_PATH]) {
-    wchar_t wideRoot[MAX_PATH];
-    if (SHGetFolderPathW(nullptr, shellFolder | CSIDL_FLAG_CREATE, nullptr, SHGFP_TYPE_CURRENT, wideRoot) !=
-            S_OK ||
-        !IsMangled(root, wideRoot) || NarrowPathExactly(wideRoot, root, sizeof root))
-        return true;
-    ReportError(DebugReport(kSiteMangled), kStopIcon, kTitleUnexpected,
-                "The system's code page has no name for the folder '%s'", root);
-    return false;
+int CreateFolders(const char *path) {
+    WidePath wide;
+    if (IsBelowWideRoot(path) && WidenPath(path, &wide))
+        return SHCreateDirectoryExW(nullptr, wide.text, nullptr);
+    return SHCreateDirectoryExA(nullptr, path, nullptr);
 }
 
 bool JoinShellFolder(int shellFolder, const char *relativePath, char *path, size_t capacity) {
@@ -81,8 +83,8 @@ bool JoinShellFolder(int shellFolder, const char *relativePath, char *path, size
                     static_cast<unsigned>(result), static_cast<unsigned>(GetLastError()));
         return false;
     }
-    if (!RepairShellFolder(shellFolder, root))
-        return false;
+    if (shellFolder == CSIDL_LOCAL_APPDATA)
+        RepairUserFolder(root);
     // Roomier than any path that is accepted: one that is too long is told from the copy, with its relative
     // path.
     char joined[kMaxPath + MAX_PATH];
@@ -107,8 +109,8 @@ bool InitUserFolder(const UserFolder &folder, const char *shortName) {
                                 sizeof relativePath);
     if (!formatted)
         ReportError(DebugReport(kSiteRelativePath), kStopIcon, kTitleUnexpected,
-                    "_stprintf_s() failed with UserDirPath = '%s' and  errno = '%d'", folder.relativeFormat,
-                    ERANGE);
+                    "_stprintf_s() failed with %s Subdirectory of '%s' and  errno = '%d'", folder.reportName,
+                    shortName, ERANGE);
     if (!formatted || !GetUserDataFolder(relativePath, *folder.path, kMaxPath)) {
         ReportError(DebugReport(kSiteGetFolder), kStopIcon, kTitleUnexpected, "GetUserDataFolder() failed.");
         return false;
@@ -133,11 +135,11 @@ bool InitProductCommonFolder(const char *fullName) {
 }
 
 bool InitCommonFolders(const char *fullName) {
-    if (GetCommonDataFolder(kCommonDataName, gCommonDataFolder, sizeof gCommonDataFolder))
-        return InitProductCommonFolder(fullName);
-    ReportError(DebugReport(kSiteCommonFolder), kStopIcon, kTitleUnexpected,
-                "GetCommonDataFolder() failed to initialize the common data directory.");
-    return false;
+    const bool found = GetCommonDataFolder(kCommonDataName, gCommonDataFolder, sizeof gCommonDataFolder);
+    if (!found)
+        ReportError(DebugReport(kSiteCommonFolder), kStopIcon, kTitleUnexpected,
+                    "GetCommonDataFolder() failed to initialize the common data directory.");
+    return InitProductCommonFolder(fullName) && found;
 }
 
 } // namespace
@@ -148,7 +150,7 @@ bool GetUserDataFolder(const char *relativePath, char *path, size_t capacity) {
 
 bool MakeUserDataFolder(const char *path) {
     SetLastError(ERROR_SUCCESS);
-    const int result = SHCreateDirectoryExA(nullptr, path, nullptr);
+    const int result = CreateFolders(path);
     const unsigned lastError = GetLastError();
     switch (result) {
     case ERROR_SUCCESS:
@@ -180,6 +182,8 @@ bool InitAppFolders(const char *shortName, const char *fullName) {
     for (const UserFolder &folder : kUserFolders)
         allSet = InitUserFolder(folder, shortName) && allSet;
     allSet = InitCommonFolders(fullName) && allSet;
+    RemoveOldTemporaryFiles(gSettingsFolder);
+    RemoveOldTemporaryFiles(gParametersFolder);
     gLogFolderPath = gLogFolder;
     gProductCommonFolderPath = gProductCommonFolder;
     return allSet;

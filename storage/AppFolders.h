@@ -2,10 +2,11 @@
 // thread; read-only afterwards. A folder that could not be obtained stays an empty string.
 #pragma once
 
+#include "diag/WidePath.h"
+
 #include <cstddef>
 
-constexpr size_t kMaxPath = 1000;        // characters, terminator included, of a full path
-constexpr size_t kMaxRelativePath = 260; // of a relative one
+constexpr size_t kMaxRelativePath = 260; // characters, terminator included, of a relative path
 
 extern char gSettingsFolder[kMaxPath];
 extern char gParametersFolder[kMaxPath];

@@ -1,16 +1,25 @@
 #include "storage/AtomicFile.h"
 
 #include "diag/ErrorReport.h"
-#include "storage/WidePath.h"
+#include "diag/WidePath.h"
 
-#include <cstdio>
+#include <atomic>
+#include <cstdint>
 #include <cwchar>
 #include <windows.h>
 
 namespace {
 
-constexpr uint32_t kSiteReadOnly = 31, kSiteFolder = 38, kSiteTemporaryName = 52, kSiteOpen = 66,
-                   kSiteWrite = 79, kSiteFlush = 83, kSiteClose = 88, kSiteReplace = 101, kSiteWiden = 114;
+constexpr uint32_t kSiteReadOnly = 31, kSiteFolder = 38, kSiteOpen = 66, kSiteWrite = 79, kSiteFlush = 83,
+                   kSiteClose = 88, kSiteReplace = 101, kSiteWiden = 114;
+
+constexpr uint64_t kReplaceLimit = 500; // milliseconds
+constexpr DWORD kReplacePause = 10;
+constexpr wchar_t kPrefix[] = L"brx", kEnding[] = L".tmp"; // of a temporary file's name, with digits between
+constexpr wchar_t kDigits[] = L"0123456789abcdefABCDEF";
+constexpr uint64_t kOld = 24ull * 3600 * 10000000; // a day, in the units of a file's time
+
+std::atomic<uint32_t> gTemporaryFiles; // made by this process
 
 bool ReportFailure(uint32_t site, const char *call, const wchar_t *path) {
     const ErrorRecord record = {site, kSystemError, static_cast<uint32_t>(GetLastError())};
@@ -22,37 +31,25 @@ bool ReportFailure(uint32_t site, const char *call, const wchar_t *path) {
 // Asked for first, because not every system that runs this refuses to replace a file that is marked
 // read-only.
 bool MayBeReplaced(const wchar_t *path) {
-    const DWORD attributes = GetFileAttributesW(path);
+    const DWORD attributes = GetFileAttributesW(SystemPath(path).text);
     if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_READONLY))
         return true;
-    SetLastError(ERROR_ACCESS_DENIED);
-    return ReportFailure(kSiteReadOnly, "GetFileAttributes", path);
+    const ErrorRecord record = {kSiteReadOnly, kSystemError, ERROR_ACCESS_DENIED};
+    ReportError(record, kStopIcon, kTitleUnexpected,
+                "WriteFileAtomically() failed with read-only FilePath = '%s'", DescribePath(path).text);
+    return false;
 }
 
-// The folder of `path` with its last separator; the current folder for a bare name.
-bool CopyFolder(const wchar_t *path, wchar_t (&folder)[MAX_PATH]) {
-    size_t length = wcslen(path);
-    while (length > 0 && path[length - 1] != L'\\' && path[length - 1] != L'/')
-        --length;
-    if (length >= MAX_PATH) {
-        SetLastError(ERROR_FILENAME_EXCED_RANGE);
-        return ReportFailure(kSiteFolder, "_tcscpy_s", path);
-    }
-    wmemcpy(folder, path, length);
-    folder[length] = L'\0';
-    if (length == 0)
-        wcscpy(folder, L".");
-    return true;
-}
-
-// The system makes the name and, so that nobody else takes it, the empty file.
-bool CreateTemporaryFile(const wchar_t *path, wchar_t (&temporaryPath)[MAX_PATH]) {
-    wchar_t folder[MAX_PATH];
-    if (!CopyFolder(path, folder))
-        return false;
-    if (GetTempFileNameW(folder, L"brx", 0, temporaryPath) == 0)
-        return ReportFailure(kSiteTemporaryName, "GetTempFileName", path);
-    return true;
+// A name beside `path` that nobody else makes: of this process, and not made twice.
+bool FormTemporaryPath(const wchar_t *path, WidePath *temporary) {
+    const int folder = static_cast<int>(FileNameOf(path) - path);
+    const int printed =
+        swprintf(temporary->text, kMaxPath, L"%.*ls%ls%08lx%08x%ls", folder, path, kPrefix,
+                 GetCurrentProcessId(), static_cast<unsigned>(GetTickCount() + gTemporaryFiles++), kEnding);
+    if (printed > 0)
+        return true;
+    SetLastError(ERROR_FILENAME_EXCED_RANGE);
+    return ReportFailure(kSiteFolder, "_tcscpy_s", path);
 }
 
 bool FillFile(HANDLE file, const wchar_t *path, const void *data, size_t size) {
@@ -69,28 +66,56 @@ bool FillFile(HANDLE file, const wchar_t *path, const void *data, size_t size) {
 }
 
 bool WriteTemporaryFile(const wchar_t *temporaryPath, const wchar_t *path, const void *data, size_t size) {
-    const HANDLE file = CreateFileW(temporaryPath, GENERIC_WRITE, 0, nullptr, TRUNCATE_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE file =
+        CreateFileW(temporaryPath, GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return ReportFailure(kSiteOpen, "CreateFile", path);
-    const bool filled = FillFile(file, path, data, size);
+    bool done = FillFile(file, path, data, size);
     if (!CloseHandle(file))
-        return ReportFailure(kSiteClose, "CloseHandle", path);
-    return filled;
+        done = ReportFailure(kSiteClose, "CloseHandle", path);
+    if (!done)
+        DeleteFileW(temporaryPath);
+    return done;
+}
+
+// Programs that read every new file, or keep copies of it, hold it open for a moment.
+bool PutInPlace(const wchar_t *temporaryPath, const wchar_t *path) {
+    const ULONGLONG begun = GetTickCount64();
+    while (!MoveFileExW(temporaryPath, SystemPath(path).text,
+                        MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+        const DWORD error = GetLastError();
+        const bool isHeld = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
+        if (!isHeld || GetTickCount64() - begun >= kReplaceLimit) {
+            ReportFailure(kSiteReplace, "MoveFileEx", path);
+            DeleteFileW(temporaryPath);
+            return false;
+        }
+        Sleep(kReplacePause);
+    }
+    return true;
+}
+
+bool IsTemporaryName(const wchar_t *name) {
+    const wchar_t *digits = name + wcslen(kPrefix);
+    return _wcsnicmp(name, kPrefix, wcslen(kPrefix)) == 0 &&
+           _wcsicmp(digits + wcsspn(digits, kDigits), kEnding) == 0;
+}
+
+bool IsOld(const FILETIME &written) {
+    FILETIME now;
+    GetSystemTimeAsFileTime(&now);
+    const auto ticks = [](const FILETIME &t) { return uint64_t(t.dwHighDateTime) << 32 | t.dwLowDateTime; };
+    return ticks(now) > ticks(written) && ticks(now) - ticks(written) > kOld;
 }
 
 } // namespace
 
 bool WriteFileAtomically(const wchar_t *path, const void *data, size_t size) {
-    wchar_t temporaryPath[MAX_PATH];
-    if (!MayBeReplaced(path) || !CreateTemporaryFile(path, temporaryPath))
+    WidePath formed;
+    if (!MayBeReplaced(path) || !FormTemporaryPath(path, &formed))
         return false;
-    bool done = WriteTemporaryFile(temporaryPath, path, data, size);
-    if (done && !MoveFileExW(temporaryPath, path, MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
-        done = ReportFailure(kSiteReplace, "MoveFileEx", path);
-    if (!done)
-        DeleteFileW(temporaryPath);
-    return done;
+    const WidePath temporary = SystemPath(formed.text);
+    return WriteTemporaryFile(temporary.text, path, data, size) && PutInPlace(temporary.text, path);
 }
 
 bool WriteFileAtomically(const char *path, const void *data, size_t size) {
@@ -101,4 +126,20 @@ bool WriteFileAtomically(const char *path, const void *data, size_t size) {
     ReportError(record, kStopIcon, kTitleUnexpected, "MultiByteToWideChar() failed with FilePath = '%s'",
                 path);
     return false;
+}
+
+void RemoveOldTemporaryFiles(const char *folder) {
+    WidePath wide, path;
+    WIN32_FIND_DATAW found;
+    if (!*folder || !WidenPath(folder, &wide) || !JoinPath(wide.text, L"brx*.tmp", &path))
+        return;
+    const HANDLE search = FindFirstFileW(SystemPath(path.text).text, &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return;
+    do {
+        if (IsTemporaryName(found.cFileName) && IsOld(found.ftLastWriteTime) &&
+            JoinPath(wide.text, found.cFileName, &path))
+            DeleteFileW(SystemPath(path.text).text); // of a folder it does nothing
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
 }

@@ -3,7 +3,7 @@
 #include "diag/ErrorReport.h"
 #include "storage/AppFolders.h"
 #include "storage/AtomicFile.h"
-#include "storage/WidePath.h"
+#include "diag/WidePath.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -85,7 +85,7 @@ ParameterFileState ReadBlock(FILE *file, ParameterBlock *block, size_t *bytesRea
 }
 
 void DeleteParameterFile(const wchar_t *path) {
-    if (_wremove(path) == 0)
+    if (_wremove(SystemPath(path).text) == 0)
         return;
     const int error = errno;
     ReportError({kSiteRemove, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
@@ -141,13 +141,13 @@ bool ConvertFile(const wchar_t *path, const ParameterFileTexts &texts, Parameter
 } // namespace
 
 ParameterFileState LoadParameterStructure(const wchar_t *path, ParameterBlock *block) {
-    FILE *file = _wfopen(path, L"rb");
+    FILE *file = _wfopen(SystemPath(path).text, L"rb");
     if (!file) {
         const int error = errno;
         if (error == ENOENT)
             return kFileMissing;
         ReportError({kSiteOpen, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
-                    "_tfopen() failed with errno = '%d' and FilePath = '%s'", error, DescribePath(path).text);
+                    "_tfopen() failed with FilePath = '%s' and errno = '%d'", DescribePath(path).text, error);
         return kFileUnreadable;
     }
     ParameterBlock read = {};

@@ -1,6 +1,7 @@
 #include "storage/ParameterSetFiles.h"
 
 #include "diag/ErrorReport.h"
+#include "storage/AppFolders.h"
 #include "storage/ParameterFiles.h"
 
 #include <cerrno>
@@ -24,8 +25,8 @@ constexpr ParameterFileTexts kSavedSetTexts = {
     "Your Parameter Set file '%s' could not be read and stays as it is.",
 };
 
-void ReportDebug(uint32_t site, const char *message, const wchar_t *path) {
-    ReportError({site, kDebugMessage, 0}, kStopIcon, kTitleUnexpected, "%s. FilePath = '%s'", message,
+void ReportDebug(uint32_t site, const char *call, const wchar_t *path) {
+    ReportError({site, kDebugMessage, 0}, kStopIcon, kTitleUnexpected, "%s failed with FilePath = '%s'", call,
                 DescribePath(path).text);
 }
 
@@ -43,12 +44,12 @@ void ReadFoundSet(const SetSearch &search, const WIN32_FIND_DATAW &found) {
     if (!HasParameterSetExtension(found.cFileName))
         return;
     if (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
-        ReportDebug(kSiteFolderFound, "A folder is not read as a Parameter Set file", found.cFileName);
+        ReportDebug(kSiteFolderFound, "ReadSavedParameterSet()", found.cFileName);
         return;
     }
     WidePath path, name;
     if (!JoinPath(search.folder, found.cFileName, &path)) {
-        ReportDebug(kSiteName, "_stprintf_s() failed", found.cFileName);
+        ReportDebug(kSiteName, "_stprintf_s()", found.cFileName);
         return;
     }
     ParameterBlock *block = ReadSavedParameterSet(search.ownerWindow, path.text);
@@ -60,7 +61,7 @@ void ReadFoundSet(const SetSearch &search, const WIN32_FIND_DATAW &found) {
 
 bool SearchFailed(const wchar_t *pattern, DWORD error) {
     const ErrorRecord record = {kSiteSearch, kSystemError, static_cast<uint32_t>(error)};
-    ReportError(record, kStopIcon, kTitleUnexpected, "FindFirstFile() failed with pattern = '%s'",
+    ReportError(record, kStopIcon, kTitleUnexpected, "FindFirstFile() failed with FilePath = '%s'",
                 DescribePath(pattern).text);
     return false;
 }
@@ -80,7 +81,7 @@ bool GetUserParametersFolder(WidePath *folder) {
 ParameterBlock *ReadSavedParameterSet(NativeWindow ownerWindow, const wchar_t *path) {
     ParameterBlock *block = static_cast<ParameterBlock *>(malloc(sizeof(ParameterBlock)));
     if (!block) {
-        ReportDebug(kSiteAllocate, "malloc() failed", path);
+        ReportDebug(kSiteAllocate, "malloc()", path);
         return nullptr;
     }
     const NativeWindow previousOwner = SetReportOwnerWindow(ownerWindow);
@@ -100,7 +101,7 @@ bool ReadAllParameterSets(NativeWindow ownerWindow, ParameterSetTaker take, void
         return SearchFailed(folder.text, ERROR_FILENAME_EXCED_RANGE);
     const SetSearch search = {ownerWindow, folder.text, take, context};
     WIN32_FIND_DATAW found;
-    const HANDLE handle = FindFirstFileW(pattern.text, &found);
+    const HANDLE handle = FindFirstFileW(SystemPath(pattern.text).text, &found);
     if (handle == INVALID_HANDLE_VALUE)
         return GetLastError() == ERROR_FILE_NOT_FOUND || SearchFailed(pattern.text, GetLastError());
     do {
@@ -115,7 +116,7 @@ bool DeleteSavedParameterSet(const wchar_t *name) {
     if (!GetUserParametersFolder(&folder))
         return false;
     errno = ENAMETOOLONG;
-    if (JoinPath(folder.text, name, kWideExtension, &path) && _wremove(path.text) == 0)
+    if (JoinPath(folder.text, name, kWideExtension, &path) && _wremove(SystemPath(path.text).text) == 0)
         return true;
     const int error = errno;
     ReportError({kSiteRemove, kUserMessage, 0}, kWarningIcon, kTitleWarning,

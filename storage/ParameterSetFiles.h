@@ -3,7 +3,7 @@
 
 #include "diag/Log.h"
 #include "storage/ParameterBlock.h"
-#include "storage/WidePath.h"
+#include "diag/WidePath.h"
 
 // The parameters folder. False, reported, when there is none.
 bool GetUserParametersFolder(WidePath *folder);

@@ -28,11 +28,13 @@ bool FormatSettingsPath(char (&path)[kMaxPath]) {
 
 // A first run has no file, and that is no failure.
 bool ReadSettingsFile(const char *path, UISettings *settings) {
-    FILE *file = fopen(path, "rb");
+    WidePath wide;
+    errno = ENAMETOOLONG;
+    FILE *file = WidenPath(path, &wide) ? _wfopen(SystemPath(wide.text).text, L"rb") : nullptr;
     if (!file) {
         if (errno != ENOENT)
             ReportError({kSiteOpen, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
-                        "_tfopen() failed with errno = '%d' and FilePath = '%s'", errno, path);
+                        "_tfopen() failed with FilePath = '%s' and errno = '%d'", path, errno);
         return false;
     }
     UISettings read;
@@ -42,8 +44,8 @@ bool ReadSettingsFile(const char *path, UISettings *settings) {
     fclose(file);
     if (bytesRead != sizeof read) {
         ReportError({kSiteRead, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
-                    "fread() failed with errno = '%d' after %zu bytes of FilePath = '%s'", error, bytesRead,
-                    path);
+                    "fread() failed with FilePath = '%s', errno = '%d' and BytesRead = '%zu'", path, error,
+                    bytesRead);
         return false;
     }
     *settings = read;

@@ -1,6 +1,7 @@
 #include "storage/AppFolders.h"
 
 #include "diag/Log.h"
+#include "storage/UISettings.h"
 #include "tests/storage/SystemCalls.h"
 #include "tests/storage/TemporaryFolder.h"
 #include "tests/support/RecordingDiag.h"
@@ -70,32 +71,59 @@ TEST_F(AppFolders, AFolderThatTheShellRefusesStaysEmptyAndTheOthersAreSet) {
     EXPECT_STREQ(gLogFolderPath, "");
     EXPECT_STRNE(gProductCommonFolder, "");
 
+    gCommonDataFolder[0] = '\0';
     gShellFolders = {folder / "Local", "", S_FALSE, -1};
     EXPECT_FALSE(InitAppFolders("Brillatrix", "Brillatrix Pro"));
     EXPECT_EQ(Messages(), (Strings{"SHGetFolderPath failed with GetFolderResult = '1' and  Last Error = '5'",
                                    "GetCommonDataFolder() failed to initialize the common data directory."}));
     EXPECT_TRUE(Exists(gLogFolder));
+    EXPECT_STREQ(gProductCommonFolder, "\\Brillatrix Pro");
 }
 
 // A user called "\u0100lpha" where the code page makes "Alpha" of it, and "\u65E5" of which it makes "?": the
-// folder of another user, and none at all, must not be written to.
-TEST_F(AppFolders, AUserNameOutsideTheCodePageNeverLeadsElsewhere) {
+// folder of another user, and none at all, must not be written to. No short path is needed, which many disks
+// lack.
+TEST_F(AppFolders, AUserNameOutsideTheCodePageHasFoldersAndFiles) {
     const std::wstring root(folder.Path().begin(), folder.Path().end());
     for (const auto &[name, mangled] : {std::pair(L"\u0100lpha", "Alpha"), {L"\u65E5", "?"}}) {
         const std::wstring path = root + L"\\" + name;
         gShellFolders = {folder / mangled, folder / "Common", E_FAIL, -1, path};
-        EXPECT_FALSE(GetUserDataFolder("missing", gSettingsFolder, kMaxPath))
-            << "without the folder no short path";
-        EXPECT_EQ(Messages(),
-                  Strings{"The system's code page has no name for the folder '" + (folder / mangled) + "'"});
-        ASSERT_TRUE(CreateDirectoryW(path.c_str(), nullptr));
         EXPECT_TRUE(InitAppFolders("Brillatrix", "Brillatrix Pro"));
         EXPECT_EQ(Messages(), Strings{});
-        EXPECT_EQ(GetFileAttributesW((path + L"\\Nexorvanta\\Brillatrix\\Settings").c_str()),
-                  static_cast<DWORD>(FILE_ATTRIBUTE_DIRECTORY));
+        EXPECT_TRUE(SaveUISettings() && LoadUISettings());
+        EXPECT_NE(GetFileAttributesW((path + L"\\Nexorvanta\\Brillatrix\\Settings\\UISettings.bin").c_str()),
+                  INVALID_FILE_ATTRIBUTES);
+        EXPECT_NE(GetFileAttributesW((path + L"\\Nexorvanta\\Brillatrix\\Logs").c_str()),
+                  INVALID_FILE_ATTRIBUTES);
         EXPECT_FALSE(Exists(folder / "Alpha"));
-        EXPECT_TRUE(Exists(gSettingsFolder));
     }
+}
+
+// A day old and named as ours are: that is what a crash left.
+TEST_F(AppFolders, LeftoversOfACrashGoAfterADay) {
+    ASSERT_TRUE(InitAppFolders("Brillatrix", "Brillatrix Pro"));
+    const auto write = [](const std::string &path, int hours) {
+        WriteWholeFile(path, "");
+        const HANDLE file =
+            CreateFileA(path.c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+        FILETIME now;
+        GetSystemTimeAsFileTime(&now);
+        uint64_t ticks = (uint64_t(now.dwHighDateTime) << 32 | now.dwLowDateTime) - hours * 36000000000ull;
+        memcpy(&now, &ticks, sizeof now);
+        SetFileTime(file, nullptr, nullptr, &now);
+        CloseHandle(file);
+    };
+    for (const std::string place : {gSettingsFolder, gParametersFolder})
+        for (const auto &[name, hours, stays] : {std::tuple("brx1A2b.tmp", 25, false),
+                                                 {"brx0123456789abcdef.tmp", 999, false},
+                                                 {"brx1A2b.tmp", 23, true},
+                                                 {"brxnotes.tmp", 99, true},
+                                                 {"brx12.tmpx", 99, true},
+                                                 {"brx1A2b.sss", 99, true}}) {
+            write(place + "\\" + name, hours);
+            InitAppFolders("Brillatrix", "Brillatrix Pro");
+            EXPECT_EQ(Exists(place + "\\" + name), stays) << name;
+        }
 }
 
 TEST_F(AppFolders, EachResultOfCreatingAFolderIsTold) {
@@ -147,7 +175,10 @@ TEST_F(AppFolders, PathsThatAreTooLongFailAtTheCopyOrTheJoin) {
 
     const std::string longName(300, 'n');
     EXPECT_FALSE(InitAppFolders(longName.c_str(), std::string(990, 'n').c_str()));
-    EXPECT_EQ(Messages().size(), 7u);
+    const Strings tooLongNames = Messages();
+    ASSERT_EQ(tooLongNames.size(), 7u);
+    EXPECT_EQ(tooLongNames[0],
+              "_stprintf_s() failed with Settings Subdirectory of '" + longName + "' and  errno = '34'");
     EXPECT_STREQ(gSettingsFolder, "");
     EXPECT_STREQ(gProductCommonFolder, "");
 }

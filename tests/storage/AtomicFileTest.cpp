@@ -5,6 +5,8 @@
 #include "tests/support/RecordingDiag.h"
 
 #include <gtest/gtest.h>
+#include <memory>
+#include <thread>
 
 namespace {
 
@@ -52,7 +54,7 @@ TEST_F(AtomicFile, AFailureAtAnyStepKeepsTheOldFile) {
     const std::string path = folder / "a.sss";
     WriteWholeFile(path, "old");
     for (const std::string call :
-         {"GetTempFileName", "CreateFile", "WriteFile", "FlushFileBuffers", "CloseHandle", "MoveFileEx"}) {
+         {"CreateFile", "WriteFile", "FlushFileBuffers", "CloseHandle", "MoveFileEx"}) {
         FailNextCall(call, ERROR_CRC);
         EXPECT_FALSE(Write(path, "new")) << call;
         EXPECT_TRUE(FailureHappened()) << call;
@@ -79,7 +81,8 @@ TEST_F(AtomicFile, ATargetThatCannotBeReplacedStaysAndOneThatCannotBeIsReported)
 
     SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_FALSE(Write(path, "new"));
-    ExpectReport("GetFileAttributes() failed with FilePath = '" + path + "'", ERROR_ACCESS_DENIED);
+    ExpectReport("WriteFileAtomically() failed with read-only FilePath = '" + path + "'",
+                 ERROR_ACCESS_DENIED);
     EXPECT_EQ(ReadWholeFile(path), "old");
     EXPECT_EQ(folder.Names(), Strings{"a.sss"});
 
@@ -89,10 +92,53 @@ TEST_F(AtomicFile, ATargetThatCannotBeReplacedStaysAndOneThatCannotBeIsReported)
     EXPECT_EQ(ReadWholeFile(folder / "b.sss\\inside"), "kept");
     TakeReports();
     EXPECT_FALSE(Write(folder / "missing\\a.sss", "new"));
-    ExpectReport("GetTempFileName() failed with FilePath = '" + (folder / "missing\\a.sss") + "'", 0);
+    ExpectReport("CreateFile() failed with FilePath = '" + (folder / "missing\\a.sss") + "'", 0);
     EXPECT_FALSE(Write(folder / std::string(300, 'x'), "new"));
     EXPECT_EQ(TakeReports().size(), 1u);
     EXPECT_EQ(folder.Names(), (Strings{"a.sss", "b.sss"}));
+}
+
+// A virus scanner, a backup, another host that reads just then.
+TEST_F(AtomicFile, AReaderIsWaitedForHalfASecond) {
+    const std::string path = folder / "a.sss";
+    for (const auto &[held, written] : {std::pair(200, true), {900, false}}) {
+        WriteWholeFile(path, "old");
+        auto reader = std::make_unique<ExclusiveOpening>(path);
+        std::thread closing([&reader, &held = held] {
+            Sleep(static_cast<DWORD>(held));
+            reader.reset();
+        });
+        const ULONGLONG begun = GetTickCount64();
+        EXPECT_EQ(Write(path, "new"), written);
+        EXPECT_LT(GetTickCount64() - begun, 850u);
+        closing.join();
+        EXPECT_EQ(ReadWholeFile(path), written ? "new" : "old");
+        EXPECT_EQ(TakeReports().size(), written ? 0u : 1u);
+    }
+    EXPECT_EQ(folder.Names(), Strings{"a.sss"});
+}
+
+// The lengths at which a name of the system's making no longer fits its 260 characters, and beyond.
+TEST_F(AtomicFile, FoldersOfAnyLengthCanBeWrittenInto) {
+    const std::wstring root(folder.Path().begin(), folder.Path().end());
+    for (const size_t length : {246, 247, 253, 259, 260, 400}) {
+        std::wstring place = root;
+        while (place.size() + 1 < length) {
+            place += L"\\" + std::wstring(std::min<size_t>(length - place.size() - 1, 100), L'd');
+            CreateDirectoryW((L"\\\\?\\" + place).c_str(), nullptr);
+        }
+        const std::wstring path = place + L"\\a.sss";
+        for (const char *content : {"one", "two"})
+            EXPECT_TRUE(WriteFileAtomically(path.c_str(), content, 3)) << length;
+        const HANDLE file = CreateFileW((L"\\\\?\\" + path).c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                        OPEN_EXISTING, 0, nullptr);
+        char read[4] = "";
+        DWORD got = 0;
+        EXPECT_TRUE(ReadFile(file, read, 3, &got, nullptr)) << length;
+        EXPECT_STREQ(read, "two") << length;
+        CloseHandle(file);
+    }
+    EXPECT_TRUE(TakeReports().empty());
 }
 
 } // namespace

@@ -166,7 +166,7 @@ TEST_F(InitialSettings, EachWrongVersionWordMakesAFileObsolete) {
 // Nothing is known of what these hold, so nothing is deleted and the user is not told that they are invalid.
 TEST_F(InitialSettings, WhatCannotBeReadIsReportedAndStays) {
     const std::string cannotOpen =
-        DebugLine("_tfopen() failed with errno = '13' and FilePath = '" + path + "'");
+        DebugLine("_tfopen() failed with FilePath = '" + path + "' and errno = '13'");
     MakeFolder(path);
     EXPECT_FALSE(Read());
     EXPECT_EQ(Reports(), Strings{cannotOpen});

@@ -1,5 +1,6 @@
 #include "storage/ParameterSetFiles.h"
 
+#include "storage/AppFolders.h"
 #include "storage/ParameterFiles.h"
 #include "tests/storage/SystemCalls.h"
 #include "tests/storage/TemporaryFolder.h"
@@ -224,33 +225,18 @@ TEST(WidePaths, NamesAndFolders) {
     EXPECT_TRUE(IsInFolder((sets + L"\\x.sss").c_str(), shortSets.text));
 }
 
-TEST(WidePaths, NarrowPathsNeverNameAnotherFile) {
-    const TemporaryFolder folder;
-    const std::wstring root(folder.Path().begin(), folder.Path().end());
-    // A code page would turn the first name into the second, and the third into question marks.
-    for (const wchar_t *name : {L"\u0100lpha", L"Alpha", L"\u65E5\u672C"}) {
-        const std::wstring path = root + L"\\" + name;
-        ASSERT_TRUE(CreateDirectoryW(path.c_str(), nullptr));
-        char narrow[kMaxPath] = "unchanged";
-        WidePath back;
-        if (!NarrowPathExactly(path.c_str(), narrow, sizeof narrow)) {
-            EXPECT_STREQ(narrow, "unchanged");
-            continue;
-        }
-        WriteWholeFile(std::string(narrow) + "\\x", "here");
-        EXPECT_NE(GetFileAttributesW((path + L"\\x").c_str()), INVALID_FILE_ATTRIBUTES) << narrow;
-        EXPECT_TRUE(WidenPath(narrow, &back));
-        DeleteFileW((path + L"\\x").c_str());
-    }
-    char tooSmall[4];
-    EXPECT_FALSE(NarrowPathExactly(L"C:\\abc", tooSmall, sizeof tooSmall));
-    EXPECT_TRUE(NarrowPathExactly(L"C:\\", tooSmall, sizeof tooSmall));
+TEST(WidePaths, WhatDoesNotFitChangesNothing) {
     WidePath unchanged = {L"kept"};
     EXPECT_FALSE(WidenPath(std::string(kMaxPath, 'x').c_str(), &unchanged));
     EXPECT_FALSE(JoinPath(std::wstring(500, L'x').c_str(), std::wstring(499, L'x').c_str(), &unchanged));
     EXPECT_FALSE(
         JoinPath(std::wstring(500, L'x').c_str(), std::wstring(498, L'x').c_str(), L"s", &unchanged));
     EXPECT_STREQ(unchanged.text, L"kept");
+    const std::wstring longName(300, L'x');
+    EXPECT_EQ(SystemPath((L"C:\\a\\..\\" + longName).c_str()).text, L"\\\\?\\C:\\" + longName);
+    EXPECT_EQ(SystemPath((L"\\\\server\\share\\" + longName).c_str()).text,
+              L"\\\\?\\UNC\\server\\share\\" + longName);
+    EXPECT_STREQ(SystemPath(L"short").text, L"short");
 }
 
 } // namespace

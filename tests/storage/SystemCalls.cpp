@@ -42,11 +42,6 @@ BOOL WINAPI InitSection(LPCRITICAL_SECTION section, DWORD spinCount) {
     return MustFail("InitializeCriticalSectionAndSpinCount") ? FALSE : real(section, spinCount);
 }
 
-UINT WINAPI TempName(LPCWSTR folder, LPCWSTR prefix, UINT unique, LPWSTR name) {
-    static const auto real = Real<decltype(TempName)>("kernel32.dll", "GetTempFileNameW");
-    return MustFail("GetTempFileName") ? 0 : real(folder, prefix, unique, name);
-}
-
 HANDLE WINAPI OpenOrCreate(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
                            DWORD disposition, DWORD attributes, HANDLE model) {
     static const auto real = Real<decltype(OpenOrCreate)>("kernel32.dll", "CreateFileA");
@@ -125,7 +120,6 @@ int WINAPI CreateFolders(HWND window, LPCSTR path, const SECURITY_ATTRIBUTES *se
 extern "C" {
 decltype(&KeepMessageBox) __imp_MessageBoxA = KeepMessageBox;
 decltype(&InitSection) __imp_InitializeCriticalSectionAndSpinCount = InitSection;
-decltype(&TempName) __imp_GetTempFileNameW = TempName;
 decltype(&OpenOrCreate) __imp_CreateFileA = OpenOrCreate;
 decltype(&OpenOrCreateWide) __imp_CreateFileW = OpenOrCreateWide;
 decltype(&Write) __imp_WriteFile = Write;

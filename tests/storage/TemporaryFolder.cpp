@@ -21,9 +21,10 @@ TemporaryFolder::TemporaryFolder() {
 
 TemporaryFolder::~TemporaryFolder() {
     std::error_code ignored;
-    for (const auto &entry : fs::recursive_directory_iterator(path, ignored))
-        SetFileAttributesA(entry.path().string().c_str(), FILE_ATTRIBUTE_NORMAL);
-    fs::remove_all(path, ignored);
+    const fs::path all = "\\\\?\\" + path; // however long the paths in it are
+    for (const auto &entry : fs::recursive_directory_iterator(all, ignored))
+        SetFileAttributesW(entry.path().c_str(), FILE_ATTRIBUTE_NORMAL);
+    fs::remove_all(all, ignored);
 }
 
 std::vector<std::string> TemporaryFolder::Names() const {

@@ -1,4 +1,4 @@
-#include "storage/WidePath.h"
+#include "diag/WidePath.h"
 
 #include <cstring>
 #include <cwchar>
@@ -6,17 +6,12 @@
 
 namespace {
 
-bool NarrowExactly(const wchar_t *path, char *ansiPath, size_t capacity) {
-    char narrow[kMaxPath];
-    BOOL lossy = FALSE;
-    const bool isUtf8 = GetACP() == CP_UTF8; // which takes neither the flag nor the question
-    const int size = WideCharToMultiByte(CP_ACP, isUtf8 ? 0 : WC_NO_BEST_FIT_CHARS, path, -1, narrow,
-                                         sizeof narrow, nullptr, isUtf8 ? nullptr : &lossy);
-    if (size <= 0 || lossy || static_cast<size_t>(size) > capacity)
-        return false;
-    memcpy(ansiPath, narrow, static_cast<size_t>(size));
-    return true;
-}
+constexpr size_t kShortPath = 240; // characters that every call of the system takes
+
+// The user's folder when the code page lacks some of its characters; empty otherwise. Host's thread writes
+// it, before anything else runs.
+char gAnsiRoot[kMaxPath];
+WidePath gWideRoot;
 
 // The long form of what exists; otherwise the absolute path as it is.
 bool NormalizePath(const wchar_t *path, WidePath *normal) {
@@ -38,9 +33,30 @@ void CutSeparators(wchar_t *path) {
 
 } // namespace
 
+void RememberWideRoot(const char *ansiRoot, const wchar_t *root) {
+    gAnsiRoot[0] = '\0';
+    if (!ansiRoot || strlen(ansiRoot) >= sizeof gAnsiRoot || wcslen(root) >= kMaxPath)
+        return;
+    strcpy(gAnsiRoot, ansiRoot);
+    wcscpy(gWideRoot.text, root);
+}
+
+bool IsBelowWideRoot(const char *ansiPath) {
+    const size_t length = strlen(gAnsiRoot);
+    return length > 0 && strncmp(ansiPath, gAnsiRoot, length) == 0 &&
+           (ansiPath[length] == '\\' || ansiPath[length] == '\0');
+}
+
 bool WidenPath(const char *ansiPath, WidePath *wide) {
     WidePath widened;
-    if (MultiByteToWideChar(CP_ACP, 0, ansiPath, -1, widened.text, kMaxPath) <= 0)
+    size_t done = 0;
+    if (IsBelowWideRoot(ansiPath)) {
+        done = wcslen(gWideRoot.text);
+        wmemcpy(widened.text, gWideRoot.text, done);
+        ansiPath += strlen(gAnsiRoot);
+    }
+    if (MultiByteToWideChar(CP_ACP, 0, ansiPath, -1, widened.text + done,
+                            static_cast<int>(kMaxPath - done)) <= 0)
         return false;
     *wide = widened;
     return true;
@@ -67,12 +83,19 @@ bool JoinPath(const wchar_t *folder, const wchar_t *name, const wchar_t *extensi
     return true;
 }
 
-bool NarrowPathExactly(const wchar_t *path, char *ansiPath, size_t capacity) {
-    if (NarrowExactly(path, ansiPath, capacity))
-        return true;
-    WidePath shortPath;
-    const DWORD length = GetShortPathNameW(path, shortPath.text, kMaxPath);
-    return length > 0 && length < kMaxPath && NarrowExactly(shortPath.text, ansiPath, capacity);
+WidePath SystemPath(const wchar_t *path) {
+    WidePath full, formed = {};
+    const DWORD length = wcslen(path) < kShortPath ? 0 : GetFullPathNameW(path, kMaxPath, full.text, nullptr);
+    const bool isShare = length > 0 && wcsncmp(full.text, L"\\\\", 2) == 0;
+    const bool hasForm = wcsncmp(path, L"\\\\?\\", 4) == 0;
+    const wchar_t *prefix = isShare ? L"\\\\?\\UNC" : L"\\\\?\\";
+    if (length == 0 || length + wcslen(prefix) >= kMaxPath || hasForm) {
+        wcsncpy(formed.text, path, kMaxPath - 1);
+        return formed;
+    }
+    wcscpy(formed.text, prefix);
+    wcscat(formed.text, full.text + (isShare ? 1 : 0));
+    return formed;
 }
 
 PathText DescribePath(const wchar_t *path) {
@@ -99,4 +122,10 @@ bool IsInFolder(const wchar_t *path, const wchar_t *folder) {
     CutSeparators(file.text);
     CutSeparators(parent.text);
     return CompareStringOrdinal(file.text, -1, parent.text, -1, TRUE) == CSTR_EQUAL;
+}
+
+bool IsSamePath(const wchar_t *path, const wchar_t *other) {
+    WidePath first, second;
+    return NormalizePath(path, &first) && NormalizePath(other, &second) &&
+           CompareStringOrdinal(first.text, -1, second.text, -1, TRUE) == CSTR_EQUAL;
 }
