@@ -17,6 +17,10 @@ extern const char *gProductCommonFolderPath;
 
 // Rotates the old logs and opens a new one; once per process, whether or not it succeeds. Host's thread.
 void OpenLog(NativeWindow ownerWindow, uint32_t ownerThreadId);
+// Goes on with the log that CloseLog closed, wherever the rotation of other processes has moved it. When it
+// is gone, another is begun if its place is free, without rotation. Nothing happens while a log is open, and
+// when OpenLog has made none. Host's thread.
+void ContinueLog();
 // Appends one formatted piece of text, whole and flushed. Any thread.
 void WriteLogLine(const char *format, ...) BX_PRINTF(1, 2);
 void CloseLog();

@@ -33,12 +33,14 @@ HostResult CreateSection() {
     return kMemFullErr;
 }
 
-// The host's window may be another one in a later run; the log is set up once for the process.
+// The host's window may be another one in a later run; the log is set up once for the process, and goes on
+// with the first call after a teardown.
 void PrepareProcess() {
     void *parent = ParentWindow();
     if (gFirstCallDone) {
         if (IsReportOwnerThread())
             SetReportOwnerWindow(parent);
+        ContinueLog();
         return;
     }
     InitAppFolders(kShortProductName, kProductName);

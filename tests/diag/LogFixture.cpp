@@ -25,7 +25,7 @@ void FailMallocFrom(size_t size) {
 
 void ForgetLog() {
     CloseLog();
-    gLogState.setUpDone = false;
+    gLogState.setUpDone = gLogState.hasLog = false;
     gLogState.ownerWindow = nullptr;
     gLogState.ownerThread = 0;
     gLogState.path[0] = '\0';

@@ -57,19 +57,22 @@ TEST_F(LogRotation, MovesNineLogsUpAndDeletesTheTenth) {
 
 TEST_F(LogRotation, TouchesOnlyItsOwnNamesAndDeletesThoseWithoutANumber) {
     const std::vector<std::string> others = {
-        "Brillatrix Pro_1.log",   "Brillatrix Pro_.log",   "Brillatrix Pro_003.log",
-        "Brillatrix Pro_04.log1", "Brillatrix Pro_04.txt", "Other_02.log",
-        "xBrillatrix Pro_02.log", "Brillatrix Pro-02.log", "Brillatrix Pro.log"};
+        "Brillatrix Pro_.log", "Brillatrix Pro_003.log", "Brillatrix Pro_04.log1", "Brillatrix Pro_04.txt",
+        "Other_02.log",        "xBrillatrix Pro_02.log", "Brillatrix Pro-02.log",  "Brillatrix Pro.log"};
     Make(others);
     Make({"Brillatrix Pro_ab.log", "Brillatrix Pro_1a.log", "Brillatrix Pro_+1.log", "Brillatrix Pro_ 1.log",
           "Brillatrix Pro_-1.log", "Brillatrix Pro__1.log", "Brillatrix Pro___.log", "Brillatrix Pro_10.log",
           "Brillatrix Pro_99.log", "Brillatrix Pro_0x.log", "Brillatrix Pro_4..log", "BRILLATRIX PRO_02.LOG",
-          Log(5)});
+          "Brillatrix Pro_6.log", "Brillatrix Pro_9.log", "Brillatrix Pro_a.log", Log(5)});
+    const std::wstring root(logs.Path().begin(), logs.Path().end());
+    CloseHandle(CreateFileW((root + L"\\Brillatrix Pro_\u65E5\u672C.log").c_str(), GENERIC_WRITE, 0, nullptr,
+                            CREATE_NEW, 0, nullptr));
     Files expected;
     for (const std::string &name : others)
         expected[name] = name;
     expected[Log(3)] = "BRILLATRIX PRO_02.LOG";
     expected[Log(6)] = Log(5);
+    expected[Log(7)] = "Brillatrix Pro_6.log";
     EXPECT_EQ(Rotate(), Log(0));
     EXPECT_EQ(Contents(), expected);
     EXPECT_TRUE(LinesSoFar().empty());

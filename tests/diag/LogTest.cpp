@@ -109,6 +109,8 @@ TEST_F(Log, OpensOncePerProcess) {
             MakeFolder(missing);
         const std::string closed = ReadWholeFile(LogPath());
         Open();
+        if (fails)
+            ContinueLog();
         WriteLogLine("lost\n");
         EXPECT_EQ(ReadWholeFile(LogPath()), closed);
     }
@@ -116,6 +118,107 @@ TEST_F(Log, OpensOncePerProcess) {
     EXPECT_FALSE(Exists(missing + "\\Brillatrix Pro_00.log"));
     ReportError({1, kUserMessage, 0}, kStopIcon, "t", "still shown");
     EXPECT_EQ(TakeBoxes().size(), 1u);
+}
+
+// Between two runs of a host, other hosts start and move the log up, or a person tidies up.
+TEST_F(Log, GoesOnWithTheNextRunInItsOwnFile) {
+    const std::string other = "another process's log", moved = folder / "Brillatrix Pro_01.log";
+    const struct {
+        bool isMoved, isDeleted, isReplaced;
+        std::string goesOn; // where; empty: nowhere
+        int headers;
+    } cases[] = {{false, false, false, LogPath(), 2},
+                 {true, false, true, moved, 2},
+                 {false, true, true, "", 0},
+                 {false, true, false, LogPath(), 1}};
+    for (const auto &c : cases) {
+        ForgetLog();
+        DeleteFileA(moved.c_str());
+        DeleteFileA(LogPath().c_str());
+        gLogFolderPath = folder.Path().c_str();
+        Open();
+        ContinueLog(); // it is open
+        CloseLog();
+        if (c.isMoved)
+            MoveFileA(LogPath().c_str(), moved.c_str());
+        if (c.isDeleted)
+            DeleteFileA(LogPath().c_str());
+        if (c.isReplaced)
+            WriteWholeFile(LogPath(), other);
+        ContinueLog();
+        WriteLogLine("second run\n");
+        CloseLog();
+        if (c.isReplaced) {
+            EXPECT_EQ(ReadWholeFile(LogPath()), other);
+        }
+        if (c.goesOn.empty())
+            continue;
+        const std::vector<std::string> lines = Lines(ReadLogText(c.goesOn));
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), "second run"), 1);
+        EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                                [](const std::string &line) { return line.find("Log opened") != line.npos; }),
+                  c.headers);
+    }
+}
+
+constexpr char kFolderVariable[] = "BRX_LOG_FOLDER";
+
+void LogAsOneOfMany(const char *folder) {
+    ForgetLog();
+    gLogFolderPath = folder;
+    OpenLog(nullptr, GetCurrentThreadId());
+    for (int i = 0; i < 20; ++i) {
+        WriteLogLine("%lu\n", GetCurrentProcessId());
+        Sleep(5);
+    }
+    CloseLog();
+}
+
+// Several hosts start at once: this test starts itself.
+TEST_F(Log, ProcessesThatStartAtOnceNeverShareAFile) {
+    char shared[MAX_PATH];
+    if (GetEnvironmentVariableA(kFolderVariable, shared, sizeof shared) > 0)
+        return LogAsOneOfMany(shared);
+    constexpr size_t kProcesses = 5;
+    char program[MAX_PATH];
+    GetModuleFileNameA(nullptr, program, sizeof program);
+    std::string command = std::string("\"") + program + "\" --gtest_brief=1 --gtest_filter=*NeverShareAFile";
+    SetEnvironmentVariableA(kFolderVariable, folder.Path().c_str());
+    HANDLE processes[kProcesses];
+    for (HANDLE &process : processes) {
+        STARTUPINFOA start = {};
+        start.cb = sizeof start;
+        PROCESS_INFORMATION made = {};
+        ASSERT_TRUE(CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
+                                   &start, &made));
+        CloseHandle(made.hThread);
+        process = made.hProcess;
+    }
+    SetEnvironmentVariableA(kFolderVariable, nullptr);
+    for (const HANDLE process : processes) {
+        EXPECT_EQ(WaitForSingleObject(process, 30000), WAIT_OBJECT_0);
+        CloseHandle(process);
+    }
+    ASSERT_EQ(folder.Names().size(), kProcesses);
+    for (const std::string &name : folder.Names()) {
+        const std::vector<std::string> lines = Lines(ReadLogText(folder / name));
+        ASSERT_EQ(lines.size(), 24u) << name;
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), lines[2]), 20) << name;
+    }
+}
+
+// Where the log of another process cannot be moved out of the way, there is none, rather than one for two.
+TEST_F(Log, ALogThatAnotherProcessWritesIsLeftToIt) {
+    const HANDLE others =
+        CreateFileA(LogPath().c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, CREATE_NEW, 0, nullptr);
+    DWORD written = 0;
+    WriteFile(others, "others", 6, &written, nullptr);
+    MakeFolder(folder / "Brillatrix Pro_09.log\\inside"); // ends the moving
+    Open();
+    WriteLogLine("ours\n");
+    CloseHandle(others);
+    EXPECT_EQ(ReadWholeFile(LogPath()), "others");
 }
 
 // With the first log still open, a second opening writes its failures there.
