@@ -154,6 +154,7 @@ void HookModule(HMODULE module, host::ImportHooks *hooks) {
     hook("CreateEventW", Counted<CreateEventW>::Call);
     hook("CreateMutexA", Counted<CreateMutexA>::Call);
     hook("CreateMutexW", Counted<CreateMutexW>::Call);
+    hook("CreateMutexExW", Counted<CreateMutexExW>::Call);
     hook("CreateFileA", Counted<CreateFileA>::Call);
     hook("CreateFileW", Counted<CreateFileW>::Call);
     hook("FindFirstFileA", Counted<FindFirstFileA>::Call);

@@ -265,6 +265,7 @@ void CountHandles(const Hooking &hook) {
     hook.Replace<fclose>("fclose", kPlain, CloseFile);
     hook.Makes<CreateEventA>("CreateEventA");
     hook.Makes<CreateMutexA>("CreateMutexA");
+    hook.Makes<CreateMutexExW>("CreateMutexExW");
     hook.Makes<_beginthreadex>("_beginthreadex");
     hook.Gives<CloseHandle>("CloseHandle");
 }
