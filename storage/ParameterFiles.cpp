@@ -9,11 +9,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
+#include <windows.h>
 
 ParameterBlockAccessor gParameterBlockAccessor = nullptr;
 
 namespace {
 
+constexpr wchar_t kWideExtension[] = L"sss";
 constexpr char kInitialSettingsName[] = "LastSavedParameters";
 // Of the messages about an invalid or unreadable file; the initial settings have a title of their own only
 // for an obsolete one.
@@ -24,7 +27,8 @@ constexpr size_t kVersionWords = 4;
 
 constexpr uint32_t kSiteOpen = 61, kSiteRead = 70, kSiteVersion = 96, kSiteRemove = 110, kSiteInvalid = 131,
                    kSiteConverted = 144, kSiteSaveConverted = 149, kSiteObsolete = 163, kSiteNoAccessor = 180,
-                   kSiteCommit = 207, kSitePath = 221, kSiteWiden = 230, kSiteUnreadable = 237;
+                   kSiteCommit = 207, kSitePath = 221, kSiteWiden = 230, kSiteUnreadable = 237,
+                   kSiteForeign = 245;
 
 constexpr ParameterFileTexts kInitialSettingsTexts = {
     "Warning - Failed to Read Initial Settings Parameters",
@@ -34,6 +38,7 @@ constexpr ParameterFileTexts kInitialSettingsTexts = {
     "Your Initial Settings Parameter Set file was saved in an obsolete format and is being deleted.  "
     "Parameters will "
     "be set to defaults.",
+    nullptr,
     nullptr,
 };
 
@@ -109,11 +114,29 @@ void DropObsoleteFile(const wchar_t *path, const ParameterFileTexts &texts, cons
     DeleteParameterFile(path);
 }
 
-// For the initial settings a file that cannot be read is a matter of the log alone.
-void TellUnreadable(const wchar_t *path, const ParameterFileTexts &texts) {
-    if (texts.unreadableFormat)
-        ReportError({kSiteUnreadable, kUserMessage, 0}, kWarningIcon, kTitleReadFailed,
-                    texts.unreadableFormat, DescribePath(path).text);
+// Any file may be picked by its name; only what is named as a set is ours to delete.
+bool IsForeignFile(const wchar_t *path) {
+    if (HasParameterSetExtension(path))
+        return false;
+    ReportError({kSiteForeign, kUserMessage, 0}, kWarningIcon, kTitleReadFailed,
+                "The file '%s' is no Parameter Set file and stays as it is.", DescribePath(path).text);
+    return true;
+}
+
+// For the initial settings a file that stays is a matter of the log alone.
+void TellStaying(const wchar_t *path, const char *format) {
+    if (format)
+        ReportError({kSiteUnreadable, kUserMessage, 0}, kWarningIcon, kTitleReadFailed, format,
+                    DescribePath(path).text);
+}
+
+void TellWhyNotRead(const wchar_t *path, const ParameterFileTexts &texts, ParameterFileState state) {
+    if (state == kFileMissing)
+        TellStaying(path, texts.missingFormat);
+    else if (state == kFileUnreadable)
+        TellStaying(path, texts.unreadableFormat);
+    else if (!IsForeignFile(path))
+        DropInvalidFile(path);
 }
 
 void SaveConvertedFile(const wchar_t *path, const ParameterFileTexts &texts,
@@ -175,6 +198,11 @@ bool SaveParametersFile(const ParameterBlock &block, const char *path) {
     return WriteFileAtomically(path, block.bytes, sizeof block.bytes);
 }
 
+bool HasParameterSetExtension(const wchar_t *path) {
+    const wchar_t *point = wcsrchr(FileNameOf(path), L'.');
+    return point && CompareStringOrdinal(point + 1, -1, kWideExtension, -1, TRUE) == CSTR_EQUAL;
+}
+
 bool ReadParameterFile(const wchar_t *path, const ParameterFileTexts &texts, ParameterBlock *block) {
     if (!IdentityBlock()) {
         // Without the current version to compare with, a good file would be taken for an obsolete one.
@@ -183,19 +211,18 @@ bool ReadParameterFile(const wchar_t *path, const ParameterFileTexts &texts, Par
     }
     ParameterBlock read;
     const ParameterFileState state = LoadParameterStructure(path, &read);
-    if (state == kFileInvalid)
-        DropInvalidFile(path);
-    else if (state != kFileRead)
-        TellUnreadable(path, texts);
-    if (state != kFileRead)
+    if (state != kFileRead) {
+        TellWhyNotRead(path, texts, state);
         return false;
+    }
     if (!IsCurrentVersion(read)) {
         const FileVersion version = VersionOf(read);
         ReportError({kSiteVersion, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
                     "User Setting File version mismatch. File Version = '%d','%d','%d','%d'",
                     version.words[0], version.words[1], version.words[2], version.words[3]);
         if (!ConvertFile(path, texts, &read)) {
-            DropObsoleteFile(path, texts, version);
+            if (!IsForeignFile(path))
+                DropObsoleteFile(path, texts, version);
             return false;
         }
     }

@@ -29,12 +29,16 @@ struct ParameterFileTexts {
     const char *convertedFormat;  // takes the path
     const char *obsoleteFormat;   // takes the path, or nothing; the version words follow it
     const char *unreadableFormat; // of a file that stays; takes the path. Null: the user is not told
+    const char *missingFormat;    // the same, of a file that is not there
 };
 
 // Reads a file of the current version, or converts an older one and saves it again. A file that is invalid,
-// or obsolete without a conversion, is deleted, and the user is told. One that cannot be opened or read
-// stays. False, with the block unchanged, when there is no block. Needs the accessor.
+// or obsolete without a conversion, is deleted, and the user is told; without the ending of a set it was not
+// ours and stays, as does one that cannot be opened or read. False, with the block unchanged, when there is
+// no block. Needs the accessor.
 bool ReadParameterFile(const wchar_t *path, const ParameterFileTexts &texts, ParameterBlock *block);
+
+bool HasParameterSetExtension(const wchar_t *path);
 
 // Reads the initial-settings file and commits it. False when the current set was not changed.
 bool ReadInitialSettings(const char *path);

@@ -23,6 +23,7 @@ constexpr ParameterFileTexts kSavedSetTexts = {
     "The converted Parameter Set is being saved, replacing the original file.",
     "Your Parameter Set file '%s' was saved in an obsolete format and is being deleted.",
     "Your Parameter Set file '%s' could not be read and stays as it is.",
+    "Your Parameter Set file '%s' does not exist.",
 };
 
 void ReportDebug(uint32_t site, const char *call, const wchar_t *path) {
@@ -47,16 +48,14 @@ void ReadFoundSet(const SetSearch &search, const WIN32_FIND_DATAW &found) {
         ReportDebug(kSiteFolderFound, "ReadSavedParameterSet()", found.cFileName);
         return;
     }
-    WidePath path, name;
+    WidePath path;
     if (!JoinPath(search.folder, found.cFileName, &path)) {
         ReportDebug(kSiteName, "_stprintf_s()", found.cFileName);
         return;
     }
     ParameterBlock *block = ReadSavedParameterSet(search.ownerWindow, path.text);
-    if (!block)
-        return;
-    NameOfParameterSet(found.cFileName, &name);
-    search.take(search.context, name.text, block);
+    if (block)
+        search.take(search.context, path.text, block);
 }
 
 bool SearchFailed(const wchar_t *pattern, DWORD error) {
@@ -111,17 +110,13 @@ bool ReadAllParameterSets(NativeWindow ownerWindow, ParameterSetTaker take, void
     return true;
 }
 
-bool DeleteSavedParameterSet(const wchar_t *name) {
-    WidePath folder, path = {};
-    if (!GetUserParametersFolder(&folder))
-        return false;
-    errno = ENAMETOOLONG;
-    if (JoinPath(folder.text, name, kWideExtension, &path) && _wremove(SystemPath(path.text).text) == 0)
+bool DeleteSavedParameterSet(const wchar_t *path) {
+    if (_wremove(SystemPath(path).text) == 0)
         return true;
     const int error = errno;
     ReportError({kSiteRemove, kUserMessage, 0}, kWarningIcon, kTitleWarning,
                 "_tremove() failed with error = '%d'. File to be deleted was '%s'", error,
-                DescribePath(path.text).text);
+                DescribePath(path).text);
     return false;
 }
 
@@ -132,9 +127,4 @@ void NameOfParameterSet(const wchar_t *path, WidePath *name) {
     const size_t kept = length < kMaxPath ? length : kMaxPath - 1;
     wmemcpy(name->text, fileName, kept);
     name->text[kept] = L'\0';
-}
-
-bool HasParameterSetExtension(const wchar_t *path) {
-    const wchar_t *point = wcsrchr(FileNameOf(path), L'.');
-    return point && CompareStringOrdinal(point + 1, -1, kWideExtension, -1, TRUE) == CSTR_EQUAL;
 }

@@ -13,15 +13,14 @@ bool GetUserParametersFolder(WidePath *folder);
 // invalid or obsolete file has been deleted. One that could not be read stays. Needs the accessor.
 ParameterBlock *ReadSavedParameterSet(NativeWindow ownerWindow, const wchar_t *path);
 
-// Reads every set of the parameters folder and hands over its name and its block, which from then on belongs
+// Reads every set of the parameters folder and hands over its path and its block, which from then on belongs
 // to `take`. What cannot be read goes as ReadSavedParameterSet tells; a folder is passed by. False, reported,
 // when the parameters folder could not be searched.
-using ParameterSetTaker = void (*)(void *context, const wchar_t *name, ParameterBlock *block);
+using ParameterSetTaker = void (*)(void *context, const wchar_t *path, ParameterBlock *block);
 bool ReadAllParameterSets(NativeWindow ownerWindow, ParameterSetTaker take, void *context);
 
-// Deletes the named set of the parameters folder. False, reported to the user, when that failed.
-bool DeleteSavedParameterSet(const wchar_t *name);
+// False, reported to the user, when the file could not be deleted.
+bool DeleteSavedParameterSet(const wchar_t *path);
 
 // A set's name: the file name up to its last point.
 void NameOfParameterSet(const wchar_t *path, WidePath *name);
-bool HasParameterSetExtension(const wchar_t *path);

@@ -12,8 +12,10 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstdio>
 #include <cstring>
 #include <cwchar>
+#include <tuple>
 #include <vector>
 
 #include <commdlg.h>
@@ -247,9 +249,21 @@ TEST_F(ParameterSetList, SavingWritesTheCurrentSetAndListsIt) {
     EXPECT_EQ(Save('d', Elsewhere(L"Out.sss")), "dcd");
     EXPECT_EQ(ReadWholeFile(elsewhere / "Out.sss"),
               std::string(reinterpret_cast<const char *>(gCurrent.bytes), sizeof gCurrent.bytes));
-    EXPECT_EQ(Save('d', Wide(L"Text.txt")), "dcd") << "the next filling would not find it";
+    // A name with a point, and one without the ending: neither may vanish, nor a namesake be lost unasked.
+    EXPECT_EQ(Save('e', Wide(L"Night f2.8")), "dcde");
+    EXPECT_EQ(NameAt(3), L"Night f2.8");
+    EXPECT_TRUE(gPrompts.boxes.empty());
+    EXPECT_EQ(Save('f', Wide(L"Night f2.8")), "dcde") << "cancelled";
+    gPrompts.box = IDOK;
+    EXPECT_EQ(Save('f', Wide(L"Night f2.8")), "dcdf");
+    ASSERT_EQ(gPrompts.boxes.size(), 2u);
+    EXPECT_EQ(gPrompts.boxes[0].text, L"The file 'Night f2.8.sss' already exists and will be replaced.");
+    EXPECT_EQ(Save('g', Elsewhere(L"OUT")), "dcgf") << "the entry that stands for the file";
+    EXPECT_EQ(Save('h', Elsewhere(L"One.sss")), "dcgfh") << "a namesake elsewhere";
+    EXPECT_EQ(Save('i', Wide(L"One.sss")), "icgfh");
+    EXPECT_TRUE(Exists(folder / "Night f2.8.sss") && !Exists(folder / "Night f2.8"));
     const auto &asked = gPrompts.files;
-    ASSERT_EQ(asked.size(), 4u);
+    ASSERT_EQ(asked.size(), 9u);
     EXPECT_TRUE(asked[0].saves);
     EXPECT_TRUE(asked[0].flags & OFN_OVERWRITEPROMPT);
     EXPECT_TRUE(TakeReports().empty());
@@ -321,6 +335,53 @@ TEST_F(ParameterSetList, DeletingAsksFirst) {
     DeleteParameterFile(dialog);
     EXPECT_EQ(Marks(), "");
     EXPECT_EQ(TakeReports().size(), 1u) << "a file that was gone already is told";
+}
+
+// Two files of one name, and the dialog's own entry of that name: each entry's own file goes, and no other.
+TEST_F(ParameterSetList, DeletingNeverTakesANamesake) {
+    gPrompts.box = IDOK;
+    AddParameterSet(dialog, L"One", nullptr);
+    WriteSet(L"One.sss", '1');
+    FillParameterSetList(dialog);
+    Pick(Elsewhere(L"One.sss"));
+    SaveParameterFileDialog(dialog);
+    EXPECT_EQ(Marks(), "-1c");
+    for (const auto &[selected, left, inFolder, outside] :
+         {std::tuple(0, "-1c", 1u, 1u), {2, "-1", 1u, 0u}, {1, "-", 0u, 0u}}) {
+        SelectParameterSet(dialog, selected);
+        DeleteParameterFile(dialog);
+        EXPECT_EQ(Marks(), left);
+        EXPECT_EQ(folder.Names().size(), inFolder);
+        EXPECT_EQ(elsewhere.Names().size(), outside);
+    }
+    EXPECT_TRUE(TakeReports().empty());
+}
+
+// Whatever name is typed: what is no set, and not named as one, is told and stays.
+TEST_F(ParameterSetList, LoadingRefusesWhatIsNoSet) {
+    const std::string diary = "Dear diary, there is more in here than forty characters.";
+    for (const auto &[name, content, told, stays] :
+         {std::tuple(L"diary.txt", diary, "The file '%s' is no Parameter Set file and stays as it is.", true),
+          {L"empty.txt", std::string(), "The file '%s' is no Parameter Set file and stays as it is.", true},
+          {L"empty.sss", std::string(), "Your Parameter Set file '%s' is invalid and is being deleted.\r\n",
+           false},
+          {L"missing\\x.sss", std::string("-"), "Your Parameter Set file '%s' does not exist.", false}}) {
+        const std::string path = elsewhere / std::string(name, name + wcslen(name));
+        if (content != "-")
+            WriteWholeFile(path, content);
+        Pick(Elsewhere(name));
+        LoadParameterFileDialog(dialog);
+        char expected[500];
+        snprintf(expected, sizeof expected, told, path.c_str());
+        std::vector<std::string> shown;
+        for (const RecordedReport &report : TakeReports())
+            if (report.record.kind == kUserMessage)
+                shown.push_back(report.message);
+        EXPECT_EQ(shown, std::vector<std::string>{expected});
+        EXPECT_EQ(ReadWholeFile(path), stays ? content : "<missing>");
+    }
+    EXPECT_EQ(Marks(), "");
+    EXPECT_EQ(gReplacedMessages, 0);
 }
 
 constexpr int kNameFieldId = 1148; // of the system's own dialog: "cmb13"

@@ -20,7 +20,7 @@ constexpr wchar_t kFilter[] =
     L"Parameter Files\0*.sss\0"; // and the array's own end: a list ends with two zeros
 
 constexpr uint32_t kSiteOpenDialog = 412, kSiteLoad = 425, kSiteSaveDialog = 458, kSiteSave = 471,
-                   kSiteMakeBlock = 476, kSiteName = 503;
+                   kSiteMakeBlock = 476, kSiteTooLong = 487, kSiteName = 503;
 
 struct FileDialogKind {
     bool saves;
@@ -76,26 +76,12 @@ void TakeLoadedBlock(HWND dialog, const WidePath &folder, const WidePath &path, 
         free(block);
         return;
     }
-    WidePath name;
-    NameOfParameterSet(path.text, &name);
-    const int index = AddParameterSet(dialog, name.text, block);
+    const int index = ListParameterSetFile(dialog, path.text, block);
     if (index >= 0)
         SelectAsUser(dialog, index);
 }
 
-// In the parameters folder the list shows each file once, and shows none with another extension.
-int ListSavedBlock(HWND dialog, const WidePath &folder, const WidePath &path, ParameterBlock *block) {
-    WidePath name;
-    NameOfParameterSet(path.text, &name);
-    if (!IsInFolder(path.text, folder.text))
-        return AddParameterSet(dialog, name.text, block);
-    if (HasParameterSetExtension(path.text))
-        return ReplaceParameterSet(dialog, name.text, block);
-    free(block);
-    return -1;
-}
-
-int SaveCurrentSet(HWND dialog, const WidePath &folder, const WidePath &path) {
+int SaveCurrentSet(HWND dialog, const WidePath &path) {
     ParameterBlock *block =
         gParameterBlockAccessor
             ? reinterpret_cast<ParameterBlock *>(gParameterBlockAccessor(kMakeCurrentBlock, nullptr))
@@ -106,11 +92,33 @@ int SaveCurrentSet(HWND dialog, const WidePath &folder, const WidePath &path) {
         return -1;
     }
     if (SaveParametersFile(*block, path.text))
-        return ListSavedBlock(dialog, folder, path, block);
+        return ListParameterSetFile(dialog, path.text, block);
     free(block);
     ReportError({kSiteSave, kUserMessage, 0}, kWarningIcon, kTitleWarning,
                 "SaveParametersFile() failed with FilePath = '%s'", DescribePath(path.text).text);
     return -1;
+}
+
+// A name with a point, such as "Night f2.8", has an ending for the file dialog, which then adds none: the set
+// would never be found again. The dialog has not asked about the file that is written then. False when
+// nothing is to be written.
+bool GiveExtension(HWND dialog, WidePath *path) {
+    if (HasParameterSetExtension(path->text))
+        return true;
+    WidePath given = *path;
+    if (swprintf(given.text, kMaxPath, L"%ls.%ls", path->text, kExtension) < 0) {
+        ReportError({kSiteTooLong, kUserMessage, 0}, kWarningIcon, kTitleWarning,
+                    "SaveParametersFile() failed with FilePath = '%s'", DescribePath(path->text).text);
+        return false;
+    }
+    *path = given;
+    if (GetFileAttributesW(SystemPath(path->text).text) == INVALID_FILE_ATTRIBUTES)
+        return true;
+    wchar_t title[100], text[kMaxPath + 100];
+    swprintf(title, std::size(title), L"Save %ls Parameter File", kProduct);
+    swprintf(text, std::size(text), L"The file '%ls' already exists and will be replaced.",
+             FileNameOf(path->text));
+    return MessageBoxW(dialog, text, title, MB_OKCANCEL | MB_ICONWARNING) == IDOK;
 }
 
 bool ConfirmDeletion(HWND dialog, const wchar_t *name) {
@@ -144,9 +152,10 @@ void LoadParameterFileDialog(HWND dialog) {
 
 int SaveParameterFileDialog(HWND dialog) {
     WidePath folder, path;
-    if (!GetUserParametersFolder(&folder) || !PickParameterFile(dialog, kSaveDialog, folder, &path))
+    if (!GetUserParametersFolder(&folder) || !PickParameterFile(dialog, kSaveDialog, folder, &path) ||
+        !GiveExtension(dialog, &path))
         return -1;
-    return SaveCurrentSet(dialog, folder, path);
+    return SaveCurrentSet(dialog, path);
 }
 
 void DeleteParameterFile(HWND dialog) {
@@ -159,8 +168,9 @@ void DeleteParameterFile(HWND dialog) {
                     "The selected parameter set has no name.");
         return;
     }
-    if (!ConfirmDeletion(dialog, name))
+    const WidePath path = ParameterSetPath(dialog, index);
+    if (!*path.text || !ConfirmDeletion(dialog, name))
         return;
     RemoveParameterSet(dialog, index);
-    DeleteSavedParameterSet(name);
+    DeleteSavedParameterSet(path.text);
 }

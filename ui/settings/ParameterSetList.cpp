@@ -6,11 +6,18 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 
 namespace {
 
-constexpr uint32_t kSiteAdd = 37, kSiteSetData = 44;
+constexpr uint32_t kSiteAdd = 37;
 constexpr LPARAM kExpectedSets = 500, kExpectedNameBytes = 64; // room made in the list before it is filled
+
+// What an entry's data points to; its block comes first.
+struct ListedSet {
+    ParameterBlock block;
+    WidePath path;
+};
 
 LRESULT SendToList(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     return SendMessageW(GetDlgItem(dialog, kSettingsComboId), message, wParam, lParam);
@@ -23,12 +30,43 @@ ParameterBlock *BlockAt(HWND dialog, int index) {
     return data == CB_ERR ? nullptr : reinterpret_cast<ParameterBlock *>(data);
 }
 
-void SetBlock(HWND dialog, int index, ParameterBlock *block) {
-    SendToList(dialog, CB_SETITEMDATA, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(block));
+void SetData(HWND dialog, int index, ListedSet *set) {
+    SendToList(dialog, CB_SETITEMDATA, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(set));
 }
 
-void AddFoundSet(void *context, const wchar_t *name, ParameterBlock *block) {
-    AddParameterSet(static_cast<HWND>(context), name, block);
+// -1, reported, with the block freed, when the list takes none.
+int AddEntry(HWND dialog, const wchar_t *name, const WidePath &path, ParameterBlock *block) {
+    ListedSet *set = block ? static_cast<ListedSet *>(realloc(block, sizeof(ListedSet))) : nullptr;
+    const LRESULT index =
+        block && !set ? CB_ERRSPACE : SendToList(dialog, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name));
+    if (index < 0) { // CB_ERR or CB_ERRSPACE
+        free(set ? &set->block : block);
+        ReportError({kSiteAdd, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "The list of parameter sets took no entry for '%s'", DescribePath(name).text);
+        return -1;
+    }
+    if (set)
+        set->path = path;
+    SetData(dialog, static_cast<int>(index), set);
+    return static_cast<int>(index);
+}
+
+int FindFile(HWND dialog, const wchar_t *path) {
+    for (int i = static_cast<int>(SendToList(dialog, CB_GETCOUNT, 0, 0)) - 1; i >= 0; --i)
+        if (const WidePath other = ParameterSetPath(dialog, i); *other.text && IsSamePath(other.text, path))
+            return i;
+    return -1;
+}
+
+int AddFile(HWND dialog, const wchar_t *path, ParameterBlock *block) {
+    WidePath name, kept = {};
+    NameOfParameterSet(path, &name);
+    wcsncpy(kept.text, path, kMaxPath - 1);
+    return AddEntry(dialog, name.text, kept, block);
+}
+
+void AddFoundSet(void *context, const wchar_t *path, ParameterBlock *block) {
+    AddFile(static_cast<HWND>(context), path, block);
 }
 
 } // namespace
@@ -48,25 +86,15 @@ void FreeParameterSetList(HWND dialog) {
 }
 
 int AddParameterSet(HWND dialog, const wchar_t *name, ParameterBlock *block) {
-    const LRESULT index = SendToList(dialog, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(name));
-    if (index < 0) { // CB_ERR or CB_ERRSPACE
-        free(block);
-        ReportError({kSiteAdd, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
-                    "The list of parameter sets took no entry for '%s'", DescribePath(name).text);
-        return -1;
-    }
-    SetBlock(dialog, static_cast<int>(index), block);
-    return static_cast<int>(index);
+    return AddEntry(dialog, name, {}, block);
 }
 
-int ReplaceParameterSet(HWND dialog, const wchar_t *name, ParameterBlock *block) {
-    const LRESULT found =
-        SendToList(dialog, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), reinterpret_cast<LPARAM>(name));
-    if (found < 0)
-        return AddParameterSet(dialog, name, block);
-    const int index = static_cast<int>(found);
-    free(BlockAt(dialog, index));
-    SetBlock(dialog, index, block);
+int ListParameterSetFile(HWND dialog, const wchar_t *path, ParameterBlock *block) {
+    const int index = FindFile(dialog, path);
+    if (index < 0)
+        return AddFile(dialog, path, block);
+    *BlockAt(dialog, index) = *block;
+    free(block);
     return index;
 }
 
@@ -77,6 +105,11 @@ void RemoveParameterSet(HWND dialog, int index) {
 
 const ParameterBlock *ParameterSetAt(HWND dialog, int index) {
     return BlockAt(dialog, index);
+}
+
+WidePath ParameterSetPath(HWND dialog, int index) {
+    const ParameterBlock *block = BlockAt(dialog, index);
+    return block ? reinterpret_cast<const ListedSet *>(block)->path : WidePath{};
 }
 
 int SelectedParameterSet(HWND dialog) {

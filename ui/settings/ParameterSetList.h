@@ -1,8 +1,9 @@
 // The dialog's drop-down list of saved parameter sets. An entry's text is the set's name, its item data the
-// set's block, from malloc, which the list owns; entries of the dialog's own may have none (0). Dialog's
-// thread.
+// set's block, from malloc, which the list owns, with the path of the set's file; entries of the dialog's own
+// have no path, and may have no block (0). Dialog's thread.
 #pragma once
 
+#include "diag/WidePath.h"
 #include "storage/ParameterBlock.h"
 
 #include <windows.h>
@@ -12,14 +13,18 @@ void FillParameterSetList(HWND dialog);
 // Removes all entries with their blocks.
 void FreeParameterSetList(HWND dialog);
 
-// Takes over the block. The entry's index; -1, with the block freed, when the list took no entry.
+// Adds an entry of the dialog's own and takes over the block, which may be null. The entry's index; -1, with
+// the block freed, when the list took no entry.
 int AddParameterSet(HWND dialog, const wchar_t *name, ParameterBlock *block);
-// Gives the entry of that name (case ignored) the block, or adds one.
-int ReplaceParameterSet(HWND dialog, const wchar_t *name, ParameterBlock *block);
+// The same for a file. The entry that stands for it already gets the block; one of the same name that stands
+// for another file does not.
+int ListParameterSetFile(HWND dialog, const wchar_t *path, ParameterBlock *block);
 void RemoveParameterSet(HWND dialog, int index);
 
 // Null for an index that is none, or an entry without a block.
 const ParameterBlock *ParameterSetAt(HWND dialog, int index);
+// The path of the entry's file; empty when there is none.
+WidePath ParameterSetPath(HWND dialog, int index);
 int SelectedParameterSet(HWND dialog); // -1: none
 // Selects without telling the dialog; -1 clears the selection.
 void SelectParameterSet(HWND dialog, int index);
