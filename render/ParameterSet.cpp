@@ -1,19 +1,27 @@
 #include "render/ParameterSet.h"
 
+namespace {
+
+// Where the settings have each parameter.
+constexpr int16_t RenderSettings::*kSettingFields[kParameterCount] = {&RenderSettings::threshold,
+                                                                      &RenderSettings::intensity,
+                                                                      &RenderSettings::length,
+                                                                      &RenderSettings::angle,
+                                                                      &RenderSettings::numberOfPoints,
+                                                                      &RenderSettings::spikeSharpness,
+                                                                      &RenderSettings::colorSaturation,
+                                                                      &RenderSettings::rainbowIntensity,
+                                                                      &RenderSettings::rainbowFrequency,
+                                                                      &RenderSettings::secondaryIntensity,
+                                                                      &RenderSettings::softFlareIntensity};
+
+} // namespace
+
 RenderSettings MakeRenderSettings(const ParameterSet &parameters, double scale) {
     RenderSettings settings{};
     settings.scale = scale;
-    settings.threshold = parameters.threshold;
-    settings.intensity = parameters.intensity;
-    settings.length = parameters.length;
-    settings.angle = parameters.angle;
-    settings.numberOfPoints = parameters.numberOfPoints;
-    settings.spikeSharpness = parameters.spikeSharpness;
-    settings.colorSaturation = parameters.colorSaturation;
-    settings.rainbowIntensity = parameters.rainbowIntensity;
-    settings.rainbowFrequency = parameters.rainbowFrequency;
-    settings.secondaryIntensity = parameters.secondaryIntensity;
-    settings.softFlareIntensity = parameters.softFlareBrightness;
+    for (int32_t i = 0; i < kParameterCount; ++i)
+        settings.*kSettingFields[i] = parameters.*kParameterFields[i];
     settings.effectsOnly = parameters.outputSpikesOnly != 0;
     settings.effectType = parameters.effectType;
     ClampRenderSettings(&settings);

@@ -31,5 +31,34 @@ static_assert(sizeof(ParameterSet) == 40 && offsetof(ParameterSet, outputSpikesO
 constexpr ParameterSet kDefaultParameters = {
     {0, 0, 0, 5}, 50, 50, 150, 6, 50, 30, 50, 50, 15, 30, 0, {0, 0, 0}, kStandardStar, 50, {0, 0}};
 
+// The numeric parameters, in the order in which fields, tables and requests hold them.
+enum Parameter : int32_t {
+    kThreshold,
+    kIntensity,
+    kLength,
+    kAngle,
+    kNumberOfPoints,
+    kSpikeSharpness,
+    kColorSaturation,
+    kRainbowIntensity,
+    kRainbowFrequency,
+    kSecondaryIntensity,
+    kSoftFlareIntensity,
+    kParameterCount,
+};
+
+// Where the record has each.
+constexpr int16_t ParameterSet::*kParameterFields[kParameterCount] = {&ParameterSet::threshold,
+                                                                      &ParameterSet::intensity,
+                                                                      &ParameterSet::length,
+                                                                      &ParameterSet::angle,
+                                                                      &ParameterSet::numberOfPoints,
+                                                                      &ParameterSet::spikeSharpness,
+                                                                      &ParameterSet::colorSaturation,
+                                                                      &ParameterSet::rainbowIntensity,
+                                                                      &ParameterSet::rainbowFrequency,
+                                                                      &ParameterSet::secondaryIntensity,
+                                                                      &ParameterSet::softFlareBrightness};
+
 // The clamped copy that a render works with; `scale` is the zoom in percent.
 RenderSettings MakeRenderSettings(const ParameterSet &parameters, double scale);

@@ -32,6 +32,26 @@
 #define BX_PROPERTY_LIST 16000
 #define BX_TERMINOLOGY 16000
 
+// Items of the zoom menu.
+#define BX_ZOOM_TO_6 40017
+#define BX_ZOOM_TO_12 40016
+#define BX_ZOOM_TO_25 40015
+#define BX_ZOOM_TO_33 40014
+#define BX_ZOOM_TO_50 40013
+#define BX_ZOOM_TO_66 40012
+#define BX_ZOOM_TO_100 40011
+#define BX_ZOOM_TO_200 40010
+#define BX_ZOOM_TO_300 40009
+#define BX_ZOOM_TO_400 40008
+#define BX_ZOOM_TO_600 40007
+#define BX_ZOOM_TO_800 40006
+#define BX_ZOOM_TO_1000 40005
+#define BX_ZOOM_TO_1200 40004
+#define BX_ZOOM_TO_1600 40003
+#define BX_ZOOM_ACTUAL_PIXELS 40018
+#define BX_ZOOM_FIT_IN_VIEW 40019
+#define BX_ZOOM_FIT_ON_SCREEN 40020
+
 // Pictures of the main dialog; pictures/ has their sources.
 #define BX_HIDE_EFFECTS_ICON 5
 #define BX_ZOOM_GLASS_ICON 132
@@ -62,8 +82,8 @@
 #define BX_SECONDARY_SPIKES_MORE 121
 #define BX_SOFT_FLARE_LESS 122
 #define BX_SOFT_FLARE_MORE 123
-// Bitmaps without alpha, for the template; those with premultiplied alpha for 100, 125, 150 and 200 % have the id plus
-// 1, 2, 3 and 4 steps.
+// Bitmaps without alpha, for the template; those with premultiplied alpha for 100, 125, 150 and 200 % have
+// the id plus 1, 2, 3 and 4 steps.
 #define BX_PRODUCT_LOGO_BITMAP 105
 #define BX_MAKER_LOGO_BITMAP 124
 #define BX_ZOOM_OUT_BITMAP 128

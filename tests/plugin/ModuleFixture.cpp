@@ -1,7 +1,7 @@
 #include "tests/plugin/ModuleFixture.h"
 
 #include "plugin/interface/ScriptKeys.h"
-#include "resources/ResourceIds.h"
+#include "resources/DialogControlIds.h"
 
 #include <atomic>
 #include <cstring>

@@ -121,10 +121,10 @@ TEST(PreviewPreparation, EffectIsForgottenOnlyForOtherParameters) {
     request.requestTime += 5;
     PreparePreview(request);
     EXPECT_TRUE(IsRegionFilled(gProxies.ValidEffectProxyRegion));
-    for (int i = 0; i < kRequestParameters + 2; ++i) {
-        if (i < kRequestParameters)
+    for (int i = 0; i < kParameterCount + 2; ++i) {
+        if (i < kParameterCount)
             ++request.parameters[i];
-        else if (i == kRequestParameters)
+        else if (i == kParameterCount)
             request.effectsOnly = 1;
         else
             request.effectType = kHyperStar;
@@ -244,7 +244,7 @@ struct RandomUser {
             view.display = {1, 1, Pick(2, 501), Pick(2, 401)};
             break;
         case 4:
-            request.parameters[2] = static_cast<uint16_t>(Pick(0, 100));
+            request.parameters[kLength] = static_cast<uint16_t>(Pick(0, 100));
             break;
         case 5:
             request.previewOn = Pick(0, 3) != 0;
@@ -258,7 +258,7 @@ struct RandomUser {
         }
         }
         PreviewRequest next = MakeTestRequest(view, request.previewOn != 0);
-        next.parameters[2] = request.parameters[2];
+        next.parameters[kLength] = request.parameters[kLength];
         request = next;
     }
 };

@@ -12,7 +12,8 @@
 
 namespace {
 
-constexpr int16_t kStrongStars[kRequestParameters] = {80, 70, 60, 150, 6, 50, 30, 50, 50, 40, 50};
+constexpr ParameterSet kStrongStars = {{}, 70, 60, 150,           6,  50, 30, 50, 50, 40,
+                                       50, 0,  {}, kStandardStar, 80, {}};
 
 HWND MakeWindow() {
     return CreateWindowExA(0, "STATIC", "", WS_POPUP, 0, 0, 400, 300, nullptr, nullptr,
@@ -136,10 +137,11 @@ std::vector<uint32_t> PreviewRun::Paint(const PreviewGeometry &geometry, uint32_
 }
 
 PreviewRequest MakeTestRequest(const PreviewGeometry &geometry, bool previewOn) {
-    return MakePreviewRequest(geometry, previewOn, kStrongStars, kStandardStar, false);
+    return MakePreviewRequest(geometry, previewOn, kStrongStars);
 }
 
 PreviewRequest MakeDefaultRequest(const PreviewGeometry &geometry, int16_t length) {
-    const int16_t parameters[kRequestParameters] = {50, 50, length, 150, 6, 50, 30, 50, 50, 15, 30};
-    return MakePreviewRequest(geometry, true, parameters, kStandardStar, false);
+    ParameterSet parameters = kDefaultParameters;
+    parameters.length = length;
+    return MakePreviewRequest(geometry, true, parameters);
 }

@@ -75,7 +75,7 @@ TEST(ProxyUpdateTask, QuickPreviewRepaintsOnce) {
     SettledInvalidations();
     const size_t before = run.messages.size();
     PreviewRequest request = MakeTestRequest(view);
-    ++request.parameters[2];
+    ++request.parameters[kLength];
     const DWORD start = GetTickCount();
     ASSERT_TRUE(run.Serve(request));
     const std::vector<RECT> invalid = SettledInvalidations();
@@ -104,7 +104,7 @@ TEST(ProxyUpdateTask, TilesOfCancelledRequestsAreShownAfterTheQuietTime) {
     const DWORD start = GetTickCount();
     DWORD shown = 0;
     while (shown == 0 && GetTickCount() - start < 3000) {
-        request.parameters[2] ^= 1;
+        request.parameters[kLength] ^= 1;
         const size_t seen = run.messages.size();
         RequestPreview(request);
         while (Only(run.messages, kMsgProgress, seen).empty() && GetTickCount() - start < 3000)
@@ -122,8 +122,8 @@ TEST(ProxyUpdateTask, HidingALightRendersOnlyItsStarAnew) {
     ASSERT_TRUE(run.Start());
     const PreviewGeometry view = run.View(100.0, 1600, 1200);
     PreviewRequest request = MakeTestRequest(view);
-    request.parameters[2] = 5;  // short spikes
-    request.parameters[10] = 0; // no flare, which reaches far
+    request.parameters[kLength] = 5;             // short spikes
+    request.parameters[kSoftFlareIntensity] = 0; // no flare, which reaches far
     ASSERT_TRUE(run.Serve(request));
     const std::vector<uint32_t> before = run.Paint(view);
     const LightSourceTableView table = GetLightSourceTable();
@@ -282,7 +282,7 @@ TEST(ProxyUpdateTask, GoesOnWithoutMemory) {
             FailAllocation(0, false);
             ResetRenderState();
             PreviewRequest request = MakeTestRequest(run.View(50.0));
-            ++request.parameters[0];
+            ++request.parameters[kThreshold];
             RequestPreview(request);
             EXPECT_TRUE(run.WaitUntilServed(5000)) << n;
             StopProxyUpdateTask();

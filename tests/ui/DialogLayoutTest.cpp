@@ -1,10 +1,11 @@
 // The main dialog's look, on its real template and pictures: sizes, scales, painting, what is given back.
-#include "resources/ResourceIds.h"
+#include "resources/DialogControlIds.h"
 #include "tests/support/SystemObjects.h"
 #include "tests/support/WindowPicture.h"
 #include "ui/about/MakersLogo.h"
 #include "ui/display/PreviewDisplay.h"
 #include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterTable.h"
 #include "ui/look/CornerIcon.h"
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"

@@ -1,6 +1,7 @@
 #include "tests/ui/PairDialog.h"
 
-#include "resources/ResourceIds.h"
+#include "resources/DialogControlIds.h"
+#include "ui/fields/ParameterTable.h"
 #include "ui/window/DialogMessages.h"
 
 #include <commctrl.h>

@@ -4,6 +4,7 @@
 
 #include "render/ParameterSet.h"
 #include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterTable.h"
 
 #include <gtest/gtest.h>
 

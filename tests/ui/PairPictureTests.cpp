@@ -3,6 +3,7 @@
 #include "tests/support/WindowPicture.h"
 #include "tests/ui/PairDialog.h"
 #include "ui/fields/ParameterEditPaint.h"
+#include "ui/fields/ParameterTable.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,6 +1,7 @@
 // The pairs on the dialog's template, driven with the messages of keyboard and mouse.
 #include "tests/ui/PairDialog.h"
 #include "ui/fields/ParameterEdit.h"
+#include "ui/fields/ParameterTable.h"
 #include "ui/fields/ParameterTrackbar.h"
 #include "ui/window/DialogMessages.h"
 
@@ -10,8 +11,6 @@
 #include <set>
 
 namespace {
-
-enum RowIndex { kThreshold, kIntensity, kLength, kAngle, kPoints, kSharpness, kSaturation };
 
 class ParameterPairs : public PairTest {
 protected:
@@ -84,16 +83,12 @@ TEST_F(ParameterPairs, TypedOrPastedTextIsStoredInRangeAndPutRightAtTheEnd) {
         const char *text, *shown;
         int stored, changes;
         const char *left;
-    } cases[] = {{kThreshold, false, "73.", "73.", 73, 2, "73"},
-                 {kThreshold, false, "101", "101", 100, 3, "100"},
-                 {kPoints, false, "0", "0", 1, 1, "1"},
-                 {kAngle, false, "7.25", "7.25", 72, 2, "7.2"},
-                 {kAngle, false, "-90.0", "-90.", -900, 2, "-90.0"},
-                 {kAngle, false, "-", "-", -900, 0, "-90.0"},
-                 {kAngle, false, "++", "++", -900, 0, "-90.0"},
-                 {kAngle, true, "7,25", "7,25", 72, 1, "7.2"},
-                 {kIntensity, true, "1e9", "1e9", 100, 1, "100"},
-                 {kLength, true, "abcd", "abcd", 50, 0, "50"}};
+    } cases[] = {
+        {kThreshold, false, "73.", "73.", 73, 2, "73"},     {kThreshold, false, "101", "101", 100, 3, "100"},
+        {kNumberOfPoints, false, "0", "0", 1, 1, "1"},      {kAngle, false, "7.25", "7.25", 72, 2, "7.2"},
+        {kAngle, false, "-90.0", "-90.", -900, 2, "-90.0"}, {kAngle, false, "-", "-", -900, 0, "-90.0"},
+        {kAngle, false, "++", "++", -900, 0, "-90.0"},      {kAngle, true, "7,25", "7,25", 72, 1, "7.2"},
+        {kIntensity, true, "1e9", "1e9", 100, 1, "100"},    {kLength, true, "abcd", "abcd", 50, 0, "50"}};
     for (const auto &c : cases) {
         SCOPED_TRACE(c.text);
         SetFocus(Edit(c.row));
@@ -114,8 +109,8 @@ TEST_F(ParameterPairs, TypedOrPastedTextIsStoredInRangeAndPutRightAtTheEnd) {
     TypeText(Edit(kAngle), "\b");
     EXPECT_EQ(EditText(kAngle), "") << "Backspace removes the selected text";
     EXPECT_EQ(dialog.parameters.angle, 72);
-    SetFocus(Edit(kSharpness));
-    SetWindowTextA(Edit(kSharpness), std::string(40, '9').c_str());
+    SetFocus(Edit(kSpikeSharpness));
+    SetWindowTextA(Edit(kSpikeSharpness), std::string(40, '9').c_str());
     EXPECT_EQ(dialog.parameters.spikeSharpness, 100);
 }
 
@@ -140,12 +135,12 @@ TEST_F(ParameterPairs, KeysStepThroughTheTrackbar) {
         bool ctrl;
         WPARAM key;
         int repeat, expected, changes;
-    } steps[] = {{kThreshold, false, VK_UP, 1, 51, 1},    {kThreshold, false, VK_DOWN, 3, 48, 1},
-                 {kThreshold, false, VK_PRIOR, 1, 58, 1}, {kThreshold, false, VK_NEXT, 9, 0, 1},
-                 {kThreshold, false, VK_DOWN, 1, 0, 0},   {kThreshold, false, VK_PRIOR, 65535, 100, 1},
-                 {kAngle, false, VK_UP, 1, 151, 1},       {kAngle, true, VK_DOWN, 1, 141, 1},
-                 {kAngle, false, VK_LEFT, 1, 141, 0},     {kPoints, true, VK_UP, 13, 32, 1},
-                 {kPoints, true, VK_DOWN, 1, 30, 1},      {kPoints, true, VK_NEXT, 1, 22, 1}};
+    } steps[] = {{kThreshold, false, VK_UP, 1, 51, 1},       {kThreshold, false, VK_DOWN, 3, 48, 1},
+                 {kThreshold, false, VK_PRIOR, 1, 58, 1},    {kThreshold, false, VK_NEXT, 9, 0, 1},
+                 {kThreshold, false, VK_DOWN, 1, 0, 0},      {kThreshold, false, VK_PRIOR, 65535, 100, 1},
+                 {kAngle, false, VK_UP, 1, 151, 1},          {kAngle, true, VK_DOWN, 1, 141, 1},
+                 {kAngle, false, VK_LEFT, 1, 141, 0},        {kNumberOfPoints, true, VK_UP, 13, 32, 1},
+                 {kNumberOfPoints, true, VK_DOWN, 1, 30, 1}, {kNumberOfPoints, true, VK_NEXT, 1, 22, 1}};
     for (const auto &step : steps) {
         SetFocus(Edit(step.row));
         HoldCtrl(step.ctrl);
@@ -155,7 +150,7 @@ TEST_F(ParameterPairs, KeysStepThroughTheTrackbar) {
         EXPECT_EQ(TakeChanges(), step.changes) << step.expected;
     }
     EXPECT_EQ(EditText(kAngle), "14.1");
-    EXPECT_EQ(EditText(kPoints), "22");
+    EXPECT_EQ(EditText(kNumberOfPoints), "22");
     EXPECT_FALSE(OnEditKey(&gParameterControls[kAngle], VK_HOME, 1, false));
 }
 
@@ -191,7 +186,7 @@ TEST_F(ParameterPairs, FocusSelectsTheTextAndRefreshIsSilent) {
     EXPECT_EQ(EditText(kAngle), "90.0");
     EXPECT_EQ(dialog.parameters.angle, 900);
     EXPECT_EQ(TrackbarPositionOf(kAngle), 900);
-    EXPECT_EQ(EditText(kSaturation), "-7");
+    EXPECT_EQ(EditText(kColorSaturation), "-7");
     EXPECT_TRUE(IsAllSelected(kIntensity)) << "the edited field is selected whole again";
     SetWindowTextA(Edit(kLength), "77");
     EXPECT_EQ(dialog.parameters.length, 50) << "nobody edits this one";

@@ -1,5 +1,5 @@
 // The list of saved sets and the three commands, on the dialog's template.
-#include "resources/ResourceIds.h"
+#include "resources/DialogControlIds.h"
 #include "storage/AppFolders.h"
 #include "storage/ParameterFiles.h"
 #include "tests/storage/TemporaryFolder.h"

@@ -23,11 +23,12 @@
 namespace {
 
 constexpr int kWidth = 482, kHeight = 362; // of the display
-constexpr int16_t kParameters[kRequestParameters] = {50, 60, 55, 150, 6, 50, 30, 50, 50, 15, 30};
+constexpr ParameterSet kParameters = {{}, 60, 55, 150,           6,  50, 30, 50, 50, 15,
+                                      30, 0,  {}, kStandardStar, 50, {}};
 bool gPreviewOn = true;
 
 PreviewRequest PresentRequest() {
-    return MakePreviewRequest(CurrentPreviewGeometry(), gPreviewOn, kParameters, kStandardStar, false);
+    return MakePreviewRequest(CurrentPreviewGeometry(), gPreviewOn, kParameters);
 }
 
 void SendRequest() {

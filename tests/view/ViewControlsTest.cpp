@@ -1,4 +1,5 @@
 // The controls around the display: tool icons, zoom text and buttons, menu, scroll bars, fit commands.
+#include "resources/DialogControlIds.h"
 #include "tests/view/ViewFixture.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/display/PreviewDisplayKeys.h"

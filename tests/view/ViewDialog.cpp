@@ -1,6 +1,7 @@
 #include "tests/view/ViewDialog.h"
 
 #include "engine/table/LightSourceTable.h"
+#include "resources/DialogControlIds.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/window/DialogMessages.h"
 

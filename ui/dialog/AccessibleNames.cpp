@@ -1,9 +1,7 @@
 #include "ui/dialog/AccessibleNames.h"
 
-#include "resources/ResourceIds.h"
-#include "ui/fields/ParameterControls.h"
-#include "ui/view/ViewTools.h"
-#include "ui/window/DialogMessages.h"
+#include "resources/DialogControlIds.h"
+#include "ui/fields/ParameterTable.h"
 
 #include <oleacc.h>
 
@@ -36,14 +34,6 @@ constexpr ControlName kNames[] = {
     {kCornerIconId, L"Size the dialog"},
 };
 
-// The pictures left and right of each trackbar, in parameter order.
-struct PairPictures {
-    int lessId, moreId;
-};
-constexpr PairPictures kPairPictures[kParameterControlCount] = {
-    {1089, 1174}, {1051, 1052}, {1054, 1056}, {1057, 1059}, {1060, 1062}, {1066, 1088},
-    {1063, 1065}, {1067, 1069}, {1070, 1072}, {1073, 1075}, {1076, 1078}};
-
 IAccPropServices *OpenNameService() {
     void *service = nullptr;
     const HRESULT result = CoCreateInstance(CLSID_AccPropServices, nullptr, CLSCTX_INPROC_SERVER,
@@ -66,8 +56,8 @@ void NamePair(IAccPropServices *service, HWND dialog, int index) {
     swprintf(more, std::size(more), L"More %ls", name);
     NameControl(service, GetDlgItem(dialog, row.editId), name);
     NameControl(service, GetDlgItem(dialog, row.trackbarId), name);
-    NameControl(service, GetDlgItem(dialog, kPairPictures[index].lessId), less);
-    NameControl(service, GetDlgItem(dialog, kPairPictures[index].moreId), more);
+    NameControl(service, GetDlgItem(dialog, kPairIds[index].less), less);
+    NameControl(service, GetDlgItem(dialog, kPairIds[index].more), more);
 }
 
 BOOL CALLBACK ForgetName(HWND control, LPARAM service) {

@@ -1,6 +1,6 @@
 #include "ui/dialog/CheckBoxBindings.h"
 
-#include "resources/ResourceIds.h"
+#include "resources/DialogControlIds.h"
 #include "ui/window/DialogMessages.h"
 
 namespace {

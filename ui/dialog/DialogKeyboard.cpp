@@ -1,12 +1,13 @@
 #include "ui/dialog/DialogKeyboard.h"
 
-#include "resources/ResourceIds.h"
+#include "resources/DialogControlIds.h"
 #include "ui/dialog/MainDialog.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/display/PreviewDisplayKeys.h"
 #include "ui/display/PreviewDisplayMouse.h"
 #include "ui/display/PreviewDisplayState.h"
 #include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterTable.h"
 #include "ui/settings/SettingsMenu.h"
 #include "ui/view/ViewTools.h"
 #include "ui/window/DialogMessages.h"
@@ -21,21 +22,22 @@ namespace {
 HACCEL gAccelerators;
 
 struct ParameterKey {
-    int command, parameter; // index of the parameter controls
+    int command;
+    Parameter parameter;
 };
 
 constexpr ParameterKey kParameterKeys[] = {
-    {BX_CMD_THRESHOLD, 0},
-    {BX_CMD_INTENSITY, 1},
-    {BX_CMD_LENGTH, 2},
-    {BX_CMD_ANGLE, 3},
-    {BX_CMD_NUMBER_OF_POINTS, 4},
-    {BX_CMD_SPIKE_SHARPNESS, 5},
-    {BX_CMD_COLOR_SATURATION, 6},
-    {BX_CMD_RAINBOW_INTENSITY, 7},
-    {BX_CMD_RAINBOW_FREQUENCY, 8},
-    {BX_CMD_SECONDARY_INTENSITY, 9},
-    {BX_CMD_SOFT_FLARE, 10},
+    {BX_CMD_THRESHOLD, kThreshold},
+    {BX_CMD_INTENSITY, kIntensity},
+    {BX_CMD_LENGTH, kLength},
+    {BX_CMD_ANGLE, kAngle},
+    {BX_CMD_NUMBER_OF_POINTS, kNumberOfPoints},
+    {BX_CMD_SPIKE_SHARPNESS, kSpikeSharpness},
+    {BX_CMD_COLOR_SATURATION, kColorSaturation},
+    {BX_CMD_RAINBOW_INTENSITY, kRainbowIntensity},
+    {BX_CMD_RAINBOW_FREQUENCY, kRainbowFrequency},
+    {BX_CMD_SECONDARY_INTENSITY, kSecondaryIntensity},
+    {BX_CMD_SOFT_FLARE, kSoftFlareIntensity},
 };
 
 bool IsKeyboardMessage(UINT message) {

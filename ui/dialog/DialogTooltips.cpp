@@ -1,6 +1,6 @@
 #include "ui/dialog/DialogTooltips.h"
 
-#include "resources/ResourceIds.h"
+#include "resources/DialogControlIds.h"
 #include "ui/fields/ParameterControls.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/view/ViewTools.h"

@@ -2,16 +2,16 @@
 
 #include "diag/ErrorReport.h"
 #include "render/shape/EffectTypes.h"
-#include "resources/ResourceIds.h"
+#include "resources/DialogControlIds.h"
 #include "ui/dialog/MainDialog.h"
 #include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterTable.h"
 #include "ui/fields/ParameterValue.h"
 #include "ui/window/DialogMessages.h"
 
 namespace {
 
 constexpr uint32_t kSiteUnknownEffect = 292;
-constexpr int kNumberOfPointsRow = 4; // of the parameter controls
 
 LRESULT SendToList(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     return SendDlgItemMessageW(dialog, kEffectComboId, message, wParam, lParam);
@@ -75,7 +75,7 @@ void SelectEffectType(uint32_t effectType) {
                     "An invalid Effects Selection Index was specified.");
         return;
     }
-    ParameterControl &row = gParameterControls[kNumberOfPointsRow];
+    ParameterControl &row = gParameterControls[kNumberOfPoints];
     const int16_t clamped = ClampToRow(row, points);
     if (!IsBound(row)) {
         DialogParameters()->numberOfPoints = clamped;

@@ -1,7 +1,7 @@
 #include "ui/dialog/MainDialog.h"
 
 #include "diag/ErrorReport.h"
-#include "resources/ResourceIds.h"
+#include "resources/DialogControlIds.h"
 #include "ui/dialog/CheckBoxBindings.h"
 #include "ui/dialog/DialogTooltips.h"
 #include "ui/dialog/EffectList.h"
@@ -232,20 +232,7 @@ void OnParametersReplaced(HWND dialog) {
 }
 
 void OnPreviewRequested() {
-    const ParameterSet &p = *DialogParameters();
-    const int16_t values[kRequestParameters] = {p.threshold,
-                                                p.intensity,
-                                                p.length,
-                                                p.angle,
-                                                p.numberOfPoints,
-                                                p.spikeSharpness,
-                                                p.colorSaturation,
-                                                p.rainbowIntensity,
-                                                p.rainbowFrequency,
-                                                p.secondaryIntensity,
-                                                p.softFlareBrightness};
-    RequestPreview(MakePreviewRequest(CurrentPreviewGeometry(), gMainDialog.previewOn, values, p.effectType,
-                                      p.outputSpikesOnly != 0));
+    RequestPreview(MakePreviewRequest(CurrentPreviewGeometry(), gMainDialog.previewOn, *DialogParameters()));
 }
 
 void OnProgress(HWND dialog, WPARAM position, LPARAM total) {

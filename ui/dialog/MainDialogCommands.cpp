@@ -1,6 +1,6 @@
 // The main dialog's commands: its controls' notifications.
 #include "plugin/record/PluginState.h"
-#include "resources/ResourceIds.h"
+#include "resources/DialogControlIds.h"
 #include "storage/UISettings.h"
 #include "ui/about/AboutBox.h"
 #include "ui/dialog/CheckBoxBindings.h"

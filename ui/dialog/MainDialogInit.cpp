@@ -1,5 +1,5 @@
 // Opening and closing of the main dialog.
-#include "resources/ResourceIds.h"
+#include "resources/DialogControlIds.h"
 #include "storage/UISettings.h"
 #include "ui/about/MakersLogo.h"
 #include "ui/about/UpdateLink.h"
@@ -11,6 +11,7 @@
 #include "ui/dialog/MainDialog.h"
 #include "ui/display/PreviewDisplay.h"
 #include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterTable.h"
 #include "ui/fields/ParameterValue.h"
 #include "ui/look/CornerIcon.h"
 #include "ui/look/DialogBackBuffer.h"
@@ -98,7 +99,7 @@ void PlaceDialog(HWND dialog) {
 }
 
 void FocusFirstControl(HWND dialog) {
-    const ParameterControl &threshold = gParameterControls[0];
+    const ParameterControl &threshold = gParameterControls[kThreshold];
     if (!IsBound(threshold)) {
         SetFocus(GetDlgItem(dialog, IDOK));
         return;

@@ -1,5 +1,6 @@
 #include "ui/display/PreviewDisplay.h"
 
+#include "resources/DialogControlIds.h"
 #include "storage/UISettings.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/display/PreviewDisplayKeys.h"

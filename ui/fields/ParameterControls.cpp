@@ -76,20 +76,9 @@ void BindParameterControl(HWND dialog, ParameterControl *row, int16_t *value) {
     ShowRow(*row);
 }
 
-void BindParameterControls(HWND dialog, ParameterSet *p) {
-    int16_t *const values[kParameterControlCount] = {&p->threshold,
-                                                     &p->intensity,
-                                                     &p->length,
-                                                     &p->angle,
-                                                     &p->numberOfPoints,
-                                                     &p->spikeSharpness,
-                                                     &p->colorSaturation,
-                                                     &p->rainbowIntensity,
-                                                     &p->rainbowFrequency,
-                                                     &p->secondaryIntensity,
-                                                     &p->softFlareBrightness};
+void BindParameterControls(HWND dialog, ParameterSet *parameters) {
     for (int i = 0; i < kParameterControlCount; ++i)
-        BindParameterControl(dialog, &gParameterControls[i], values[i]);
+        BindParameterControl(dialog, &gParameterControls[i], &(parameters->*kParameterFields[i]));
 }
 
 void RefreshParameterControls() {

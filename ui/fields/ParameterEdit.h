@@ -1,7 +1,7 @@
 // Behaviour of the edit field of a pair. The handlers take a bound row; tests call them too.
 #pragma once
 
-#include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterTable.h"
 
 // Hangs the behaviour on row->edit; it comes off when the window is destroyed.
 void SubclassParameterEdit(ParameterControl *row);

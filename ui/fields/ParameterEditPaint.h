@@ -1,7 +1,7 @@
 // The look of the edit fields, drawn by ourselves.
 #pragma once
 
-#include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterTable.h"
 
 // Gives the row the font of all the fields, made on first use to the height of this field's formatting
 // rectangle, and puts it into the edit, so that the caret stands where the drawn digits are.

@@ -1,7 +1,7 @@
 // Behaviour of the trackbar of a pair. The handlers take a bound row; tests call them too.
 #pragma once
 
-#include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterTable.h"
 
 // Hangs the behaviour on row->trackbar; it comes off when the window is destroyed.
 void SubclassParameterTrackbar(ParameterControl *row);

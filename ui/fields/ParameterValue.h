@@ -1,7 +1,7 @@
 // The steps that the edit and the trackbar of a pair share. All take a bound row.
 #pragma once
 
-#include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterTable.h"
 
 constexpr size_t kNumberTextCapacity = 33; // 32 characters of an edit are read
 

@@ -1,5 +1,7 @@
 #include "ui/look/DialogPictures.h"
 
+#include "render/ParameterSet.h"
+#include "resources/DialogControlIds.h"
 #include "resources/ResourceIds.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/window/ModuleInstance.h"
@@ -43,28 +45,28 @@ ControlPicture gPictures[] = {
     {kHideIconId, kHideEffectsIconId, true, kOnPlate, nullptr},
     {kShowIconId, kShowEffectsIconId, true, kOnPlate, nullptr},
     // What less and more of each parameter does.
-    {1089, kThresholdLessId, true, kInTheMiddle, nullptr},
-    {1174, kThresholdMoreId, true, kInTheMiddle, nullptr},
-    {1051, kIntensityLessId, true, kInTheMiddle, nullptr},
-    {1052, kIntensityMoreId, true, kInTheMiddle, nullptr},
-    {1054, kLengthLessId, true, kInTheMiddle, nullptr},
-    {1056, kLengthMoreId, true, kInTheMiddle, nullptr},
-    {1057, kAngleLessId, true, kInTheMiddle, nullptr},
-    {1059, kAngleMoreId, true, kInTheMiddle, nullptr},
-    {1060, kNumberOfPointsLessId, true, kInTheMiddle, nullptr},
-    {1062, kNumberOfPointsMoreId, true, kInTheMiddle, nullptr},
-    {1066, kSpikeSharpnessLessId, true, kInTheMiddle, nullptr},
-    {1088, kSpikeSharpnessMoreId, true, kInTheMiddle, nullptr},
-    {1063, kColorSaturationLessId, true, kInTheMiddle, nullptr},
-    {1065, kColorSaturationMoreId, true, kInTheMiddle, nullptr},
-    {1067, kRainbowIntensityLessId, true, kInTheMiddle, nullptr},
-    {1069, kRainbowIntensityMoreId, true, kInTheMiddle, nullptr},
-    {1070, kRainbowFrequencyLessId, true, kInTheMiddle, nullptr},
-    {1072, kRainbowFrequencyMoreId, true, kInTheMiddle, nullptr},
-    {1073, kSecondarySpikesLessId, true, kInTheMiddle, nullptr},
-    {1075, kSecondarySpikesMoreId, true, kInTheMiddle, nullptr},
-    {1076, kSoftFlareLessId, true, kInTheMiddle, nullptr},
-    {1078, kSoftFlareMoreId, true, kInTheMiddle, nullptr},
+    {kPairIds[kThreshold].less, kThresholdLessId, true, kInTheMiddle, nullptr},
+    {kPairIds[kThreshold].more, kThresholdMoreId, true, kInTheMiddle, nullptr},
+    {kPairIds[kIntensity].less, kIntensityLessId, true, kInTheMiddle, nullptr},
+    {kPairIds[kIntensity].more, kIntensityMoreId, true, kInTheMiddle, nullptr},
+    {kPairIds[kLength].less, kLengthLessId, true, kInTheMiddle, nullptr},
+    {kPairIds[kLength].more, kLengthMoreId, true, kInTheMiddle, nullptr},
+    {kPairIds[kAngle].less, kAngleLessId, true, kInTheMiddle, nullptr},
+    {kPairIds[kAngle].more, kAngleMoreId, true, kInTheMiddle, nullptr},
+    {kPairIds[kNumberOfPoints].less, kNumberOfPointsLessId, true, kInTheMiddle, nullptr},
+    {kPairIds[kNumberOfPoints].more, kNumberOfPointsMoreId, true, kInTheMiddle, nullptr},
+    {kPairIds[kSpikeSharpness].less, kSpikeSharpnessLessId, true, kInTheMiddle, nullptr},
+    {kPairIds[kSpikeSharpness].more, kSpikeSharpnessMoreId, true, kInTheMiddle, nullptr},
+    {kPairIds[kColorSaturation].less, kColorSaturationLessId, true, kInTheMiddle, nullptr},
+    {kPairIds[kColorSaturation].more, kColorSaturationMoreId, true, kInTheMiddle, nullptr},
+    {kPairIds[kRainbowIntensity].less, kRainbowIntensityLessId, true, kInTheMiddle, nullptr},
+    {kPairIds[kRainbowIntensity].more, kRainbowIntensityMoreId, true, kInTheMiddle, nullptr},
+    {kPairIds[kRainbowFrequency].less, kRainbowFrequencyLessId, true, kInTheMiddle, nullptr},
+    {kPairIds[kRainbowFrequency].more, kRainbowFrequencyMoreId, true, kInTheMiddle, nullptr},
+    {kPairIds[kSecondaryIntensity].less, kSecondarySpikesLessId, true, kInTheMiddle, nullptr},
+    {kPairIds[kSecondaryIntensity].more, kSecondarySpikesMoreId, true, kInTheMiddle, nullptr},
+    {kPairIds[kSoftFlareIntensity].less, kSoftFlareLessId, true, kInTheMiddle, nullptr},
+    {kPairIds[kSoftFlareIntensity].more, kSoftFlareMoreId, true, kInTheMiddle, nullptr},
 };
 
 // Pixels to draw on: rows from the top, premultiplied blue, green, red, alpha. `bitmap` is null when there is

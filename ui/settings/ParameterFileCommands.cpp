@@ -2,6 +2,7 @@
 
 #include "diag/ErrorReport.h"
 #include "diag/Log.h"
+#include "resources/DialogControlIds.h"
 #include "storage/ParameterFiles.h"
 #include "storage/ParameterSetFiles.h"
 #include "ui/settings/ParameterSetList.h"

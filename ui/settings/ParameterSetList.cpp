@@ -1,6 +1,7 @@
 #include "ui/settings/ParameterSetList.h"
 
 #include "diag/ErrorReport.h"
+#include "resources/DialogControlIds.h"
 #include "storage/ParameterSetFiles.h"
 #include "ui/window/DialogMessages.h"
 

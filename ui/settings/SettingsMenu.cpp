@@ -1,7 +1,7 @@
 #include "ui/settings/SettingsMenu.h"
 
 #include "diag/ErrorReport.h"
-#include "resources/ResourceIds.h"
+#include "resources/DialogControlIds.h"
 #include "storage/ParameterSetFiles.h"
 #include "ui/dialog/MainDialog.h"
 #include "ui/settings/ParameterFileCommands.h"

@@ -37,9 +37,9 @@ bool ApplyZoomCommand(uint32_t command) {
     double zoom;
     if (ZoomOfMenuCommand(command, &zoom))
         SetZoom(zoom);
-    else if (command == kCommandFitInView)
+    else if (command == BX_ZOOM_FIT_IN_VIEW)
         FitInView();
-    else if (command == kCommandFitOnScreen)
+    else if (command == BX_ZOOM_FIT_ON_SCREEN)
         FitOnScreen();
     else
         return false;

@@ -8,11 +8,6 @@
 #include <cstdint>
 #include <windows.h>
 
-constexpr int kPanIconId = 1043, kZoomIconId = 1044, kHideIconId = 1123, kShowIconId = 1184;
-constexpr int kZoomOutButtonId = 1042, kZoomInButtonId = 1045, kZoomTextId = 1085;
-constexpr int kHorizontalBarId = 1030, kVerticalBarId = 1028;
-constexpr int kPreviewDisplayId = 1040;
-
 enum ToolPicture { kPictureNormal, kPictureSelected, kPictureDisabled };
 
 // Shows one of the pictures of a tool's icon or a zoom button; the dialog has the pictures.

@@ -1,6 +1,7 @@
 #include "ui/view/ViewZoom.h"
 
 #include "diag/ErrorReport.h"
+#include "resources/ResourceIds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,10 +19,14 @@ const double kZoomLadder[kZoomStepCount] = {
 };
 
 const ZoomMenuItem kZoomMenuItems[kZoomMenuItemCount] = {
-    {40017, 6.25},   {40016, 12.5},   {40015, 25.0},   {40014, 33.33},
-    {40013, 50.0},   {40012, 66.67},  {40011, 100.0},  {40010, 200.0},
-    {40009, 300.0},  {40008, 400.0},  {40007, 600.0},  {40006, 800.0},
-    {40005, 1000.0}, {40004, 1200.0}, {40003, 1600.0}, {40018, kActualPixelsZoom},
+    {BX_ZOOM_TO_6, 6.25},      {BX_ZOOM_TO_12, 12.5},
+    {BX_ZOOM_TO_25, 25.0},     {BX_ZOOM_TO_33, 33.33},
+    {BX_ZOOM_TO_50, 50.0},     {BX_ZOOM_TO_66, 66.67},
+    {BX_ZOOM_TO_100, 100.0},   {BX_ZOOM_TO_200, 200.0},
+    {BX_ZOOM_TO_300, 300.0},   {BX_ZOOM_TO_400, 400.0},
+    {BX_ZOOM_TO_600, 600.0},   {BX_ZOOM_TO_800, 800.0},
+    {BX_ZOOM_TO_1000, 1000.0}, {BX_ZOOM_TO_1200, 1200.0},
+    {BX_ZOOM_TO_1600, 1600.0}, {BX_ZOOM_ACTUAL_PIXELS, kActualPixelsZoom},
 };
 
 double ClampZoom(double zoom) {

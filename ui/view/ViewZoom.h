@@ -34,8 +34,6 @@ struct ZoomMenuItem {
 constexpr int kZoomMenuItemCount = 16;
 extern const ZoomMenuItem kZoomMenuItems[kZoomMenuItemCount];
 
-constexpr uint32_t kCommandFitInView = 40019, kCommandFitOnScreen = 40020;
-
 // False, with *zoom unchanged, for a command that sets no fixed zoom.
 bool ZoomOfMenuCommand(uint32_t command, double *zoom);
 

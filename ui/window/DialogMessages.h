@@ -1,4 +1,4 @@
-// Private window messages and control ids that the rooms of the dialog share.
+// Private window messages that the rooms of the dialog share.
 #pragma once
 
 #include <windows.h>
@@ -12,5 +12,3 @@ constexpr UINT kMsgParametersReplaced = WM_APP + 3; // the whole set changed: re
 constexpr UINT kMsgRequestPreview = WM_APP + 4;
 constexpr UINT kMsgProgress = WM_APP + 5; // wParam position, lParam total
 constexpr UINT kMsgTableReady = WM_APP + 6;
-
-constexpr int kSettingsComboId = 1023; // drop-down list of the saved parameter sets
