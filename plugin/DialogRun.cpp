@@ -3,18 +3,9 @@
 #include "diag/ErrorReport.h"
 #include "engine/InitializationTask.h"
 #include "plugin/record/PluginState.h"
-#include "resources/ResourceIds.h"
 #include "storage/UISettings.h"
-#include "ui/dialog/MainDialog.h"
-#include "ui/display/PreviewDisplay.h"
-#include "ui/window/ControlStyle.h"
-#include "ui/window/DpiScope.h"
-#include "ui/window/ModuleInstance.h"
+#include "ui/dialog/OpenDialog.h"
 #include "web/UpdateNotice.h"
-
-#include <commctrl.h>
-
-extern "C" INT_PTR CALLBACK BrillatrixProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam);
 
 namespace {
 
@@ -44,39 +35,10 @@ void UnlockHostProfile(const HostProfile &profile) {
         gFilterRecord->handleProcs->unlockProc(profile.handle);
 }
 
-// The edit fields' class comes with its library. Without it the dialog opens all the same, with fields that
-// the trackbars alone set.
-HMODULE LoadControlClasses() {
-    const INITCOMMONCONTROLSEX classes = {sizeof classes,
-                                          ICC_BAR_CLASSES | ICC_PROGRESS_CLASS | ICC_STANDARD_CLASSES};
-    InitCommonControlsEx(&classes);
-    return LoadLibraryW(L"msftedit.dll");
-}
-
-// IDOK, IDCANCEL, or something else when it could not be opened.
-INT_PTR OpenDialog() {
-    const DpiCookie dpi = EnterDialogDpi();
-    const ControlStyle style = EnterControlStyle();
-    const HMODULE richEdit = LoadControlClasses();
-    INT_PTR closed = -1;
-    if (RegisterPreviewDisplayClass()) {
-        closed = DialogBoxParamW(ModuleInstance(), kMainDialogName, static_cast<HWND>(ParentWindow()),
-                                 BrillatrixProc, 0);
-        UnregisterPreviewDisplayClass();
-    }
-    if (richEdit)
-        FreeLibrary(richEdit);
-    LeaveControlStyle(style);
-    LeaveDialogDpi(dpi);
-    return closed;
-}
-
 // The code of what ended the dialog other than OK: the user, or a failure of the light source table. Its task
 // tells its code only when it ends, which may be after the dialog has.
-HostResult ResultOfCancel() {
-    if (*gResult != kNoError)
-        return *gResult;
-    if (gFatalErrorStatus == 0)
+HostResult ResultOfCancel(DialogEnd end) {
+    if (end == DialogEnd::cancelled || gFatalErrorStatus == 0)
         return kUserCanceledErr;
     WaitLightSourceTable(nullptr, nullptr, INFINITE);
     return LightSourceTableResult() != kNoError ? LightSourceTableResult() : kUserCanceledErr;
@@ -90,13 +52,12 @@ HostResult RunDialog(const ImageBuffer &input) {
     StartUpdateCheck();
     const ParameterSet before = *gParameters;
     const HostProfile profile = LockHostProfile();
-    gDialogSubject = {gParameters, &input, profile.bytes, profile.size};
-    const INT_PTR closed = OpenDialog();
-    gDialogSubject = {};
+    const DialogEnd end = OpenDialog(static_cast<HWND>(ParentWindow()),
+                                     {gParameters, &input, profile.bytes, profile.size, false});
     UnlockHostProfile(profile);
     *gDialogPending = 0;
-    if (closed == IDOK)
+    if (end == DialogEnd::ok)
         return kNoError;
     *gParameters = before; // the host may repeat the filter with them
-    return ResultOfCancel();
+    return ResultOfCancel(end);
 }

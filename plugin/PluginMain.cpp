@@ -1,6 +1,7 @@
 // The entry that the host calls for every selector, on its own thread.
 #include "diag/BufferUsage.h"
 #include "diag/ErrorReport.h"
+#include "diag/ProductName.h"
 #include "diag/Log.h"
 #include "plugin/HostServices.h"
 #include "plugin/Selectors.h"

@@ -9,6 +9,7 @@
 #include "plugin/record/PluginState.h"
 #include "render/KeptRun.h"
 #include "ui/about/AboutBox.h"
+#include "ui/window/WaitCursor.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "web/UpdateNotice.h"
 
 #include "diag/ErrorReport.h"
-#include "plugin/record/PluginState.h"
+#include "diag/ProductName.h"
 #include "web/UpdateRecord.h"
 #include "web/UpdateRequest.h"
 

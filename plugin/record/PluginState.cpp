@@ -1,7 +1,5 @@
 #include "plugin/record/PluginState.h"
 
-#include "resources/ResourceIds.h"
-
 #include <windows.h>
 
 FilterRecord *gFilterRecord;
@@ -14,13 +12,6 @@ const PropertyProcs *gPropertySuite;
 const ErrorSuite *gErrorSuite;
 std::atomic<uint8_t> gShuttingDown;
 
-void *ModuleHandle() {
-    HMODULE module = nullptr;
-    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<const char *>(&gFilterRecord), &module);
-    return module;
-}
-
 void *ParentWindow() {
     const PlatformData *platform = nullptr;
     if (gAboutRecord)
@@ -28,8 +19,4 @@ void *ParentWindow() {
     else if (gFilterRecord)
         platform = gFilterRecord->platformData;
     return platform && platform->hwnd ? platform->hwnd : GetActiveWindow();
-}
-
-void ShowWaitCursor() {
-    SetCursor(LoadCursorA(static_cast<HINSTANCE>(ModuleHandle()), MAKEINTRESOURCEA(kWaitCursorId)));
 }

@@ -8,9 +8,6 @@
 #include <atomic>
 #include <cstdint>
 
-constexpr char kShortProductName[] = "Brillatrix";
-constexpr char kProductName[] = "Brillatrix Pro";
-
 // The host's records of the current call. Exactly one of the two is the call's record: About brings its own.
 extern FilterRecord *gFilterRecord;
 extern AboutRecord *gAboutRecord;
@@ -30,8 +27,5 @@ extern const ErrorSuite *gErrorSuite;
 // Raised when a run ends, whatever its outcome, so that every rendering loop stops; lowered when one starts.
 extern std::atomic<uint8_t> gShuttingDown;
 
-// This module, for its resources (an HINSTANCE).
-void *ModuleHandle();
 // The window that the host gives as parent, or else the thread's active one (an HWND; may still be null).
 void *ParentWindow();
-void ShowWaitCursor();

@@ -62,8 +62,8 @@ INT_PTR CALLBACK LookProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPara
         return TRUE;
     }
     case WM_DPICHANGED:
-        OnDialogDpiChanged(dialog, HIWORD(wParam), *reinterpret_cast<const RECT *>(lParam));
-        return TRUE;
+        return OnDialogDpiChanged(dialog, HIWORD(wParam), *reinterpret_cast<const RECT *>(lParam)) &&
+               LoadDialogPictures(dialog);
     case WM_DESTROY:
         FreeDialogPictures(dialog);
         FreeDialogLayout();

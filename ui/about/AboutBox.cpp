@@ -1,24 +1,26 @@
 #include "ui/about/AboutBox.h"
 
-#include "diag/Log.h"
 #include "diag/ModuleVersion.h"
-#include "plugin/record/PluginState.h"
 #include "resources/ResourceIds.h"
 #include "ui/about/LinkButton.h"
 #include "ui/window/ControlStyle.h"
 #include "ui/window/DpiScope.h"
+#include "ui/window/MessageBoxOwner.h"
+#include "ui/window/ModuleInstance.h"
+#include "ui/window/ScaledBitmap.h"
+#include "ui/window/WaitCursor.h"
 #include "web/MakerAddresses.h"
 #include "web/UpdateNotice.h"
 
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 #include <windows.h>
 
 #include <objbase.h>
 
 namespace {
 
-constexpr int kLogoSizes = 4; // the logo's pictures, smallest first
 constexpr char kMailScheme[] = "mailto:", kSecureScheme[] = "https://";
 
 struct AboutLink {
@@ -65,9 +67,9 @@ void ShowUpdateControls(HWND dialog) {
 }
 
 // Message boxes belong to the topmost window of ours.
-void OnInit(HWND dialog) {
-    if (IsReportOwnerThread())
-        SetWindowLongPtrA(dialog, DWLP_USER, reinterpret_cast<LONG_PTR>(SetReportOwnerWindow(dialog)));
+void OnInit(HWND dialog, MessageBoxOwner *owner) {
+    SetWindowLongPtrA(dialog, DWLP_USER, reinterpret_cast<LONG_PTR>(owner));
+    TakeMessageBoxes(dialog, owner);
     ShowVersion(dialog);
     for (const AboutLink &link : kLinks)
         if (link.id != kAboutUpdateLinkId)
@@ -77,8 +79,8 @@ void OnInit(HWND dialog) {
 }
 
 void OnDestroy(HWND dialog) {
-    if (IsReportOwnerThread())
-        SetReportOwnerWindow(reinterpret_cast<NativeWindow>(GetWindowLongPtrA(dialog, DWLP_USER)));
+    if (auto *owner = reinterpret_cast<MessageBoxOwner *>(GetWindowLongPtrA(dialog, DWLP_USER)))
+        GiveMessageBoxesBack(owner);
 }
 
 // Asking begins when the box closes, so that a slip of the finger can still be taken back.
@@ -103,25 +105,6 @@ BOOL OnCommand(HWND dialog, int id, int notification) {
     return TRUE;
 }
 
-// The largest one that fits into the control, which has grown with the scale.
-HBITMAP LoadLogo(const SIZE &room, SIZE *size) {
-    for (int step = kLogoSizes; step > 0; --step) {
-        const int id = kProductLogoBitmapId + step * kBitmapScaleStep;
-        const HBITMAP bitmap =
-            static_cast<HBITMAP>(LoadImageA(static_cast<HINSTANCE>(ModuleHandle()), MAKEINTRESOURCEA(id),
-                                            IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION));
-        BITMAP info = {};
-        if (bitmap && GetObjectA(bitmap, sizeof info, &info) &&
-            (step == 1 || (info.bmWidth <= room.cx && info.bmHeight <= room.cy))) {
-            *size = {info.bmWidth, info.bmHeight};
-            return bitmap;
-        }
-        if (bitmap)
-            DeleteObject(bitmap);
-    }
-    return nullptr;
-}
-
 // The pictures carry their transparency, already multiplied in.
 void BlendBitmap(HDC target, const RECT &area, HBITMAP bitmap, const SIZE &size) {
     const HDC source = CreateCompatibleDC(target);
@@ -139,8 +122,8 @@ void BlendBitmap(HDC target, const RECT &area, HBITMAP bitmap, const SIZE &size)
 void DrawLogo(const DRAWITEMSTRUCT &item) {
     FillRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_BTNFACE));
     SIZE size = {};
-    const HBITMAP logo =
-        LoadLogo({item.rcItem.right - item.rcItem.left, item.rcItem.bottom - item.rcItem.top}, &size);
+    const SIZE room = {item.rcItem.right - item.rcItem.left, item.rcItem.bottom - item.rcItem.top};
+    const HBITMAP logo = LoadFittingBitmap(kProductLogoBitmapId, kBitmapScaleCount, room, &size);
     if (!logo)
         return;
     BlendBitmap(item.hDC, item.rcItem, logo, size);
@@ -158,7 +141,7 @@ BOOL OnDrawItem(const DRAWITEMSTRUCT &item) {
 INT_PTR CALLBACK AboutProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case WM_INITDIALOG:
-        OnInit(dialog);
+        OnInit(dialog, reinterpret_cast<MessageBoxOwner *>(lParam));
         return FALSE; // the focus is set
     case WM_DESTROY:
         OnDestroy(dialog);
@@ -180,9 +163,10 @@ bool ShowAboutBox(void *parentWindow) {
     ShowWaitCursor();
     const DpiCookie dpi = EnterDialogDpi();
     const ControlStyle style = EnterControlStyle();
+    MessageBoxOwner owner = {};
     const INT_PTR closed =
-        DialogBoxParamA(static_cast<HINSTANCE>(ModuleHandle()), MAKEINTRESOURCEA(kAboutDialogId),
-                        static_cast<HWND>(parentWindow), AboutProc, 0);
+        DialogBoxParamA(ModuleInstance(), MAKEINTRESOURCEA(kAboutDialogId), static_cast<HWND>(parentWindow),
+                        AboutProc, reinterpret_cast<LPARAM>(&owner));
     LeaveControlStyle(style);
     LeaveDialogDpi(dpi);
     if (comInitialized)

@@ -1,18 +1,13 @@
 #include "ui/dialog/DialogKeyboard.h"
 
 #include "resources/DialogControlIds.h"
-#include "ui/dialog/MainDialog.h"
+#include "ui/dialog/MainDialogState.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/display/PreviewDisplayKeys.h"
 #include "ui/display/PreviewDisplayMouse.h"
 #include "ui/display/PreviewDisplayState.h"
-#include "ui/fields/ParameterControls.h"
 #include "ui/fields/ParameterTable.h"
-#include "ui/settings/SettingsMenu.h"
-#include "ui/view/ViewTools.h"
-#include "ui/window/DialogMessages.h"
 #include "ui/window/ModuleInstance.h"
-#include "web/MakerAddresses.h"
 
 #include <algorithm>
 #include <iterator>
@@ -20,25 +15,6 @@
 namespace {
 
 HACCEL gAccelerators;
-
-struct ParameterKey {
-    int command;
-    Parameter parameter;
-};
-
-constexpr ParameterKey kParameterKeys[] = {
-    {BX_CMD_THRESHOLD, kThreshold},
-    {BX_CMD_INTENSITY, kIntensity},
-    {BX_CMD_LENGTH, kLength},
-    {BX_CMD_ANGLE, kAngle},
-    {BX_CMD_NUMBER_OF_POINTS, kNumberOfPoints},
-    {BX_CMD_SPIKE_SHARPNESS, kSpikeSharpness},
-    {BX_CMD_COLOR_SATURATION, kColorSaturation},
-    {BX_CMD_RAINBOW_INTENSITY, kRainbowIntensity},
-    {BX_CMD_RAINBOW_FREQUENCY, kRainbowFrequency},
-    {BX_CMD_SECONDARY_INTENSITY, kSecondaryIntensity},
-    {BX_CMD_SOFT_FLARE, kSoftFlareIntensity},
-};
 
 bool IsKeyboardMessage(UINT message) {
     return message >= WM_KEYFIRST && message <= WM_KEYLAST;
@@ -116,81 +92,6 @@ LRESULT CALLBACK FilterMessage(int code, WPARAM wParam, LPARAM lParam) {
     return CallNextHookEx(gMainDialog.hook, code, wParam, lParam);
 }
 
-void OpenComboBox(HWND dialog, int controlId) {
-    const HWND combo = GetDlgItem(dialog, controlId);
-    if (!combo)
-        return;
-    SetFocus(combo);
-    SendMessageW(combo, CB_SHOWDROPDOWN, TRUE, 0);
-}
-
-// As a click, but the focus stays where the user works.
-void ToggleBox(HWND dialog, int controlId) {
-    const bool isChecked = IsDlgButtonChecked(dialog, controlId) == BST_CHECKED;
-    CheckDlgButton(dialog, controlId, isChecked ? BST_UNCHECKED : BST_CHECKED);
-    OnDialogCommand(dialog, controlId, BN_CLICKED, reinterpret_cast<LPARAM>(GetDlgItem(dialog, controlId)));
-}
-
-bool OnViewKey(HWND dialog, int command) {
-    switch (command) {
-    case BX_CMD_PAN:
-        SelectViewTool(kToolPan);
-        return true;
-    case BX_CMD_ZOOM:
-        SelectViewTool(kToolZoom);
-        return true;
-    case BX_CMD_HIDE:
-        SelectEffectTool(kToolHide);
-        return true;
-    case BX_CMD_SHOW:
-        SelectEffectTool(kToolShow);
-        return true;
-    case BX_CMD_DISPLAY:
-        SetFocus(GetDlgItem(dialog, kPreviewDisplayId));
-        return true;
-    case BX_CMD_ZOOM_MENU:
-        ShowZoomMenuAtArrow(dialog);
-        return true;
-    case BX_CMD_ZOOM_IN:
-        ZoomIn();
-        return true;
-    case BX_CMD_ZOOM_OUT:
-        ZoomOut();
-        return true;
-    case BX_CMD_FIT_IN_VIEW:
-        FitInView();
-        return true;
-    case BX_CMD_FIT_ON_SCREEN:
-        FitOnScreen();
-        return true;
-    }
-    return false;
-}
-
-bool OnPanelKey(HWND dialog, int command) {
-    switch (command) {
-    case BX_CMD_SETTINGS:
-        OpenComboBox(dialog, kSettingsComboId);
-        return true;
-    case BX_CMD_EFFECT:
-        OpenComboBox(dialog, kEffectComboId);
-        return true;
-    case BX_CMD_EFFECTS_ONLY:
-        ToggleBox(dialog, kEffectsOnlyId);
-        return true;
-    case BX_CMD_PREVIEW:
-        ToggleBox(dialog, kPreviewOnId);
-        return true;
-    case BX_CMD_SETTINGS_MENU:
-        ShowSettingsMenu(dialog);
-        return true;
-    case BX_CMD_HELP:
-        OpenAddress(dialog, kHelpAddress);
-        return true;
-    }
-    return false;
-}
-
 } // namespace
 
 void InstallKeyboardHook() {
@@ -209,13 +110,4 @@ void RemoveKeyboardHook() {
 // by losing it.
 void OnComboFocus(int controlId, bool gained) {
     gMainDialog.comboClaimsKeys = gained || controlId == kSettingsComboId;
-}
-
-bool OnKeyboardCommand(HWND dialog, int command) {
-    for (const ParameterKey &key : kParameterKeys)
-        if (key.command == command) {
-            FocusParameterControl(key.parameter);
-            return true;
-        }
-    return OnViewKey(dialog, command) || OnPanelKey(dialog, command);
 }

@@ -4,7 +4,6 @@
 #include "ui/fields/ParameterControls.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/view/ViewTools.h"
-#include "ui/window/DialogMessages.h"
 #include "ui/window/ModuleInstance.h"
 #include "ui/window/Tooltips.h"
 

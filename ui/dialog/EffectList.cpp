@@ -3,8 +3,6 @@
 #include "diag/ErrorReport.h"
 #include "render/shape/EffectTypes.h"
 #include "resources/DialogControlIds.h"
-#include "ui/dialog/MainDialog.h"
-#include "ui/fields/ParameterControls.h"
 #include "ui/fields/ParameterTable.h"
 #include "ui/fields/ParameterValue.h"
 #include "ui/window/DialogMessages.h"
@@ -17,8 +15,8 @@ LRESULT SendToList(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     return SendDlgItemMessageW(dialog, kEffectComboId, message, wParam, lParam);
 }
 
-void ProposePoints(const EffectRow &, uint32_t effectType) {
-    SelectEffectType(effectType);
+void ProposePoints(const EffectRow &row, ParameterSet *parameters) {
+    SelectEffectType(row.effectType, parameters);
 }
 
 const EffectRow *SelectedEffectRow(HWND dialog) {
@@ -38,13 +36,13 @@ const EffectRow kEffectRows[kEffectRowCount] = {
     {kStarBurst, L"Star Burst", ProposePoints},
 };
 
-void FillEffectList(HWND dialog) {
+void FillEffectList(HWND dialog, uint32_t effectType) {
     for (const EffectRow &row : kEffectRows) {
         const LRESULT index = SendToList(dialog, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(row.name));
         if (index >= 0)
             SendToList(dialog, CB_SETITEMDATA, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&row));
     }
-    ShowEffectType(dialog, DialogParameters()->effectType);
+    ShowEffectType(dialog, effectType);
 }
 
 void ShowEffectType(HWND dialog, uint32_t effectType) {
@@ -58,17 +56,17 @@ void ShowEffectType(HWND dialog, uint32_t effectType) {
                index < kEffectRowCount ? static_cast<WPARAM>(index) : static_cast<WPARAM>(-1), 0);
 }
 
-void OnEffectChosen(HWND dialog) {
+void OnEffectChosen(HWND dialog, ParameterSet *parameters) {
     const EffectRow *row = SelectedEffectRow(dialog);
     if (!row)
         return;
-    DialogParameters()->effectType = row->effectType;
+    parameters->effectType = row->effectType;
     if (row->onSelected)
-        row->onSelected(*row, row->effectType);
+        row->onSelected(*row, parameters);
     SendMessageW(dialog, kMsgParameterChanged, 0, 0);
 }
 
-void SelectEffectType(uint32_t effectType) {
+void SelectEffectType(uint32_t effectType, ParameterSet *parameters) {
     const int32_t points = PresetPoints(effectType);
     if (points == 0) {
         ReportError({kSiteUnknownEffect, kUserMessage, 0}, kStopIcon, kTitleUnexpected,
@@ -78,7 +76,7 @@ void SelectEffectType(uint32_t effectType) {
     ParameterControl &row = gParameterControls[kNumberOfPoints];
     const int16_t clamped = ClampToRow(row, points);
     if (!IsBound(row)) {
-        DialogParameters()->numberOfPoints = clamped;
+        parameters->numberOfPoints = clamped;
         return;
     }
     if (clamped == *row.value)

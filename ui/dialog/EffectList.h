@@ -1,6 +1,8 @@
 // The effect combo box: the seven effect types. Dialog's thread.
 #pragma once
 
+#include "render/ParameterSet.h"
+
 #include <cstdint>
 #include <windows.h>
 
@@ -8,18 +10,19 @@ struct EffectRow {
     uint32_t effectType;
     const wchar_t *name;
     // Called when the user picks the row; may be null.
-    void (*onSelected)(const EffectRow &row, uint32_t effectType);
+    void (*onSelected)(const EffectRow &row, ParameterSet *parameters);
 };
 
 constexpr int kEffectRowCount = 7;
 extern const EffectRow kEffectRows[kEffectRowCount];
 
-void FillEffectList(HWND dialog);
+// Puts the rows into the list and selects that of an effect type.
+void FillEffectList(HWND dialog, uint32_t effectType);
 // Selects the row of an effect type when it is not selected already; no row for an unknown type.
 void ShowEffectType(HWND dialog, uint32_t effectType);
 // The user picked a row: its type goes into the parameter set, and the dialog is told.
-void OnEffectChosen(HWND dialog);
+void OnEffectChosen(HWND dialog, ParameterSet *parameters);
 
 // Gives Number of Points the value that an effect type proposes, as if the user had typed it. An unknown type
 // is reported and changes nothing.
-void SelectEffectType(uint32_t effectType);
+void SelectEffectType(uint32_t effectType, ParameterSet *parameters);

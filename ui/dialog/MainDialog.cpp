@@ -5,12 +5,16 @@
 #include "ui/dialog/CheckBoxBindings.h"
 #include "ui/dialog/DialogTooltips.h"
 #include "ui/dialog/EffectList.h"
+#include "ui/dialog/MainDialogCommands.h"
+#include "ui/dialog/MainDialogInit.h"
+#include "ui/dialog/MainDialogState.h"
 #include "ui/display/PreviewDisplay.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/display/PreviewDisplayKeys.h"
 #include "ui/fields/ParameterControls.h"
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
+#include "ui/look/DialogPictures.h"
 #include "ui/preview/PreviewRequest.h"
 #include "ui/settings/SettingsMenu.h"
 #include "ui/view/ViewTools.h"
@@ -20,13 +24,7 @@
 #include <commctrl.h>
 #include <iterator>
 
-DialogSubject gDialogSubject;
-MainDialog gMainDialog;
-
 namespace {
-
-// For a dialog that somebody opens without a run.
-ParameterSet gOwnParameters = kDefaultParameters;
 
 void RelayOut(HWND dialog) {
     LayOutDialog(dialog);
@@ -93,13 +91,50 @@ void OnColorsChanged(HWND dialog) {
             DeleteObject(gMainDialog.zoomTextBrush);
         gMainDialog.zoomTextBrush = brush;
     }
-    OnDialogColorsChanged(dialog);
+    ResizeDialogBackBuffer(dialog);
+    LoadDialogPictures(dialog);
+    RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
 }
 
 void OnDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
-    OnDialogDpiChanged(dialog, dpi, suggested);
+    if (OnDialogDpiChanged(dialog, dpi, suggested))
+        LoadDialogPictures(dialog);
     UseBoldGroupFont(dialog);
     FitTooltipsToScale(gMainDialog.tooltips);
+}
+
+void OnParameterChanged(HWND dialog) {
+    ReselectSettings(dialog);
+    PostMessageW(dialog, kMsgRequestPreview, 0, 0);
+}
+
+void OnParametersReplaced(HWND dialog) {
+    RefreshParameterControls();
+    ShowEffectType(dialog, DialogParameters()->effectType);
+    RefreshCheckBoxes(dialog);
+}
+
+void OnPreviewRequested() {
+    RequestPreview(MakePreviewRequest(CurrentPreviewGeometry(), gMainDialog.previewOn, *DialogParameters()));
+}
+
+void OnProgress(HWND dialog, WPARAM position, LPARAM total) {
+    const HWND bar = GetDlgItem(dialog, kProgressId);
+    if (total == 0) {
+        SendMessageW(bar, PBM_SETPOS, 1, 0);
+        SendMessageW(bar, PBM_SETPOS, 0, 0);
+        SendMessageW(bar, PBM_SETRANGE32, 0, 0);
+        gMainDialog.progress = 0;
+        gMainDialog.progressTotal = 0;
+        return;
+    }
+    const DWORD shown = static_cast<DWORD>(std::min<LPARAM>(static_cast<LPARAM>(position), total));
+    if (total != gMainDialog.progressTotal)
+        SendMessageW(bar, PBM_SETRANGE32, 0, total);
+    if (shown != gMainDialog.progress)
+        SendMessageW(bar, PBM_SETPOS, shown, 0);
+    gMainDialog.progress = shown;
+    gMainDialog.progressTotal = total;
 }
 
 INT_PTR HandlePrivateMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -136,7 +171,6 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
         return TRUE;
     case WM_PAINT:
         PaintDialogFromBackBuffer(dialog);
-        gMainDialog.painted = true;
         return TRUE;
     case WM_PRINTCLIENT:
         PrintDialogFromBackBuffer(dialog, reinterpret_cast<HDC>(wParam));
@@ -209,47 +243,9 @@ void ReplyToOtherThread(UINT message, INT_PTR result) {
 
 } // namespace
 
-extern "C" INT_PTR CALLBACK BrillatrixProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+INT_PTR CALLBACK BrillatrixProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     const INT_PTR result = HandleDialogMessage(dialog, message, wParam, lParam);
     EndForFatalError(dialog);
     ReplyToOtherThread(message, result);
     return result;
-}
-
-ParameterSet *DialogParameters() {
-    return gDialogSubject.parameters ? gDialogSubject.parameters : &gOwnParameters;
-}
-
-void OnParameterChanged(HWND dialog) {
-    ReselectSettings(dialog);
-    PostMessageW(dialog, kMsgRequestPreview, 0, 0);
-}
-
-void OnParametersReplaced(HWND dialog) {
-    RefreshParameterControls();
-    ShowEffectType(dialog, DialogParameters()->effectType);
-    RefreshCheckBoxes(dialog);
-}
-
-void OnPreviewRequested() {
-    RequestPreview(MakePreviewRequest(CurrentPreviewGeometry(), gMainDialog.previewOn, *DialogParameters()));
-}
-
-void OnProgress(HWND dialog, WPARAM position, LPARAM total) {
-    const HWND bar = GetDlgItem(dialog, kProgressId);
-    if (total == 0) {
-        SendMessageW(bar, PBM_SETPOS, 1, 0);
-        SendMessageW(bar, PBM_SETPOS, 0, 0);
-        SendMessageW(bar, PBM_SETRANGE32, 0, 0);
-        gMainDialog.progress = 0;
-        gMainDialog.progressTotal = 0;
-        return;
-    }
-    const DWORD shown = static_cast<DWORD>(std::min<LPARAM>(static_cast<LPARAM>(position), total));
-    if (total != gMainDialog.progressTotal)
-        SendMessageW(bar, PBM_SETRANGE32, 0, total);
-    if (shown != gMainDialog.progress)
-        SendMessageW(bar, PBM_SETPOS, shown, 0);
-    gMainDialog.progress = shown;
-    gMainDialog.progressTotal = total;
 }

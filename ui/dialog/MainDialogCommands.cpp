@@ -1,12 +1,13 @@
-// The main dialog's commands: its controls' notifications.
-#include "plugin/record/PluginState.h"
+#include "ui/dialog/MainDialogCommands.h"
+
 #include "resources/DialogControlIds.h"
 #include "storage/UISettings.h"
 #include "ui/about/AboutBox.h"
 #include "ui/dialog/CheckBoxBindings.h"
 #include "ui/dialog/DialogKeyboard.h"
+#include "ui/dialog/DialogKeys.h"
 #include "ui/dialog/EffectList.h"
-#include "ui/dialog/MainDialog.h"
+#include "ui/dialog/MainDialogState.h"
 #include "ui/fields/ParameterControls.h"
 #include "ui/settings/SettingsMenu.h"
 #include "ui/view/ViewMenu.h"
@@ -16,7 +17,6 @@
 namespace {
 
 constexpr int kAcceleratorNotification = 1;
-constexpr int kMenuGap = 2; // pixels between a control and the menu above it
 
 void OnOk(HWND dialog) {
     const RECT &rect = gMainDialog.rect;
@@ -27,8 +27,7 @@ void OnOk(HWND dialog) {
 
 // The settings file keeps what it says: meant so.
 void OnCancel(HWND dialog) {
-    if (gResult)
-        *gResult = kUserCanceledErr;
+    gDialogSubject.isCancelled = true;
     EndMainDialog(dialog, IDCANCEL);
 }
 
@@ -70,15 +69,9 @@ void OnSettingsCombo(HWND dialog, int notification) {
 
 void OnEffectCombo(HWND dialog, int notification) {
     if (notification == CBN_SELCHANGE)
-        OnEffectChosen(dialog);
+        OnEffectChosen(dialog, DialogParameters());
     else if (notification == CBN_SETFOCUS || notification == CBN_KILLFOCUS)
         OnComboFocus(kEffectComboId, notification == CBN_SETFOCUS);
-}
-
-void ShowZoomMenuAtText(HWND dialog) {
-    RECT rect = {};
-    GetWindowRect(GetDlgItem(dialog, kZoomTextId), &rect);
-    ShowZoomMenu({(rect.left + rect.right) / 2, rect.top - kMenuGap}, TPM_CENTERALIGN | TPM_BOTTOMALIGN);
 }
 
 // The pictures of the view tools and the zoom. False for a control that is none of them.
@@ -128,17 +121,6 @@ bool OnPicture(HWND dialog, int controlId, int notification) {
 }
 
 } // namespace
-
-void SelectEffectTool(uint32_t tool) {
-    if (gViewTools.tableReady)
-        SelectViewTool(tool);
-}
-
-void ShowZoomMenuAtArrow(HWND dialog) {
-    RECT rect = {};
-    GetWindowRect(GetDlgItem(dialog, kZoomArrowId), &rect);
-    ShowZoomMenu({rect.left, rect.top - kMenuGap}, TPM_BOTTOMALIGN);
-}
 
 void EndMainDialog(HWND dialog, int result) {
     gMainDialog.isEnding = true;

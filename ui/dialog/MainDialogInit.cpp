@@ -1,4 +1,6 @@
-// Opening and closing of the main dialog.
+#include "ui/dialog/MainDialogInit.h"
+
+#include "diag/ErrorReport.h"
 #include "resources/DialogControlIds.h"
 #include "storage/UISettings.h"
 #include "ui/about/MakersLogo.h"
@@ -8,7 +10,7 @@
 #include "ui/dialog/DialogKeyboard.h"
 #include "ui/dialog/DialogTooltips.h"
 #include "ui/dialog/EffectList.h"
-#include "ui/dialog/MainDialog.h"
+#include "ui/dialog/MainDialogState.h"
 #include "ui/display/PreviewDisplay.h"
 #include "ui/fields/ParameterControls.h"
 #include "ui/fields/ParameterTable.h"
@@ -22,8 +24,6 @@
 #include "ui/settings/SettingsMenu.h"
 #include "ui/window/DialogMessages.h"
 #include "ui/window/WindowPlacement.h"
-
-#include "diag/ErrorReport.h"
 
 namespace {
 
@@ -56,7 +56,7 @@ void SetUpControls(HWND dialog) {
     SubclassMakersLogo(dialog);
     gMainDialog.tooltips = CreateDialogTooltips(dialog);
     FillSettingsList(dialog);
-    FillEffectList(dialog);
+    FillEffectList(dialog, DialogParameters()->effectType);
     BindCheckBoxes(dialog, DialogParameters());
     BindParameterControls(dialog, DialogParameters());
     SelectFittingSettings(dialog); // the controls have brought the values into their ranges
@@ -113,9 +113,7 @@ void FocusFirstControl(HWND dialog) {
 void InitializeMainDialog(HWND dialog) {
     gMainDialog = {};
     gMainDialog.window = dialog;
-    gMainDialog.settingsRow = -1;
-    if (IsReportOwnerThread())
-        gMainDialog.hostWindow = SetReportOwnerWindow(dialog);
+    TakeMessageBoxes(dialog, &gMainDialog.messageBoxOwner);
     gMainDialog.zoomTextBrush = CreateSolidBrush(GetSysColor(COLOR_WINDOW));
     CreateDialogBackBuffer(dialog);
     InstallKeyboardHook();
@@ -149,8 +147,7 @@ void ReleaseMainDialog() {
     FreeDialogBackBuffer();
     if (gMainDialog.zoomTextBrush)
         DeleteObject(gMainDialog.zoomTextBrush);
-    if (IsReportOwnerThread())
-        SetReportOwnerWindow(gMainDialog.hostWindow);
+    GiveMessageBoxesBack(&gMainDialog.messageBoxOwner);
     gMainDialog = {};
 }
 

@@ -2,9 +2,6 @@
 
 #include "resources/DialogControlIds.h"
 #include "ui/fields/ParameterEditPaint.h"
-#include "ui/look/DialogBackBuffer.h"
-#include "ui/look/DialogPictures.h"
-#include "ui/view/ViewTools.h"
 
 #include <algorithm>
 #include <cstring>
@@ -310,9 +307,9 @@ void FreeDialogLayout() {
     gLayout = {};
 }
 
-void OnDialogDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
+bool OnDialogDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
     if (!gLayout.count)
-        return;
+        return false;
     RECT client = {}, window = {};
     GetClientRect(dialog, &client);
     GetWindowRect(dialog, &window);
@@ -322,13 +319,7 @@ void OnDialogDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
     const SIZE least = DialogMinimumSize(), wanted = SizeOf(suggested);
     SetWindowPos(dialog, nullptr, suggested.left, suggested.top, std::max(least.cx, wanted.cx),
                  std::max(least.cy, wanted.cy), SWP_NOZORDER | SWP_NOACTIVATE);
-    LoadDialogPictures(dialog);
-}
-
-void OnDialogColorsChanged(HWND dialog) {
-    ResizeDialogBackBuffer(dialog);
-    LoadDialogPictures(dialog);
-    RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+    return true;
 }
 
 SIZE DialogMinimumSize() {

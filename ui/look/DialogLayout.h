@@ -17,11 +17,9 @@ void LayOutDialog(HWND dialog);
 // At WM_DESTROY.
 void FreeDialogLayout();
 
-// WM_DPICHANGED, whole: the new scale's font, pictures and sizes, the window moved to the suggested
-// rectangle.
-void OnDialogDpiChanged(HWND dialog, UINT dpi, const RECT &suggested);
-// WM_SYSCOLORCHANGE and WM_THEMECHANGED, whole.
-void OnDialogColorsChanged(HWND dialog);
+// WM_DPICHANGED: the new scale's font and sizes, the window moved to the suggested rectangle. The pictures
+// are then to be loaded again. False, with nothing done, before RecordDialogLayout.
+bool OnDialogDpiChanged(HWND dialog, UINT dpi, const RECT &suggested);
 
 // Of the whole window, for WM_GETMINMAXINFO: the template's size at the present scale. Zero before
 // RecordDialogLayout.

@@ -4,7 +4,9 @@
 #include "resources/DialogControlIds.h"
 #include "resources/ResourceIds.h"
 #include "ui/look/DialogLayout.h"
+#include "ui/view/ViewTools.h"
 #include "ui/window/ModuleInstance.h"
+#include "ui/window/ScaledBitmap.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -13,8 +15,7 @@
 namespace {
 
 constexpr int kIconSizes[] = {48, 40, 32, 24, 20, 16}; // in the icon files, largest first
-constexpr int kBitmapScales[] = {100, 125, 150, 200};
-constexpr int kPercentDpi = 96; // pixels an inch at 100 %
+constexpr int kPercentDpi = 96;                        // pixels an inch at 100 %
 constexpr uint32_t kOpaque = 255;
 constexpr uint32_t kDisabledAlpha = 96; // of a picture that cannot be used now
 constexpr uint32_t kPlateAlpha = 40;    // of the highlight in the plate under the selected tool
@@ -153,20 +154,6 @@ Canvas LoadIconPixels(int resourceId, int size) {
     return KeptIf(drawn, canvas);
 }
 
-Canvas LoadBitmapPixels(int resourceId) {
-    const HANDLE image =
-        LoadImageA(ModuleInstance(), MAKEINTRESOURCEA(resourceId), IMAGE_BITMAP, 0, 0, LR_CREATEDIBSECTION);
-    BITMAP size = {};
-    if (!image)
-        return {};
-    GetObjectA(image, sizeof size, &size);
-    const Canvas source = {static_cast<HBITMAP>(image), nullptr, size.bmWidth, size.bmHeight};
-    const Canvas canvas = MakeCanvas(size.bmWidth, size.bmHeight);
-    const bool copied = CopyPixels(canvas, source);
-    FreeCanvas(source);
-    return KeptIf(copied, canvas);
-}
-
 int ScaledPixels(int pixels) {
     return MulDiv(pixels, static_cast<int>(DialogLayoutDpi()), kPercentDpi);
 }
@@ -180,18 +167,20 @@ Canvas LoadIconFor(const ControlPicture &picture, const Canvas &room) {
     return LoadIconPixels(picture.resourceId, *size);
 }
 
+// No larger than drawn for the scale.
 Canvas LoadBitmapFor(const ControlPicture &picture, const Canvas &room) {
-    int index = static_cast<int>(std::size(kBitmapScales)) - 1;
-    const int percent = ScaledPixels(100);
-    while (index > 0 && kBitmapScales[index] > percent)
-        --index;
-    for (;; --index) {
-        const Canvas canvas = LoadBitmapPixels(picture.resourceId + (index + 1) * kBitmapScaleStep);
-        const bool fits = canvas.bitmap && canvas.width <= room.width && canvas.height <= room.height;
-        if (fits || index == 0)
-            return canvas;
-        FreeCanvas(canvas);
-    }
+    int count = kBitmapScaleCount;
+    while (count > 1 && kBitmapScales[count - 1] > ScaledPixels(100))
+        --count;
+    SIZE size = {};
+    const HBITMAP bitmap = LoadFittingBitmap(picture.resourceId, count, {room.width, room.height}, &size);
+    if (!bitmap)
+        return {};
+    const Canvas source = {bitmap, nullptr, static_cast<int>(size.cx), static_cast<int>(size.cy)};
+    const Canvas canvas = MakeCanvas(source.width, source.height);
+    const bool copied = CopyPixels(canvas, source);
+    FreeCanvas(source);
+    return KeptIf(copied, canvas);
 }
 
 uint32_t SystemColor(int index) {

@@ -1,6 +1,7 @@
 // Drawing a store, and samples of the image where it has nothing, at any zoom. Portable.
 #pragma once
 
+#include "engine/image/ImageBuffer.h"
 #include "ui/pixels/PreviewStore.h"
 
 // Draws a part of the scaled image at `zoom`, within the image, into rows of `stride` pixels (alpha

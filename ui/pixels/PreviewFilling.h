@@ -1,6 +1,7 @@
 // Filling a store from an image of any depth. Portable.
 #pragma once
 
+#include "engine/image/ImageBuffer.h"
 #include "ui/pixels/PreviewStore.h"
 
 #include <atomic>

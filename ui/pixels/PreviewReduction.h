@@ -2,6 +2,7 @@
 // Portable.
 #pragma once
 
+#include "engine/image/ImageBuffer.h"
 #include "ui/pixels/PreviewStore.h"
 
 #include <atomic>

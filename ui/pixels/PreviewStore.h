@@ -4,7 +4,7 @@
 // holds the image's own pixels, and the whole-pixel enlargement is made when it is drawn.
 #pragma once
 
-#include "engine/image/ImageBuffer.h"
+#include "engine/image/Geometry.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #include "ui/settings/ParameterFileCommands.h"
 
 #include "diag/ErrorReport.h"
-#include "diag/Log.h"
+#include "diag/ProductName.h"
 #include "resources/DialogControlIds.h"
 #include "storage/ParameterFiles.h"
 #include "storage/ParameterSetFiles.h"
@@ -15,7 +15,6 @@
 
 namespace {
 
-constexpr wchar_t kProduct[] = L"Brillatrix Pro";
 constexpr wchar_t kExtension[] = L"sss";
 constexpr wchar_t kFilter[] =
     L"Parameter Files\0*.sss\0"; // and the array's own end: a list ends with two zeros
@@ -40,7 +39,7 @@ constexpr FileDialogKind kSaveDialog = {true, L"Save",
 // False when the user cancelled or the dialog failed, which is reported. The host's current folder stays.
 bool PickParameterFile(HWND dialog, const FileDialogKind &kind, const WidePath &folder, WidePath *path) {
     wchar_t title[100];
-    swprintf(title, std::size(title), L"%ls %ls Parameter File", kind.verb, kProduct);
+    swprintf(title, std::size(title), L"%ls %hs Parameter File", kind.verb, kProductName);
     WidePath picked = {};
     OPENFILENAMEW request = {};
     request.lStructSize = sizeof request;
@@ -116,7 +115,7 @@ bool GiveExtension(HWND dialog, WidePath *path) {
     if (GetFileAttributesW(SystemPath(path->text).text) == INVALID_FILE_ATTRIBUTES)
         return true;
     wchar_t title[100], text[kMaxPath + 100];
-    swprintf(title, std::size(title), L"Save %ls Parameter File", kProduct);
+    swprintf(title, std::size(title), L"Save %hs Parameter File", kProductName);
     swprintf(text, std::size(text), L"The file '%ls' already exists and will be replaced.",
              FileNameOf(path->text));
     return MessageBoxW(dialog, text, title, MB_OKCANCEL | MB_ICONWARNING) == IDOK;
@@ -124,8 +123,8 @@ bool GiveExtension(HWND dialog, WidePath *path) {
 
 bool ConfirmDeletion(HWND dialog, const wchar_t *name) {
     wchar_t title[100], text[kMaxPath + 100];
-    swprintf(title, std::size(title), L"Delete %ls Parameter File", kProduct);
-    swprintf(text, std::size(text), L"The %ls saved parameter file '%ls.%ls' will be deleted.", kProduct,
+    swprintf(title, std::size(title), L"Delete %hs Parameter File", kProductName);
+    swprintf(text, std::size(text), L"The %hs saved parameter file '%ls.%ls' will be deleted.", kProductName,
              name, kExtension);
     return MessageBoxW(dialog, text, title, MB_OKCANCEL | MB_ICONWARNING) == IDOK;
 }

@@ -3,7 +3,6 @@
 #include "diag/ErrorReport.h"
 #include "resources/DialogControlIds.h"
 #include "storage/ParameterSetFiles.h"
-#include "ui/window/DialogMessages.h"
 
 #include <cstdlib>
 #include <cstring>

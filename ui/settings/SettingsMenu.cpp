@@ -3,10 +3,8 @@
 #include "diag/ErrorReport.h"
 #include "resources/DialogControlIds.h"
 #include "storage/ParameterSetFiles.h"
-#include "ui/dialog/MainDialog.h"
 #include "ui/settings/ParameterFileCommands.h"
 #include "ui/settings/ParameterSetList.h"
-#include "ui/view/ViewTools.h"
 #include "ui/window/DialogMessages.h"
 
 namespace {
@@ -19,6 +17,9 @@ constexpr int kLastUsedRow = 1; // of the dialog's own rows, the second
 // No file can have these names: a file's name holds no angle bracket.
 constexpr wchar_t kDefaultsName[] = L"<Default Settings>";
 constexpr wchar_t kLastUsedName[] = L"<Last Used Settings>";
+
+int gSettingsRow = -1;    // chosen last; -1: none
+bool gLeavesSettingsList; // as soon as the list is closed
 
 void AddOwnRow(HWND dialog, const wchar_t *name, ParameterBlockOperation operation) {
     ParameterBlock *block =
@@ -46,7 +47,7 @@ void LeaveSettingsList(HWND dialog) {
 
 void SelectSettingsRow(HWND dialog, int row) {
     SelectParameterSet(dialog, row);
-    gMainDialog.settingsRow = row;
+    gSettingsRow = row;
 }
 
 // The set just saved stands in the list; its row shows that nothing has changed since.
@@ -68,7 +69,7 @@ void ApplySettingsItem(HWND dialog, UINT item) {
         return;
     case kDeleteSettings:
         DeleteParameterFile(dialog);
-        gMainDialog.settingsRow = SelectedParameterSet(dialog); // none, unless the user thought better of it
+        gSettingsRow = SelectedParameterSet(dialog); // none, unless the user thought better of it
         return;
     default:
         ReportError({kSiteUnexpectedItem, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
@@ -115,6 +116,8 @@ UINT TrackSettingsMenu(HWND dialog) {
 } // namespace
 
 void FillSettingsList(HWND dialog) {
+    gSettingsRow = -1;
+    gLeavesSettingsList = false;
     AddOwnRow(dialog, kDefaultsName, kMakeDefaultBlock);
     AddOwnRow(dialog, kLastUsedName, kMakeCurrentBlock);
     FillParameterSetList(dialog);
@@ -134,25 +137,25 @@ void SelectFittingSettings(HWND dialog) {
 void OnSettingsChosen(HWND dialog) {
     const int row = SelectedParameterSet(dialog);
     const ParameterBlock *block = ParameterSetAt(dialog, row);
-    gMainDialog.settingsRow = row;
+    gSettingsRow = row;
     if (!block || !ApplyParameterBlock(dialog, *block))
         return;
-    gMainDialog.leavesSettingsList = IsListOpen(dialog);
-    if (!gMainDialog.leavesSettingsList)
+    gLeavesSettingsList = IsListOpen(dialog);
+    if (!gLeavesSettingsList)
         LeaveSettingsList(dialog);
     PostMessageW(dialog, kMsgRequestPreview, 0, 0);
 }
 
 void OnSettingsListClosed(HWND dialog) {
-    if (gMainDialog.leavesSettingsList)
+    if (gLeavesSettingsList)
         LeaveSettingsList(dialog);
-    gMainDialog.leavesSettingsList = false;
+    gLeavesSettingsList = false;
 }
 
 void ReselectSettings(HWND dialog) {
     if (IsListOpen(dialog))
         return;
-    const int row = gMainDialog.settingsRow;
+    const int row = gSettingsRow;
     const int wanted = IsCurrentSet(ParameterSetAt(dialog, row)) ? row : -1;
     if (SelectedParameterSet(dialog) != wanted)
         SelectParameterSet(dialog, wanted);

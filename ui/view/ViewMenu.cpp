@@ -10,6 +10,7 @@
 namespace {
 
 constexpr uint32_t kSiteTrackFailed = 1205, kSiteUnexpectedItem = 1211;
+constexpr int kMenuGap = 2; // pixels between a control and the menu above it
 
 // The user's choice, 0 for none. The pop-up belongs to the menu and goes with it.
 uint32_t TrackZoomMenu(POINT screen, UINT alignment) {
@@ -51,6 +52,18 @@ void ShowZoomMenu(POINT screen, UINT alignment) {
     if (command != 0 && !ApplyZoomCommand(command))
         ReportError({kSiteUnexpectedItem, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
                     "TrackPopupMenu() returned unexpected value 0x%X", static_cast<unsigned>(command));
+}
+
+void ShowZoomMenuAtText(HWND dialog) {
+    RECT rect = {};
+    GetWindowRect(GetDlgItem(dialog, kZoomTextId), &rect);
+    ShowZoomMenu({(rect.left + rect.right) / 2, rect.top - kMenuGap}, TPM_CENTERALIGN | TPM_BOTTOMALIGN);
+}
+
+void ShowZoomMenuAtArrow(HWND dialog) {
+    RECT rect = {};
+    GetWindowRect(GetDlgItem(dialog, kZoomArrowId), &rect);
+    ShowZoomMenu({rect.left, rect.top - kMenuGap}, TPM_BOTTOMALIGN);
 }
 
 void OnPreviewContextMenu(LPARAM screenPoint) {

@@ -6,6 +6,9 @@
 
 // Opens the menu at a screen point with alignment flags of TrackPopupMenu and applies what the user picks.
 void ShowZoomMenu(POINT screen, UINT alignment);
+// Above the zoom's text or its arrow.
+void ShowZoomMenuAtText(HWND dialog);
+void ShowZoomMenuAtArrow(HWND dialog);
 // The display's WM_CONTEXTMENU: the point is in screen coordinates, (-1, -1) when a key asked.
 void OnPreviewContextMenu(LPARAM screenPoint);
 // One of the menu's commands; false for any other.

@@ -139,6 +139,11 @@ void SelectViewTool(uint32_t tool) {
         RefreshDisplayTool();
 }
 
+void SelectEffectTool(uint32_t tool) {
+    if (gViewTools.tableReady)
+        SelectViewTool(tool);
+}
+
 void EnableEffectTools() {
     gViewTools.tableReady = true;
     for (const int controlId : {kHideIconId, kHideLabelId, kShowIconId, kShowLabelId})

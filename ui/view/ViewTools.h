@@ -34,6 +34,8 @@ void RegisterViewTooltips(HWND dialog, HWND tooltipWindow);
 
 // 0 only refreshes the pictures.
 void SelectViewTool(uint32_t tool);
+// Selects an effect tool, once the light source table can be read.
+void SelectEffectTool(uint32_t tool);
 // Answers the table's completion: enables the icons of the effect tools.
 void EnableEffectTools();
 

@@ -1,7 +1,7 @@
 #include "ui/window/ControlStyle.h"
 
-#include "plugin/record/PluginState.h"
 #include "resources/ResourceIds.h"
+#include "ui/window/ModuleInstance.h"
 
 #include <windows.h>
 
@@ -9,7 +9,7 @@ ControlStyle EnterControlStyle() {
     ACTCTXW description = {};
     description.cbSize = sizeof description;
     description.dwFlags = ACTCTX_FLAG_HMODULE_VALID | ACTCTX_FLAG_RESOURCE_NAME_VALID;
-    description.hModule = static_cast<HMODULE>(ModuleHandle());
+    description.hModule = ModuleInstance();
     description.lpResourceName = MAKEINTRESOURCEW(kControlsManifestId);
     const HANDLE context = CreateActCtxW(&description);
     if (context == INVALID_HANDLE_VALUE)

@@ -1,0 +1,11 @@
+// Opening and closing of the main dialog. Dialog's thread.
+#pragma once
+
+#include <windows.h>
+
+// WM_INITDIALOG and WM_DESTROY.
+void InitializeMainDialog(HWND dialog);
+void ReleaseMainDialog();
+
+// Makes the bold font anew to the controls' present font, and gives it to the group boxes.
+void UseBoldGroupFont(HWND dialog);

@@ -1,0 +1,4 @@
+// The cursor that says that something is under way.
+#pragma once
+
+void ShowWaitCursor();
