@@ -40,7 +40,7 @@ bool IsWebOrMail(const char *address) {
 bool OpenAddress(void *owner, const char *address) {
     if (!IsWebOrMail(address)) {
         ReportError({kSiteScheme, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
-                    "OpenAddress() refused Address = '%s'", address);
+                    "OpenAddress() failed with Address = '%s'", address);
         return false;
     }
     const INT_PTR answer = reinterpret_cast<INT_PTR>(

@@ -1,7 +1,9 @@
 #include "web/UpdateNotice.h"
 
 #include "diag/ErrorReport.h"
+#include "diag/ProcessLock.h"
 #include "diag/ProductName.h"
+#include "storage/AppFolders.h"
 #include "web/UpdateRecord.h"
 #include "web/UpdateRequest.h"
 
@@ -12,27 +14,24 @@
 
 namespace {
 
-constexpr uint32_t kSiteThread = 71, kSiteModule = 77, kSiteAnswer = 55, kSiteIgnored = 58;
+constexpr uint32_t kSiteThread = 71, kSiteModule = 77, kSiteAnswer = 58, kSiteLock = 64;
 constexpr int64_t kDay = 86400; // seconds
-constexpr char kTitle[] = "Update Notice";
 
-// Held for every reading and writing of the record: the asking thread keeps its answer there.
-SRWLOCK gRecordLock = SRWLOCK_INIT;
 std::atomic<bool> gCheckRunning;
 
-UpdateRecord ReadRecord() {
-    AcquireSRWLockExclusive(&gRecordLock);
-    const UpdateRecord record = LoadUpdateRecord();
-    ReleaseSRWLockExclusive(&gRecordLock);
-    return record;
-}
-
-// Calls change(&record), which answers whether to keep what it did. False when nothing was kept.
+// Calls change(&record), which answers whether to keep what it did. False when nothing was kept. The lock
+// keeps other processes out too, and the asking thread; a reader needs none, because the file is replaced
+// whole.
 template <typename Change> bool ChangeRecord(Change change) {
-    AcquireSRWLockExclusive(&gRecordLock);
+    void *lock = TakeProcessLock("update record", gSettingsFolder);
+    if (!lock) {
+        ReportError({kSiteLock, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "TakeProcessLock() failed with Settings Directory = '%s'", gSettingsFolder);
+        return false;
+    }
     UpdateRecord record = LoadUpdateRecord();
     const bool kept = change(&record) && SaveUpdateRecord(record);
-    ReleaseSRWLockExclusive(&gRecordLock);
+    ReleaseProcessLock(lock);
     return kept;
 }
 
@@ -53,22 +52,29 @@ bool TakeTurn() {
     });
 }
 
+// A text file of one line ends in a line break.
+size_t LengthOfLine(const UpdateAnswer &answer) {
+    size_t length = answer.length;
+    if (length > 0 && answer.text[length - 1] == '\n')
+        length -= length > 1 && answer.text[length - 2] == '\r' ? 2 : 1;
+    return length;
+}
+
 void UseAnswer(const UpdateAnswer &answer) {
     ModuleVersion newest = {};
-    char text[kVersionTextCapacity];
     const char *failure = answer.failure;
-    if (!failure && !ParseVersion(answer.text, answer.length, &newest))
+    if (failure == kUpdateUnwanted)
+        return;
+    if (!failure && !ParseVersion(answer.text, LengthOfLine(answer), &newest))
         failure = "it is no version number";
     if (failure) {
-        ReportError({kSiteIgnored, kDebugMessage, 0}, kWarningIcon, kTitle,
-                    "The answer of '%s' is ignored: %s (%u)", CurrentUpdateService().address, failure,
-                    answer.code);
+        ReportError({kSiteAnswer, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                    "AskUpdateService() failed with Address = '%s', Code = '%u' and Reason = '%s'",
+                    CurrentUpdateService().address, answer.code, failure);
         return;
     }
-    FormatVersion(newest, text);
-    ReportError({kSiteAnswer, kDebugMessage, 0}, kWarningIcon, kTitle, "The newest version is %s", text);
     ChangeRecord([&newest](UpdateRecord *record) {
-        const bool changed = CompareVersions(newest, record->newest) != 0;
+        const bool changed = record->isOn && CompareVersions(newest, record->newest) != 0;
         record->newest = newest;
         return changed;
     });
@@ -120,10 +126,11 @@ bool CanNoticeUpdates() {
 }
 
 bool IsUpdateNoticeOn() {
-    return CanNoticeUpdates() && ReadRecord().isOn != 0;
+    return CanNoticeUpdates() && LoadUpdateRecord().isOn != 0;
 }
 
 bool SetUpdateNotice(bool on) {
+    WantUpdateRequests(on);
     return ChangeRecord([on](UpdateRecord *record) {
         record->isOn = on ? 1 : 0;
         return true;
@@ -131,7 +138,7 @@ bool SetUpdateNotice(bool on) {
 }
 
 void StartUpdateCheck() {
-    if (!CanNoticeUpdates() || !IsDue(ReadRecord(), static_cast<int64_t>(std::time(nullptr))) ||
+    if (!CanNoticeUpdates() || !IsDue(LoadUpdateRecord(), static_cast<int64_t>(std::time(nullptr))) ||
         gCheckRunning.exchange(true))
         return;
     if (!KeepModuleLoaded() || !StartThread())
@@ -143,7 +150,7 @@ bool IsUpdateCheckRunning() {
 }
 
 bool NewVersionKnown(char *text, size_t capacity) {
-    const UpdateRecord record = ReadRecord();
+    const UpdateRecord record = LoadUpdateRecord();
     if (!CanNoticeUpdates() || !record.isOn || CompareVersions(record.newest, ReadModuleVersion()) <= 0)
         return false;
     char notice[128];

@@ -16,7 +16,7 @@ bool FormatRecordPath(char (&path)[kMaxPath]) {
     if (*gSettingsFolder && printed >= 0 && static_cast<size_t>(printed) < sizeof path)
         return true;
     ReportError({kSitePath, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
-                "The path of the update notice's file does not fit: '%s'", gSettingsFolder);
+                "_stprintf_s() failed with Settings Directory = '%s'", gSettingsFolder);
     return false;
 }
 
@@ -28,7 +28,9 @@ bool IsRecord(const UpdateRecord &record) {
 
 UpdateRecord LoadUpdateRecord() {
     char path[kMaxPath];
-    FILE *file = FormatRecordPath(path) ? fopen(path, "rb") : nullptr;
+    WidePath wide;
+    FILE *file = FormatRecordPath(path) && WidenPath(path, &wide) ? _wfopen(SystemPath(wide.text).text, L"rb")
+                                                                  : nullptr;
     if (!file)
         return kDefaultUpdateRecord;
     UpdateRecord record;
@@ -37,7 +39,7 @@ UpdateRecord LoadUpdateRecord() {
     if (whole && IsRecord(record))
         return record;
     ReportError({kSiteRead, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
-                "The update notice's file is damaged and counts as off: '%s'", path);
+                "LoadUpdateRecord() failed with FilePath = '%s'", path);
     return kDefaultUpdateRecord;
 }
 

@@ -17,7 +17,8 @@ static_assert(sizeof(UpdateRecord) == 24);
 constexpr uint32_t kUpdateRecordMagic = 0x314E5542; // "BUN1"
 constexpr UpdateRecord kDefaultUpdateRecord = {kUpdateRecordMagic, 0, 0, {}};
 
-// The default, which is off, for a file that is missing or is none of ours. Any thread, but one at a time.
+// The default, which is off, for a file that is missing or is none of ours. Any thread.
 UpdateRecord LoadUpdateRecord();
-// Replaces the file whole. False, reported, when that failed. Any thread, but one at a time.
+// Replaces the file whole. False, reported, when that failed. Who changes a record holds the lock of the
+// record's folder from its reading to its saving.
 bool SaveUpdateRecord(const UpdateRecord &record);

@@ -1,6 +1,8 @@
 // The request runs on the system's threads, because only a request of that kind may be closed while it waits.
 #include "web/UpdateRequest.h"
 
+#include "diag/SystemLibrary.h"
+
 #include <atomic>
 #include <cwchar>
 #include <new>
@@ -14,6 +16,11 @@ constexpr size_t kMostAddress = 512;
 constexpr DWORD kTls12 = 0x800, kTls13 = 0x2000;
 constexpr DWORD kAutomaticProxy = 4; // of Windows 8.1 and later
 constexpr DWORD kStatusGood = 200;
+// The request that waits for an answer, if any, and whether there may be one.
+SRWLOCK gWaitingLock = SRWLOCK_INIT;
+UpdateRequest *gWaiting;
+std::atomic<bool> gUnwanted;
+
 constexpr wchar_t kLoopbackHost[] = L"127.0.0.1";
 
 // The library is loaded for the first question only: a run that asks nobody does without it.
@@ -60,20 +67,9 @@ template <typename Function> bool Find(HMODULE library, const char *name, Functi
     return *function != nullptr;
 }
 
-// By its full path: a library of that name in the host's folder is none of ours.
-HMODULE LoadSystemLibrary(const wchar_t *name) {
-    wchar_t path[MAX_PATH];
-    const UINT length = GetSystemDirectoryW(path, MAX_PATH);
-    if (length == 0 || length + wcslen(name) + 2 > MAX_PATH)
-        return nullptr;
-    path[length] = L'\\';
-    wcscpy(path + length + 1, name);
-    return LoadLibraryW(path);
-}
-
 // The library stays loaded: the system's threads may still be in it.
 bool LoadHttpCalls(HttpCalls *http) {
-    const HMODULE library = LoadSystemLibrary(L"winhttp.dll");
+    const HMODULE library = static_cast<HMODULE>(LoadSystemLibrary(L"winhttp.dll"));
     http->library = library;
     return library && Find(library, "WinHttpOpen", &http->open) &&
            Find(library, "WinHttpCrackUrl", &http->crackUrl) &&
@@ -133,6 +129,14 @@ bool FindTarget(const HttpCalls &http, const UpdateService &service, Target *tar
                                 wcscmp(target->host, kLoopbackHost) == 0);
 }
 
+// With any other protocol nobody is asked.
+bool RequireProtocols(const HttpCalls &http, HINTERNET session) {
+    for (DWORD protocols : {kTls12 | kTls13, kTls12})
+        if (http.setOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocols, sizeof protocols))
+            return true;
+    return false;
+}
+
 // Systems before Windows 8.1 do not know the automatic proxy, nor the newest protocol.
 HINTERNET OpenSession(const HttpCalls &http, const wchar_t *userAgent, bool isSecure) {
     const auto open = [&](DWORD access) {
@@ -144,10 +148,9 @@ HINTERNET OpenSession(const HttpCalls &http, const wchar_t *userAgent, bool isSe
     HINTERNET session = open(kAutomaticProxy);
     if (!session)
         session = open(WINHTTP_ACCESS_TYPE_DEFAULT_PROXY);
-    DWORD protocols = kTls12 | kTls13;
-    if (session && !http.setOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocols, sizeof protocols)) {
-        protocols = kTls12;
-        http.setOption(session, WINHTTP_OPTION_SECURE_PROTOCOLS, &protocols, sizeof protocols);
+    if (session && !RequireProtocols(http, session)) {
+        http.closeHandle(session);
+        return nullptr;
     }
     return session;
 }
@@ -196,7 +199,10 @@ bool OpenRequest(UpdateRequest *request, const Target &target, const wchar_t *us
 bool AwaitStep(UpdateRequest *request, DWORD wanted, UpdateAnswer *answer) {
     const ULONGLONG now = GetTickCount64();
     const DWORD left = now < request->deadline ? static_cast<DWORD>(request->deadline - now) : 0;
-    if (left == 0 || WaitForSingleObject(request->stepped, left) != WAIT_OBJECT_0)
+    const bool inTime = left > 0 && WaitForSingleObject(request->stepped, left) == WAIT_OBJECT_0;
+    if (gUnwanted)
+        answer->failure = kUpdateUnwanted;
+    else if (!inTime)
         answer->failure = "it took too long";
     else if (request->lastStatus == WINHTTP_CALLBACK_STATUS_REQUEST_ERROR) {
         answer->failure = "the connection failed";
@@ -276,7 +282,9 @@ void AskThrough(UpdateRequest *request, const UpdateService &service, const char
     Target target = {};
     const bool isReady =
         request->stepped && request->closed && LoadHttpCalls(&request->http) && Widen(userAgent, wideAgent);
-    if (isReady && !FindTarget(request->http, service, &target))
+    if (gUnwanted)
+        Fail(kUpdateUnwanted, 0, answer);
+    else if (isReady && !FindTarget(request->http, service, &target))
         Fail("the address is not one to ask", 0, answer);
     else if (!isReady || !OpenRequest(request, target, wideAgent))
         Fail("the system cannot ask", GetLastError(), answer);
@@ -284,15 +292,32 @@ void AskThrough(UpdateRequest *request, const UpdateService &service, const char
         Exchange(request, answer);
 }
 
+void SetWaiting(UpdateRequest *request) {
+    AcquireSRWLockExclusive(&gWaitingLock);
+    gWaiting = request;
+    ReleaseSRWLockExclusive(&gWaitingLock);
+}
+
 } // namespace
+
+void WantUpdateRequests(bool wanted) {
+    AcquireSRWLockExclusive(&gWaitingLock);
+    gUnwanted = !wanted;
+    if (!wanted && gWaiting && gWaiting->stepped)
+        SetEvent(gWaiting->stepped);
+    ReleaseSRWLockExclusive(&gWaitingLock);
+}
 
 UpdateAnswer AskUpdateService(const UpdateService &service, const char *userAgent, UpdateRequest **request) {
     UpdateAnswer answer = {};
     *request = MakeRequest();
     if (!*request)
         Fail("memory is short", ERROR_NOT_ENOUGH_MEMORY, &answer);
-    else
+    else {
+        SetWaiting(*request);
         AskThrough(*request, service, userAgent, &answer);
+        SetWaiting(nullptr);
+    }
     return answer;
 }
 
@@ -300,8 +325,9 @@ void EndUpdateRequest(UpdateRequest *request) {
     if (!request)
         return;
     const HttpCalls &http = request->http;
-    if (request->handle && http.closeHandle(request->handle))
-        WaitForSingleObject(request->closed, INFINITE);
+    if (request->handle && http.closeHandle(request->handle) &&
+        WaitForSingleObject(request->closed, kUpdateTimeLimit) != WAIT_OBJECT_0)
+        return; // the system may still write into it
     if (request->connection)
         http.closeHandle(request->connection);
     if (request->session)

@@ -31,5 +31,11 @@ struct UpdateRequest;
 // within the time limit. *request receives what EndUpdateRequest must be given; null when there is nothing to
 // end.
 UpdateAnswer AskUpdateService(const UpdateService &service, const char *userAgent, UpdateRequest **request);
-// Waits until the system has let go of the request, which may take longer than the limit.
+// Waits until the system has let go of the request, no longer than the limit: what it holds for longer is
+// left to it.
 void EndUpdateRequest(UpdateRequest *request);
+
+// A request that is on its way ends at once, without an answer, and none begins until they are wanted again.
+// Any thread.
+void WantUpdateRequests(bool wanted);
+constexpr char kUpdateUnwanted[] = "it is no longer wanted"; // the failure of such a request
