@@ -4,27 +4,10 @@
 #include "render/shape/EffectTypes.h"
 #include "ui/window/DialogMessages.h"
 
-#include <commctrl.h>
-
 namespace {
 
 class DialogControls : public DialogFixture {
 protected:
-    // Text of the tool that the tooltip window has for a control; this call gives no more than 80 characters.
-    std::string TipOf(int id) const {
-        HWND tips = nullptr;
-        do
-            tips = FindWindowExW(nullptr, tips, L"tooltips_class32", nullptr);
-        while (tips && GetWindow(tips, GW_OWNER) != dialog);
-        char text[300] = "";
-        TTTOOLINFOA tool = {};
-        tool.cbSize = TTTOOLINFOA_V1_SIZE;
-        tool.hwnd = dialog;
-        tool.uId = reinterpret_cast<UINT_PTR>(Item(id));
-        tool.lpszText = text;
-        SendMessageA(tips, TTM_GETTEXTA, 0, reinterpret_cast<LPARAM>(&tool));
-        return text;
-    }
     void ExpectResult(const ParameterSet &wanted) {
         EXPECT_EQ(SetInHandle(), wanted);
         EXPECT_EQ(DifferentSamples(filterHost.document, FilteredNight(before, wanted)), 0);
@@ -110,10 +93,14 @@ TEST_F(DialogControls, TooltipsAndWhatLeadsOutOfTheDialog) {
         {kEffectsOnly, "Output Effects Only (O) - Check to output"},
         {kPairs[0].edit, "Threshold (H) - Determine"},
         {kPairs[10].trackbar, "Soft Flare Intensity (Y) - Move right"},
-        {kPanIcon, "Pan Tool (P) - use this tool"}};
+        {kPanIcon, "Pan Tool (P) - use this tool"},
+        {kZoomIcon, "Zoom Tool (Z) - use this tool"},
+        {kHideIcon, "Hide Effects Tool (X) - use this tool"},
+        {kShowIcon, "Show Hidden Effects Tool (+) - use this tool"}};
     RunDialog([&] {
         for (const auto &[id, text] : tips)
-            EXPECT_EQ(TipOf(id).find(text), 0u) << id << ": " << TipOf(id);
+            EXPECT_EQ(TooltipOf(dialog, Item(id)).find(text), 0u)
+                << id << ": " << TooltipOf(dialog, Item(id));
         Click(kHelp);
         Click(kLogo);
         ASSERT_EQ(boxes.size(), 2u);

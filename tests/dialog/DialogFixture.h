@@ -7,6 +7,7 @@
 #include "tests/plugin/ModuleFixture.h"
 #include "tests/plugin/NightDocument.h"
 #include "tests/support/SystemObjects.h"
+#include "tests/support/WindowDriver.h"
 #include "tests/support/WindowPicture.h"
 
 #include <functional>
@@ -45,9 +46,11 @@ protected:
     RECT ScreenPlace(int id) const;
 
     // Handles what waits, for at least so long.
-    void Pump(DWORD milliseconds = 0);
+    void Pump(DWORD milliseconds = 0) { PumpFor(milliseconds, dialog); }
     // Pumps until it holds; a failure when that takes too long.
-    bool WaitFor(const char *what, const std::function<bool()> &condition, DWORD milliseconds = 10000);
+    void WaitFor(const char *what, const std::function<bool()> &condition) {
+        EXPECT_TRUE(PumpUntil(condition, 10000, dialog)) << what << " does not come";
+    }
     // Waits until the light source table is ready and the preview of what was asked for last is finished.
     void Settle();
 
@@ -55,16 +58,16 @@ protected:
     // the control.
     void Click(int id);
     void DoubleClick(int id);
-    // Moves by steps, in client coordinates of the control, with the left button held.
-    void Drag(int id, POINT from, POINT to);
-    void DragTrackbar(int id, int position);
+    void Drag(int id, POINT from, POINT to) { DragOn(Item(id), from, to, 4); }
+    void DragTrackbar(int id, int position) {
+        Drag(id, ThumbAt(Item(id), Position(id)), ThumbAt(Item(id), position));
+    }
     // To the control with the focus.
     void Key(WORD key, bool ctrl = false);
     void Character(wchar_t character);
     // Replaces the text of an edit field, character by character.
     void Type(int editId, const std::string &text);
-    // CBN_SELCHANGE with the row chosen.
-    void Choose(int comboId, int row);
+    void Choose(int comboId, int row) { ChooseRow(dialog, comboId, row); }
     void Resize(int width, int height);
     void PressOk() { Click(IDOK); }
     void PressCancel() { Click(IDCANCEL); }
@@ -74,8 +77,8 @@ protected:
     void Forget() { seen.clear(); }
 
     // Stops the building of the light source table before it begins, until it is let go.
-    void HoldTable();
-    void ReleaseTable();
+    void HoldTable() { ResetEvent(tableGate); }
+    void ReleaseTable() { SetEvent(tableGate); }
 
     std::string UserFolder(const char *name) const; // Settings, Parameters, Logs
     std::string UISettingsFile() const { return UserFolder("Settings") + "\\UISettings.bin"; }
@@ -88,13 +91,13 @@ protected:
     HWND hostWindow = nullptr;
     int dialogsOpened = 0;
     INT_PTR dialogResult = 0; // of the last one
+    static inline HANDLE tableGate;
 
 private:
-    static INT_PTR CALLBACK Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-    static void CALLBACK RunScript(HWND, UINT, UINT_PTR timer, DWORD);
+    INT_PTR Watch(DLGPROC real, HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     static INT_PTR WINAPI OpenMain(HINSTANCE module, LPCWSTR name, HWND owner, DLGPROC main,
                                    LPARAM parameter);
-    void Mouse(HWND window, UINT message, LONG x, LONG y, WPARAM keys);
+    void RunScript();
     HWND ControlAt(POINT screen) const;
 
     Script script;
@@ -102,9 +105,6 @@ private:
     bool scriptRan = false;
     bool previewIdle = false, tableReady = false;
 };
-
-// What the thread takes a key's state to be.
-void HoldKeyState(int key, bool down);
 
 // Control ids that scripts use, as numbers that people who drive the dialog from outside rely on.
 constexpr int kHelp = 1000, kPreviewBox = 1002, kSettingsCombo = 1023, kVerticalBar = 1028,

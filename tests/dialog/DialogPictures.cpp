@@ -50,8 +50,7 @@ TEST_F(DialogPictures, States) {
         Settle();
         Keep("ready");
         Key('X');
-        RECT display;
-        GetClientRect(Item(kDisplay), &display);
+        const RECT display = ClientOf(Item(kDisplay));
         Drag(kDisplay, {2, 2}, {display.right / 2, display.bottom - 3});
         Settle();
         Keep("hidden");
@@ -66,6 +65,31 @@ TEST_F(DialogPictures, Effects) {
         for (int row = 0; row < 7; ++row) {
             Choose(kEffectCombo, row);
             KeepPreview("effect-" + std::to_string(row));
+        }
+        PressCancel();
+    });
+}
+
+// With the stars, with every light marked, and with all of them hidden, at three zooms.
+TEST_F(DialogPictures, Preview) {
+    RunDialog([this] {
+        Enlarge();
+        Type(kPairs[2].edit, "55");
+        Key('X');
+        for (const auto &[command, zoom] : {std::pair{40016, "12"}, {40011, "100"}, {40008, "400"}}) {
+            const std::string name = std::string("preview-") + zoom;
+            gAnswers.menuCommand = command;
+            Click(kZoomArrow);
+            KeepPreview(name + "-stars");
+            const RECT display = ClientOf(Item(kDisplay));
+            SendMouse(Item(kDisplay), WM_LBUTTONDOWN, {2, 2}, MK_LBUTTON);
+            SendMouse(Item(kDisplay), WM_MOUSEMOVE, {display.right - 3, display.bottom - 3}, MK_LBUTTON);
+            KeepPreview(name + "-marked");
+            SendMouse(Item(kDisplay), WM_LBUTTONUP, {display.right - 3, display.bottom - 3});
+            KeepPreview(name + "-hidden");
+            Click(kShowIcon);
+            Drag(kDisplay, {2, 2}, {display.right - 3, display.bottom - 3});
+            Click(kHideIcon);
         }
         PressCancel();
     });

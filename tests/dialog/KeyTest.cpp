@@ -101,12 +101,12 @@ TEST_F(DialogKeys, KeysPressButtonsPickToolsAndOpenMenus) {
         // Alt turns Show into Hide; another program's window takes the Alt with it.
         SetFocus(Item(kPairs[0].edit));
         const ULONG_PTR shown = Cursor();
-        HoldKeyState(VK_MENU, true);
+        HoldKeys(true, false);
         PostMessageW(GetFocus(), WM_SYSKEYDOWN, VK_MENU, 1 | 1 << 29);
         EXPECT_NE(Cursor(), shown);
         SendMessageW(dialog, WM_ACTIVATEAPP, FALSE, 0);
         EXPECT_EQ(Cursor(), shown);
-        HoldKeyState(VK_MENU, false);
+        HoldKeys(false, false);
 
         SetFocus(Item(kDisplay));
         const std::pair<WORD, const wchar_t *> zooms[] = {{VK_OEM_PLUS, L" 200.00%"},

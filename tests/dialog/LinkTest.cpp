@@ -8,35 +8,8 @@
 #include <cstring>
 #include <ctime>
 #include <shellapi.h>
-#include <utility>
 
 namespace {
-
-// The about box, shown for good, with a script that uses it.
-struct AboutRunner {
-    static inline HWND box;
-    static inline DLGPROC procedure;
-    static inline std::function<void(HWND)> script;
-
-    static INT_PTR CALLBACK Watch(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-        if (message == WM_INITDIALOG)
-            box = window;
-        return procedure(window, message, wParam, lParam);
-    }
-    static void CALLBACK Play(HWND, UINT, UINT_PTR timer, DWORD) {
-        if (!box || !IsWindowVisible(box))
-            return;
-        KillTimer(nullptr, timer);
-        script(box);
-        PostMessageA(box, WM_COMMAND, IDOK, 0);
-    }
-    static INT_PTR WINAPI Open(HINSTANCE module, LPCSTR name, HWND owner, DLGPROC about, LPARAM parameter) {
-        procedure = about;
-        box = nullptr;
-        SetTimer(nullptr, 0, 10, Play);
-        return DialogBoxParamA(module, name, owner, Watch, parameter);
-    }
-};
 
 class Links : public DialogFixture {
 protected:
@@ -50,9 +23,20 @@ protected:
                        std::string(reinterpret_cast<const char *>(&record), sizeof record));
     }
     void ShowAbout(const std::function<void(HWND)> &script) {
+        static std::function<void(HWND)> play; // then closes it
+        play = [script](HWND box) {
+            script(box);
+            PostMessageA(box, WM_COMMAND, IDOK, 0);
+        };
+        const auto show = [](HINSTANCE module, LPCSTR name, HWND owner, DLGPROC about, LPARAM parameter) {
+            return PlayModal(
+                about,
+                [&](DLGPROC played) { return DialogBoxParamA(module, name, owner, played, parameter); },
+                play);
+        };
         host::ImportHooks hooks;
-        AboutRunner::script = script;
-        host::ReplaceImport(module.module, nullptr, "DialogBoxParamA", AboutRunner::Open, &hooks);
+        host::ReplaceImport<decltype(&DialogBoxParamA)>(module.module, nullptr, "DialogBoxParamA", show,
+                                                        &hooks);
         Open();
         EXPECT_EQ(host::CallAbout(filterHost), kNoError);
         host::RestoreImports(&hooks);

@@ -87,11 +87,27 @@ TEST_F(DialogView, HiddenLightsAreNotRendered) {
     Picture half;
     RunDialog(
         [&] {
-            Shown();
+            // The display at three zooms, the last of which all of the image fits in at.
+            const auto look = [this] {
+                std::vector<std::vector<uint32_t>> pictures;
+                for (const int command : {40016, 40008, 40011}) {
+                    gAnswers.menuCommand = command;
+                    Click(kZoomArrow);
+                    SetFocus(Item(kPairs[0].edit)); // the display shows when it has the focus
+                    pictures.push_back(Shown().pixels);
+                }
+                return pictures;
+            };
+            const auto stars = look();
+            Click(kPreviewBox);
+            const auto originals = look();
+            Click(kPreviewBox);
             DragOver(kHideIcon, Display().right - 3);
             EXPECT_EQ(DifferentPixels(Shown(), before), 0);
+            EXPECT_TRUE(look() == originals);
             DragOver(kShowIcon, Display().right - 3);
             EXPECT_EQ(DifferentPixels(Shown(), full), 0);
+            EXPECT_TRUE(look() == stars);
             DragOver(kHideIcon, Display().right / 2);
             half = Shown();
             EXPECT_GT(DifferentPixels(half, full), 100);

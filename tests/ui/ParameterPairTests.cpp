@@ -1,78 +1,155 @@
-// The pairs on the dialog's template, driven with the messages of keyboard and mouse.
-#include "tests/ui/PairDialog.h"
+// The pairs of fields and trackbars on the dialog's template, driven with real messages, and what they look
+// like: the colours of each state, the highlight, the size of the digits.
+#include "resources/DialogControlIds.h"
+#include "tests/support/SystemObjects.h"
+#include "tests/support/WindowDriver.h"
+#include "tests/support/WindowPicture.h"
+#include "ui/fields/ParameterControls.h"
 #include "ui/fields/ParameterEdit.h"
+#include "ui/fields/ParameterEditPaint.h"
 #include "ui/fields/ParameterTable.h"
-#include "ui/fields/ParameterTrackbar.h"
 #include "ui/window/DialogMessages.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <commctrl.h>
 #include <cstring>
 #include <richedit.h>
-#include <set>
+#include <utility>
 
 namespace {
 
-class ParameterPairs : public PairTest {
+const bool gObjectsAreCounted = CountOwnSystemObjects();
+
+// The dialog with nothing but the pairs. Opening it is the slow part, so that the tests share it.
+struct {
+    HWND window;
+    ParameterSet parameters;
+    int changes, beeps; // none sounds
+} gPairs;
+
+INT_PTR CALLBACK PairsProc(HWND, UINT message, WPARAM wParam, LPARAM) {
+    gPairs.changes += message == kMsgParameterChanged;
+    return message == WM_COMMAND && HIWORD(wParam) == EN_CHANGE && OnParameterEditChanged(LOWORD(wParam));
+}
+
+BOOL WINAPI CountBeep(UINT type) {
+    gPairs.beeps += type == MB_ICONHAND;
+    return TRUE;
+}
+
+} // namespace
+
+// The linker takes the import's address from here instead of from the import library.
+extern "C" decltype(&CountBeep) __imp_MessageBeep;
+decltype(&CountBeep) __imp_MessageBeep = CountBeep;
+
+namespace {
+
+// Of a field, in pixels of its client area.
+struct Look {
+    int highlighted, window, text; // pixels of the colours
+    LONG highlightEnd;             // 0: none
+};
+
+class ParameterPairs : public testing::Test {
 protected:
-    // Focus selects all the text, so that the first character replaces it.
-    static void Type(int row, const char *text) {
-        SetFocus(Edit(row));
-        TypeText(Edit(row), text);
+    void SetUp() override {
+        if (!gPairs.window)
+            Create();
+        Bind(kDefaultParameters);
     }
-    static void LeaveField() { SetFocus(dialog.otherControl); }
-    static int TakeChanges() {
-        const int count = dialog.changesSent;
-        dialog.changesSent = 0;
-        return count;
+    static void TearDownTestSuite() { Close(); }
+
+    static void Create() {
+        LoadLibraryA("msftedit.dll");
+        InitCommonControls();
+        gPairs.window = CreateDialogParamW(GetModuleHandleW(nullptr), kMainDialogName, nullptr, PairsProc, 0);
+        ShowWindow(gPairs.window, SW_SHOW);
+        SetForegroundWindow(gPairs.window);
     }
+    // With the focus off the pairs.
+    static void Bind(const ParameterSet &parameters) {
+        HoldKeys(false, false);
+        LeaveField();
+        gPairs.parameters = parameters;
+        BindParameterControls(gPairs.window, &gPairs.parameters);
+        PumpMessages();
+        gPairs.changes = gPairs.beeps = 0;
+    }
+    static void Close() {
+        HoldKeys(false, false);
+        DestroyWindow(std::exchange(gPairs.window, nullptr));
+        PumpMessages();
+    }
+
+    static HWND Edit(int row) { return gParameterControls[row].edit; }
+    static HWND Trackbar(int row) { return gParameterControls[row].trackbar; }
+    static LRESULT Ask(HWND control, UINT message) { return SendMessageA(control, message, 0, 0); }
+    static std::string EditText(int row) { return TextOf(Edit(row)); }
+    static int Position(int row) { return static_cast<int>(Ask(Trackbar(row), TBM_GETPOS)); }
+    static void LeaveField() { SetFocus(GetDlgItem(gPairs.window, IDCANCEL)); }
+    static int TakeChanges() { return std::exchange(gPairs.changes, 0); }
+    static int TakeBeeps() { return std::exchange(gPairs.beeps, 0); }
     static bool IsEditing(int row) { return gParameterControls[row].editing; }
     static bool IsAllSelected(int row) {
         CHARRANGE selected = {-1, -1};
         SendMessageA(Edit(row), EM_EXGETSEL, 0, reinterpret_cast<LPARAM>(&selected));
         return selected.cpMin == 0 && selected.cpMax >= static_cast<LONG>(EditText(row).size());
     }
-    // Some systems give back no more than 80 characters.
-    static std::string TooltipOf(HWND control) {
-        char text[300] = "";
-        TTTOOLINFOA tool = {};
-        tool.cbSize = TTTOOLINFOA_V1_SIZE;
-        tool.hwnd = dialog.window;
-        tool.uId = reinterpret_cast<UINT_PTR>(control);
-        tool.lpszText = text;
-        SendMessageA(dialog.tooltips, TTM_GETTEXTA, sizeof text, reinterpret_cast<LPARAM>(&tool));
-        return std::string(text).substr(0, 80);
+    static RECT FormatOf(int row) {
+        RECT format = {};
+        SendMessageA(Edit(row), EM_GETRECT, 0, reinterpret_cast<LPARAM>(&format));
+        return format;
+    }
+
+    static void Redraw() {
+        RedrawWindow(gPairs.window, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN | RDW_UPDATENOW);
+        PumpMessages();
+    }
+    static uint32_t PixelOfSystemColor(int index) {
+        const COLORREF color = GetSysColor(index);
+        return static_cast<uint32_t>(GetRValue(color) << 16 | GetGValue(color) << 8 | GetBValue(color));
+    }
+    static Look LookOf(const Picture &picture, int row) {
+        RECT window, area = ClientOf(Edit(row));
+        GetWindowRect(gPairs.window, &window);
+        MapWindowPoints(Edit(row), nullptr, reinterpret_cast<POINT *>(&area), 2);
+        OffsetRect(&area, -window.left, -window.top);
+        Look look = {};
+        for (LONG y = area.top; y < area.bottom; ++y)
+            for (LONG x = area.left; x < area.right; ++x) {
+                const uint32_t pixel = PixelAt(picture, x, y);
+                look.window += pixel == PixelOfSystemColor(COLOR_WINDOW);
+                look.text += pixel == PixelOfSystemColor(COLOR_WINDOWTEXT);
+                if (pixel != PixelOfSystemColor(COLOR_HIGHLIGHT))
+                    continue;
+                ++look.highlighted;
+                look.highlightEnd = std::max(look.highlightEnd, x + 1 - area.left);
+            }
+        return look;
     }
 };
 
 TEST_F(ParameterPairs, BindingShowsEveryParameterInRange) {
-    const char *const expected[] = {"50", "50", "50", "15.0", "6", "50", "30", "50", "50", "15", "30"};
-    std::set<int16_t *> parameters;
     for (int i = 0; i < kParameterControlCount; ++i) {
         const ParameterControl &row = gParameterControls[i];
-        EXPECT_EQ(EditText(i), expected[i]) << i;
-        EXPECT_EQ(TrackbarPositionOf(i), row.defaultValue) << i;
-        EXPECT_EQ(SendMessageA(Trackbar(i), TBM_GETRANGEMIN, 0, 0), row.minimum) << i;
-        EXPECT_EQ(SendMessageA(Trackbar(i), TBM_GETRANGEMAX, 0, 0), row.maximum) << i;
-        EXPECT_EQ(SendMessageA(Trackbar(i), TBM_GETPAGESIZE, 0, 0), row.pageStep) << i;
-        EXPECT_EQ(SendMessageA(Trackbar(i), TBM_GETLINESIZE, 0, 0), row.arrowStep) << i;
-        EXPECT_EQ(SendMessageA(Edit(i), EM_GETLIMITTEXT, 0, 0), 4) << i;
-        EXPECT_EQ(TooltipOf(Edit(i)), std::string(row.editTooltip).substr(0, 80));
-        EXPECT_EQ(TooltipOf(Trackbar(i)), std::string(row.trackbarTooltip).substr(0, 80));
-        parameters.insert(row.value);
+        EXPECT_EQ(Ask(Trackbar(i), TBM_GETPAGESIZE), row.pageStep) << i;
+        EXPECT_EQ(Ask(Trackbar(i), TBM_GETLINESIZE), row.arrowStep) << i;
+        EXPECT_EQ(Ask(Edit(i), EM_GETLIMITTEXT), 4) << i;
     }
-    EXPECT_EQ(parameters.size(), 11u);
-    EXPECT_EQ(gParameterControls[kAngle].value, &dialog.parameters.angle);
-    EXPECT_EQ(memcmp(&dialog.parameters, &kDefaultParameters, sizeof dialog.parameters), 0);
+    EXPECT_EQ(memcmp(&gPairs.parameters, &kDefaultParameters, sizeof gPairs.parameters), 0);
     ParameterSet wild = kDefaultParameters;
     wild.threshold = 32767;
     wild.angle = -32768;
     wild.numberOfPoints = 0;
-    ResetPairDialog(&dialog, wild);
-    EXPECT_EQ(dialog.parameters.threshold, 100);
-    EXPECT_EQ(dialog.parameters.angle, -900);
-    EXPECT_EQ(dialog.parameters.numberOfPoints, 1);
+    Bind(wild);
+    EXPECT_EQ(gPairs.parameters.threshold, 100);
+    EXPECT_EQ(gPairs.parameters.angle, -900);
+    EXPECT_EQ(gPairs.parameters.numberOfPoints, 1);
     EXPECT_EQ(EditText(kAngle), "-90.0");
-    EXPECT_EQ(TrackbarPositionOf(kAngle), -900);
+    EXPECT_EQ(Position(kAngle), -900);
 }
 
 // What a field shows while it is edited, what is stored, and what it shows when it is left.
@@ -83,40 +160,40 @@ TEST_F(ParameterPairs, TypedOrPastedTextIsStoredInRangeAndPutRightAtTheEnd) {
         const char *text, *shown;
         int stored, changes;
         const char *left;
-    } cases[] = {
-        {kThreshold, false, "73.", "73.", 73, 2, "73"},     {kThreshold, false, "101", "101", 100, 3, "100"},
-        {kNumberOfPoints, false, "0", "0", 1, 1, "1"},      {kAngle, false, "7.25", "7.25", 72, 2, "7.2"},
-        {kAngle, false, "-90.0", "-90.", -900, 2, "-90.0"}, {kAngle, false, "-", "-", -900, 0, "-90.0"},
-        {kAngle, false, "++", "++", -900, 0, "-90.0"},      {kAngle, true, "7,25", "7,25", 72, 1, "7.2"},
-        {kIntensity, true, "1e9", "1e9", 100, 1, "100"},    {kLength, true, "abcd", "abcd", 50, 0, "50"}};
+    } cases[] = {{kThreshold, false, "73.", "73.", 73, 2, "73"},
+                 {kThreshold, false, "101", "101", 100, 3, "100"},
+                 {kNumberOfPoints, false, "0", "0", 1, 1, "1"},
+                 {kAngle, false, "7.25", "7.25", 72, 2, "7.2"},
+                 {kAngle, false, "-90.0", "-90.", -900, 2, "-90.0"},
+                 {kAngle, false, "-", "-", -900, 0, "-90.0"},
+                 {kAngle, false, "++", "++", -900, 0, "-90.0"},
+                 {kAngle, true, "7,25", "7,25", 72, 1, "7.2"},
+                 {kIntensity, true, "1e9", "1e9", 100, 1, "100"},
+                 {kLength, true, "abcd", "abcd", 50, 0, "50"},
+                 {kAngle, false, "\b", "", 72, 0, "7.2"}};
     for (const auto &c : cases) {
         SCOPED_TRACE(c.text);
         SetFocus(Edit(c.row));
         TakeChanges();
         if (c.pasted)
             SendMessageA(Edit(c.row), EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>(c.text));
-        else
-            TypeText(Edit(c.row), c.text);
+        else if (*c.text == '\b')
+            PressKey(Edit(c.row), VK_BACK); // removes the selected text
+        TypeText(Edit(c.row), c.pasted ? "" : c.text);
         EXPECT_EQ(EditText(c.row), c.shown);
         EXPECT_EQ(*gParameterControls[c.row].value, c.stored);
-        EXPECT_EQ(TrackbarPositionOf(c.row), c.stored);
+        EXPECT_EQ(Position(c.row), c.stored);
         LeaveField();
         EXPECT_EQ(TakeChanges(), c.changes);
         EXPECT_EQ(EditText(c.row), c.left);
     }
-    SetFocus(Edit(kAngle));
-    PressKey(Edit(kAngle), VK_BACK);
-    TypeText(Edit(kAngle), "\b");
-    EXPECT_EQ(EditText(kAngle), "") << "Backspace removes the selected text";
-    EXPECT_EQ(dialog.parameters.angle, 72);
     SetFocus(Edit(kSpikeSharpness));
     SetWindowTextA(Edit(kSpikeSharpness), std::string(40, '9').c_str());
-    EXPECT_EQ(dialog.parameters.spikeSharpness, 100);
+    EXPECT_EQ(gPairs.parameters.spikeSharpness, 100);
 }
 
 TEST_F(ParameterPairs, OtherCharactersBeepAndAreDropped) {
     SetFocus(Edit(kIntensity));
-    TakeBeeps();
     TypeText(Edit(kIntensity), "aZ ,%\xE4");
     EXPECT_EQ(TakeBeeps(), 6);
     // What follows Tab, Enter, Esc, Ctrl+C and Ctrl+Backspace is no character of the text, and no mistake
@@ -143,13 +220,12 @@ TEST_F(ParameterPairs, KeysStepThroughTheTrackbar) {
                  {kNumberOfPoints, true, VK_DOWN, 1, 30, 1}, {kNumberOfPoints, true, VK_NEXT, 1, 22, 1}};
     for (const auto &step : steps) {
         SetFocus(Edit(step.row));
-        HoldCtrl(step.ctrl);
+        HoldKeys(false, step.ctrl);
         PressKey(Edit(step.row), step.key, step.repeat);
         EXPECT_EQ(*gParameterControls[step.row].value, step.expected);
-        EXPECT_EQ(TrackbarPositionOf(step.row), step.expected);
+        EXPECT_EQ(Position(step.row), step.expected);
         EXPECT_EQ(TakeChanges(), step.changes) << step.expected;
     }
-    EXPECT_EQ(EditText(kAngle), "14.1");
     EXPECT_EQ(EditText(kNumberOfPoints), "22");
     EXPECT_FALSE(OnEditKey(&gParameterControls[kAngle], VK_HOME, 1, false));
 }
@@ -157,14 +233,11 @@ TEST_F(ParameterPairs, KeysStepThroughTheTrackbar) {
 // Through the queue and the dialog manager, as a real key goes.
 TEST_F(ParameterPairs, DialogKeysWorkFromAField) {
     SetFocus(Edit(kThreshold));
-    TakeBeeps();
-    for (const WPARAM key : {VK_TAB, VK_UP, static_cast<int>('7'), VK_ESCAPE, VK_RETURN}) {
-        PostMessageA(GetFocus(), WM_KEYDOWN, key, 1);
-        PostMessageA(GetFocus(), WM_KEYUP, key, static_cast<LPARAM>(0xC0000001u));
-        PumpMessages();
+    for (const int key : {VK_TAB, VK_UP, static_cast<int>('7'), VK_ESCAPE, VK_RETURN}) {
+        PostKey(gPairs.window, static_cast<WORD>(key));
         EXPECT_EQ(GetFocus(), Edit(kIntensity));
         EXPECT_TRUE(IsEditing(kIntensity) && !IsEditing(kThreshold));
-        EXPECT_EQ(dialog.parameters.intensity, key == VK_TAB ? 50 : key == VK_UP ? 51 : 7);
+        EXPECT_EQ(gPairs.parameters.intensity, key == VK_TAB ? 50 : key == VK_UP ? 51 : 7);
     }
     EXPECT_EQ(EditText(kIntensity), "7");
     EXPECT_EQ(TakeBeeps(), 0);
@@ -172,24 +245,22 @@ TEST_F(ParameterPairs, DialogKeysWorkFromAField) {
 
 TEST_F(ParameterPairs, FocusSelectsTheTextAndRefreshIsSilent) {
     FocusParameterControl(kIntensity);
-    EXPECT_EQ(GetFocus(), Edit(kIntensity));
     EXPECT_TRUE(IsEditing(kIntensity) && IsAllSelected(kIntensity));
     FocusParameterControl(-1);
     FocusParameterControl(kParameterControlCount);
     EXPECT_EQ(GetFocus(), Edit(kIntensity));
-    dialog.parameters.intensity = 12;
-    dialog.parameters.angle = 901;
-    dialog.parameters.colorSaturation = -7;
-    SendMessageA(dialog.window, kMsgParametersReplaced, 0, 0);
-    PumpMessages();
+    gPairs.parameters.intensity = 12;
+    gPairs.parameters.angle = 901;
+    gPairs.parameters.colorSaturation = -7;
+    RefreshParameterControls();
     EXPECT_EQ(EditText(kIntensity), "12");
     EXPECT_EQ(EditText(kAngle), "90.0");
-    EXPECT_EQ(dialog.parameters.angle, 900);
-    EXPECT_EQ(TrackbarPositionOf(kAngle), 900);
+    EXPECT_EQ(gPairs.parameters.angle, 900);
+    EXPECT_EQ(Position(kAngle), 900);
     EXPECT_EQ(EditText(kColorSaturation), "-7");
     EXPECT_TRUE(IsAllSelected(kIntensity)) << "the edited field is selected whole again";
     SetWindowTextA(Edit(kLength), "77");
-    EXPECT_EQ(dialog.parameters.length, 50) << "nobody edits this one";
+    EXPECT_EQ(gPairs.parameters.length, 50) << "nobody edits this one";
     EXPECT_EQ(TakeChanges(), 0);
     TypeText(Edit(kIntensity), "8");
     EXPECT_EQ(TakeChanges(), 1) << "what is typed next still counts";
@@ -198,46 +269,38 @@ TEST_F(ParameterPairs, FocusSelectsTheTextAndRefreshIsSilent) {
 
 TEST_F(ParameterPairs, DraggingTheThumbFollowsEveryMove) {
     const HWND trackbar = Trackbar(kIntensity);
-    SendMouse(trackbar, WM_LBUTTONDOWN, MK_LBUTTON, PointForValue(kIntensity, 50));
-    EXPECT_EQ(dialog.parameters.intensity, 50);
+    SendMouse(trackbar, WM_LBUTTONDOWN, ThumbAt(trackbar, 50), MK_LBUTTON);
     EXPECT_TRUE(IsEditing(kIntensity));
     for (int move = 0; move < 2; ++move) { // every move tells, also one that changes nothing
-        SendMouse(trackbar, WM_MOUSEMOVE, MK_LBUTTON, PointForValue(kIntensity, 60));
-        EXPECT_EQ(dialog.parameters.intensity, TrackbarPositionOf(kIntensity));
-        EXPECT_NEAR(dialog.parameters.intensity, 60, 1);
-        EXPECT_EQ(EditText(kIntensity), std::to_string(dialog.parameters.intensity));
+        SendMouse(trackbar, WM_MOUSEMOVE, ThumbAt(trackbar, 60), MK_LBUTTON);
+        EXPECT_EQ(gPairs.parameters.intensity, Position(kIntensity));
+        EXPECT_NEAR(gPairs.parameters.intensity, 60, 1);
+        EXPECT_EQ(EditText(kIntensity), std::to_string(gPairs.parameters.intensity));
         EXPECT_EQ(TakeChanges(), 1);
     }
-    SendMouse(trackbar, WM_LBUTTONUP, 0, PointForValue(kIntensity, 60));
+    SendMouse(trackbar, WM_LBUTTONUP, ThumbAt(trackbar, 60));
     EXPECT_EQ(GetFocus(), Edit(kIntensity));
     EXPECT_TRUE(IsEditing(kIntensity));
-    SendMouse(trackbar, WM_MOUSEMOVE, 0, PointForValue(kIntensity, 20));
+    SendMouse(trackbar, WM_MOUSEMOVE, ThumbAt(trackbar, 20));
     EXPECT_EQ(TakeChanges(), 0) << "no button, no change";
 }
 
 TEST_F(ParameterPairs, PressesOnTheThumbDoNotMoveItAndBesideItStepAPage) {
     const HWND trackbar = Trackbar(kThreshold);
-    const auto Press = [&](POINT at) {
-        SendMouse(trackbar, WM_LBUTTONDOWN, MK_LBUTTON, at);
-        SendMouse(trackbar, WM_LBUTTONUP, 0, at);
-    };
-    const RECT thumb = ThumbOf(kThreshold);
-    const LONG middle = (thumb.top + thumb.bottom) / 2;
-    for (const LONG x : {thumb.left, thumb.right - 1}) {
-        Press({x, middle});
-        EXPECT_EQ(dialog.parameters.threshold, 50);
-        EXPECT_EQ(TakeChanges(), 0);
+    RECT thumb = {};
+    SendMessageA(trackbar, TBM_GETTHUMBRECT, 0, reinterpret_cast<LPARAM>(&thumb));
+    const POINT end = ThumbAt(trackbar, 100);
+    const struct {
+        POINT at;
+        int value, changes;
+    } presses[] = {{{thumb.left, end.y}, 50, 0}, {{thumb.right - 1, end.y}, 50, 0}, {end, 60, 1}};
+    for (const auto &press : presses) {
+        ClickAt(trackbar, press.at);
+        EXPECT_EQ(gPairs.parameters.threshold, press.value);
+        EXPECT_EQ(EditText(kThreshold), std::to_string(press.value));
+        EXPECT_EQ(TakeChanges(), press.changes);
+        EXPECT_EQ(GetFocus(), Edit(kThreshold));
     }
-    EXPECT_EQ(OnTrackbarButtonDown(gParameterControls[kThreshold], MAKELPARAM(thumb.left, thumb.top)),
-              MAKELPARAM((thumb.left + thumb.right) / 2, middle));
-    const POINT end = PointForValue(kThreshold, 100);
-    EXPECT_EQ(OnTrackbarButtonDown(gParameterControls[kThreshold], MAKELPARAM(end.x, end.y)),
-              MAKELPARAM(end.x, end.y));
-    Press(end);
-    EXPECT_EQ(dialog.parameters.threshold, 60);
-    EXPECT_EQ(EditText(kThreshold), "60");
-    EXPECT_EQ(TakeChanges(), 1);
-    EXPECT_EQ(GetFocus(), Edit(kThreshold));
 }
 
 TEST_F(ParameterPairs, TrackbarsWithTheFocusKeepThePairTogether) {
@@ -247,7 +310,7 @@ TEST_F(ParameterPairs, TrackbarsWithTheFocusKeepThePairTogether) {
     }
     for (const int changes : {1, 0}) {
         PressKey(Trackbar(kLength), VK_END);
-        EXPECT_EQ(dialog.parameters.length, 100);
+        EXPECT_EQ(gPairs.parameters.length, 100);
         EXPECT_EQ(EditText(kLength), "100");
         EXPECT_EQ(TakeChanges(), changes);
     }
@@ -258,26 +321,101 @@ TEST_F(ParameterPairs, TrackbarsWithTheFocusKeepThePairTogether) {
 }
 
 TEST_F(ParameterPairs, RowsWithoutControlsTakeTheirDefaultsAndClosedOnesLetGo) {
-    ClosePairDialog(&dialog);
+    Close();
+    Create();
+    const int angleField = gParameterControls[kAngle].editId;
+    DestroyWindow(GetDlgItem(gPairs.window, angleField));
     ParameterSet set = kDefaultParameters;
     set.angle = set.length = 7;
-    ASSERT_TRUE(OpenPairDialog(&dialog, set, 1u << kAngle));
-    EXPECT_EQ(dialog.parameters.angle, 150);
-    EXPECT_EQ(dialog.parameters.length, 7);
-    dialog.parameters.angle = 8;
+    Bind(set);
+    EXPECT_EQ(gPairs.parameters.angle, 150);
+    EXPECT_EQ(gPairs.parameters.length, 7);
+    gPairs.parameters.angle = 8;
     RefreshParameterControls();
-    EXPECT_EQ(dialog.parameters.angle, 150);
-    EXPECT_TRUE(OnParameterEditChanged(gParameterControls[kAngle].editId)) << "known, but nothing to read";
+    EXPECT_EQ(gPairs.parameters.angle, 150);
+    EXPECT_TRUE(OnParameterEditChanged(angleField)) << "known, but nothing to read";
     FocusParameterControl(kAngle);
     EXPECT_NE(gParameterControls[0].font, nullptr);
-    ClosePairDialog(&dialog);
+    Close();
     for (const ParameterControl &row : gParameterControls)
         EXPECT_TRUE(!row.value && !row.edit && !row.trackbar && !row.font);
-    dialog.parameters.angle = dialog.parameters.threshold = 1234;
+    gPairs.parameters.angle = 1234;
     RefreshParameterControls();
     FocusParameterControl(0);
-    EXPECT_EQ(dialog.parameters.angle, 1234);
-    EXPECT_EQ(dialog.parameters.threshold, 1234);
+    EXPECT_EQ(gPairs.parameters.angle, 1234);
+}
+
+// Text on the window colour, and the highlight in the field that has the focus and in no other.
+TEST_F(ParameterPairs, OnlyTheFocusedFieldIsHighlighted) {
+    for (const int focused : {0, 5, 10}) {
+        FocusParameterControl(focused);
+        Redraw();
+        const Picture picture = CaptureWindow(gPairs.window);
+        for (int i = 0; i < kParameterControlCount; ++i) {
+            SCOPED_TRACE(testing::Message() << focused << " " << i);
+            const Look look = LookOf(picture, i);
+            EXPECT_EQ(look.highlighted > 50, i == focused);
+            EXPECT_EQ(look.highlighted == 0 && look.window > 500 && look.text > 5, i != focused);
+        }
+    }
+}
+
+TEST_F(ParameterPairs, TheHighlightFitsTheTextAlsoWhileItIsTyped) {
+    const ParameterControl &row = gParameterControls[kAngle];
+    FocusParameterControl(kAngle);
+    for (const char *typed : {"", "-", "7.2"}) {
+        TypeText(row.edit, typed);
+        const std::string text = EditText(kAngle);
+        const HDC dc = GetDC(row.edit);
+        const HGDIOBJ old = SelectObject(dc, row.font);
+        SIZE extent = {};
+        GetTextExtentPoint32A(dc, text.c_str(), static_cast<int>(text.size()), &extent);
+        SelectObject(dc, old);
+        ReleaseDC(row.edit, dc);
+        Redraw();
+        EXPECT_EQ(LookOf(CaptureWindow(gPairs.window), kAngle).highlightEnd,
+                  FormatOf(kAngle).left + extent.cx + 3)
+            << text;
+    }
+    EXPECT_EQ(EditText(kAngle), "-7.2");
+}
+
+// 8 of the 12 dialog units that a field has in the template, and in the middle of it, also at another scale.
+TEST_F(ParameterPairs, DigitsAreAsHighAsTheDialogsText) {
+    for (const int height : {20, 39}) {
+        SetWindowPos(Edit(0), nullptr, 0, 0, 80, height, SWP_NOMOVE | SWP_NOZORDER);
+        RenewParameterFont();
+        LOGFONTW font = {};
+        GetObjectW(gParameterControls[0].font, sizeof font, &font);
+        const RECT format = FormatOf(0);
+        EXPECT_EQ(font.lfHeight, MulDiv(height, 8, 12));
+        EXPECT_EQ(SizeOf(format).cy, font.lfHeight);
+        EXPECT_NEAR(format.top, ClientOf(Edit(0)).bottom - format.bottom, 1);
+    }
+    Close();
+}
+
+TEST_F(ParameterPairs, PaintingGivesEverythingBackAndSurvivesFailures) {
+    FocusParameterControl(2);
+    Redraw();
+    const Picture expected = CaptureWindow(gPairs.window);
+    EXPECT_EQ(LiveDrawingObjects(), 1) << "the font that all the fields share";
+    for (int n = 1; n <= 6; ++n) {
+        FailSystemCall(kAnyDrawingCall, n, 0);
+        Redraw();
+        FailSystemCall(kAnyDrawingCall, 0, 0);
+        EXPECT_EQ(LiveDrawingObjects(), 1) << n;
+        EXPECT_EQ(CaptureWindow(gPairs.window).pixels, expected.pixels) << n;
+    }
+    Close();
+    EXPECT_EQ(LiveDrawingObjects(), 0);
+    FailSystemCall(kAnyDrawingCall, 1, 0); // the first font cannot be made
+    Create();
+    Bind(kDefaultParameters);
+    FailSystemCall(kAnyDrawingCall, 0, 0);
+    EXPECT_EQ(EditText(10), "30");
+    Close();
+    EXPECT_EQ(LiveDrawingObjects(), 0);
 }
 
 } // namespace

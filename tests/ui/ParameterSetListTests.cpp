@@ -4,7 +4,7 @@
 #include "storage/ParameterFiles.h"
 #include "tests/storage/TemporaryFolder.h"
 #include "tests/support/RecordingDiag.h"
-#include "tests/ui/PairDialog.h"
+#include "tests/support/WindowDriver.h"
 #include "ui/settings/ParameterFileCommands.h"
 #include "ui/settings/ParameterSetList.h"
 #include "ui/window/DialogMessages.h"

@@ -18,22 +18,19 @@ protected:
     }
 
     int32_t State() { return gPreviewDisplay.mouse.state; }
-    void Press(int x, int y) { SendMouse(dialog.display, WM_LBUTTONDOWN, x, y, MK_LBUTTON); }
-    void Move(int x, int y) { SendMouse(dialog.display, WM_MOUSEMOVE, x, y, MK_LBUTTON); }
-    void Release(int x, int y) { SendMouse(dialog.display, WM_LBUTTONUP, x, y); }
-    void KeyDown(WPARAM key) { SendMessageA(dialog.display, WM_KEYDOWN, key, 1); }
+    void KeyDown(WPARAM key) { SendMessageA(display, WM_KEYDOWN, key, 1); }
     void KeyUp(WPARAM key) {
-        SendMessageA(dialog.display, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001u));
+        SendMessageA(display, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001u));
         PumpMessages();
     }
     void Key(WPARAM key) {
-        KeyDown(key);
-        KeyUp(key);
+        PressKey(display, key);
+        PumpMessages();
     }
     // Shown while no button is down: as the record says and in the window's class.
     void ExpectCursor(DisplayCursor cursor) {
         EXPECT_EQ(gPreviewDisplay.cursor, cursor);
-        EXPECT_EQ(reinterpret_cast<HCURSOR>(GetClassLongPtrA(dialog.display, GCLP_HCURSOR)),
+        EXPECT_EQ(reinterpret_cast<HCURSOR>(GetClassLongPtrA(display, GCLP_HCURSOR)),
                   LoadDisplayCursor(cursor));
     }
 };
@@ -49,21 +46,21 @@ TEST_F(DisplayInput, PressesTakeCaptureFocusAndState) {
                 {kToolShow, false, false, 8}, {kToolShow, true, false, 9}, {kToolNone, false, false, 1}};
     for (const auto &row : rows) {
         gViewTools.tool = row.tool;
-        SetFocus(GetDlgItem(dialog.window, 2));
+        SetFocus(button);
         HoldKeys(row.alt, row.ctrl);
         Press(100, 100);
         EXPECT_EQ(State(), row.state);
-        EXPECT_EQ(GetCapture(), dialog.display);
-        EXPECT_EQ(GetFocus(), dialog.display);
+        EXPECT_EQ(GetCapture(), display);
+        EXPECT_EQ(GetFocus(), display);
         ReleaseCapture();
         EXPECT_EQ(State(), kMouseIdle);
         HoldKeys(false, false);
     }
     PumpMessages();
-    dialog.previewRequests = 0;
-    DragDisplay(dialog, {10, 10}, {200, 200}); // without a tool
+    previewRequests = 0;
+    Drag({10, 10}, {200, 200}); // without a tool
     EXPECT_EQ(View().zoom, 100.0);
-    EXPECT_EQ(dialog.previewRequests, 0);
+    EXPECT_EQ(previewRequests, 0);
     EXPECT_EQ(GetCapture(), nullptr);
 }
 
@@ -78,30 +75,30 @@ TEST_F(DisplayInput, InvalidValuesAreReportedAndEndInIdle) {
     EXPECT_EQ(State(), kMouseIdle);
     ExpectReport(484, "Invalid Mouse State encountered in event WM_MOUSEMOVE");
     gPreviewDisplay.mouse.state = -1;
-    SendMessageA(dialog.display, WM_CAPTURECHANGED, 0, 0);
+    SendMessageA(display, WM_CAPTURECHANGED, 0, 0);
     EXPECT_EQ(State(), kMouseIdle);
     ExpectReport(615, "Invalid Mouse State encountered in event WM_CAPTURECHANGED");
 }
 
 TEST_F(DisplayInput, ClicksZoomAboutTheirPoint) {
     const ViewPoint place = PlaceAt(310, 40);
-    ClickDisplay(dialog, 310, 40);
+    Click(310, 40);
     EXPECT_EQ(View().zoom, 200.0);
     ExpectPlaceAt(310, 40, place);
-    EXPECT_EQ(dialog.previewRequests, 1);
+    EXPECT_EQ(previewRequests, 1);
     HoldKeys(true, false);
-    ClickDisplay(dialog, 310, 40);
+    Click(310, 40);
     EXPECT_EQ(View().zoom, 100.0);
     ExpectPlaceAt(310, 40, place);
     // Pan with the keys is the zoom tool.
     HoldKeys(false, true);
     Use(kToolPan);
-    ClickDisplay(dialog, 20, 280);
+    Click(20, 280);
     EXPECT_EQ(View().zoom, 200.0);
     // A hand that trembles still clicks.
     HoldKeys(false, false);
     Use(kToolZoom);
-    DragDisplay(dialog, {100, 100}, {102, 101});
+    Drag({100, 100}, {102, 101});
     EXPECT_EQ(View().zoom, 300.0);
 }
 
@@ -115,7 +112,7 @@ TEST_F(DisplayInput, ADraggedRectangleStaysOnTheDisplayAndThenFillsIt) {
     EXPECT_FALSE(DragRectangle(&rect));
     EXPECT_EQ(View().zoom, 100.0) << "a gesture whose capture was lost does nothing";
     const ViewPoint corner = PlaceAt(101, 101), opposite = PlaceAt(200, 175);
-    DragDisplay(dialog, {101, 101}, {200, 175});
+    Drag({101, 101}, {200, 175});
     EXPECT_DOUBLE_EQ(View().zoom, 400.0);
     ExpectPlaceAt(1, 1, corner);
     ExpectPlaceAt(400, 300, opposite);
@@ -127,24 +124,24 @@ TEST_F(DisplayInput, PanningFollowsTheHandOneToOne) {
     const PreviewGeometry start = View();
     Press(200, 150);
     EXPECT_EQ(gPreviewDisplay.dragCursor, kCursorClosedHand);
-    EXPECT_EQ(reinterpret_cast<HCURSOR>(GetClassLongPtrA(dialog.display, GCLP_HCURSOR)),
+    EXPECT_EQ(reinterpret_cast<HCURSOR>(GetClassLongPtrA(display, GCLP_HCURSOR)),
               LoadDisplayCursor(kCursorClosedHand));
     std::mt19937 random(3);
     for (int i = 0; i < 20; ++i) {
         const int x = static_cast<int>(random() % 900) - 200, y = static_cast<int>(random() % 900) - 200;
         Move(x, y);
-        SendMessageA(dialog.display, WM_TIMER, kPanTimer, 0);
+        SendMessageA(display, WM_TIMER, kPanTimer, 0);
         ExpectCenter(start.centerX - (x - 200), start.centerY - (y - 150));
     }
     Release(190, 145);
     ExpectCenter(start.centerX + 10, start.centerY + 5);
     ExpectCursor(kCursorOpenHand);
     PumpMessages();
-    EXPECT_GE(dialog.previewRequests, 1);
+    EXPECT_GE(previewRequests, 1);
     CenterPreview(300, 300);
     Press(200, 150);
     Move(900, 900);
-    SendMessageA(dialog.display, WM_TIMER, kPanTimer, 0);
+    SendMessageA(display, WM_TIMER, kPanTimer, 0);
     ExpectCenter(200, 150);
     Release(210, 150);
     ExpectCenter(290, 300);
@@ -159,7 +156,7 @@ TEST_F(DisplayInput, TheTimersRunWhileTheGestureLasts) {
     PumpFor(100);
     EXPECT_EQ(View().centerX, start + 20) << "the panning timer moves the view";
     Release(180, 150);
-    EXPECT_FALSE(KillTimer(dialog.display, kPanTimer));
+    EXPECT_FALSE(KillTimer(display, kPanTimer));
     Use(kToolZoom);
     Press(20, 20);
     Move(80, 80);
@@ -167,7 +164,7 @@ TEST_F(DisplayInput, TheTimersRunWhileTheGestureLasts) {
     PumpFor(250);
     EXPECT_NE(gPreviewDisplay.antsPhase, phase);
     ReleaseCapture();
-    EXPECT_FALSE(KillTimer(dialog.display, kRectangleTimer));
+    EXPECT_FALSE(KillTimer(display, kRectangleTimer));
 }
 
 TEST_F(DisplayInput, LostCaptureAndEscapeEndAGesture) {
@@ -186,14 +183,14 @@ TEST_F(DisplayInput, LostCaptureAndEscapeEndAGesture) {
     Key(VK_ESCAPE);
     EXPECT_EQ(State(), kMouseIdle);
     Press(200, 150);
-    DestroyWindow(dialog.display); // in the middle of a gesture
+    DestroyWindow(display); // in the middle of a gesture
     EXPECT_EQ(gPreviewDisplay.window, nullptr);
     EXPECT_EQ(gFakePreview.stops, 1);
 }
 
 TEST_F(DisplayInput, TheWheelZoomsAboutThePointer) {
     const ViewPoint place = PlaceAt(310, 40);
-    WheelDisplay(dialog, 310, 40, 120);
+    Wheel(310, 40, 120);
     EXPECT_EQ(View().zoom, 200.0);
     ExpectPlaceAt(310, 40, place);
     // A fine wheel zooms after a whole turn, and its rest does not survive a change of direction.
@@ -203,23 +200,23 @@ TEST_F(DisplayInput, TheWheelZoomsAboutThePointer) {
         double zoom;
     } turns[] = {{50, 100}, {50, 100}, {30, 200}, {-100, 200}, {360, 600}};
     for (const auto &turn : turns) {
-        WheelDisplay(dialog, 100, 100, turn.delta);
+        Wheel(100, 100, turn.delta);
         EXPECT_EQ(View().zoom, turn.zoom) << turn.delta;
     }
 }
 
 TEST_F(DisplayInput, TheWheelScrollsWithCtrlAndShift) {
     const PreviewGeometry start = View();
-    WheelDisplay(dialog, 100, 100, 120, MK_CONTROL);
-    WheelDisplay(dialog, 100, 100, -240, MK_SHIFT);
+    Wheel(100, 100, 120, MK_CONTROL);
+    Wheel(100, 100, -240, MK_SHIFT);
     ExpectCenter(start.centerX + 80, start.centerY - 30);
-    SendMessageA(dialog.display, WM_MOUSEHWHEEL, MAKEWPARAM(0, 120), 0);
+    SendMessageA(display, WM_MOUSEHWHEEL, MAKEWPARAM(0, 120), 0);
     for (int i = 0; i < 120; ++i) // a fine wheel scrolls as far as a coarse one
-        WheelDisplay(dialog, 100, 100, 1, MK_CONTROL);
+        Wheel(100, 100, 1, MK_CONTROL);
     ExpectCenter(start.centerX + 120, start.centerY - 60);
     // Beside the display the wheel is not ours.
     EXPECT_FALSE(OnPreviewWheel(MAKEWPARAM(0, 120), MAKELPARAM(1, 1)));
-    WheelDisplay(dialog, 500, 100, 120);
+    Wheel(500, 100, 120);
     EXPECT_EQ(View().zoom, 100.0);
 }
 
@@ -233,20 +230,20 @@ TEST_F(DisplayInput, KeysScroll) {
                 {VK_DOWN, false, 0, 0},   {VK_PRIOR, false, 0, -300}, {VK_NEXT, false, 0, 0},
                 {VK_NEXT, true, 400, 0},  {VK_PRIOR, true, 0, 0}};
     for (const auto &row : keys) {
-        dialog.previewRequests = 0;
+        previewRequests = 0;
         HoldKeys(false, row.ctrl);
         Key(row.key);
         ExpectCenter(start.centerX + row.x, start.centerY + row.y);
-        EXPECT_EQ(dialog.previewRequests, 1);
+        EXPECT_EQ(previewRequests, 1);
     }
     HoldKeys(false, false);
     Key(VK_HOME);
     ExpectCenter(200, 150);
     Key(VK_END);
     ExpectCenter(3800, 2850);
-    dialog.previewRequests = 0;
+    previewRequests = 0;
     Key(VK_RIGHT);
-    EXPECT_EQ(dialog.previewRequests, 0) << "there is nothing further right";
+    EXPECT_EQ(previewRequests, 0) << "there is nothing further right";
 }
 
 TEST_F(DisplayInput, TheSpaceBarIsThePanTool) {
@@ -260,11 +257,11 @@ TEST_F(DisplayInput, TheSpaceBarIsThePanTool) {
     ExpectCursor(kCursorZoomIn);
     // The key comes up elsewhere: in another application, or another control.
     KeyDown(VK_SPACE);
-    SendMessageA(dialog.window, WM_ACTIVATEAPP, FALSE, 0);
+    SendMessageA(window, WM_ACTIVATEAPP, FALSE, 0);
     ExpectCursor(kCursorZoomIn);
     KeyDown(VK_SPACE);
-    SetFocus(dialog.display);
-    SetFocus(GetDlgItem(dialog.window, 2));
+    SetFocus(display);
+    SetFocus(button);
     ExpectCursor(kCursorZoomIn);
 }
 
@@ -272,22 +269,21 @@ TEST_F(DisplayInput, AltChangesTheCursorUntilItIsReleased) {
     Use(kToolHide);
     ExpectCursor(kCursorHide);
     HoldKeys(true, false);
-    SendMessageA(dialog.display, WM_SYSKEYDOWN, VK_MENU, 0x20000001);
+    SendMessageA(display, WM_SYSKEYDOWN, VK_MENU, 0x20000001);
     ExpectCursor(kCursorShow);
-    SendMessageA(dialog.window, WM_ACTIVATEAPP, FALSE, 0);
+    SendMessageA(window, WM_ACTIVATEAPP, FALSE, 0);
     ExpectCursor(kCursorHide); // another application is active
-    SendMessageA(dialog.display, WM_SETCURSOR, reinterpret_cast<WPARAM>(dialog.display),
-                 MAKELPARAM(HTCLIENT, 0));
+    SendMessageA(display, WM_SETCURSOR, reinterpret_cast<WPARAM>(display), MAKELPARAM(HTCLIENT, 0));
     EXPECT_EQ(GetCursor(), LoadDisplayCursor(kCursorShow));
     HoldKeys(false, false);
-    SendMessageA(dialog.display, WM_SYSKEYUP, VK_MENU, static_cast<LPARAM>(0xC0000001u));
+    SendMessageA(display, WM_SYSKEYUP, VK_MENU, static_cast<LPARAM>(0xC0000001u));
     ExpectCursor(kCursorHide);
 }
 
 TEST_F(DisplayInput, AnswersOfTheControlAndItsCursors) {
-    EXPECT_EQ(SendMessageA(dialog.display, WM_GETDLGCODE, 0, 0), 257);
-    EXPECT_EQ(SendMessageA(dialog.display, WM_ERASEBKGND, 0, 0), 1);
-    EXPECT_EQ(SendMessageA(dialog.display, WM_NCHITTEST, 0, 0), 1);
+    EXPECT_EQ(SendMessageA(display, WM_GETDLGCODE, 0, 0), 257);
+    EXPECT_EQ(SendMessageA(display, WM_ERASEBKGND, 0, 0), 1);
+    EXPECT_EQ(SendMessageA(display, WM_NCHITTEST, 0, 0), 1);
     for (int a = 0; a < kDisplayCursorCount; ++a)
         for (int b = 0; b < a; ++b)
             EXPECT_NE(LoadDisplayCursor(static_cast<DisplayCursor>(a)),
@@ -296,7 +292,7 @@ TEST_F(DisplayInput, AnswersOfTheControlAndItsCursors) {
 
 // Whatever comes, the gesture ends in idle, without capture, and the view stays on the image.
 TEST_F(DisplayInput, RandomInputKeepsItsSenses) {
-    SetLightSources(&dialog, nullptr, 0);
+    SetLightSources();
     std::mt19937 random(99);
     constexpr UINT messages[] = {WM_LBUTTONDOWN, WM_MOUSEMOVE, WM_MOUSEMOVE, WM_LBUTTONUP, WM_MOUSELEAVE};
     constexpr WPARAM keys[] = {VK_LEFT, VK_NEXT, VK_HOME, VK_SPACE, VK_ESCAPE, VK_END, VK_CONTROL};
@@ -310,21 +306,21 @@ TEST_F(DisplayInput, RandomInputKeepsItsSenses) {
             HoldKeys(random() % 3 == 0, random() % 3 == 0);
             break;
         case 2:
-            SendMessageA(dialog.display, random() % 2 ? WM_KEYDOWN : WM_KEYUP, keys[random() % 7], 1);
+            SendMessageA(display, random() % 2 ? WM_KEYDOWN : WM_KEYUP, keys[random() % 7], 1);
             break;
         case 3:
-            WheelDisplay(dialog, x, y, static_cast<int>(random() % 500) - 250, random() % 3 ? 0 : MK_CONTROL);
+            Wheel(x, y, static_cast<int>(random() % 500) - 250, random() % 3 ? 0 : MK_CONTROL);
             break;
         case 4:
             if (random() % 20 == 0)
                 ReleaseCapture();
-            SendMessageA(dialog.display, WM_TIMER, 1 + random() % 3, 0);
+            SendMessageA(display, WM_TIMER, 1 + random() % 3, 0);
             break;
         default:
-            SendMouse(dialog.display, messages[random() % 5], x, y);
+            SendMouse(display, messages[random() % 5], {x, y});
         }
         ASSERT_TRUE(IsMouseState(State()));
-        ASSERT_EQ(State() != kMouseIdle, GetCapture() == dialog.display) << "step " << i;
+        ASSERT_EQ(State() != kMouseIdle, GetCapture() == display) << "step " << i;
         const IntRect in = ImageInClient(View()), d = View().display;
         ASSERT_TRUE(in.left <= d.left || in.right <= d.right + 1) << "step " << i;
         ASSERT_FALSE(IsEmptyRect(IntersectRects(in, d))) << "step " << i;

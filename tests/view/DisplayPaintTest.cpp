@@ -1,5 +1,4 @@
-// What the display shows, to the pixel, and what it takes from the system. The picture is the pattern of
-// FakePreview.h.
+// What the display shows, to the pixel, and what it takes from the system.
 #include "tests/view/ViewFixture.h"
 #include "ui/display/PreviewDisplayState.h"
 
@@ -25,19 +24,18 @@ TEST_F(DisplayPainting, NothingStaleAfterPanningZoomingAndResizing) {
             SetZoom(kZoomLadder[3 + random() % 16]);
             break;
         case 1:
-            DragDisplay(dialog, {200, 150},
-                        {static_cast<LONG>(random() % 400), static_cast<LONG>(random() % 300)});
+            Drag({200, 150}, {static_cast<LONG>(random() % 400), static_cast<LONG>(random() % 300)});
             break;
         case 2:
-            SetWindowPos(dialog.display, nullptr, 0, 0, 150 + static_cast<int>(random() % 300),
+            SetWindowPos(display, nullptr, 0, 0, 150 + static_cast<int>(random() % 300),
                          120 + static_cast<int>(random() % 250), SWP_NOMOVE | SWP_NOZORDER);
             break;
         case 3:
-            WheelDisplay(dialog, 100, 80, random() % 2 ? 120 : -120);
+            Wheel(100, 80, random() % 2 ? 120 : -120);
             break;
         case 4: {
             const RECT part = {30, 30, 30 + static_cast<LONG>(random() % 90), 60};
-            InvalidateRect(dialog.display, &part, FALSE);
+            InvalidateRect(display, &part, FALSE);
             break;
         }
         }
@@ -49,20 +47,20 @@ TEST_F(DisplayPainting, OnlyWhatIsInvalidIsDrawn) {
     OpenReady();
     Show();
     gFakePreview.paintings = 0;
-    UpdateWindow(dialog.display);
+    UpdateWindow(display);
     EXPECT_EQ(gFakePreview.paintings, 0);
     const RECT part = {10, 10, 20, 20};
-    InvalidateRect(dialog.display, &part, FALSE);
-    UpdateWindow(dialog.display);
+    InvalidateRect(display, &part, FALSE);
+    UpdateWindow(display);
     EXPECT_EQ(gFakePreview.paintings, 1);
-    EXPECT_FALSE(GetUpdateRect(dialog.display, nullptr, FALSE));
+    EXPECT_FALSE(GetUpdateRect(display, nullptr, FALSE));
 }
 
 TEST_F(DisplayPainting, TheBorderMarksTheFocusAndTheSurroundIsNeutral) {
     OpenReady({0, 0, 120, 90});
-    SetFocus(dialog.display);
+    SetFocus(display);
     EXPECT_EQ(PixelAt(Show(), 0, 40), PixelOf(GetSysColor(COLOR_HIGHLIGHT)));
-    SetFocus(GetDlgItem(dialog.window, 2));
+    SetFocus(button);
     const Picture picture = Show();
     for (const auto &[x, y] : {std::pair{0, 40}, {401, 40}, {40, 0}, {40, 301}})
         EXPECT_EQ(PixelAt(picture, x, y), PixelOf(GetSysColor(COLOR_BTNSHADOW)));
@@ -70,7 +68,7 @@ TEST_F(DisplayPainting, TheBorderMarksTheFocusAndTheSurroundIsNeutral) {
     EXPECT_NE(PixelAt(picture, 201, 151), kSurroundPixel);
     EXPECT_EQ(WrongPixels(picture), 0);
     gFakePreview.paintFails = true;
-    InvalidateRect(dialog.display, nullptr, FALSE);
+    InvalidateRect(display, nullptr, FALSE);
     EXPECT_EQ(PixelAt(Show(), 201, 151), kSurroundPixel) << "there is no picture";
 }
 
@@ -79,15 +77,15 @@ TEST_F(DisplayPainting, TheWaitForTheTableIsTold) {
     const Picture waiting = Show();
     EXPECT_GT(WrongPixels(waiting), 1000);
     EXPECT_EQ(PixelAt(waiting, 5, 5), PatternPixel(View(), 5, 5));
-    SetLightSources(&dialog, nullptr, 0);
+    SetLightSources();
     EXPECT_EQ(WrongPixels(Show()), 0) << "the text goes when the table is there";
 }
 
 TEST_F(DisplayPainting, TheDragRectangleComesAndGoes) {
     OpenReady();
-    SendMouse(dialog.display, WM_LBUTTONDOWN, 50, 50, MK_LBUTTON);
+    Press(50, 50);
     for (const POINT point : {POINT{300, 200}, POINT{120, 90}, POINT{20, 30}, POINT{150, 100}}) {
-        SendMouse(dialog.display, WM_MOUSEMOVE, point.x, point.y, MK_LBUTTON);
+        Move(point.x, point.y);
         const Picture picture = Show();
         const int perimeter = 2 * (std::abs(point.x - 50) + std::abs(point.y - 50));
         EXPECT_NEAR(WrongPixels(picture), perimeter, 4) << "the outline and nothing else";
@@ -97,7 +95,7 @@ TEST_F(DisplayPainting, TheDragRectangleComesAndGoes) {
         EXPECT_EQ(colors, (std::set<uint32_t>{0, 0xFFFFFF})) << "black and white dashes";
     }
     const Picture before = Show();
-    SendMessageA(dialog.display, WM_TIMER, kRectangleTimer, 0);
+    SendMessageA(display, WM_TIMER, kRectangleTimer, 0);
     EXPECT_NE(before.pixels, Show().pixels) << "the dashes move";
     ReleaseCapture();
     EXPECT_EQ(WrongPixels(Show()), 0);
@@ -106,12 +104,12 @@ TEST_F(DisplayPainting, TheDragRectangleComesAndGoes) {
 TEST_F(DisplayPainting, PrintingDrawsEverything) {
     OpenReady();
     Show();
-    const HDC window = GetDC(dialog.display), memory = CreateCompatibleDC(window);
+    const HDC window = GetDC(display), memory = CreateCompatibleDC(window);
     const HBITMAP bitmap = CreateCompatibleBitmap(window, 402, 302);
     const HGDIOBJ old = SelectObject(memory, bitmap);
     for (const UINT message : {WM_PRINTCLIENT, WM_PRINT}) {
         PatBlt(memory, 0, 0, 402, 302, BLACKNESS);
-        SendMessageA(dialog.display, message, reinterpret_cast<WPARAM>(memory), PRF_CLIENT);
+        SendMessageA(display, message, reinterpret_cast<WPARAM>(memory), PRF_CLIENT);
         int wrong = 0;
         for (int y = 1; y < 301; y += 7)
             for (int x = 1; x < 401; x += 7)
@@ -121,7 +119,7 @@ TEST_F(DisplayPainting, PrintingDrawsEverything) {
     SelectObject(memory, old);
     DeleteObject(bitmap);
     DeleteDC(memory);
-    ReleaseDC(dialog.display, window);
+    ReleaseDC(display, window);
 }
 
 // Every creation of a drawing object fails once, at attaching and at the first paintings; the display goes
@@ -135,7 +133,7 @@ TEST_F(DisplayPainting, FailingSystemCallsLeaveADisplayThatWorks) {
         FailSystemCall(kAnyDrawingCall, 0, 0);
         SetZoom(300.0);
         EXPECT_EQ(WrongPixels(Show()), 0) << "creation " << n;
-        CloseViewDialog(&dialog);
+        Close();
         EXPECT_EQ(LiveDrawingObjects(), 0) << "creation " << n;
         for (const auto &report : TakeReports()) {
             EXPECT_EQ(report.message.rfind("Could not create ", 0), 0u) << report.message;
@@ -150,10 +148,10 @@ TEST_F(DisplayPainting, FailingSystemCallsLeaveADisplayThatWorks) {
 
 TEST_F(DisplayPainting, ATaskThatDoesNotStartLeavesAnEmptyDisplay) {
     gFakePreview.startFails = true;
-    EXPECT_FALSE(OpenViewDialog(&dialog, kTestImage));
+    EXPECT_FALSE(Open());
     EXPECT_NE(gPreviewDisplay.window, nullptr);
     Show();
-    EXPECT_FALSE(AttachPreviewDisplay(dialog.window, {}, nullptr)) << "one display at a time";
+    EXPECT_FALSE(AttachPreviewDisplay(window, {}, nullptr)) << "one display at a time";
 }
 
 } // namespace

@@ -31,7 +31,7 @@ protected:
         lights.clear();
         for (const ViewPoint &client : clients)
             lights.push_back(Light(PlaceAt(client.x, client.y).x, PlaceAt(client.x, client.y).y));
-        SetLightSources(&dialog, lights.data(), static_cast<uint32_t>(lights.size()));
+        SetLightSources(&lights);
     }
     States Now() {
         States states;
@@ -40,26 +40,26 @@ protected:
         return states;
     }
     Picture ShowAt(int x, int y) {
-        SendMouse(dialog.display, WM_MOUSEMOVE, x, y);
+        SendMouse(display, WM_MOUSEMOVE, {x, y});
         return Show();
     }
-    void LeaveDisplay() { SendMessageA(dialog.display, WM_MOUSELEAVE, 0, 0); }
+    void LeaveDisplay() { SendMessageA(display, WM_MOUSELEAVE, 0, 0); }
 };
 
 TEST_F(HideTool, ClicksChangeTheNearestLight) {
     PutLights({{100, 100}, {130, 100}, {300, 200}});
     Use(kToolHide);
-    ClickDisplay(dialog, 120, 104);
+    Click(120, 104);
     EXPECT_EQ(Now(), (States{1, 0, 1}));
-    EXPECT_EQ(dialog.previewRequests, 1);
-    ClickDisplay(dialog, 200, 150);
+    EXPECT_EQ(previewRequests, 1);
+    Click(200, 150);
     EXPECT_EQ(Now(), (States{1, 0, 1})) << "no light within 20 pixels";
-    ClickDisplay(dialog, 131, 100);
-    EXPECT_EQ(dialog.previewRequests, 1) << "it is hidden already";
+    Click(131, 100);
+    EXPECT_EQ(previewRequests, 1) << "it is hidden already";
     HoldKeys(true, false);
-    ClickDisplay(dialog, 112, 100);
+    Click(112, 100);
     EXPECT_EQ(Now(), (States{1, 1, 1})) << "Alt brings back the hidden one, though another is nearer";
-    EXPECT_EQ(dialog.previewRequests, 2);
+    EXPECT_EQ(previewRequests, 2);
 }
 
 TEST_F(HideTool, TheShowToolIsTheOtherWayRound) {
@@ -67,23 +67,23 @@ TEST_F(HideTool, TheShowToolIsTheOtherWayRound) {
     lights[0].State = 0;
     lights[0].SavedState = 2;
     Use(kToolShow);
-    ClickDisplay(dialog, 102, 99);
+    Click(102, 99);
     EXPECT_EQ(Now(), (States{2, 1})) << "a light comes back as it was";
     HoldKeys(true, false);
-    ClickDisplay(dialog, 300, 201);
+    Click(300, 201);
     EXPECT_EQ(Now(), (States{2, 0}));
 }
 
 TEST_F(HideTool, ADraggedRectangleChangesAllInside) {
     PutLights({{100, 100}, {150, 140}, {201, 100}, {150, 99}, {200, 160}});
     Use(kToolHide);
-    DragDisplay(dialog, {200, 160}, {100, 100});
+    Drag({200, 160}, {100, 100});
     EXPECT_EQ(Now(), (States{0, 0, 1, 1, 0}));
-    EXPECT_EQ(dialog.previewRequests, 1);
-    DragDisplay(dialog, {200, 160}, {100, 100});
-    EXPECT_EQ(dialog.previewRequests, 1) << "nothing was left to hide";
+    EXPECT_EQ(previewRequests, 1);
+    Drag({200, 160}, {100, 100});
+    EXPECT_EQ(previewRequests, 1) << "nothing was left to hide";
     HoldKeys(true, false);
-    DragDisplay(dialog, {90, 90}, {160, 150});
+    Drag({90, 90}, {160, 150});
     EXPECT_EQ(Now(), (States{1, 1, 1, 1, 0}));
     EXPECT_EQ(gFakePreview.changeModes, (std::vector<int32_t>{kHideEffect, kRestoreHidden}));
 }
@@ -93,13 +93,13 @@ TEST_F(HideTool, NothingChangesBeforeTheTableIsReadyOrWithoutTheCapture) {
     gLightSourceTable->records = lights.data();
     gLightSourceTable->Count = 1;
     Use(kToolHide);
-    DragDisplay(dialog, {10, 10}, {390, 290});
-    ClickDisplay(dialog, 200, 150);
+    Drag({10, 10}, {390, 290});
+    Click(200, 150);
     EXPECT_EQ(Now(), (States{1}));
-    EXPECT_EQ(dialog.previewRequests, 0);
-    SetLightSources(&dialog, lights.data(), 1);
-    SendMouse(dialog.display, WM_LBUTTONDOWN, 50, 50, MK_LBUTTON);
-    SendMouse(dialog.display, WM_MOUSEMOVE, 350, 250, MK_LBUTTON);
+    EXPECT_EQ(previewRequests, 0);
+    SetLightSources(&lights);
+    Press(50, 50);
+    Move(350, 250);
     EXPECT_TRUE(gPreviewDisplay.marks.inRect);
     ReleaseCapture();
     EXPECT_FALSE(gPreviewDisplay.marks.inRect);
@@ -144,7 +144,7 @@ TEST_F(HideTool, MarksFollowTheViewAndTheChange) {
     ScrollPreview(-100, 0);
     PumpMessages();
     EXPECT_EQ(gPreviewDisplay.marks.single, 0);
-    ClickDisplay(dialog, 200, 150);
+    Click(200, 150);
     LeaveDisplay();
     const Picture clean = Show();
     EXPECT_EQ(ShowAt(201, 150).pixels, clean.pixels) << "no mark stays on a light that was hidden";

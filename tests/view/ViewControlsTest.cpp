@@ -7,7 +7,6 @@
 #include "ui/display/PreviewDisplayState.h"
 #include "ui/view/ViewMenu.h"
 
-#include <commctrl.h>
 #include <string>
 
 namespace {
@@ -19,41 +18,41 @@ protected:
         Open();
     }
 
-    bool IsEnabled(int id) { return IsWindowEnabled(GetDlgItem(dialog.window, id)) != FALSE; }
+    bool IsEnabled(int id) { return IsWindowEnabled(GetDlgItem(window, id)) != FALSE; }
     SCROLLINFO Bar(int id) {
         SCROLLINFO info = {};
         info.cbSize = sizeof info;
         info.fMask = SIF_ALL;
-        GetScrollInfo(GetDlgItem(dialog.window, id), SB_CTL, &info);
+        GetScrollInfo(GetDlgItem(window, id), SB_CTL, &info);
         return info;
     }
     void Scroll(int id, int code, int position = 0) {
-        const HWND bar = GetDlgItem(dialog.window, id);
-        SendMessageA(dialog.window, id == kHorizontalBarId ? WM_HSCROLL : WM_VSCROLL,
+        const HWND bar = GetDlgItem(window, id);
+        SendMessageA(window, id == kHorizontalBarId ? WM_HSCROLL : WM_VSCROLL,
                      MAKEWPARAM(code, static_cast<WORD>(position)), reinterpret_cast<LPARAM>(bar));
         PumpMessages();
     }
     void PickFromMenu(int command) {
-        gMenuAnswer.command = command;
+        gZoomMenu.command = command;
         ShowZoomMenu({100, 100}, TPM_LEFTALIGN);
         PumpMessages();
     }
-    bool IsDisplayInvalid() { return GetUpdateRect(dialog.display, nullptr, FALSE) != FALSE; }
+    bool IsDisplayInvalid() { return GetUpdateRect(display, nullptr, FALSE) != FALSE; }
     // The text, and which of the buttons can be used and looks so.
     void ExpectZoomShown(const char *text, bool in, bool out) {
         char shown[50] = "";
-        GetDlgItemTextA(dialog.window, kZoomTextId, shown, sizeof shown);
+        GetDlgItemTextA(window, kZoomTextId, shown, sizeof shown);
         EXPECT_STREQ(shown, text);
         EXPECT_EQ(IsEnabled(kZoomInButtonId), in);
         EXPECT_EQ(IsEnabled(kZoomOutButtonId), out);
-        EXPECT_EQ(dialog.pictures[kZoomInButtonId], in ? kPictureNormal : kPictureDisabled);
-        EXPECT_EQ(dialog.pictures[kZoomOutButtonId], out ? kPictureNormal : kPictureDisabled);
+        EXPECT_EQ(pictures[kZoomInButtonId], in ? kPictureNormal : kPictureDisabled);
+        EXPECT_EQ(pictures[kZoomOutButtonId], out ? kPictureNormal : kPictureDisabled);
     }
     void ExpectToolPictures(ToolPicture pan, ToolPicture zoom, ToolPicture hide, ToolPicture show) {
-        EXPECT_EQ(dialog.pictures[kPanIconId], pan);
-        EXPECT_EQ(dialog.pictures[kZoomIconId], zoom);
-        EXPECT_EQ(dialog.pictures[kHideIconId], hide);
-        EXPECT_EQ(dialog.pictures[kShowIconId], show);
+        EXPECT_EQ(pictures[kPanIconId], pan);
+        EXPECT_EQ(pictures[kZoomIconId], zoom);
+        EXPECT_EQ(pictures[kHideIconId], hide);
+        EXPECT_EQ(pictures[kShowIconId], show);
     }
 };
 
@@ -65,7 +64,7 @@ TEST_F(ViewControls, ToolsAreStoredShownAndTakeTheirCursors) {
     EXPECT_EQ(gFakePreview.starts, 1);
     ExpectToolPictures(kNormal, kSelected, kDisabled, kDisabled);
     for (const uint32_t stored : {kToolHide, kToolShow, kToolPan}) {
-        CloseViewDialog(&dialog);
+        Close();
         SetViewTool(stored);
         Open();
         EXPECT_EQ(gViewTools.tool, stored == kToolPan ? kToolPan : kToolZoom);
@@ -80,7 +79,7 @@ TEST_F(ViewControls, ToolsAreStoredShownAndTakeTheirCursors) {
     EXPECT_EQ(gViewTools.tool, kToolPan);
     EXPECT_EQ(GetViewTool(), kToolPan);
     ExpectToolPictures(kSelected, kNormal, kDisabled, kDisabled);
-    SetLightSources(&dialog, nullptr, 0);
+    SetLightSources();
     EXPECT_TRUE(IsEnabled(kHideIconId) && IsEnabled(kShowIconId));
     ExpectToolPictures(kSelected, kNormal, kNormal, kNormal);
     SelectViewTool(kToolHide);
@@ -103,20 +102,20 @@ TEST_F(ViewControls, TextAndButtonsFollowTheZoom) {
 
 TEST_F(ViewControls, EveryZoomAndEverySizeAsksForAPreviewAndRedraws) {
     for (const double zoom : {200.0, 200.0, 50.0, 100.0}) {
-        UpdateWindow(dialog.display);
-        dialog.previewRequests = 0;
+        UpdateWindow(display);
+        previewRequests = 0;
         SetZoom(zoom);
         EXPECT_TRUE(IsDisplayInvalid());
         PumpMessages();
-        EXPECT_EQ(dialog.previewRequests, 1);
+        EXPECT_EQ(previewRequests, 1);
     }
     CenterPreview(1000, 900);
     PumpMessages();
-    dialog.previewRequests = 0;
-    SetWindowPos(dialog.display, nullptr, 0, 0, 502, 202, SWP_NOMOVE | SWP_NOZORDER);
+    previewRequests = 0;
+    SetWindowPos(display, nullptr, 0, 0, 502, 202, SWP_NOMOVE | SWP_NOZORDER);
     EXPECT_TRUE(IsDisplayInvalid());
     PumpMessages();
-    EXPECT_EQ(dialog.previewRequests, 1);
+    EXPECT_EQ(previewRequests, 1);
     ExpectCenter(1000, 900);
     EXPECT_EQ(Bar(kHorizontalBarId).nPage, 500u);
 }
@@ -131,8 +130,8 @@ TEST_F(ViewControls, MenuItemsSetTheirZooms) {
         {40018, {"Actual Pixels", 100}}, {40019, {"Fit in View", 10}},
     };
     ShowZoomMenu({7, 8}, TPM_BOTTOMALIGN | TPM_CENTERALIGN);
-    const AskedMenu asked = TakeAskedMenu();
-    EXPECT_TRUE(asked.x == 7 && asked.y == 8 && asked.owner == dialog.window);
+    const ZoomMenu asked = gZoomMenu;
+    EXPECT_TRUE(asked.x == 7 && asked.y == 8 && asked.owner == window);
     constexpr UINT flags = TPM_BOTTOMALIGN | TPM_CENTERALIGN | TPM_RETURNCMD;
     EXPECT_EQ(asked.flags & flags, flags);
     EXPECT_EQ(asked.items.size(), expected.size() + 1);
@@ -150,18 +149,18 @@ TEST_F(ViewControls, MenuItemsSetTheirZooms) {
 
     EXPECT_EQ(asked.items.at(40020), "Fit on Screen");
     PickFromMenu(40020);
-    RECT window = {}, work = {};
-    GetWindowRect(dialog.window, &window);
+    RECT placed = {}, work = {};
+    GetWindowRect(window, &placed);
     SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);
-    EXPECT_TRUE(EqualRect(&window, &work));
+    EXPECT_TRUE(EqualRect(&placed, &work));
     EXPECT_DOUBLE_EQ(gViewTools.view.zoom, 10.0);
 }
 
 TEST_F(ViewControls, MenuFailuresAreReported) {
-    gMenuAnswer.error = 0x57A;
+    gZoomMenu.error = 0x57A;
     PickFromMenu(0);
     ExpectReport(1205, "TrackPopupMenu() failed with error code 0x57A");
-    gMenuAnswer = {};
+    gZoomMenu = {};
     PickFromMenu(0x9999);
     ExpectReport(1211, "TrackPopupMenu() returned unexpected value 0x9999");
     EXPECT_EQ(gViewTools.view.zoom, 100.0);
@@ -169,18 +168,16 @@ TEST_F(ViewControls, MenuFailuresAreReported) {
 
 TEST_F(ViewControls, TheDisplaysContextMenuIsTheZoomMenu) {
     POINT point = {30, 40};
-    ClientToScreen(dialog.display, &point);
+    ClientToScreen(display, &point);
     SetCursorPos(123, 234);
-    gMenuAnswer.command = 40009;
-    SendMessageA(dialog.display, WM_CONTEXTMENU, 0, MAKELPARAM(50, 60));
-    AskedMenu asked = TakeAskedMenu();
+    gZoomMenu.command = 40009;
+    SendMessageA(display, WM_CONTEXTMENU, 0, MAKELPARAM(50, 60));
+    const ZoomMenu &asked = gZoomMenu;
     EXPECT_TRUE(asked.x == 50 && asked.y == 60 && (asked.flags & TPM_RIGHTALIGN));
     EXPECT_EQ(gViewTools.view.zoom, 300.0);
-    SendMessageA(dialog.display, WM_KEYUP, VK_APPS, static_cast<LPARAM>(0xC0000001u));
-    asked = TakeAskedMenu();
+    SendMessageA(display, WM_KEYUP, VK_APPS, static_cast<LPARAM>(0xC0000001u));
     EXPECT_TRUE(asked.x == 123 && asked.y == 234) << "the menu key gives no position";
-    SendMouse(dialog.display, WM_RBUTTONUP, 30, 40); // through the class procedure
-    asked = TakeAskedMenu();
+    SendMouse(display, WM_RBUTTONUP, {30, 40}); // through the class procedure
     EXPECT_TRUE(asked.x == point.x && asked.y == point.y);
 }
 
@@ -195,11 +192,11 @@ TEST_F(ViewControls, BarsScrollTheView) {
                  {SB_ENDSCROLL, 3200}, {SB_LEFT, 0}};
     int position = 0;
     for (const auto &step : steps) {
-        dialog.previewRequests = 0;
+        previewRequests = 0;
         Scroll(kHorizontalBarId, step.code);
         EXPECT_EQ(Bar(kHorizontalBarId).nPos, step.expected);
         EXPECT_EQ(View().centerX, step.expected + 200);
-        EXPECT_EQ(dialog.previewRequests, step.expected != position);
+        EXPECT_EQ(previewRequests, step.expected != position);
         position = step.expected;
     }
     // A thumb position past 16 bits comes from the bar, not from the message.
@@ -208,45 +205,23 @@ TEST_F(ViewControls, BarsScrollTheView) {
         SCROLLINFO info = Bar(kVerticalBarId);
         info.nPos = 40001;
         info.fMask = SIF_POS;
-        SetScrollInfo(GetDlgItem(dialog.window, kVerticalBarId), SB_CTL, &info, FALSE);
+        SetScrollInfo(GetDlgItem(window, kVerticalBarId), SB_CTL, &info, FALSE);
         const int tracked = Bar(kVerticalBarId).nTrackPos;
         Scroll(kVerticalBarId, code, 5);
         EXPECT_EQ(Bar(kVerticalBarId).nPos, tracked);
     }
     // Bars that are not the preview's, and those with nothing to scroll.
-    EXPECT_FALSE(OnPreviewScroll(GetDlgItem(dialog.window, 2), SB_LINERIGHT));
+    EXPECT_FALSE(OnPreviewScroll(button, SB_LINERIGHT));
     EXPECT_FALSE(OnPreviewScroll(nullptr, SB_LINERIGHT));
     FitInView();
     PumpMessages();
-    dialog.previewRequests = 0;
+    previewRequests = 0;
     Scroll(kVerticalBarId, SB_BOTTOM);
-    EXPECT_EQ(dialog.previewRequests, 0);
-}
-
-TEST_F(ViewControls, TooltipsAreOnTheFourIcons) {
-    const HWND tips = CreateWindowExA(0, TOOLTIPS_CLASSA, nullptr, WS_POPUP, 0, 0, 0, 0, dialog.window,
-                                      nullptr, nullptr, nullptr);
-    RegisterViewTooltips(dialog.window, tips);
-    const std::map<int, std::wstring> expected = {{1043, L"Pan Tool (P)"},
-                                                  {1044, L"Zoom Tool (Z)"},
-                                                  {1123, L"Hide Effects Tool (X)"},
-                                                  {1184, L"Show Hidden Effects Tool (+)"}};
-    for (const auto &[id, text] : expected) {
-        wchar_t buffer[300] = L""; // the call for narrow texts gives 80 characters at most
-        TTTOOLINFOW tool = {};
-        tool.cbSize = TTTOOLINFOW_V1_SIZE;
-        tool.uFlags = TTF_IDISHWND;
-        tool.hwnd = dialog.window;
-        tool.uId = reinterpret_cast<UINT_PTR>(GetDlgItem(dialog.window, id));
-        tool.lpszText = buffer;
-        SendMessageW(tips, TTM_GETTEXTW, sizeof buffer / sizeof *buffer, reinterpret_cast<LPARAM>(&tool));
-        EXPECT_EQ(std::wstring(buffer).rfind(text + L" - use this tool to ", 0), 0u) << id;
-    }
-    DestroyWindow(tips);
+    EXPECT_EQ(previewRequests, 0);
 }
 
 TEST_F(ViewControls, WithoutADialogNothingHappens) {
-    CloseViewDialog(&dialog);
+    Close();
     EXPECT_EQ(gFakePreview.stops, 1);
     SetZoom(200.0);
     SelectViewTool(kToolPan);
