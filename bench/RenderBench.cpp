@@ -11,7 +11,7 @@
 #include "engine/image/ImageBuffer.h"
 #include "render/RenderDriver.h"
 #include "render/rows/RenderPath.h"
-#include "tests/plain/PlainRender.h"
+#include "bench/plain/PlainRender.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/StandardThreads.h"
 

@@ -4,7 +4,7 @@
 #   bench/table.sh BUILD_FOLDER            the Windows build (cmake --preset windows-x64), through Wine on Linux
 #   bench/table.sh --native BUILD_FOLDER   a native release build: renderer and detection only
 #
-# The targets are built first. COPY is a plain copy of the same image, PF the plain form of the tests' yardstick;
+# The targets are built first. COPY is a plain copy of the same image, PF the plain form (bench/plain);
 # "portable" is the renderer without AVX2. Takes about ten minutes with nothing else running, most of it PF, and 2 GB.
 set -eu
 native=no

@@ -1,5 +1,5 @@
 brillatrix_test(reference_tests TIMEOUT 600
-    LIBS render plain_render engine recording_diag
+    LIBS render engine recording_diag
     SOURCES
         reference/ArithmeticTest.cpp
         reference/Cases.cpp

@@ -2,8 +2,6 @@
 
 #include "engine/image/FixedPoint.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -41,20 +39,6 @@ double Random::Real(double low, double high) {
 
 bool Random::Chance(int percent) {
     return Pick(0, 99) < percent;
-}
-
-Picture::Picture(int32_t mode, int32_t bytesPerSample, int32_t transparencyPlanes, const IntRect &bounds,
-                 bool mask) {
-    bool maskFailed = false;
-    const HostResult result =
-        AllocateImageBuffer(mode, bytesPerSample, transparencyPlanes, bounds, mask, &buffer, &maskFailed);
-    EXPECT_EQ(result, kNoError);
-    if (result != kNoError)
-        std::abort();
-}
-
-Picture::~Picture() {
-    FreeImageBuffer(&buffer);
 }
 
 PictureKind PickKind(Random *random) {

@@ -5,6 +5,7 @@
 #include "engine/table/LightSourceTable.h"
 #include "render/shape/RenderSettings.h"
 #include "tests/reference/render/ReferenceStamps.h"
+#include "tests/support/TestImage.h"
 
 #include <cstdint>
 #include <random>
@@ -33,17 +34,7 @@ private:
     std::mt19937_64 engine;
 };
 
-// Owns an image buffer for the length of a test.
-class Picture {
-public:
-    Picture(int32_t mode, int32_t bytesPerSample, int32_t transparencyPlanes, const IntRect &bounds,
-            bool mask);
-    ~Picture();
-    Picture(const Picture &) = delete;
-    Picture &operator=(const Picture &) = delete;
-
-    ImageBuffer buffer{};
-};
+using Picture = TestImage;
 
 struct PictureKind {
     int32_t mode, bytesPerSample, transparencyPlanes;

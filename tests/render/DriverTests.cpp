@@ -1,12 +1,15 @@
 // The render driver: stamps kept, aborts, failures and values from outside. Its pictures are held against the
-// yardsticks in tests/reference.
+// yardstick in tests/reference.
 #include "render/stamp/StarBuilder.h"
 #include "tests/render/RenderFixture.h"
 #include "tests/support/StandardThreads.h"
 
+#include <limits>
+
 namespace {
 
 constexpr IntRect kBounds{40, 30, 190, 140};
+using Strings = std::vector<std::string>;
 
 class DriverTest : public RenderTest {
 protected:
@@ -14,197 +17,106 @@ protected:
         RenderTest::SetUp();
         SetImageGeometry(kBounds);
     }
+    TestImage source{kModeRgb8, 1, 0, kBounds}, output{kModeRgb8, 1, 0, kBounds};
 };
 
-std::vector<LightSource> ScatteredSources() {
-    std::vector<LightSource> sources = {MakeSource(100, 80, 1, 2), MakeSource(45, 33, 3, 0),
-                                        MakeSource(189, 139), MakeSource(20, 90, 2, 2),
-                                        MakeSource(120, 84, 1, 2)};
-    sources[1].Red = 0x30000000;
-    sources[2].Green = 0x20000000;
-    sources[4].Intensity = 0x20000000;
-    return sources;
-}
+const std::vector<LightSource> kOneSource = {MakeSource(100, 80)};
 
 // Effects alone without an extra plane need no copy, so that other layouts do not matter.
-TEST_F(DriverTest, EffectsOnlyNeedsNoCopy) {
-    RenderSettings settings = DefaultSettings();
+TEST_F(DriverTest, OnlyACopyNeedsTheSameLayout) {
+    RenderSettings settings = kSettings;
+    const TestImage other(kModeRgb16, 2, 1, kBounds);
+    EXPECT_FALSE(Render(settings, other, {}, &output));
+    EXPECT_EQ(
+        TakeReportLines(),
+        Strings{"153 0 16 Debug:  Unexpected Error: Programming error:  Incompatible image attributes."});
     settings.effectsOnly = true;
-    std::vector<LightSource> none;
-    TestImage source(kModeRgb16, 1, kBounds), flat(kModeRgb8, 0, kBounds);
-    FillRandom(&flat, 6);
-    EXPECT_TRUE(Render(settings, source, none, &flat));
-    EXPECT_EQ(flat.Bytes(), std::vector<uint8_t>(flat.Bytes().size(), 0));
-}
-
-TEST_F(DriverTest, DifferentLayoutsAreReported) {
-    std::vector<LightSource> none;
-    TestImage source(kModeRgb8, 0, kBounds), output(kModeRgb16, 0, kBounds);
-    EXPECT_FALSE(Render(DefaultSettings(), source, none, &output));
-    const auto reports = TakeReports();
-    ASSERT_EQ(reports.size(), 1u);
-    EXPECT_EQ(reports[0].title, "Debug:  Unexpected Error");
-    EXPECT_EQ(reports[0].message, "Programming error:  Incompatible image attributes.");
-}
-
-// Stand-ins for the builders: one bright entry at the source's pixel. For a star it is an arm of one step,
-// too narrow to cover its neighbours.
-bool BuildDot(StarStamp *stamp, int32_t, int32_t) {
-    static uint32_t full[] = {kFractionOne, kFractionOne};
-    static const ValueTable values = [] {
-        ValueTable table{full, 2, {}};
-        std::fill(std::begin(table.reach), std::end(table.reach), 2u);
-        return table;
-    }();
-    if (!AddArm(gRenderState.context, &gRenderState.stars.tables, 0, 0, {0.5, 0.5, 1800, 50, 50, 600000000u},
-                stamp))
-        return false;
-    Arm &arm = stamp->arms[0];
-    arm.walked = {0, 0};
-    arm.slope = arm.crossing = 0.0;
-    arm.halfWidth = -2.0;
-    arm.edgeSlope = 0.5;
-    arm.values = &values;
-    return true;
-}
-
-bool BuildFlareDot(FlareStamp *stamp, int32_t px, int32_t py) {
-    static uint32_t none = 0;
-    gRenderState.flares.values = ValueTable{&none, 1, {}};
-    *stamp = FlareStamp{true, px, py, 0, kFractionOne, true};
-    return true;
+    output.FillRandom(6);
+    EXPECT_TRUE(Render(settings, other, {}, &output));
+    EXPECT_EQ(output.Bytes(), std::vector<uint8_t>(output.Bytes().size(), 0));
 }
 
 // What a change leaves as it is stays; that the rest is built anew shows in tests/reference.
 TEST_F(DriverTest, StampsAreKeptWhereTheyServe) {
-    const struct {
-        const char *what;
-        void (*change)(RenderSettings *settings);
-        bool starsKept;
-    } cases[] = {
-        {"threshold", [](RenderSettings *s) { s->threshold = 70; }, true},
-        {"saturation", [](RenderSettings *s) { s->colorSaturation = 70; }, true},
-        {"flare", [](RenderSettings *s) { s->softFlareIntensity = 70; }, true},
-        {"effects only", [](RenderSettings *s) { s->effectsOnly = true; }, true},
-        {"angle", [](RenderSettings *s) { s->angle = 151; }, false},
-        {"rainbow", [](RenderSettings *s) { s->rainbowFrequency = 51; }, false},
-    };
-    std::vector<LightSource> sources = {MakeSource(100, 80)};
-    TestImage source(kModeRgb8, 0, kBounds), output(kModeRgb8, 0, kBounds);
-    for (const auto &c : cases) {
-        SetUp();
-        RenderSettings settings = DefaultSettings();
-        ASSERT_TRUE(Render(settings, source, sources, &output));
-        c.change(&settings);
-        UpdateStamps(settings);
-        EXPECT_EQ(gRenderState.stars.stamps[0].count > 0, c.starsKept) << c.what;
-        EXPECT_TRUE(gRenderState.flares.stamps[0].built) << c.what;
-    }
+    RenderSettings settings = kSettings;
+    ASSERT_TRUE(Render(settings, source, kOneSource, &output));
+    settings.threshold = settings.colorSaturation = settings.softFlareIntensity = 70;
+    settings.effectsOnly = true;
+    UpdateStamps(settings);
+    EXPECT_GT(gRenderState.stars.stamps[0].count, 0);
+    settings.angle = 151; // flares have none
+    UpdateStamps(settings);
+    EXPECT_TRUE(gRenderState.flares.stamps[0].built);
 }
 
-std::atomic<uint8_t> gTestAbort{0};
+std::atomic<uint8_t> gAbort;
 const RenderPath *gInnerPath;
-
-// Raises the flag while the first source is laid.
-void FillArmAndAbort(const ArmPiece &piece, uint32_t *values, uint16_t *states) {
-    gTestAbort = 1;
-    gInnerPath->fillArm(piece, values, states);
-}
-void FillFlareAndAbort(const FlarePiece &piece, uint32_t *values) {
-    gTestAbort = 1;
-    gInnerPath->fillFlare(piece, values);
-}
-
-TEST_F(DriverTest, AbortIsPolledBeforeEachSourceOfBothPasses) {
-    gInnerPath = path;
-    static RenderPath aborting;
-    aborting = *path;
-    aborting.fillArm = FillArmAndAbort;
-    aborting.fillFlare = FillFlareAndAbort;
-    gRenderPath = &aborting;
-    for (const bool flarePass : {false, true}) {
-        SetUp();
-        gTestAbort = 0;
-        RenderSettings settings = DefaultSettings();
-        settings.effectsOnly = true;
-        if (flarePass)
-            settings.intensity = settings.secondaryIntensity = 0;
-        gRenderState.stars.build = BuildDot;
-        gRenderState.flares.build = BuildFlareDot;
-        std::vector<LightSource> sources = {MakeSource(100, 80), MakeSource(110, 80)};
-        TestImage output(kModeRgb8, 0, kBounds);
-        EXPECT_FALSE(
-            RenderEffect(settings, output.buffer, kBounds, ViewOf(sources), gTestAbort, &output.buffer));
-        EXPECT_NE(output.At<uint8_t>(0, 100, 80), 0); // what was blended stays
-        EXPECT_EQ(output.At<uint8_t>(0, 110, 80), 0);
-        gRenderState.flares.values = ValueTable{};
-    }
-}
-
 const Arm *gArmAtAbort;
 int32_t gLaterArms;
 
-void FillArmAndWatch(const ArmPiece &piece, uint32_t *values, uint16_t *states) {
-    if (gTestAbort == 0)
+// Raise the flag while the first arm or flare is laid.
+void FillArmAndAbort(const ArmPiece &piece, uint32_t *values, uint16_t *states) {
+    if (!gAbort.exchange(1))
         gArmAtAbort = piece.arm;
-    gTestAbort = 1;
     gLaterArms += piece.arm != gArmAtAbort;
     gInnerPath->fillArm(piece, values, states);
 }
+void FillFlareAndAbort(const FlarePiece &piece, uint32_t *values) {
+    gAbort = 1;
+    gInnerPath->fillFlare(piece, values);
+}
 
-// A large star is left between two of its arms.
-TEST_F(DriverTest, AbortIsPolledBeforeEachArm) {
+TEST_F(DriverTest, AbortIsPolledBeforeEachSourceOfBothPassesAndBetweenArms) {
     gInnerPath = path;
-    RenderPath watching = *path;
-    watching.fillArm = FillArmAndWatch;
-    gRenderPath = &watching;
-    gTestAbort = 0;
-    gLaterArms = 0;
-    std::vector<LightSource> sources = {MakeSource(100, 80)};
-    TestImage output(kModeRgb8, 0, kBounds);
-    EXPECT_FALSE(
-        RenderEffect(DefaultSettings(), output.buffer, kBounds, ViewOf(sources), gTestAbort, &output.buffer));
-    EXPECT_EQ(gTestAbort, 1);
-    EXPECT_EQ(gLaterArms, 0);
+    RenderPath aborting = *path;
+    aborting.fillArm = FillArmAndAbort;
+    aborting.fillFlare = FillFlareAndAbort;
+    gRenderPath = &aborting;
+    RenderSettings settings = kSettings;
+    settings.effectsOnly = true;
+    settings.length = 1; // neither star nor flare reaches the other source
+    for (const bool flarePass : {false, true}) {
+        gAbort = 0;
+        gLaterArms = 0;
+        if (flarePass)
+            settings.intensity = settings.secondaryIntensity = 0;
+        EXPECT_FALSE(
+            Render(settings, source, {MakeSource(60, 80), MakeSource(160, 80, 1, 1)}, &output, gAbort));
+        EXPECT_EQ(gLaterArms, 0);
+        int64_t touched[2] = {};
+        for (int32_t i = 0; i < output.buffer.planeSize; ++i)
+            touched[i % output.buffer.width >= 70] += output.buffer.planes[0][i] != 0;
+        EXPECT_GT(touched[0], 0); // what was blended stays
+        EXPECT_EQ(touched[1], 0);
+    }
     gRenderPath = path;
 }
 
-bool BuildDotAndAbort(StarStamp *stamp, int32_t px, int32_t py) {
-    gTestAbort = 1;
-    return BuildDot(stamp, px, py);
-}
-
-TEST_F(DriverTest, AbortWhileStampsAreBuiltDrawsNothing) {
-    gTestAbort = 0;
-    gRenderState.stars.build = BuildDotAndAbort;
-    std::vector<LightSource> sources = {MakeSource(100, 80), MakeSource(110, 80, 1, 1)};
-    TestImage source(kModeRgb8, 0, kBounds), output(kModeRgb8, 0, kBounds);
-    FillRandom(&source, 3);
-    EXPECT_FALSE(
-        RenderEffect(DefaultSettings(), source.buffer, kBounds, ViewOf(sources), gTestAbort, &output.buffer));
-    EXPECT_EQ(output.Bytes(), source.Bytes());
-    EXPECT_EQ(gRenderState.stars.stamps[5].count, 0); // the second source's phase was not begun
-}
-
-// A flag that was raised before the render.
-TEST_F(DriverTest, RaisedAbortBuildsNothing) {
-    gTestAbort = 1;
-    std::vector<LightSource> sources = {MakeSource(100, 80)};
-    TestImage output(kModeRgb8, 0, kBounds);
-    EXPECT_FALSE(RenderEffect(DefaultSettings(), output.buffer, kBounds, ViewOf(sources), gTestAbort,
-                              &output.buffer, StandardThreads(3)));
-    EXPECT_EQ(gRenderState.stars.stamps[0].count, 0);
+TEST_F(DriverTest, AbortBeforeOrWhileStampsAreBuiltDrawsNothing) {
+    for (const bool before : {true, false}) {
+        gAbort = before;
+        gRenderState.stars.build = [](StarStamp *stamp, int32_t px, int32_t py) {
+            gAbort = 1;
+            return DrawStar(gRenderState.context, gAbort, &gRenderState.stars.tables, stamp, px, py);
+        };
+        source.FillRandom(3);
+        EXPECT_FALSE(Render(kSettings, source, {MakeSource(100, 80), MakeSource(110, 80, 1, 1)}, &output,
+                            gAbort, StandardThreads(3)));
+        EXPECT_EQ(output.Bytes(), source.Bytes());
+        for (const StarStamp &stamp : gRenderState.stars.stamps)
+            EXPECT_EQ(stamp.count, 0);
+        EXPECT_EQ(gRenderState.stars.stamps[5].arms, nullptr) << "the second source's phase was begun";
+        EXPECT_EQ(gRenderState.stars.stamps[0].arms, nullptr);
+    }
 }
 
 TEST_F(DriverTest, SetWithoutBuilderFailsTheRender) {
-    std::vector<LightSource> sources = {MakeSource(100, 80)}, none;
-    TestImage source(kModeRgb8, 0, kBounds), output(kModeRgb8, 0, kBounds);
     gRenderState.flares.build = nullptr;
-    EXPECT_FALSE(Render(DefaultSettings(), source, sources, &output));
-    EXPECT_TRUE(Render(DefaultSettings(), source, none, &output));
+    EXPECT_FALSE(Render(kSettings, source, kOneSource, &output));
+    EXPECT_TRUE(Render(kSettings, source, {}, &output));
     gRenderState.flares.build = flareBuilder;
     gRenderState.stars.build = nullptr;
-    EXPECT_FALSE(Render(DefaultSettings(), source, sources, &output));
+    EXPECT_FALSE(Render(kSettings, source, kOneSource, &output));
     EXPECT_TRUE(TakeReports().empty());
 }
 
@@ -220,27 +132,29 @@ int64_t StateBytes() {
 // The n-th allocation fails, for every n, once and from then on: the render still ends well, every byte is
 // accounted for, and the next render draws the whole picture.
 TEST_F(DriverTest, EveryAllocationMayFail) {
-    std::vector<LightSource> sources = ScatteredSources();
-    TestImage source(kModeRgb8, 0, kBounds), whole(kModeRgb8, 0, kBounds), output(kModeRgb8, 0, kBounds);
-    ASSERT_TRUE(Render(DefaultSettings(), source, sources, &whole));
+    const std::vector<LightSource> sources = {MakeSource(100, 80, 1, 2), MakeSource(45, 33, 3, 0),
+                                              MakeSource(189, 139), MakeSource(20, 90, 2, 2),
+                                              MakeSource(120, 84, 1, 2)};
+    TestImage whole(kModeRgb8, 1, 0, kBounds);
+    ASSERT_TRUE(Render(kSettings, source, sources, &whole));
     for (const bool andAllLater : {false, true})
         for (int64_t n = 1, made = n; made >= n; ++n) {
             FreeRenderState();
             TakeReports();
             FailAllocation(n, andAllLater);
-            EXPECT_TRUE(Render(DefaultSettings(), source, sources, &output));
+            EXPECT_TRUE(Render(kSettings, source, sources, &output));
             made = AllocationsMade();
             FailAllocation(0, false);
             EXPECT_EQ(BufferBytesInUse(), StateBytes() + 3 * source.buffer.pixelBytes);
             ResetRenderState();
-            ASSERT_TRUE(Render(DefaultSettings(), source, sources, &output));
+            ASSERT_TRUE(Render(kSettings, source, sources, &output));
             ASSERT_EQ(output.Bytes(), whole.Bytes()) << n;
         }
 }
 
 // The stamp keeps what was drawn before memory ran out; one report, and no further arm.
 TEST_F(DriverTest, ExhaustedMemoryIsReportedOnceAndEndsTheStar) {
-    RenderSettings settings = DefaultSettings();
+    RenderSettings settings = kSettings;
     settings.effectType = kNorthStar; // arms of two lengths, two tables
     settings.secondaryIntensity = 100;
     const StampContext context = MakeStampContext(settings);
@@ -249,95 +163,79 @@ TEST_F(DriverTest, ExhaustedMemoryIsReportedOnceAndEndsTheStar) {
         StarTables tables{};
         BeginStars(context, &tables);
         FailAllocation(n, true);
-        EXPECT_FALSE(DrawStar(context, noAbort, &tables, &stamp, 1, 3));
+        EXPECT_FALSE(DrawStar(context, std::atomic<uint8_t>{0}, &tables, &stamp, 1, 3));
         EXPECT_EQ(stamp.count, n < 5 ? 0 : n == 5 ? 1 : n == 6 ? 18 : 19) << n;
         FailAllocation(0, false);
-        const auto reports = TakeReports();
-        ASSERT_EQ(reports.size(), 1u);
-        EXPECT_EQ(reports[0].record.line, 237u);
-        EXPECT_EQ(reports[0].record.kind, kUserMessage);
-        EXPECT_EQ(reports[0].messageBoxFlags, kWarningIcon);
-        EXPECT_EQ(reports[0].title, "Warning");
-        EXPECT_EQ(reports[0].message, "Low memory.  Check image - some effects may not be rendered.");
+        EXPECT_EQ(TakeReportLines(), Strings{"237 1 48 Warning: Low memory.  Check image - some effects may "
+                                             "not be rendered."});
         FreeStamp(&stamp);
         DropStarTables(&tables);
     }
 }
 
-// Arms of one fall-off share its table: memory, and the time to fill it.
+// Memory, and the time to fill it.
 TEST_F(DriverTest, ArmsOfOneFallOffShareATable) {
-    std::vector<LightSource> sources = ScatteredSources();
-    RenderSettings settings = DefaultSettings();
+    RenderSettings settings = kSettings;
     settings.secondaryIntensity = 0;
-    TestImage source(kModeRgb8, 0, kBounds), output(kModeRgb8, 0, kBounds);
-    ASSERT_TRUE(Render(settings, source, sources, &output));
+    ASSERT_TRUE(Render(settings, source, kOneSource, &output));
     EXPECT_EQ(gRenderState.stars.tables.count, 1);
 }
 
 TEST_F(DriverTest, ClampedSettingsAreInRange) {
-    RenderSettings s{};
-    std::memset(&s, 0, sizeof s);
-    s.scale = std::numeric_limits<double>::quiet_NaN();
-    s.threshold = -1;
-    s.length = 40000 - 65536;
-    s.angle = 32767;
-    s.colorSaturation = -32768;
-    s.rainbowFrequency = 107;
-    s.effectType = 0x65665437;
-    ClampRenderSettings(&s);
-    EXPECT_EQ(s.scale, 100.0);
-    EXPECT_EQ(s.threshold, 0);
-    EXPECT_EQ(s.length, 0);
-    EXPECT_EQ(s.angle, 900);
-    EXPECT_EQ(s.colorSaturation, -100);
-    EXPECT_EQ(s.rainbowFrequency, 100);
-    EXPECT_EQ(s.numberOfPoints, 1);
-    EXPECT_EQ(s.effectType, kStandardStar);
-    RenderSettings same = DefaultSettings();
-    ClampRenderSettings(&same);
-    EXPECT_EQ(same.length, 50);
-    EXPECT_EQ(same.angle, 150);
-    EXPECT_EQ(same.colorSaturation, 30);
-    for (const double bad : {0.5, -100.0, 100001.0, std::numeric_limits<double>::infinity()}) {
-        same.scale = bad;
-        ClampRenderSettings(&same);
-        EXPECT_EQ(same.scale, 100.0);
+    constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
+    const struct {
+        RenderSettings wild, clamped;
+    } cases[] = {{{kNoNumber, -1, 101, -25536, 32767, 0, -7, -32768, 107, 107, -1, 500, true, 0x65665437},
+                  {100.0, 0, 100, 0, 900, 1, 0, -100, 100, 100, 0, 100, true, kStandardStar}},
+                 {{0.5, 101, -1, 101, -901, 33, 101, 101, -1, -1, 101, -1, false, 7},
+                  {100.0, 100, 0, 100, -900, 32, 100, 100, 0, 0, 100, 0, false, kStandardStar}},
+                 {kSettings, kSettings}};
+    const auto bytes = [](const RenderSettings &s) { // up to the padding after the flag
+        return std::string(reinterpret_cast<const char *>(&s), offsetof(RenderSettings, effectsOnly) + 1);
+    };
+    for (const auto &c : cases) {
+        RenderSettings s = c.wild;
+        ClampRenderSettings(&s);
+        EXPECT_EQ(bytes(s), bytes(c.clamped)) << &c - cases;
+        EXPECT_EQ(s.effectType, c.clamped.effectType);
+    }
+    for (const double bad : {-100.0, 100001.0, std::numeric_limits<double>::infinity()}) {
+        RenderSettings s = kSettings;
+        s.scale = bad;
+        ClampRenderSettings(&s);
+        EXPECT_EQ(s.scale, 100.0);
     }
 }
 
 // Wild settings, pictures and sources only have to end, without a fault that a sanitizer sees.
 TEST_F(DriverTest, WildValuesAreHarmless) {
     std::mt19937 random(20240611);
-    const auto wild = [&] {
-        constexpr int16_t kValues[] = {-32768, -101, -1, 0, 1, 50, 100, 107, 32767};
-        return kValues[random() % 9];
-    };
+    constexpr int16_t kValues[] = {-32768, -101, -1, 0, 1, 50, 100, 107, 32767};
+    constexpr int32_t kModes[2][3] = {{kModeGray8, kModeGray16, kModeGray32},
+                                      {kModeRgb8, kModeRgb16, kModeRgb32}};
     for (int round = 0; round < 150; ++round) {
         const IntRect bounds{0, 0, 1 + static_cast<int32_t>(random() % 40),
                              1 + static_cast<int32_t>(random() % 3)};
-        const int32_t mode = kAllModes[random() % 6];
+        const int32_t depth = static_cast<int32_t>(random() % 3);
         SetImageGeometry(bounds);
         gPreciseMode = random() % 2;
-        gFloor = FloorForBytesPerSample(BytesOfMode(mode));
-        RenderSettings s{random() % 4 == 0 ? 1.0 : 100.0,
-                         wild(),
-                         wild(),
-                         wild(),
-                         wild(),
-                         wild(),
-                         wild(),
-                         wild(),
-                         wild(),
-                         wild(),
-                         wild(),
-                         wild(),
-                         random() % 2 == 0,
-                         kStandardStar + static_cast<uint32_t>(random() % 9)};
-        std::vector<LightSource> sources = {MakeSource(0, 0, -1, 77), MakeSource(3, 1, 2, 2),
-                                            MakeSource(2147483647, -2147483647 - 1)};
-        TestImage source(mode, 0, bounds), output(mode, 0, bounds);
-        FillRandom(&source, static_cast<uint32_t>(round));
-        EXPECT_TRUE(Render(s, source, sources, &output));
+        gFloor = FloorForBytesPerSample(1 << depth);
+        int16_t fields[11];
+        for (int16_t &field : fields)
+            field = kValues[random() % 9];
+        RenderSettings s = kSettings;
+        std::memcpy(reinterpret_cast<char *>(&s) + offsetof(RenderSettings, threshold), fields,
+                    sizeof fields);
+        s.scale = random() % 4 == 0 ? 1.0 : 100.0;
+        s.effectsOnly = random() % 2;
+        s.effectType = kStandardStar + static_cast<uint32_t>(random() % 9);
+        const int32_t mode = kModes[random() % 2][depth];
+        TestImage wild(mode, 1 << depth, 0, bounds), drawn(mode, 1 << depth, 0, bounds);
+        wild.FillRandom(static_cast<uint32_t>(round));
+        EXPECT_TRUE(Render(
+            s, wild,
+            {MakeSource(0, 0, -1, 77), MakeSource(3, 1, 2, 2), MakeSource(2147483647, -2147483647 - 1)},
+            &drawn));
     }
 }
 

@@ -37,6 +37,14 @@ std::vector<RecordedReport> TakeReports() {
     return taken;
 }
 
+std::vector<std::string> TakeReportLines() {
+    std::vector<std::string> lines;
+    for (const RecordedReport &r : TakeReports())
+        lines.push_back(std::to_string(r.record.line) + " " + std::to_string(r.record.kind) + " " +
+                        std::to_string(r.messageBoxFlags) + " " + r.title + ": " + r.message);
+    return lines;
+}
+
 void FailAllocation(int64_t n, bool andAllLater) {
     const std::lock_guard<std::mutex> hold(gLock);
     gMade = 0;

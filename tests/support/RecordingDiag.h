@@ -17,6 +17,8 @@ struct RecordedReport {
 
 // Takes all reports made since the last call. Any thread.
 std::vector<RecordedReport> TakeReports();
+// The same, each as one line: "site kind icon title: message".
+std::vector<std::string> TakeReportLines();
 
 // The n-th counted allocation from now on (1 = the next) fails, and every later one too when `andAllLater`.
 // 0 switches failing off.

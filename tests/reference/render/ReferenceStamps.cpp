@@ -32,8 +32,7 @@ void Append(int64_t x, int64_t y, const std::array<uint32_t, 3> &factors, uint32
     const int64_t dx = x / 4, dy = y / 4;
     if (dx < -32768 || dx > 32767 || dy < -32768 || dy > 32767)
         return;
-    stamp->push_back(
-        {static_cast<int16_t>(dx), static_cast<int16_t>(dy), {factors[0], factors[1], factors[2]}, value});
+    stamp->push_back({static_cast<int16_t>(dx), static_cast<int16_t>(dy), factors, value});
 }
 
 // One arm on its way: which axis it is walked along and how its centre line runs.

@@ -3,15 +3,20 @@
 #pragma once
 
 #include "render/shape/RenderSettings.h"
-#include "tests/plain/PlainStamps.h"
 #include "tests/reference/ReferenceMath.h"
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
 namespace reference {
 
-using plain::StampEntry;
+struct StampEntry {
+    int16_t dx, dy; // pixel offset from the light source's pixel
+    std::array<uint32_t, 3> factor;
+    uint32_t value;
+};
+using Stamp = std::vector<StampEntry>;
 
 // Everything a render depends on besides the pictures.
 struct RenderContext {
@@ -32,8 +37,6 @@ struct ArmShape {
     double sharpnessFactor, widthFactor;
     int32_t decay;
 };
-
-using Stamp = plain::Stamp;
 
 // The primary arms of the settings' effect type, in drawing order.
 std::vector<Arm> PrimaryArms(const RenderSettings &settings);

@@ -1,6 +1,6 @@
 // The renderer in its plain form: stamps are lists of loose entries, every entry is laid by reading, blending
-// and writing one pixel, on one thread. A yardstick of the renderer's tests and of its benchmark; it shares
-// the layouts, the angle tables, the source tints and the output base with the renderer.
+// and writing one pixel, on one thread. What the benchmark measures the renderer against; it shares the
+// layouts, the angle tables, the source tints and the output base with the renderer.
 #pragma once
 
 #include "render/shape/StampContext.h"

@@ -4,7 +4,7 @@
 #include "render/shape/Rainbow.h"
 #include "render/stamp/SecondarySpikes.h"
 #include "render/stamp/StarBuilder.h"
-#include "tests/plain/PlainStamps.h"
+#include "bench/plain/PlainStamps.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,5 +1,5 @@
 #include "engine/image/FixedPoint.h"
-#include "tests/plain/PlainStamps.h"
+#include "bench/plain/PlainStamps.h"
 
 #include <algorithm>
 #include <cmath>
