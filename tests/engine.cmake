@@ -5,6 +5,6 @@ brillatrix_test(engine_tests
 
 if(WIN32)
     brillatrix_test(init_task_tests
-        LIBS engine recording_diag
-        SOURCES engine/InitTaskTest.cpp engine/TestImages.cpp ${CMAKE_SOURCE_DIR}/host/module/ModuleImports.cpp)
+        LIBS engine recording_diag system_objects
+        SOURCES engine/InitTaskTest.cpp engine/TestImages.cpp)
 endif()

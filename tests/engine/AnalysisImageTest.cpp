@@ -2,7 +2,7 @@
 #include "engine/image/AnalysisImage.h"
 
 #include "diag/BufferUsage.h"
-#include "tests/engine/TestWorker.h"
+#include "tests/engine/TestImages.h"
 
 #include <cstring>
 
@@ -12,8 +12,8 @@ using AnalysisImageTest = EngineTest;
 
 TEST_F(AnalysisImageTest, AWindowWithNoPixelTakesTheLastColumn) {
     // The first analysis column of this picture points four document pixels left of it.
-    TestImage image(kModeGray8, 1, 0, IntRect{1003, 0, 1003 + 3960, 1}, false);
-    SetSample8(&image.buffer, 0, 3959, 0, 200);
+    TestImage image(kModeGray8, 1, 0, IntRect{1003, 0, 1003 + 3960, 1});
+    image.buffer.planes[0][3959] = 200;
     const TestWorker worker(image.buffer);
     ASSERT_EQ(worker.shared.image.bounds.left, 303);
     EXPECT_EQ(FetchPixel(worker.shared.image, 303, 0).red, WorkingFrom8(200));
@@ -41,7 +41,7 @@ TEST_F(AnalysisImageTest, FailuresLeaveTheOutputAlone) {
     AnalysisImage out = untouched;
     const ImageBuffer nothing{};
     EXPECT_EQ(PrepareAnalysisImage(nothing, cancel, &out), kParamErr);
-    TestImage image(kModeRgb8, 1, 0, IntRect{0, 0, 2000, 3}, false);
+    TestImage image(kModeRgb8, 1, 0, IntRect{0, 0, 2000, 3});
     ImageBuffer lying = image.buffer;
     lying.width = 1999;
     EXPECT_EQ(PrepareAnalysisImage(lying, cancel, &out), kParamErr);

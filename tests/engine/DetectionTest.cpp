@@ -5,7 +5,7 @@
 #include "engine/detect/FloodFill.h"
 #include "engine/detect/RadiusRefinement.h"
 #include "engine/image/FixedPoint.h"
-#include "tests/engine/TestWorker.h"
+#include "tests/engine/TestImages.h"
 
 #include <cmath>
 
@@ -96,7 +96,7 @@ TEST_F(DetectionTest, AWhitePictureIsFilledOnceAndWhole) {
     for (int32_t i = 0; i < 1200 * 1200; ++i)
         marked += FetchPixel(worker.shared.image, i % 1200, i / 1200).selectionLevel == 0;
     EXPECT_EQ(marked, 1200 * 1200);
-    EXPECT_TRUE(worker.Sources().empty());
+    EXPECT_EQ(worker.context.table.Count, 0u);
 }
 
 TEST_F(DetectionTest, AFillWithoutMemoryIsReportedAndStops) {
@@ -107,12 +107,9 @@ TEST_F(DetectionTest, AFillWithoutMemoryIsReportedAndStops) {
     FailAllocation(0, false);
     EXPECT_EQ(worker.context.result, kMemFullErr);
     EXPECT_EQ(worker.count.unlocks, 1);
-    const std::vector<RecordedReport> reports = TakeReports();
-    ASSERT_EQ(reports.size(), 1u);
-    EXPECT_EQ(reports[0].record.line, 1081u);
-    EXPECT_EQ(reports[0].record.kind, kUserMessage);
-    EXPECT_EQ(reports[0].title, "Error - Exiting Plugin");
-    EXPECT_EQ(reports[0].message, "Unable to allocate memory for a flood fill list.");
+    EXPECT_EQ(TakeReportLines(),
+              std::vector<std::string>{
+                  "1081 1 16 Error - Exiting Plugin: Unable to allocate memory for a flood fill list."});
 }
 
 TEST_F(DetectionTest, AScanStopsAtThePixelThatFollowsACancel) {
@@ -133,7 +130,7 @@ TEST_F(DetectionTest, AWorkerKeepsAMemoryFailureOfItsTable) {
     ScanBand(&worker.context);
     FailAllocation(0, false);
     EXPECT_EQ(worker.context.result, kMemFullErr);
-    EXPECT_TRUE(worker.Sources().empty());
+    EXPECT_EQ(worker.context.table.Count, 0u);
 }
 
 } // namespace

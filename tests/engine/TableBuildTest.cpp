@@ -4,7 +4,7 @@
 #include "diag/BufferUsage.h"
 #include "engine/SerialBuild.h"
 #include "engine/image/FixedPoint.h"
-#include "tests/engine/TestWorker.h"
+#include "tests/engine/TestImages.h"
 
 #include <cmath>
 #include <cstring>
@@ -38,8 +38,10 @@ TEST(Bands, LeaveOneRowBetweenThemAndEndAtTheBottom) {
 using WorkerContextTest = EngineTest;
 
 TEST_F(WorkerContextTest, EveryMissingBufferIsReportedAndTheNextStillTried) {
-    const char *names[] = {"DiskParamsBuff", "RingParamsBuff", "DiskShapeBuff", "RingShapeBuff"};
-    const uint32_t sites[] = {901, 907, 918, 930};
+    const char *buffers[][2] = {{"901", "DiskParamsBuff"},
+                                {"907", "RingParamsBuff"},
+                                {"918", "DiskShapeBuff"},
+                                {"930", "RingShapeBuff"}};
     DetectionShared shared{};
     shared.image.bounds = IntRect{0, 0, 10, 10};
     for (const bool all : {false, true})
@@ -48,16 +50,13 @@ TEST_F(WorkerContextTest, EveryMissingBufferIsReportedAndTheNextStillTried) {
             FailAllocation(failing, all);
             EXPECT_EQ(InitializeWorkerContext(3, shared.image.bounds, &shared, &worker), kMemFullErr);
             FailAllocation(0, false);
-            const std::vector<RecordedReport> reports = TakeReports();
-            ASSERT_EQ(reports.size(), all ? static_cast<size_t>(5 - failing) : 1u);
-            for (size_t i = 0; i < reports.size(); ++i) {
-                const size_t buffer = static_cast<size_t>(failing) - 1 + i;
-                EXPECT_EQ(reports[i].record.line, sites[buffer]);
-                EXPECT_EQ(reports[i].record.kind, kDebugMessage);
-                EXPECT_EQ(reports[i].title, "Debug:  Unexpected Error");
-                EXPECT_EQ(reports[i].message,
-                          std::string("Thread 3: Could not allocate buffer for ") + names[buffer] + ".");
-            }
+            std::vector<std::string> expected;
+            for (int64_t i = failing; i <= (all ? 4 : failing); ++i)
+                expected.push_back(buffers[i - 1][0] +
+                                   std::string(" 0 16 Debug:  Unexpected Error: Thread 3: Could not allocate "
+                                               "buffer for ") +
+                                   buffers[i - 1][1] + ".");
+            EXPECT_EQ(TakeReportLines(), expected);
             ReleaseWorkerContext(&worker);
             EXPECT_EQ(BufferBytesInUse(), 0);
         }
@@ -75,7 +74,7 @@ TestImage MakeBusyPicture(int32_t width, int32_t height) {
     for (int32_t y = height - 160; y < height; ++y)
         for (int32_t x = width - 160; x < width; ++x)
             for (int plane = 0; plane < 3; ++plane)
-                SetSample8(&image.buffer, plane, x, y, 250);
+                image.buffer.planes[plane][y * width + x] = 250;
     return image;
 }
 
@@ -84,7 +83,7 @@ TEST_F(TableBuildTest, SetsPrecisionAndFloorByDepth) {
     for (const auto &[bytes, floor] : cases) {
         gPreciseMode = false;
         gFloor = 1;
-        const TestImage image(kModeRgb8, bytes, 0, IntRect{0, 0, 4, 4}, false);
+        const TestImage image(kModeRgb8, bytes, 0, IntRect{0, 0, 4, 4});
         Detect(image.buffer);
         EXPECT_TRUE(gPreciseMode);
         EXPECT_EQ(gFloor, floor);
@@ -106,7 +105,7 @@ TEST_F(TableBuildTest, WildPicturesOfEveryShapeEndWithoutASource) {
 TEST_F(TableBuildTest, WildFloatsAreHarmless) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     const float wild[] = {std::nanf(""), -1e30f, kInfinity, 0.3f, -kInfinity, 1e-40f, 1.0f};
-    TestImage image(kModeRgb32, 4, 1, IntRect{0, 0, 1300, 40}, false);
+    TestImage image(kModeRgb32, 4, 1, IntRect{0, 0, 1300, 40});
     for (int64_t i = 0; i < image.buffer.planeSize * 4; ++i)
         memcpy(image.buffer.pixels + 4 * i, &wild[(i * i / 7) % 7], 4);
     Detect(image.buffer);

@@ -5,30 +5,12 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <random>
-#include <stdexcept>
-
-TestImage::TestImage(int32_t mode, int32_t bytesPerSample, int32_t transparencyPlanes, const IntRect &bounds,
-                     bool wantMask) {
-    bool maskFailed;
-    if (AllocateImageBuffer(mode, bytesPerSample, transparencyPlanes, bounds, wantMask, &buffer,
-                            &maskFailed) != kNoError)
-        throw std::runtime_error("no memory for a test picture");
-}
-
-void SetSample8(ImageBuffer *buffer, int plane, int32_t x, int32_t y, uint8_t value) {
-    buffer->planes[plane][int64_t{y} * buffer->width + x] = value;
-}
 
 TestImage MakeGrayRgb(int32_t width, int32_t height, const std::function<uint8_t(int, int)> &valueAt) {
-    TestImage image(kModeRgb8, 1, 0, IntRect{0, 0, width, height}, false);
-    for (int32_t y = 0; y < height; ++y)
-        for (int32_t x = 0; x < width; ++x) {
-            const uint8_t value = valueAt(x, y);
-            for (int channel = 0; channel < 3; ++channel)
-                SetSample8(&image.buffer, channel, x, y, value);
-        }
+    TestImage image(kModeRgb8, 1, 0, IntRect{0, 0, width, height});
+    for (int32_t i = 0; i < width * height; ++i)
+        image.buffer.planes[0][i] = image.buffer.planes[1][i] = image.buffer.planes[2][i] =
+            valueAt(i % width, i / width);
     return image;
 }
 
@@ -44,22 +26,17 @@ TestImage MakeSpots(int32_t width, int32_t height, const std::vector<Spot> &spot
     });
 }
 
-TestImage MakeNoise(int32_t width, int32_t height, uint32_t seed) {
-    std::mt19937 random(seed);
-    return MakeGrayRgb(width, height, [&random](int, int) { return static_cast<uint8_t>(random() % 256); });
-}
-
 void EngineTest::SetUp() {
     FailAllocation(0, false);
     TakeReports();
     FreeTableRecords(gLightSourceTable);
-    ASSERT_EQ(BufferBytesInUse(), 0);
+    held = BufferBytesInUse();
 }
 
 void EngineTest::TearDown() {
     FailAllocation(0, false);
     FreeTableRecords(gLightSourceTable);
-    EXPECT_EQ(BufferBytesInUse(), 0);
+    EXPECT_EQ(BufferBytesInUse(), held);
 }
 
 std::vector<LightSource> GlobalSources() {
@@ -76,4 +53,15 @@ std::vector<LightSource> Detect(const ImageBuffer &image, int workers) {
 bool SameSources(const std::vector<LightSource> &a, const std::vector<LightSource> &b) {
     return a.size() == b.size() &&
            (a.empty() || memcmp(a.data(), b.data(), a.size() * sizeof(LightSource)) == 0);
+}
+
+TestWorker::TestWorker(const ImageBuffer &picture) {
+    shared.cancel = &cancel;
+    EXPECT_EQ(PrepareAnalysisImage(picture, cancel, &shared.image), kNoError);
+    EXPECT_EQ(InitializeWorkerContext(0, shared.image.bounds, &shared, &context), kNoError);
+}
+
+TestWorker::~TestWorker() {
+    ReleaseWorkerContext(&context);
+    FreeAnalysisImage(&shared.image);
 }

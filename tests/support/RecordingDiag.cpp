@@ -3,27 +3,35 @@
 #include "diag/BufferUsage.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
 
 namespace {
 
-std::mutex gLock;
+// No mutex of the library: on some systems that makes system objects, which tests count.
+std::atomic_flag gBusy;
+struct Busy {
+    Busy() {
+        while (gBusy.test_and_set())
+            ;
+    }
+    ~Busy() { gBusy.clear(); }
+};
 std::vector<RecordedReport> gReports;
 int64_t gInUse = 0, gPeak = 0, gMade = 0, gFailAt = 0;
 bool gFailLater = false;
 
 // Counts one allocation; true when it is one that must fail.
 bool MustFail() {
-    const std::lock_guard<std::mutex> hold(gLock);
+    const Busy busy;
     ++gMade;
     return gFailAt != 0 && (gFailLater ? gMade >= gFailAt : gMade == gFailAt);
 }
 
 void Count(int64_t bytes) {
-    const std::lock_guard<std::mutex> hold(gLock);
+    const Busy busy;
     gInUse += bytes;
     gPeak = std::max(gPeak, gInUse);
 }
@@ -31,7 +39,7 @@ void Count(int64_t bytes) {
 } // namespace
 
 std::vector<RecordedReport> TakeReports() {
-    const std::lock_guard<std::mutex> hold(gLock);
+    const Busy busy;
     std::vector<RecordedReport> taken;
     taken.swap(gReports);
     return taken;
@@ -46,24 +54,24 @@ std::vector<std::string> TakeReportLines() {
 }
 
 void FailAllocation(int64_t n, bool andAllLater) {
-    const std::lock_guard<std::mutex> hold(gLock);
+    const Busy busy;
     gMade = 0;
     gFailAt = n;
     gFailLater = andAllLater;
 }
 
 int64_t AllocationsMade() {
-    const std::lock_guard<std::mutex> hold(gLock);
+    const Busy busy;
     return gMade;
 }
 
 int64_t PeakBufferBytes() {
-    const std::lock_guard<std::mutex> hold(gLock);
+    const Busy busy;
     return gPeak;
 }
 
 void ResetPeakBufferBytes() {
-    const std::lock_guard<std::mutex> hold(gLock);
+    const Busy busy;
     gPeak = gInUse;
 }
 
@@ -74,7 +82,7 @@ void ReportError(const ErrorRecord &record, uint32_t messageBoxFlags, const char
     va_start(arguments, format);
     vsnprintf(text, sizeof text, format, arguments);
     va_end(arguments);
-    const std::lock_guard<std::mutex> hold(gLock);
+    const Busy busy;
     gReports.push_back({record, messageBoxFlags, title, text});
 }
 
@@ -110,6 +118,6 @@ void CountedFree(void *block, size_t size) {
 }
 
 int64_t BufferBytesInUse() {
-    const std::lock_guard<std::mutex> hold(gLock);
+    const Busy busy;
     return gInUse;
 }
