@@ -6,6 +6,7 @@
 #include "render/RenderDriver.h"
 #include "render/shape/AngleTables.h"
 #include "tests/support/NightScene.h"
+#include "tests/support/TestImage.h"
 
 #include <cstring>
 #include <stdexcept>
@@ -21,48 +22,25 @@ int32_t ModeOf(int32_t depth, int32_t colourPlanes) {
     return isGrey ? kModeGray8 : kModeRgb8;
 }
 
-struct Buffer {
-    ImageBuffer image{};
-    Buffer(int32_t mode, int32_t bytesPerSample, int32_t transparency, const IntRect &area, bool wantMask) {
-        bool maskFailed = false;
-        if (AllocateImageBuffer(mode, bytesPerSample, transparency, area, wantMask, &image, &maskFailed) !=
-            kNoError)
-            throw std::bad_alloc();
-    }
-    ~Buffer() { FreeImageBuffer(&image); }
-    Buffer(const Buffer &) = delete;
-    Buffer &operator=(const Buffer &) = delete;
-};
-
-// One row of an area inside a plane or mask of the whole document.
-uint8_t *RowOf(std::vector<uint8_t> &plane, const host::Document &document, const IntRect &area, int32_t row,
-               int32_t size) {
-    return plane.data() + ((int64_t{area.top} + row) * document.width + area.left) * size;
-}
-
-void CopyIn(host::Document &document, ImageBuffer *image) {
-    const int32_t size = image->bytesPerSample;
-    for (int32_t row = 0; row < image->height; ++row) {
-        const int64_t at = int64_t{row} * image->width;
-        const size_t length = static_cast<size_t>(image->width);
-        for (int32_t plane = 0; plane < PlaneCount(*image); ++plane)
-            std::memcpy(
-                image->planes[plane] + at * size,
-                RowOf(document.planes[static_cast<size_t>(plane)], document, image->bounds, row, size),
-                length * static_cast<size_t>(size));
-        if (image->mask)
-            std::memcpy(image->mask + at, RowOf(document.mask, document, image->bounds, row, 1), length);
+// Between a plane or mask of the whole document and `samples` of the image's area in it.
+void CopyRows(const ImageBuffer &image, uint8_t *samples, int32_t size, bool in,
+              const host::Document &document, std::vector<uint8_t> *plane) {
+    const size_t bytes = static_cast<size_t>(image.width) * static_cast<size_t>(size);
+    for (int32_t row = 0; row < image.height; ++row) {
+        uint8_t *here = samples + int64_t{row} * image.width * size;
+        uint8_t *there =
+            plane->data() +
+            ((int64_t{image.bounds.top} + row) * document.width + image.bounds.left) * int64_t{size};
+        std::memcpy(in ? here : there, in ? there : here, bytes);
     }
 }
 
-void CopyOut(const ImageBuffer &image, host::Document *document) {
-    const int32_t size = image.bytesPerSample;
+void CopyPlanes(const ImageBuffer &image, bool in, host::Document *document) {
     for (int32_t plane = 0; plane < PlaneCount(image); ++plane)
-        for (int32_t row = 0; row < image.height; ++row)
-            std::memcpy(
-                RowOf(document->planes[static_cast<size_t>(plane)], *document, image.bounds, row, size),
-                image.planes[plane] + int64_t{row} * image.width * size,
-                static_cast<size_t>(image.width * size));
+        CopyRows(image, image.planes[plane], image.bytesPerSample, in, *document,
+                 &document->planes[static_cast<size_t>(plane)]);
+    if (image.mask)
+        CopyRows(image, image.mask, 1, in, *document, &document->mask);
 }
 
 void RenderWhole(const ImageBuffer &source, const ParameterSet &parameters, ImageBuffer *output) {
@@ -88,8 +66,8 @@ void RenderWhole(const ImageBuffer &source, const ParameterSet &parameters, Imag
 host::Document MakeNight(const NightPicture &p) {
     host::Document document =
         host::MakeDocument(p.width, p.height, p.depth, p.colourPlanes, p.hasTransparency);
-    Buffer buffer(ModeOf(p.depth, p.colourPlanes), p.depth / 8, p.hasTransparency, {0, 0, p.width, p.height},
-                  false);
+    TestImage night(ModeOf(p.depth, p.colourPlanes), p.depth / 8, p.hasTransparency,
+                    {0, 0, p.width, p.height});
     std::vector<SceneLight> lights = MakeSceneLights(p.width, p.height, p.lights, 7);
     // Wide enough to be found in a small picture, and without a flat white core: where a flat area crosses
     // from one worker's band into another's, two runs may differ.
@@ -99,8 +77,8 @@ host::Document MakeNight(const NightPicture &p) {
         light.green *= 0.6;
         light.blue *= 0.6;
     }
-    PaintNightScene(lights, 0.01, 7, &buffer.image);
-    CopyOut(buffer.image, &document);
+    PaintNightScene(lights, 0.01, 7, &night.buffer);
+    CopyPlanes(night.buffer, false, &document);
     return document;
 }
 
@@ -109,11 +87,11 @@ host::Document FilteredNight(const host::Document &document, const ParameterSet 
     const int32_t mode = ModeOf(document.depth, document.colourPlanes);
     const IntRect bounds = {area.left, area.top, area.right, area.bottom};
     host::Document result = document;
-    Buffer source(mode, document.depth / 8, document.hasTransparency, bounds, !document.mask.empty());
-    Buffer output(mode, document.depth / 8, document.hasTransparency, bounds, false);
-    CopyIn(result, &source.image);
-    RenderWhole(source.image, parameters, &output.image);
-    CopyOut(output.image, &result);
+    TestImage source(mode, document.depth / 8, document.hasTransparency, bounds, !document.mask.empty());
+    TestImage output(mode, document.depth / 8, document.hasTransparency, bounds);
+    CopyPlanes(source.buffer, true, &result);
+    RenderWhole(source.buffer, parameters, &output.buffer);
+    CopyPlanes(output.buffer, false, &result);
     return result;
 }
 

@@ -12,11 +12,11 @@ bool ReadPhotoImage(const std::filesystem::path &path, ImageBuffer *image) {
         return false;
     const host::Document document = host::TakeDocument(picture);
     ImageBuffer photo{};
-    if (document.colourPlanes != 3 || document.planes[0].size() != size_t(document.width) * document.height ||
-        AllocateImageBuffer(kModeRgb8, 1, 0, {0, 0, document.width, document.height}, false, &photo,
-                            nullptr) != kNoError)
+    if (AllocateImageBuffer(document.colourPlanes == 1 ? kModeGray8 : kModeRgb8,
+                            host::BytesPerSample(document), 0, {0, 0, document.width, document.height}, false,
+                            &photo, nullptr) != kNoError)
         return false;
-    for (size_t plane = 0; plane < 3; ++plane)
+    for (int32_t plane = 0; plane < photo.colorPlanes; ++plane)
         memcpy(photo.planes[plane], document.planes[plane].data(), document.planes[plane].size());
     *image = photo;
     return true;

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstring>
 #include <process.h>
+#include <sstream>
 
 namespace {
 
@@ -65,7 +66,7 @@ void NoteInvalid(const RECT &rect) {
 template <auto function> struct Call;
 template <typename Result, typename... Arguments, Result(WINAPI *function)(Arguments...)>
 struct Call<function> {
-    static inline const char *name;
+    static inline const char *name; // never freed, as gLive
     static inline Kind kind = kPlain;
     static inline Result(WINAPI *real)(Arguments...) = nullptr;
 
@@ -82,7 +83,7 @@ struct Call<function> {
         const Result given = real(arguments...);
         if (given)
             (Forget(arguments), ...);
-        else if (name == std::string("CloseHandle"))
+        else if (strcmp(name, "CloseHandle") == 0)
             (Keep(arguments, "closed twice"), ...);
         return given;
     }
@@ -93,22 +94,33 @@ struct Hooking {
     host::ImportHooks *hooks;
 
     template <auto function, typename Replacement>
-    void Replace(const char *name, Kind kind, Replacement replacement) const {
-        Call<function>::name = name;
+    void Replace(const std::string &name, Kind kind, Replacement replacement) const {
+        Call<function>::name = (new std::string(name))->c_str();
         Call<function>::kind = kind;
-        if (const auto real = host::ReplaceImport(module, nullptr, name, replacement, hooks))
+        if (const auto real = host::ReplaceImport(module, nullptr, name.c_str(), replacement, hooks))
             Call<function>::real = real;
     }
-    template <auto function> void Makes(const char *name, Kind kind = kPlain) const {
-        Replace<function>(name, kind, Call<function>::Make);
+    // `names` are those of the functions, with commas between.
+    template <auto... functions> void Make(std::istringstream names, Kind kind) const {
+        (Replace<functions>(Next(&names), kind, Call<functions>::Make), ...);
     }
-    template <auto function> void Gives(const char *name) const {
-        Replace<function>(name, kPlain, Call<function>::Give);
+    template <auto... functions> void Give(std::istringstream names) const {
+        (Replace<functions>(Next(&names), kPlain, Call<functions>::Give), ...);
     }
-    template <auto function> void MayFail(const char *name) const {
-        Replace<function>(name, kPlain, Call<function>::TryReal);
+    template <auto... functions> void TryReal(std::istringstream names) const {
+        (Replace<functions>(Next(&names), kPlain, Call<functions>::TryReal), ...);
+    }
+    static std::string Next(std::istringstream *names) {
+        std::string name;
+        std::getline(*names >> std::ws, name, ',');
+        return name;
     }
 };
+
+// Functions with their names.
+#define MAKES(kind, ...) hook.Make<__VA_ARGS__>(std::istringstream(#__VA_ARGS__), kind)
+#define GIVES(...) hook.Give<__VA_ARGS__>(std::istringstream(#__VA_ARGS__))
+#define MAY_FAIL(...) hook.TryReal<__VA_ARGS__>(std::istringstream(#__VA_ARGS__))
 
 int WINAPI GiveContext(HWND window, HDC dc) {
     Forget(dc);
@@ -208,84 +220,52 @@ BOOL WINAPI InvalidateRegion(HWND window, HRGN region, BOOL erase) {
 }
 
 void CountDrawingObjects(const Hooking &hook) {
-    hook.Makes<CreateCompatibleDC>("CreateCompatibleDC", kDrawing);
-    hook.Makes<CreateCompatibleBitmap>("CreateCompatibleBitmap", kDrawing);
-    hook.Makes<CreateBitmap>("CreateBitmap", kDrawing);
-    hook.Makes<CreateDIBSection>("CreateDIBSection", kDrawing);
-    hook.Makes<CreateSolidBrush>("CreateSolidBrush", kDrawing);
-    hook.Makes<CreatePatternBrush>("CreatePatternBrush", kDrawing);
-    hook.Makes<CreatePen>("CreatePen", kDrawing);
-    hook.Makes<ExtCreatePen>("ExtCreatePen", kDrawing);
-    hook.Makes<CreateFontA>("CreateFontA", kDrawing);
-    hook.Makes<CreateFontW>("CreateFontW", kDrawing);
-    hook.Makes<CreateFontIndirectA>("CreateFontIndirectA", kDrawing);
-    hook.Makes<CreateFontIndirectW>("CreateFontIndirectW", kDrawing);
-    hook.Makes<CreateRectRgn>("CreateRectRgn", kDrawing);
-    hook.Makes<CreateRectRgnIndirect>("CreateRectRgnIndirect", kDrawing);
-    hook.Makes<ExtCreateRegion>("ExtCreateRegion", kDrawing);
-    hook.Makes<GetDC>("GetDC", kBorrowed);
-    hook.Makes<GetDCEx>("GetDCEx", kBorrowed);
-    hook.Makes<GetWindowDC>("GetWindowDC", kBorrowed);
-    hook.Gives<DeleteDC>("DeleteDC");
-    hook.Gives<DeleteObject>("DeleteObject");
+    MAKES(kDrawing, CreateCompatibleDC, CreateCompatibleBitmap, CreateBitmap, CreateDIBSection,
+          CreateSolidBrush, CreatePatternBrush, CreatePen, ExtCreatePen, CreateFontA, CreateFontW,
+          CreateFontIndirectA, CreateFontIndirectW, CreateRectRgn, CreateRectRgnIndirect, ExtCreateRegion);
+    MAKES(kBorrowed, GetDC, GetDCEx, GetWindowDC);
+    GIVES(DeleteDC, DeleteObject);
     hook.Replace<ReleaseDC>("ReleaseDC", kPlain, GiveContext);
     hook.Replace<BeginPaint>("BeginPaint", kPlain, StartPaint);
     hook.Replace<EndPaint>("EndPaint", kPlain, StopPaint);
 }
 
 void CountPictures(const Hooking &hook) {
-    hook.Makes<LoadBitmapA>("LoadBitmapA", kDrawing);
-    hook.Makes<LoadBitmapW>("LoadBitmapW", kDrawing);
+    MAKES(kDrawing, LoadBitmapA, LoadBitmapW);
     hook.Replace<LoadImageA>("LoadImageA", kDrawing, LoadPicture<LoadImageA, LPCSTR>);
     hook.Replace<LoadImageW>("LoadImageW", kDrawing, LoadPicture<LoadImageW, LPCWSTR>);
-    hook.Makes<CopyImage>("CopyImage", kDrawing);
-    hook.Makes<CopyIcon>("CopyIcon", kDrawing);
-    hook.Makes<CreateIconIndirect>("CreateIconIndirect", kDrawing);
-    hook.Makes<CreateIconFromResourceEx>("CreateIconFromResourceEx", kDrawing);
+    MAKES(kDrawing, CopyImage, CopyIcon, CreateIconIndirect, CreateIconFromResourceEx);
     hook.Replace<GetIconInfo>("GetIconInfo", kPlain, IconParts);
-    hook.Gives<DestroyIcon>("DestroyIcon");
+    GIVES(DestroyIcon);
 }
 
 void CountWindowObjects(const Hooking &hook) {
-    hook.Makes<CreatePopupMenu>("CreatePopupMenu");
-    hook.Makes<CreateMenu>("CreateMenu");
-    hook.Makes<LoadMenuA>("LoadMenuA");
-    hook.Makes<LoadMenuW>("LoadMenuW");
-    hook.Makes<CreateWindowExA>("CreateWindowExA");
-    hook.Makes<CreateWindowExW>("CreateWindowExW");
-    hook.Makes<SetWindowsHookExA>("SetWindowsHookExA");
-    hook.Makes<SetWindowsHookExW>("SetWindowsHookExW");
-    hook.Gives<DestroyMenu>("DestroyMenu");
-    hook.Gives<UnhookWindowsHookEx>("UnhookWindowsHookEx");
+    MAKES(kPlain, CreatePopupMenu, CreateMenu, LoadMenuA, LoadMenuW, CreateWindowExA, CreateWindowExW,
+          SetWindowsHookExA, SetWindowsHookExW);
+    GIVES(DestroyMenu, UnhookWindowsHookEx);
     hook.Replace<RegisterClassExA>("RegisterClassExA", kPlain, AddClass);
     hook.Replace<UnregisterClassA>("UnregisterClassA", kPlain, RemoveClass);
 }
 
 void CountHandles(const Hooking &hook) {
-    hook.Makes<fopen>("fopen");
-    hook.Makes<_wfopen>("_wfopen");
+    MAKES(kPlain, fopen, _wfopen);
     hook.Replace<fclose>("fclose", kPlain, CloseFile);
-    hook.Makes<CreateEventA>("CreateEventA");
-    hook.Makes<CreateMutexA>("CreateMutexA");
-    hook.Makes<CreateMutexExW>("CreateMutexExW");
-    hook.Makes<_beginthreadex>("_beginthreadex");
-    hook.Gives<CloseHandle>("CloseHandle");
+    MAKES(kPlain, CreateEventA, CreateMutexA, CreateMutexExW, _beginthreadex);
+    GIVES(CloseHandle);
 }
 
 void WatchClipboard(const Hooking &hook) {
-    hook.Makes<GlobalAlloc>("GlobalAlloc");
+    MAKES(kPlain, GlobalAlloc);
     hook.Replace<GlobalFree>("GlobalFree", kPlain, FreeBlock);
-    hook.MayFail<GlobalLock>("GlobalLock");
-    hook.MayFail<GlobalSize>("GlobalSize");
+    MAY_FAIL(GlobalLock, GlobalSize);
     hook.Replace<OpenClipboard>("OpenClipboard", kPlain, OpenTheClipboard);
-    hook.MayFail<EmptyClipboard>("EmptyClipboard");
+    MAY_FAIL(EmptyClipboard);
     hook.Replace<SetClipboardData>("SetClipboardData", kPlain, GiveToClipboard);
     hook.Replace<CloseClipboard>("CloseClipboard", kPlain, CloseTheClipboard);
 }
 
 void WatchRegions(const Hooking &hook) {
-    hook.MayFail<CombineRgn>("CombineRgn");
-    hook.MayFail<SetRectRgn>("SetRectRgn");
+    MAY_FAIL(CombineRgn, SetRectRgn);
     hook.Replace<InvalidateRect>("InvalidateRect", kPlain, Invalidate);
     hook.Replace<InvalidateRgn>("InvalidateRgn", kPlain, InvalidateRegion);
 }
