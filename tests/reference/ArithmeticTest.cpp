@@ -7,6 +7,7 @@
 #include "render/shape/Rainbow.h"
 #include "render/shape/SoftFlare.h"
 #include "render/shape/SpikeProfile.h"
+#include "render/stamp/SourceTint.h"
 #include "tests/reference/Cases.h"
 #include "tests/reference/render/ReferenceRender.h"
 #include "tests/support/RecordingDiag.h"
@@ -181,6 +182,20 @@ TEST(Layouts, EveryEffectTypeAndNumberOfPoints) {
 TEST(Threshold, CutsAreTheYardsticks) {
     for (int32_t threshold = 0; threshold <= 100; ++threshold)
         EXPECT_EQ(ThresholdCutLevel(threshold), reference::CutLevel(threshold)) << threshold;
+}
+
+TEST(SourceTint, SaturationIsTheYardsticks) {
+    Random random(6, 0);
+    for (int i = 0; i < cases::Count(50000); ++i) {
+        const LightSource source = cases::PickSource(&random, {0, 0, 10, 10}, 100);
+        const auto saturation = static_cast<int32_t>(random.Pick(-100, 100));
+        const Tint tint = MakeSourceTint(source, saturation, 77);
+        const auto expected = reference::Saturate({source.Red, source.Green, source.Blue}, saturation);
+        for (int c = 0; c < 3; ++c)
+            ASSERT_EQ(tint.channel[c], expected[c])
+                << cases::Describe(source) << " saturation " << saturation;
+        ASSERT_EQ(tint.value, 77u);
+    }
 }
 
 TEST(PixelBlender, AllModesAreTheYardsticks) {
