@@ -94,8 +94,11 @@ TEST_F(DriverTest, AbortIsPolledBeforeEachSourceOfBothPassesAndBetweenArms) {
 
 TEST_F(DriverTest, AbortBeforeOrWhileStampsAreBuiltDrawsNothing) {
     for (const bool before : {true, false}) {
+        static int32_t begun;
+        begun = 0;
         gAbort = before;
         gRenderState.stars.build = [](StarStamp *stamp, int32_t px, int32_t py) {
+            ++begun;
             gAbort = 1;
             return DrawStar(gRenderState.context, gAbort, &gRenderState.stars.tables, stamp, px, py);
         };
@@ -105,8 +108,7 @@ TEST_F(DriverTest, AbortBeforeOrWhileStampsAreBuiltDrawsNothing) {
         EXPECT_EQ(output.Bytes(), source.Bytes());
         for (const StarStamp &stamp : gRenderState.stars.stamps)
             EXPECT_EQ(stamp.count, 0);
-        EXPECT_EQ(gRenderState.stars.stamps[5].arms, nullptr) << "the second source's phase was begun";
-        EXPECT_EQ(gRenderState.stars.stamps[0].arms, nullptr);
+        EXPECT_EQ(begun, before ? 0 : 1) << "the second source's phase";
     }
 }
 
