@@ -89,7 +89,7 @@ void AddOfOnePhase(Random *random, Scene *scene) {
 
 // The kept stamps go from case to case, as they do from preview to preview.
 TEST_F(Renders, RandomScenes) {
-    for (int i = 0; i < Count(900); ++i) {
+    for (int i = 0; i < Count(1500); ++i) {
         Random random(60, i);
         Scene scene = PickScene(&random, random.OneOf({4, 30, 60, 100, 150}));
         if (i % 2 == 0)
