@@ -3,6 +3,7 @@
 # would keep the pipe open.
 #   - fonts: Debian's Wine does not see the ones of fonts-wine, and dialogs would come out too short;
 #   - the crash dialog off, or a crashing test would wait for a click for ever;
+#   - a system library that versions before 9 lack and the picture library asks for (wine-shim);
 #   - the null graphics driver, so that no X server is needed (BRILLATRIX_WINE_GRAPHICS=x11 to see windows).
 set -eu
 build=$(cd "$(dirname "$0")/.." && pwd)/build
@@ -15,6 +16,9 @@ if [ ! -f "$WINEPREFIX/.ready" ]; then
     wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f </dev/null >/dev/null 2>&1
     wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /t REG_SZ /d "${BRILLATRIX_WINE_GRAPHICS:-null}" /f \
         </dev/null >/dev/null 2>&1
+    system="$WINEPREFIX/drive_c/windows/system32"
+    [ -f "$system/bcryptprimitives.dll" ] || x86_64-w64-mingw32-gcc-posix -O2 -s -shared \
+        -o "$system/bcryptprimitives.dll" "$(dirname "$0")/wine-shim/bcryptprimitives.c" -lbcrypt
     wineserver -k || true
     wineserver -w || true
     touch "$WINEPREFIX/.ready"

@@ -82,10 +82,26 @@ bool AppendOutput(OutputFile *file, const void *bytes, size_t length, std::strin
     return true;
 }
 
+static void CloseOutput(OutputFile *file) {
+    if (file->handle != INVALID_HANDLE_VALUE)
+        CloseHandle(file->handle);
+    file->handle = INVALID_HANDLE_VALUE;
+}
+
+void LendOutput(OutputFile *file) {
+    CloseOutput(file);
+}
+
+bool TakeOutputBack(OutputFile *file, std::string *why) {
+    file->handle = CreateFileW(file->temporaryPath.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                               FILE_ATTRIBUTE_NORMAL, nullptr);
+    return file->handle != INVALID_HANDLE_VALUE || FailWithError(why);
+}
+
 void DiscardOutput(OutputFile *file) {
-    if (file->handle == INVALID_HANDLE_VALUE)
+    if (file->temporaryPath.empty())
         return;
-    CloseHandle(file->handle);
+    CloseOutput(file);
     DeleteFileW(file->temporaryPath.c_str());
     *file = {};
 }
@@ -94,7 +110,7 @@ bool CommitOutputFile(OutputFile *file, std::string *why) {
     const bool isFlushed = FlushFileBuffers(file->handle);
     if (!isFlushed)
         FailWithError(why);
-    CloseHandle(file->handle);
+    CloseOutput(file);
     const bool isMoved = isFlushed && MoveFileExW(file->temporaryPath.c_str(), file->path.c_str(),
                                                   MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
     if (isFlushed && !isMoved)

@@ -23,7 +23,11 @@ bool BeginOutput(const std::wstring &path, OutputFile *file, std::string *why);
 bool AppendOutput(OutputFile *file, const void *bytes, size_t length, std::string *why);
 // Puts the finished file in its place, over an older one. After a failure nothing is left of it.
 bool CommitOutputFile(OutputFile *file, std::string *why);
-// Throws away what was written. Does nothing to a closed file.
+// Closes the file for somebody who writes to `temporaryPath` by its name, and opens it again when that is
+// done.
+void LendOutput(OutputFile *file);
+bool TakeOutputBack(OutputFile *file, std::string *why);
+// Throws away what was written. Does nothing to a file that was not begun.
 void DiscardOutput(OutputFile *file);
 
 // All four in one.

@@ -1,5 +1,5 @@
-// PPM and PGM (binary, 8 and 16 bit) and PFM (32-bit float). Samples of another maximum than 255 or 65535 are
-// scaled to the full range of 8 or 16 bits.
+// PPM, PGM and PAM (binary, 8 and 16 bit) and PFM (32-bit float). Samples of another maximum than 255 or
+// 65535 are scaled to the full range of 8 or 16 bits.
 #include "host/base/SystemText.h"
 #include "host/pictures/PictureFormat.h"
 
@@ -9,10 +9,7 @@
 
 namespace host {
 
-bool IsNetpbm(const Bytes &file) {
-    return file.size() > 2 && file[0] == 'P' &&
-           (file[1] == '5' || file[1] == '6' || file[1] == 'F' || file[1] == 'f') && std::isspace(file[2]);
-}
+constexpr int32_t kRowsAtOnce = 64;
 
 // The next word of a header; comments run from # to the end of the line. Empty at the end of the file.
 static std::string TakeWord(ByteReader &reader) {
@@ -73,20 +70,51 @@ static void TakeSamples(const uint8_t *from, uint32_t maximum, Picture *picture)
     }
 }
 
-static bool ReadIntegers(ByteReader &reader, int32_t channels, Picture *picture, std::string *why) {
-    uint64_t width, height, maximum;
-    if (!TakeSize(reader, &width, &height, why))
-        return false;
-    if (!TakeNumber(reader, &maximum) || maximum == 0 || maximum > 65535)
+struct IntegerHeader {
+    uint64_t width, height, channels, maximum;
+};
+
+// Samples behind a header whose size has been checked.
+static bool ReadIntegers(const ByteReader &reader, const IntegerHeader &header, Picture *picture,
+                         std::string *why) {
+    if (header.maximum == 0 || header.maximum > 65535)
         return Fail(why, "its header has no sensible largest value");
-    const int32_t depth = maximum > 255 ? 16 : 8;
-    if (reader.Left() < width * height * static_cast<uint64_t>(channels * depth / 8))
+    const int32_t depth = header.maximum > 255 ? 16 : 8;
+    if (reader.Left() < header.width * header.height * header.channels * static_cast<uint64_t>(depth / 8))
         return Fail(why, "the file ends early");
-    Picture read =
-        MakePicture(static_cast<int32_t>(width), static_cast<int32_t>(height), depth, channels, false);
-    TakeSamples(reader.bytes + reader.at, static_cast<uint32_t>(maximum), &read);
+    const bool hasAlpha = header.channels == 2 || header.channels == 4;
+    Picture read = MakePicture(static_cast<int32_t>(header.width), static_cast<int32_t>(header.height), depth,
+                               header.channels >= 3 ? 3 : 1, hasAlpha);
+    TakeSamples(reader.bytes + reader.at, static_cast<uint32_t>(header.maximum), &read);
     *picture = std::move(read);
     return true;
+}
+
+static bool ReadPlain(ByteReader &reader, uint64_t channels, Picture *picture, std::string *why) {
+    IntegerHeader header = {0, 0, channels, 0};
+    if (!TakeSize(reader, &header.width, &header.height, why))
+        return false;
+    if (!TakeNumber(reader, &header.maximum))
+        header.maximum = 0;
+    return ReadIntegers(reader, header, picture, why);
+}
+
+// A PAM's header: names with numbers, in any order; other names (TUPLTYPE) have words.
+static bool ReadPam(ByteReader &reader, Picture *picture, std::string *why) {
+    IntegerHeader header = {};
+    TakeWord(reader);
+    for (std::string name = TakeWord(reader); name != "ENDHDR"; name = TakeWord(reader)) {
+        uint64_t *number = name == "WIDTH"    ? &header.width
+                           : name == "HEIGHT" ? &header.height
+                           : name == "DEPTH"  ? &header.channels
+                           : name == "MAXVAL" ? &header.maximum
+                                              : nullptr;
+        if (name.empty() || (number && !TakeNumber(reader, number)))
+            return Fail(why, "its header is damaged");
+    }
+    if (header.channels == 0 || header.channels > 4)
+        return Fail(why, "it has " + std::to_string(header.channels) + " channels; 1 to 4 can be read");
+    return CheckPictureSize(header.width, header.height, why) && ReadIntegers(reader, header, picture, why);
 }
 
 // Rows go from the bottom up; a negative scale means little-endian. The scale's size says nothing about the
@@ -121,11 +149,14 @@ bool ReadNetpbm(const Bytes &file, Picture *picture, std::string *why) {
     const char kind = static_cast<char>(file[1]);
     if (kind == 'F' || kind == 'f')
         return ReadFloats(reader, kind == 'F' ? 3 : 1, picture, why);
-    return ReadIntegers(reader, kind == '6' ? 3 : 1, picture, why);
+    if (kind == '7')
+        return ReadPam(reader, picture, why);
+    return ReadPlain(reader, kind == '6' ? 3 : 1, picture, why);
 }
 
-void InterleaveRows(const Picture &picture, size_t planes, int32_t first, int32_t end, ByteOrder order,
-                    Bytes *rows) {
+// Rows [first, end) of the planes [0, planes), interleaved, in the given byte order.
+static void InterleaveRows(const Picture &picture, size_t planes, int32_t first, int32_t end, ByteOrder order,
+                           Bytes *rows) {
     const size_t size = static_cast<size_t>(picture.depth / 8);
     const size_t width = static_cast<size_t>(picture.width);
     size_t at = rows->size();
@@ -142,29 +173,41 @@ static bool AppendText(const std::string &text, OutputFile *file, std::string *w
     return AppendOutput(file, text.data(), text.size(), why);
 }
 
-bool WriteNetpbm(const Picture &picture, bool asColour, OutputFile *file, std::string *why) {
-    const std::string header = std::string(asColour ? "P6" : "P5") + "\n" + std::to_string(picture.width) +
-                               " " + std::to_string(picture.height) + "\n" +
-                               (picture.depth == 16 ? "65535" : "255") + "\n";
-    if (!AppendText(header, file, why))
+static std::string IntegerHeaderText(NetpbmForm form, const Picture &picture, size_t planes) {
+    const std::string maximum = picture.depth == 16 ? "65535" : "255";
+    const std::string width = std::to_string(picture.width), height = std::to_string(picture.height);
+    if (form != NetpbmForm::kAny)
+        return std::string(form == NetpbmForm::kColour ? "P6" : "P5") + "\n" + width + " " + height + "\n" +
+               maximum + "\n";
+    const std::string tuple =
+        std::string(picture.colourPlanes == 3 ? "RGB" : "GRAYSCALE") + (picture.hasAlpha ? "_ALPHA" : "");
+    return "P7\nWIDTH " + width + "\nHEIGHT " + height + "\nDEPTH " + std::to_string(planes) + "\nMAXVAL " +
+           maximum + "\nTUPLTYPE " + tuple + "\nENDHDR\n";
+}
+
+static bool WriteIntegers(NetpbmForm form, const Picture &picture, OutputFile *file, std::string *why) {
+    const size_t planes = form == NetpbmForm::kAny      ? picture.planes.size()
+                          : form == NetpbmForm::kColour ? 3
+                                                        : 1;
+    if (!AppendText(IntegerHeaderText(form, picture, planes), file, why))
         return false;
     Picture grey; // three times the grey plane, where colour is wanted
-    const bool repeats = asColour && picture.colourPlanes == 1;
+    const bool repeats = form == NetpbmForm::kColour && picture.colourPlanes == 1;
     if (repeats) {
         grey = picture;
         grey.planes = {picture.planes[0], picture.planes[0], picture.planes[0]};
     }
     for (int32_t y = 0; y < picture.height; y += kRowsAtOnce) {
         Bytes rows;
-        InterleaveRows(repeats ? grey : picture, asColour ? 3 : 1, y,
-                       std::min(y + kRowsAtOnce, picture.height), ByteOrder::kBig, &rows);
+        InterleaveRows(repeats ? grey : picture, planes, y, std::min(y + kRowsAtOnce, picture.height),
+                       ByteOrder::kBig, &rows);
         if (!AppendOutput(file, rows.data(), rows.size(), why))
             return false;
     }
     return true;
 }
 
-bool WritePfm(const Picture &picture, OutputFile *file, std::string *why) {
+static bool WriteFloats(const Picture &picture, OutputFile *file, std::string *why) {
     const std::string header = std::string(picture.colourPlanes == 3 ? "PF" : "Pf") + "\n" +
                                std::to_string(picture.width) + " " + std::to_string(picture.height) +
                                "\n-1.0\n";
@@ -178,6 +221,11 @@ bool WritePfm(const Picture &picture, OutputFile *file, std::string *why) {
             return false;
     }
     return true;
+}
+
+bool WriteNetpbm(NetpbmForm form, const Picture &picture, OutputFile *file, std::string *why) {
+    return form == NetpbmForm::kFloat ? WriteFloats(picture, file, why)
+                                      : WriteIntegers(form, picture, file, why);
 }
 
 } // namespace host

@@ -64,19 +64,41 @@ static size_t SourceIndex(const Picture &picture, int32_t orientation, int32_t x
     return static_cast<size_t>(fromY) * static_cast<size_t>(picture.width) + static_cast<size_t>(fromX);
 }
 
+// Reads along columns would miss the cache at each pixel: squares of this side keep to it.
+constexpr int32_t kTurnedSquare = 32;
+
+template <typename Sample>
+static void TurnPlane(const Picture &picture, int32_t orientation, int32_t width, int32_t height,
+                      const Bytes &plane, Bytes *turned) {
+    const auto stepX = width > 1 ? static_cast<ptrdiff_t>(SourceIndex(picture, orientation, 1, 0) -
+                                                          SourceIndex(picture, orientation, 0, 0))
+                                 : 0;
+    const size_t size = sizeof(Sample);
+    for (int32_t top = 0; top < height; top += kTurnedSquare)
+        for (int32_t left = 0; left < width; left += kTurnedSquare)
+            for (int32_t y = top; y < std::min(top + kTurnedSquare, height); y++) {
+                auto from = static_cast<ptrdiff_t>(SourceIndex(picture, orientation, left, y));
+                uint8_t *to =
+                    turned->data() +
+                    (static_cast<size_t>(y) * static_cast<size_t>(width) + static_cast<size_t>(left)) * size;
+                for (int32_t x = left; x < std::min(left + kTurnedSquare, width);
+                     x++, from += stepX, to += size)
+                    std::memcpy(to, plane.data() + static_cast<size_t>(from) * size, size);
+            }
+}
+
 void ApplyOrientation(Picture &picture, int32_t orientation) {
     if (orientation < 2 || orientation > 8)
         return;
     const bool swaps = orientation >= 5;
     const int32_t width = swaps ? picture.height : picture.width;
     const int32_t height = swaps ? picture.width : picture.height;
-    const size_t size = static_cast<size_t>(picture.depth / 8);
+    const auto turn = picture.depth == 8    ? TurnPlane<uint8_t>
+                      : picture.depth == 16 ? TurnPlane<uint16_t>
+                                            : TurnPlane<float>;
     for (Bytes &plane : picture.planes) {
         Bytes turned(plane.size());
-        uint8_t *to = turned.data();
-        for (int32_t y = 0; y < height; y++)
-            for (int32_t x = 0; x < width; x++, to += size)
-                std::memcpy(to, plane.data() + SourceIndex(picture, orientation, x, y) * size, size);
+        turn(picture, orientation, width, height, plane, &turned);
         plane = std::move(turned);
     }
     picture.width = width;

@@ -2,39 +2,42 @@
 
 #include "host/base/SystemText.h"
 #include "host/pictures/PictureFormat.h"
+#include "host/pictures/VipsLibrary.h"
 
 #include <algorithm>
 #include <new>
 
 namespace host {
 
+// Metadata that a kind of file can hold.
+enum MetadataKinds : unsigned { kExif = 1, kXmp = 2, kIptc = 4 };
+
 struct FileFormat {
     const char *ending;
+    PictureKind kind;
     bool holdsDepth[3]; // 8, 16, 32
     bool holdsColour;
     bool holdsAlpha;
     bool holdsProfile;
-    bool (*write)(const Picture &picture, OutputFile *file, std::string *why);
+    unsigned metadata;
+    NetpbmForm form; // of kNetpbm
 };
 
-static bool WritePpm(const Picture &picture, OutputFile *file, std::string *why) {
-    return WriteNetpbm(picture, true, file, why);
-}
-
-static bool WritePgm(const Picture &picture, OutputFile *file, std::string *why) {
-    return WriteNetpbm(picture, false, file, why);
-}
-
+static constexpr NetpbmForm kNone = NetpbmForm::kAny;
 static const FileFormat kFormats[] = {
-    {"png", {true, true, false}, true, true, true, WritePng},
-    {"jpg", {true, false, false}, true, false, true, WriteJpeg},
-    {"jpeg", {true, false, false}, true, false, true, WriteJpeg},
-    {"tif", {true, true, true}, true, true, true, WriteTiff},
-    {"tiff", {true, true, true}, true, true, true, WriteTiff},
-    {"bmp", {true, false, false}, true, false, false, WriteBmp},
-    {"ppm", {true, true, false}, true, false, false, WritePpm},
-    {"pgm", {true, true, false}, false, false, false, WritePgm},
-    {"pfm", {false, false, true}, true, false, false, WritePfm},
+    {"png", PictureKind::kPng, {true, true, false}, true, true, true, kExif | kXmp, kNone},
+    {"jpg", PictureKind::kJpeg, {true, false, false}, true, false, true, kExif | kXmp | kIptc, kNone},
+    {"jpeg", PictureKind::kJpeg, {true, false, false}, true, false, true, kExif | kXmp | kIptc, kNone},
+    {"tif", PictureKind::kTiff, {true, true, true}, true, true, true, kXmp | kIptc, kNone},
+    {"tiff", PictureKind::kTiff, {true, true, true}, true, true, true, kXmp | kIptc, kNone},
+    {"webp", PictureKind::kWebp, {true, false, false}, true, true, true, kExif | kXmp, kNone},
+    {"avif", PictureKind::kAvif, {true, true, false}, true, true, true, kExif | kXmp, kNone},
+    {"gif", PictureKind::kGif, {true, false, false}, true, true, false, 0, kNone},
+    {"bmp", PictureKind::kBmp, {true, false, false}, true, false, false, 0, kNone},
+    {"ppm", PictureKind::kNetpbm, {true, true, false}, true, false, false, 0, NetpbmForm::kColour},
+    {"pgm", PictureKind::kNetpbm, {true, true, false}, false, false, false, 0, NetpbmForm::kGrey},
+    {"pam", PictureKind::kNetpbm, {true, true, false}, true, true, false, 0, NetpbmForm::kAny},
+    {"pfm", PictureKind::kNetpbm, {false, false, true}, true, false, false, 0, NetpbmForm::kFloat},
 };
 
 static std::string EndingOf(const std::wstring &path) {
@@ -64,66 +67,103 @@ bool CanHoldPicture(const std::wstring &path, const Picture &picture, std::strin
     static const char *const kInstead[] = {"png, tif or ppm", "png, tif or ppm", "tif or pfm"};
     const int32_t depth = DepthIndex(picture.depth);
     if (!format)
-        *why = "its ending is none of png, jpg, tif, bmp, ppm, pgm, pfm";
-    else if (!format->holdsDepth[depth])
-        *why = std::string("a .") + format->ending + " file cannot hold " + kDepthNames[depth] +
-               " samples; use " + kInstead[depth];
-    else if (!format->holdsColour && picture.colourPlanes == 3)
-        *why = std::string("a .") + format->ending + " file cannot hold colour; use ppm, png or tif";
-    else
-        return true;
-    return false;
+        return Fail(why, "its ending is none of jpg, png, tif, webp, avif, gif, bmp, ppm, pgm, pam, pfm");
+    if (!format->holdsDepth[depth])
+        return Fail(why, std::string("a .") + format->ending + " file cannot hold " + kDepthNames[depth] +
+                             " samples; use " + kInstead[depth] + ", or --depth");
+    if (!format->holdsColour && picture.colourPlanes == 3)
+        return Fail(why,
+                    std::string("a .") + format->ending + " file cannot hold colour; use ppm, png or tif");
+    return true;
 }
 
-std::vector<std::string> ListDropped(const std::wstring &path, const Picture &picture) {
+static bool Says(const PictureOrigin &origin, const char *field) {
+    return origin.fields && Vips().vips_image_get_typeof(origin.fields.get(), field) != 0;
+}
+
+std::vector<std::string> ListDropped(const std::wstring &path, const Picture &picture,
+                                     const PictureOrigin &origin, const WriteOptions &options) {
     std::vector<std::string> dropped;
     const FileFormat *format = FindFormat(path);
-    if (format && picture.hasAlpha && !format->holdsAlpha)
-        dropped.push_back(std::string("the transparency is dropped: a .") + format->ending +
-                          " file has no room for it");
-    if (format && !picture.iccProfile.empty() && !format->holdsProfile)
-        dropped.push_back(std::string("the colour profile is dropped: a .") + format->ending +
-                          " file has no room for it");
+    const auto drop = [&](bool isDropped, const char *what) {
+        if (isDropped)
+            dropped.push_back(std::string(what) + " dropped: a ." + format->ending +
+                              " file has no room for it");
+    };
+    if (!format)
+        return dropped;
+    const bool keeps = options.metadata != MetadataChoice::kNone;
+    drop(picture.hasAlpha && !format->holdsAlpha, "the transparency is");
+    drop(!picture.iccProfile.empty() && !format->holdsProfile, "the colour profile is");
+    drop(keeps && !(format->metadata & kExif) && Says(origin, "exif-data"), "the EXIF data is");
+    drop(keeps && !(format->metadata & kXmp) && Says(origin, "xmp-data"), "the XMP data is");
+    drop(keeps && !(format->metadata & kIptc) && Says(origin, "iptc-data"), "the IPTC data is");
+    if (format->kind == PictureKind::kGif)
+        dropped.push_back("the colours are reduced to 256: a .gif file has no room for more");
+    if (format->kind == PictureKind::kAvif && picture.depth == 16)
+        dropped.push_back("the samples are written with 12 bits: an .avif file has no room for 16");
     return dropped;
 }
 
-bool ReadPicture(const std::wstring &path, Picture *picture, std::string *why) {
-    Bytes file;
-    if (!ReadWholeFile(path, &file, why))
+static bool ReadBytes(const Bytes &file, bool isStrict, Picture *picture, PictureOrigin *origin,
+                      std::string *why) {
+    if (!TellPictureKind(file, origin, why))
         return false;
-    if (file.empty()) {
-        *why = "the file is empty";
-        return false;
-    }
-    try {
-        if (IsNetpbm(file))
-            return ReadNetpbm(file, picture, why);
-        return IsPlainTiff(file) ? ReadPlainTiff(file, picture, why) : ReadWithCodecs(file, picture, why);
-    } catch (const std::bad_alloc &) {
-        *why = "not enough memory for the picture";
-        return false;
-    }
+    if (origin->kind == PictureKind::kNetpbm)
+        return ReadNetpbm(file, picture, why);
+    if (origin->kind == PictureKind::kBmp)
+        return ReadBmp(file, picture, why);
+    return ReadWithLibrary(file, isStrict, picture, origin, why);
 }
 
-static bool WriteInto(const FileFormat &format, const Picture &picture,
-                      const std::function<bool()> &isCancelled, OutputFile *file, std::string *why) {
+bool ReadPicture(const std::wstring &path, Picture *picture, std::string *why, PictureOrigin *origin,
+                 bool isStrict) {
+    Bytes file;
+    PictureOrigin told;
+    if (!ReadWholeFile(path, &file, why))
+        return false;
     try {
-        if (!format.write(picture, file, why))
+        if (!ReadBytes(file, isStrict, picture, &told, why))
             return false;
     } catch (const std::bad_alloc &) {
-        *why = "not enough memory to write the picture";
-        return false;
+        return Fail(why, "not enough memory for the picture");
+    }
+    if (origin)
+        *origin = std::move(told);
+    return true;
+}
+
+static bool WriteInto(const FileFormat &format, const Picture &picture, const PictureOrigin &origin,
+                      const WriteOptions &options, const std::function<bool()> &isCancelled, OutputFile *file,
+                      std::string *why) {
+    if (format.kind == PictureKind::kNetpbm)
+        return WriteNetpbm(format.form, picture, file, why);
+    if (format.kind == PictureKind::kBmp)
+        return WriteBmp(picture, file, why);
+    LendOutput(file);
+    return WriteWithLibrary(format.kind, picture, origin, options, isCancelled, file->temporaryPath, why) &&
+           TakeOutputBack(file, why);
+}
+
+static bool WriteGuarded(const FileFormat &format, const Picture &picture, const PictureOrigin &origin,
+                         const WriteOptions &options, const std::function<bool()> &isCancelled,
+                         OutputFile *file, std::string *why) {
+    try {
+        if (!WriteInto(format, picture, origin, options, isCancelled, file, why))
+            return false;
+    } catch (const std::bad_alloc &) {
+        return Fail(why, "not enough memory to write the picture");
     }
     why->clear();
     return !isCancelled || !isCancelled();
 }
 
 bool WritePicture(const std::wstring &path, const Picture &picture, const std::function<bool()> &isCancelled,
-                  std::string *why) {
+                  std::string *why, const PictureOrigin &origin, const WriteOptions &options) {
     OutputFile file;
     if (!CanHoldPicture(path, picture, why) || !BeginOutput(path, &file, why))
         return false;
-    if (!WriteInto(*FindFormat(path), picture, isCancelled, &file, why)) {
+    if (!WriteGuarded(*FindFormat(path), picture, origin, options, isCancelled, &file, why)) {
         DiscardOutput(&file);
         return false;
     }

@@ -4,51 +4,59 @@
 
 namespace host {
 
-constexpr size_t kHeaderSize = 8;
-constexpr size_t kEntrySize = 12;
+// Sizes in bytes of what the two forms of the format have in common.
+struct TiffForm {
+    size_t header, count, entry,
+        number; // of the file's head, of a directory's count, of an entry, of offsets
+};
+static constexpr TiffForm kClassic = {8, 2, 12, 4}, kBig = {16, 8, 20, 8};
 
-static size_t TypeSize(uint16_t type) {
-    switch (type) {
-    case kTiffByte:
-    case kTiffUndefined:
-        return 1;
-    case kTiffShort:
-        return 2;
-    case kTiffLong:
-        return 4;
-    case kTiffRational:
-        return 8;
-    default:
-        return 0;
-    }
+static uint64_t NumberOf(const TiffDirectory &directory, size_t at, size_t size) {
+    const uint8_t *bytes = directory.bytes + at;
+    if (size == 2)
+        return NumberAt<uint16_t>(bytes, directory.order);
+    return size == 4 ? NumberAt<uint32_t>(bytes, directory.order)
+                     : NumberAt<uint64_t>(bytes, directory.order);
 }
 
-static void TakeEntry(size_t at, TiffDirectory *directory) {
-    const uint8_t *bytes = directory->bytes + at;
+static size_t NumberSize(uint16_t type) {
+    return type == kTiffShort ? 2 : type == kTiffLong ? 4 : 0;
+}
+
+static void TakeEntry(const TiffForm &form, size_t at, TiffDirectory *directory) {
     TiffEntry entry = {};
-    entry.tag = NumberAt<uint16_t>(bytes, directory->order);
-    entry.type = NumberAt<uint16_t>(bytes + 2, directory->order);
-    entry.count = NumberAt<uint32_t>(bytes + 4, directory->order);
-    const uint64_t length = static_cast<uint64_t>(entry.count) * TypeSize(entry.type);
-    entry.at = length > 4 ? NumberAt<uint32_t>(bytes + 8, directory->order) : at + 8;
-    if (length == 0 || entry.at > directory->length || length > directory->length - entry.at)
-        return;
-    entry.length = static_cast<size_t>(length);
+    entry.tag = static_cast<uint16_t>(NumberOf(*directory, at, 2));
+    entry.type = static_cast<uint16_t>(NumberOf(*directory, at + 2, 2));
+    entry.count = NumberOf(*directory, at + 4, form.number);
+    const size_t value = at + 4 + form.number;
+    const bool isInPlace = entry.count <= form.number / std::max<size_t>(NumberSize(entry.type), 1);
+    entry.at = isInPlace ? value : NumberOf(*directory, value, form.number);
     directory->entries.push_back(entry);
 }
 
+bool IsTiff(const uint8_t *bytes, size_t length) {
+    if (length < kClassic.header)
+        return false;
+    const auto starts = [bytes](const char *mark) { return std::memcmp(bytes, mark, 4) == 0; };
+    return starts("II*\0") || starts("MM\0*") || starts("II+\0") || starts("MM\0+");
+}
+
 bool ReadTiffDirectory(const uint8_t *bytes, size_t length, TiffDirectory *directory) {
-    if (length < kHeaderSize || (std::memcmp(bytes, "II*\0", 4) != 0 && std::memcmp(bytes, "MM\0*", 4) != 0))
+    if (!IsTiff(bytes, length))
         return false;
-    TiffDirectory read = {bytes, length, bytes[0] == 'I' ? ByteOrder::kLittle : ByteOrder::kBig, {}};
-    const size_t at = NumberAt<uint32_t>(bytes + 4, read.order);
-    if (at > length || length - at < 2)
+    const bool isBig = bytes[2] == '+' || bytes[3] == '+';
+    const TiffForm &form = isBig ? kBig : kClassic;
+    TiffDirectory read = {bytes, length, bytes[0] == 'I' ? ByteOrder::kLittle : ByteOrder::kBig, isBig, {}};
+    if (length < form.header)
         return false;
-    const size_t count = NumberAt<uint16_t>(bytes + at, read.order);
-    if (count * kEntrySize > length - at - 2)
+    const uint64_t at = NumberOf(read, form.header - form.number, form.number);
+    if (at > length || length - at < form.count)
+        return false;
+    const uint64_t count = NumberOf(read, static_cast<size_t>(at), form.count);
+    if (count > (length - at - form.count) / form.entry)
         return false;
     for (size_t i = 0; i < count; i++)
-        TakeEntry(at + 2 + i * kEntrySize, &read);
+        TakeEntry(form, static_cast<size_t>(at) + form.count + i * form.entry, &read);
     *directory = std::move(read);
     return true;
 }
@@ -59,29 +67,25 @@ static const TiffEntry *FindEntry(const TiffDirectory &directory, uint16_t tag) 
     return found == directory.entries.end() ? nullptr : &*found;
 }
 
+bool HasTiffTag(const TiffDirectory &directory, uint16_t tag) {
+    return FindEntry(directory, tag) != nullptr;
+}
+
 std::vector<uint32_t> TiffNumbers(const TiffDirectory &directory, uint16_t tag) {
     std::vector<uint32_t> numbers;
     const TiffEntry *entry = FindEntry(directory, tag);
-    if (!entry || (entry->type != kTiffShort && entry->type != kTiffLong))
+    const size_t size = entry ? NumberSize(entry->type) : 0;
+    if (size == 0 || entry->at > directory.length || entry->count > (directory.length - entry->at) / size)
         return numbers;
-    const uint8_t *at = directory.bytes + entry->at;
-    for (uint32_t i = 0; i < entry->count; i++)
-        numbers.push_back(entry->type == kTiffShort
-                              ? NumberAt<uint16_t>(at + size_t{i} * 2, directory.order)
-                              : NumberAt<uint32_t>(at + size_t{i} * 4, directory.order));
+    for (size_t i = 0; i < entry->count; i++)
+        numbers.push_back(
+            static_cast<uint32_t>(NumberOf(directory, static_cast<size_t>(entry->at) + i * size, size)));
     return numbers;
 }
 
 uint32_t TiffNumber(const TiffDirectory &directory, uint16_t tag, uint32_t whenAbsent) {
     const std::vector<uint32_t> numbers = TiffNumbers(directory, tag);
     return numbers.empty() ? whenAbsent : numbers[0];
-}
-
-Bytes TiffBytes(const TiffDirectory &directory, uint16_t tag) {
-    const TiffEntry *entry = FindEntry(directory, tag);
-    if (!entry || (entry->type != kTiffByte && entry->type != kTiffUndefined))
-        return {};
-    return {directory.bytes + entry->at, directory.bytes + entry->at + entry->length};
 }
 
 } // namespace host

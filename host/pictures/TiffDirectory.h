@@ -1,4 +1,4 @@
-// The first directory of a TIFF file, or of the EXIF data of other formats.
+// The first directory of a TIFF file, classic or with 64-bit offsets.
 #pragma once
 
 #include "host/base/ByteStream.h"
@@ -7,38 +7,36 @@
 
 namespace host {
 
-constexpr uint16_t kTiffWidth = 256, kTiffHeight = 257, kTiffBits = 258, kTiffCompression = 259,
-                   kTiffPhotometric = 262, kTiffStripOffsets = 273, kTiffOrientation = 274,
-                   kTiffSamples = 277, kTiffRowsPerStrip = 278, kTiffStripLengths = 279,
-                   kTiffXResolution = 282, kTiffYResolution = 283, kTiffPlanar = 284,
-                   kTiffResolutionUnit = 296, kTiffExtraSamples = 338, kTiffSampleFormat = 339,
-                   kTiffProfile = 34675;
-constexpr uint16_t kTiffByte = 1, kTiffShort = 3, kTiffLong = 4, kTiffRational = 5, kTiffUndefined = 7;
+constexpr uint16_t kTiffSubfileType = 254, kTiffCompression = 259, kTiffPhotometric = 262,
+                   kTiffPredictor = 317, kTiffSubDirectories = 330, kTiffCfaPattern = 33422,
+                   kTiffDngVersion = 50706;
+constexpr uint16_t kTiffShort = 3, kTiffLong = 4;
 
-// Values of kTiffPhotometric.
-constexpr uint32_t kTiffWhiteIsZero = 0, kTiffBlackIsZero = 1, kTiffRgb = 2;
+constexpr uint32_t kTiffRgb = 2, kTiffCfa = 32803; // photometric
+constexpr uint32_t kTiffReducedPicture = 1;        // subfile type
+constexpr uint32_t kTiffUncompressed = 1;
 
 struct TiffEntry {
     uint16_t tag;
     uint16_t type;
-    uint32_t count;
-    size_t at;     // of the value, in the file
-    size_t length; // bytes of it; in bounds
+    uint64_t count;
+    uint64_t at; // of the value, in the file; not checked
 };
 
 struct TiffDirectory {
     const uint8_t *bytes = nullptr; // the file, which must outlive this
     size_t length = 0;
     ByteOrder order = ByteOrder::kLittle;
+    bool isBig = false; // 64-bit offsets
     std::vector<TiffEntry> entries;
 };
 
-// False when the bytes are no TIFF or its directory is out of bounds. Entries whose values are out of bounds
-// or of types not named above are left out.
+bool IsTiff(const uint8_t *bytes, size_t length);
+// False when the bytes are no TIFF or its directory is out of bounds.
 bool ReadTiffDirectory(const uint8_t *bytes, size_t length, TiffDirectory *directory);
-// Shorts and longs; empty when the tag is absent.
+bool HasTiffTag(const TiffDirectory &directory, uint16_t tag);
+// Shorts and longs within the file; empty when the tag is absent or something else.
 std::vector<uint32_t> TiffNumbers(const TiffDirectory &directory, uint16_t tag);
 uint32_t TiffNumber(const TiffDirectory &directory, uint16_t tag, uint32_t whenAbsent);
-Bytes TiffBytes(const TiffDirectory &directory, uint16_t tag);
 
 } // namespace host

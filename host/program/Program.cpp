@@ -92,6 +92,7 @@ static int ShowAbout(const Options &options) {
 struct Job {
     Options options;
     Picture picture;
+    PictureOrigin origin;
     Bytes mask;
     Descriptor parameters;
     HostMemory memory;
@@ -136,8 +137,10 @@ static int GatherParameters(Job *job) {
 
 static int PrepareJob(Job *job) {
     std::string why;
-    if (!ReadPicture(NativePath(job->options.photo), &job->picture, &why))
+    if (!ReadPicture(NativePath(job->options.photo), &job->picture, &why, &job->origin))
         return FailFile("read", job->options.photo, why);
+    for (const std::string &note : job->origin.notes)
+        PrintNote(job->options, note);
     if (!job->options.out.empty() && !CanHoldPicture(job->options.out, job->picture, &why))
         return FailFile("write", job->options.out, why);
     OutputFailure failure;
@@ -256,13 +259,13 @@ static int WriteResult(const Job &job) {
         return FailFile("write", failure.path, failure.why);
     if (job.options.out.empty())
         return kExitDone;
-    if (!WritePicture(NativePath(job.options.out), job.picture, IsCancelled, &why)) {
+    if (!WritePicture(NativePath(job.options.out), job.picture, IsCancelled, &why, job.origin)) {
         if (!why.empty())
             return FailFile("write", job.options.out, why);
         PrintProblem("cancelled");
         return kExitCancelled;
     }
-    for (const std::string &dropped : ListDropped(job.options.out, job.picture))
+    for (const std::string &dropped : ListDropped(job.options.out, job.picture, job.origin, {}))
         PrintNote(job.options, dropped);
     return kExitDone;
 }

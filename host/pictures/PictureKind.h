@@ -1,0 +1,36 @@
+// What kind of picture file some bytes are, and how it was written. Told by content, never by a name.
+#pragma once
+
+#include "host/base/ByteStream.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+struct _VipsImage;
+
+namespace host {
+
+enum class PictureKind { kNone, kJpeg, kPng, kTiff, kWebp, kAvif, kGif, kNetpbm, kBmp };
+
+// How the file of a picture was written, so that another one can be written alike, and what it said besides
+// its samples.
+struct PictureOrigin {
+    PictureKind kind = PictureKind::kNone;
+    int32_t quality = 0;                // of JPEG, 1..100, estimated from its tables; 0: unknown
+    bool halvesColour = false;          // JPEG: colours at half the resolution
+    bool isLossless = false;            // WebP
+    uint32_t compression = 1;           // TIFF: the tag's number; 1: none
+    bool hasPredictor = false;          // TIFF
+    bool isBig = false;                 // TIFF: 64-bit offsets
+    int32_t frames = 1;                 // pictures in the file; the first one is read
+    std::shared_ptr<_VipsImage> fields; // EXIF, XMP, IPTC, comments, resolution; null: none. Read only
+    std::vector<std::string> notes;     // what the user should know of the reading, a sentence each
+};
+
+// The kind, with what the bytes tell of the origin; `fields` and `notes` stay empty. False with a reason for
+// bytes that are no picture of a known kind, or one that is refused by name.
+bool TellPictureKind(const Bytes &file, PictureOrigin *origin, std::string *why);
+
+} // namespace host

@@ -1,0 +1,280 @@
+// JPEG, PNG, TIFF, WebP, AVIF and GIF, through the picture library.
+#include "host/base/SystemText.h"
+#include "host/pictures/PictureFormat.h"
+#include "host/pictures/VipsLibrary.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace host {
+
+constexpr int32_t kRowsAtOnce = 128;
+
+// Compressed data of these kinds cannot become more than this many times its length, so a small file cannot
+// claim a huge picture.
+constexpr uint64_t kMostCompression = 4096;
+
+using SourceHandle = std::unique_ptr<VipsSource, VipsRelease>;
+using RegionHandle = std::unique_ptr<VipsRegion, VipsRelease>;
+
+// One reading.
+struct Reading {
+    SourceHandle source;
+    ImageHandle image; // as in the file, then converted
+    std::vector<std::string> notes;
+};
+
+static bool FailDamaged(std::string *why) {
+    return Fail(why, "the file is damaged or ends early (" + TakeVipsError() + ")");
+}
+
+static bool OpenImage(const Bytes &file, int failOn, Reading *reading, std::string *why) {
+    reading->source.reset(Vips().vips_source_new_from_memory(file.data(), file.size()));
+    if (!reading->source)
+        return Fail(why, "not enough memory");
+    reading->image.reset(Vips().vips_image_new_from_source(reading->source.get(), "", "access",
+                                                           kVipsSequential, "fail_on", failOn, nullptr));
+    return reading->image || FailDamaged(why);
+}
+
+static bool CheckSize(const Bytes &file, const PictureOrigin &origin, VipsImage *image, std::string *why) {
+    const auto width = static_cast<uint64_t>(Vips().vips_image_get_width(image));
+    const auto height = static_cast<uint64_t>(Vips().vips_image_get_height(image));
+    if (!CheckPictureSize(width, height, why))
+        return false;
+    const bool mayBeTiny = origin.kind == PictureKind::kWebp || origin.kind == PictureKind::kAvif;
+    return mayBeTiny || width * height / kMostCompression <= file.size() || Fail(why, "the file ends early");
+}
+
+// Puts the result of a conversion in the image's place.
+static bool Take(int result, VipsImage *converted, Reading *reading, std::string *why) {
+    if (result != 0)
+        return Fail(why, "its colours cannot be converted (" + TakeVipsError() + ")");
+    reading->image.reset(converted);
+    return true;
+}
+
+// Colours that are neither grey nor RGB, by the profile in the file where it has one.
+static bool ConvertColours(Reading *reading, std::string *why) {
+    VipsImage *image = reading->image.get(), *converted = nullptr;
+    const bool isDeep = Vips().vips_image_get_format(image) != kVipsUChar;
+    switch (Vips().vips_image_get_interpretation(image)) {
+    case kVipsCmyk:
+        reading->notes.push_back("its CMYK colours are converted to sRGB");
+        return Take(Vips().vips_icc_transform(image, &converted, "srgb", "embedded", 1, "input_profile",
+                                              "cmyk", "depth", isDeep ? 16 : 8, nullptr),
+                    converted, reading, why);
+    case kVipsLab:
+    case kVipsLabS:
+        reading->notes.push_back("its Lab colours are converted to sRGB");
+        return Take(Vips().vips_colourspace(image, &converted, isDeep ? kVipsRgb16 : kVipsSRgb, nullptr),
+                    converted, reading, why);
+    default:
+        return true;
+    }
+}
+
+// To samples of 8 or 16 bits or floats.
+static bool ConvertSamples(Reading *reading, std::string *why) {
+    constexpr double kLargestUInt = 4294967295.0;
+    VipsImage *image = reading->image.get(), *converted = nullptr;
+    switch (Vips().vips_image_get_format(image)) {
+    case kVipsUChar:
+    case kVipsUShort:
+    case kVipsFloat:
+        return true;
+    case kVipsDouble:
+        reading->notes.push_back("its 64-bit samples are taken as 32-bit ones");
+        return Take(Vips().vips_cast(image, &converted, kVipsFloat, nullptr), converted, reading, why);
+    case kVipsUInt:
+        reading->notes.push_back("its 32-bit integer samples are taken as floating-point ones from 0 to 1");
+        return Take(Vips().vips_linear1(image, &converted, 1.0 / kLargestUInt, 0.0, nullptr), converted,
+                    reading, why);
+    default:
+        return Fail(why, "its kind of samples (signed or complex numbers) is not supported");
+    }
+}
+
+template <typename Sample>
+static void TakeSamples(const unsigned char *rows, size_t bands, size_t firstPixel, size_t count,
+                        Picture *picture) {
+    for (size_t plane = 0; plane < picture->planes.size(); plane++) {
+        uint8_t *to = picture->planes[plane].data() + firstPixel * sizeof(Sample);
+        const unsigned char *from = rows + plane * sizeof(Sample);
+        for (size_t i = 0; i < count; i++)
+            std::memcpy(to + i * sizeof(Sample), from + i * bands * sizeof(Sample), sizeof(Sample));
+    }
+}
+
+static bool CopySamples(VipsImage *image, size_t bands, Picture *picture, std::string *why) {
+    const RegionHandle region(Vips().vips_region_new(image));
+    if (!region)
+        return Fail(why, "not enough memory");
+    for (int32_t y = 0; y < picture->height; y += kRowsAtOnce) {
+        const int32_t count = std::min(kRowsAtOnce, picture->height - y);
+        size_t length = 0;
+        unsigned char *rows = Vips().vips_region_fetch(region.get(), 0, y, picture->width, count, &length);
+        if (!rows)
+            return FailDamaged(why);
+        const size_t first = static_cast<size_t>(y) * static_cast<size_t>(picture->width);
+        const size_t pixels = static_cast<size_t>(count) * static_cast<size_t>(picture->width);
+        const auto take = picture->depth == 8    ? TakeSamples<uint8_t>
+                          : picture->depth == 16 ? TakeSamples<uint16_t>
+                                                 : TakeSamples<float>;
+        take(rows, bands, first, pixels, picture);
+        Vips().g_free(rows);
+    }
+    return true;
+}
+
+static Bytes BlobOf(VipsImage *image, const char *name) {
+    const void *data = nullptr;
+    size_t length = 0;
+    if (Vips().vips_image_get_typeof(image, name) == 0 ||
+        Vips().vips_image_get_blob(image, name, &data, &length) != 0) {
+        Vips().vips_error_clear();
+        return {};
+    }
+    const auto *first = static_cast<const uint8_t *>(data);
+    return {first, first + length};
+}
+
+static bool HasField(VipsImage *image, const char *name) {
+    return Vips().vips_image_get_typeof(image, name) != 0;
+}
+
+// Takes back what decoding added to a palette: colour to grey ones, transparency that none makes use of.
+static void TakeBackAdditions(Picture *picture) {
+    if (AreColourPlanesEqual(*picture))
+        CollapseToGrey(*picture);
+    const Bytes &last = picture->planes.back();
+    if (picture->hasAlpha &&
+        std::all_of(last.begin(), last.end(), [](uint8_t byte) { return byte == 255; })) {
+        picture->planes.pop_back();
+        picture->hasAlpha = false;
+    }
+}
+
+static void *CopyField(VipsImage *, const char *name, GValue *value, void *data) {
+    static constexpr const char *kOwn[] = {"width",
+                                           "height",
+                                           "bands",
+                                           "format",
+                                           "coding",
+                                           "interpretation",
+                                           "xoffset",
+                                           "yoffset",
+                                           "xres",
+                                           "yres",
+                                           "filename",
+                                           "icc-profile-data",
+                                           "n-pages",
+                                           "page-height",
+                                           "palette",
+                                           "bits-per-sample",
+                                           "concurrency",
+                                           "jpeg-multiscan",
+                                           "jpeg-chroma-subsample",
+                                           "interlaced",
+                                           "background",
+                                           "delay",
+                                           "loop",
+                                           "gif-palette",
+                                           "heif-primary",
+                                           "heif-compression",
+                                           "heif-bitdepth",
+                                           "n-subifds"};
+    const auto isName = [name](const char *own) { return std::strcmp(name, own) == 0; };
+    if (std::strncmp(name, "vips-", 5) != 0 && std::none_of(std::begin(kOwn), std::end(kOwn), isName))
+        Vips().vips_image_set(static_cast<VipsImage *>(data), name, value);
+    return nullptr;
+}
+
+// What the file says besides samples, on an image of one pixel, upright. Null when there is no memory.
+static std::shared_ptr<VipsImage> TakeFields(VipsImage *image) {
+    VipsImage *black = nullptr, *holder = nullptr;
+    if (Vips().vips_black(&black, 1, 1, nullptr) != 0)
+        return nullptr;
+    const ImageHandle blackHandle(black);
+    if (Vips().vips_copy(black, &holder, "xres", Vips().vips_image_get_xres(image), "yres",
+                         Vips().vips_image_get_yres(image), nullptr) != 0)
+        return nullptr;
+    std::shared_ptr<VipsImage> fields(holder, VipsRelease());
+    Vips().vips_image_map(image, CopyField, holder);
+    if (HasField(holder, "orientation"))
+        Vips().vips_image_set_int(holder, "orientation", 1);
+    return fields;
+}
+
+static void TakeOrigin(VipsImage *image, PictureOrigin *origin) {
+    const char *subsampling = nullptr;
+    if (HasField(image, "jpeg-chroma-subsample") &&
+        Vips().vips_image_get_string(image, "jpeg-chroma-subsample", &subsampling) == 0)
+        origin->halvesColour = std::strstr(subsampling, "4:4:4") == nullptr;
+    origin->frames = Vips().vips_image_get_n_pages(image);
+    if (origin->frames > 1)
+        origin->notes.push_back("it holds " + std::to_string(origin->frames) +
+                                " pictures; the first one is taken");
+    origin->fields = TakeFields(image);
+}
+
+static bool ReadOpened(const Bytes &file, Reading *reading, Picture *picture, PictureOrigin *origin,
+                       std::string *why) {
+    VipsImage *opened = reading->image.get();
+    if (!CheckSize(file, *origin, opened, why))
+        return false;
+    const bool hasPalette = HasField(opened, "palette") || origin->kind == PictureKind::kGif;
+    const int32_t orientation = Vips().vips_image_get_orientation(opened);
+    TakeOrigin(opened, origin);
+    if (!ConvertColours(reading, why) || !ConvertSamples(reading, why))
+        return false;
+    VipsImage *image = reading->image.get();
+    const int bands = Vips().vips_image_get_bands(image);
+    const int format = Vips().vips_image_get_format(image);
+    const int colours = bands >= 3 ? 3 : 1;
+    const bool hasAlpha = bands > colours;
+    if (bands > colours + 1)
+        reading->notes.push_back("its channels beyond the fourth are dropped");
+    Picture read = MakePicture(Vips().vips_image_get_width(image), Vips().vips_image_get_height(image),
+                               format == kVipsUChar    ? 8
+                               : format == kVipsUShort ? 16
+                                                       : 32,
+                               colours, hasAlpha);
+    if (!CopySamples(image, static_cast<size_t>(bands), &read, why))
+        return false;
+    if (hasPalette && read.depth == 8)
+        TakeBackAdditions(&read);
+    ApplyOrientation(read, orientation);
+    Bytes profile = BlobOf(image, "icc-profile-data");
+    if (DoesProfileFit(profile, read.colourPlanes))
+        read.iccProfile = std::move(profile);
+    origin->notes.insert(origin->notes.end(), reading->notes.begin(), reading->notes.end());
+    *picture = std::move(read);
+    return true;
+}
+
+static bool ReadOnce(const Bytes &file, int failOn, Picture *picture, PictureOrigin *origin,
+                     std::string *why) {
+    Reading reading;
+    PictureOrigin told = *origin;
+    if (!OpenImage(file, failOn, &reading, why) || !ReadOpened(file, &reading, picture, &told, why))
+        return false;
+    *origin = std::move(told);
+    return true;
+}
+
+bool ReadWithLibrary(const Bytes &file, bool isStrict, Picture *picture, PictureOrigin *origin,
+                     std::string *why) {
+    if (!LoadVips(why))
+        return false;
+    // A JPEG decoder calls damage a warning; a TIFF's decoder warns of every tag that it does not know.
+    const bool isJpeg = origin->kind == PictureKind::kJpeg;
+    if (ReadOnce(file, isJpeg ? kVipsFailOnWarning : kVipsFailOnError, picture, origin, why))
+        return true;
+    if (isStrict || !isJpeg || !ReadOnce(file, kVipsFailOnTruncated, picture, origin, why))
+        return false;
+    origin->notes.push_back("the file is damaged; parts of the picture are wrong");
+    return true;
+}
+
+} // namespace host

@@ -1,0 +1,244 @@
+// JPEG, PNG, TIFF, WebP, AVIF and GIF, through the picture library.
+#include "host/base/SystemText.h"
+#include "host/pictures/PictureFormat.h"
+#include "host/pictures/VipsLibrary.h"
+
+#include <cstring>
+
+namespace host {
+
+constexpr int kThumbnailSide = 160; // what cameras write
+constexpr int kThumbnailQuality = 80;
+constexpr int kAllPngFilters = 0xF8;
+constexpr int kHeifAv1 = 4;
+constexpr int kKeepEverything = 0x3F;
+constexpr int32_t kWebpQuality = 95, kAvifQuality = 80, kTiffJpegQuality = 95;
+constexpr int64_t kBigTiffBytes = int64_t{4000} << 20; // classic TIFFs end at 4 GB
+
+static bool FailWriting(std::string *why) {
+    return Fail(why, "the picture library failed (" + TakeVipsError() + ")");
+}
+
+// The planes as one image that reads them where they are.
+static ImageHandle JoinPlanes(const Picture &picture) {
+    static constexpr VipsMeaning kMeanings[3][2] = {
+        {kVipsGrey, kVipsSRgb}, {kVipsGrey16, kVipsRgb16}, {kVipsGrey, kVipsSRgb}};
+    const int index = picture.depth == 8 ? 0 : picture.depth == 16 ? 1 : 2;
+    const int samples = index == 0 ? kVipsUChar : index == 1 ? kVipsUShort : kVipsFloat;
+    ImageHandle planes[4];
+    VipsImage *list[4] = {};
+    int count = 0;
+    for (const Bytes &plane : picture.planes) {
+        planes[count].reset(Vips().vips_image_new_from_memory(plane.data(), plane.size(), picture.width,
+                                                              picture.height, 1, samples));
+        list[count] = planes[count].get();
+        if (!list[count++])
+            return nullptr;
+    }
+    VipsImage *joined = nullptr, *meant = nullptr;
+    if (Vips().vips_bandjoin(list, &joined, count, nullptr) != 0)
+        return nullptr;
+    const ImageHandle holder(joined);
+    const VipsMeaning meaning = kMeanings[index][picture.colourPlanes == 3];
+    return Vips().vips_copy(joined, &meant, "interpretation", meaning, nullptr) == 0 ? ImageHandle(meant)
+                                                                                     : nullptr;
+}
+
+static bool StartsWith(const char *name, const char *start) {
+    return std::strncmp(name, start, std::strlen(start)) == 0;
+}
+
+struct FieldCopy {
+    VipsImage *to;
+    MetadataChoice choice;
+};
+
+// The camera's place stands in the fourth directory of EXIF data; XMP can repeat it anywhere.
+static bool IsPlace(VipsImage *image, const char *name) {
+    if (StartsWith(name, "exif-ifd3-"))
+        return true;
+    if (std::strcmp(name, "xmp-data") != 0)
+        return false;
+    const void *data = nullptr;
+    size_t length = 0;
+    if (Vips().vips_image_get_blob(image, name, &data, &length) != 0)
+        return true;
+    return std::string_view(static_cast<const char *>(data), length).find("GPS") != std::string_view::npos;
+}
+
+static void *PutField(VipsImage *from, const char *name, GValue *value, void *data) {
+    const auto *copy = static_cast<const FieldCopy *>(data);
+    static constexpr const char *kOfImage[] = {"width",  "height",         "bands",   "format",
+                                               "coding", "interpretation", "xoffset", "yoffset",
+                                               "xres",   "yres",           "filename"};
+    for (const char *own : kOfImage)
+        if (std::strcmp(name, own) == 0)
+            return nullptr;
+    if (copy->choice == MetadataChoice::kKeep || !IsPlace(from, name))
+        Vips().vips_image_set(copy->to, name, value);
+    return nullptr;
+}
+
+// A small picture for file managers, of the stars too.
+static void RenewThumbnail(VipsImage *image) {
+    if (Vips().vips_image_get_typeof(image, "jpeg-thumbnail-data") == 0)
+        return;
+    Vips().vips_image_remove(image, "jpeg-thumbnail-data");
+    VipsImage *small = nullptr;
+    void *bytes = nullptr;
+    size_t length = 0;
+    if (Vips().vips_thumbnail_image(image, &small, kThumbnailSide, nullptr) == 0) {
+        const ImageHandle holder(small);
+        if (Vips().vips_jpegsave_buffer(small, &bytes, &length, "Q", kThumbnailQuality, "keep", 0, nullptr) ==
+            0)
+            Vips().vips_image_set_blob_copy(image, "jpeg-thumbnail-data", bytes, length);
+        Vips().g_free(bytes);
+    }
+    Vips().vips_error_clear(); // without a thumbnail the picture is whole all the same
+}
+
+// The image to write, with all that the file is to say.
+static ImageHandle MakeImage(const Picture &picture, const PictureOrigin &origin,
+                             const WriteOptions &options) {
+    ImageHandle image = JoinPlanes(picture);
+    if (!image)
+        return nullptr;
+    if (origin.fields && options.metadata != MetadataChoice::kNone) {
+        VipsImage *resolved = nullptr;
+        VipsImage *fields = origin.fields.get();
+        if (Vips().vips_copy(image.get(), &resolved, "xres", Vips().vips_image_get_xres(fields), "yres",
+                             Vips().vips_image_get_yres(fields), nullptr) != 0)
+            return nullptr;
+        image.reset(resolved);
+        FieldCopy copy{resolved, options.metadata};
+        Vips().vips_image_map(fields, PutField, &copy);
+        RenewThumbnail(resolved);
+    }
+    if (!picture.iccProfile.empty())
+        Vips().vips_image_set_blob_copy(image.get(), "icc-profile-data", picture.iccProfile.data(),
+                                        picture.iccProfile.size());
+    return image;
+}
+
+// Stops the library's work when the user has cancelled.
+static void OnProgress(VipsImage *image, void *, void *data) {
+    const auto &isCancelled = *static_cast<const std::function<bool()> *>(data);
+    if (isCancelled())
+        Vips().vips_image_set_kill(image, 1);
+}
+
+static void WatchForCancel(VipsImage *image, const std::function<bool()> &isCancelled) {
+    if (!isCancelled)
+        return;
+    Vips().vips_image_set_progress(image, 1);
+    Vips().g_signal_connect_data(image, "eval", reinterpret_cast<void (*)()>(OnProgress),
+                                 const_cast<std::function<bool()> *>(&isCancelled), nullptr, 0);
+}
+
+int32_t JpegQuality(const PictureOrigin &origin, const WriteOptions &options) {
+    if (options.quality != 0)
+        return options.quality;
+    return origin.kind == PictureKind::kJpeg && origin.quality != 0 ? origin.quality : kDefaultJpegQuality;
+}
+
+static int SaveJpeg(VipsImage *image, const char *path, const PictureOrigin &origin,
+                    const WriteOptions &options) {
+    const bool halves = options.subsampling == Subsampling::kAsInput
+                            ? origin.kind == PictureKind::kJpeg && origin.halvesColour
+                            : options.subsampling == Subsampling::k420;
+    return Vips().vips_jpegsave(image, path, "Q", JpegQuality(origin, options), "subsample_mode",
+                                halves ? kVipsSubsampleOn : kVipsSubsampleOff, "optimize_coding", 1, "keep",
+                                kKeepEverything, nullptr);
+}
+
+static int SavePng(VipsImage *image, const char *path, const PictureOrigin &, const WriteOptions &) {
+    return Vips().vips_pngsave(image, path, "filter", kAllPngFilters, "keep", kKeepEverything, nullptr);
+}
+
+// Of the tag's numbers those that the library writes.
+static int TiffCompression(uint32_t tag) {
+    switch (tag) {
+    case 5:
+        return kVipsTiffLzw;
+    case 7:
+        return kVipsTiffJpeg;
+    case 8:
+    case 32946: // an older number of the same
+        return kVipsTiffDeflate;
+    case 32773:
+        return kVipsTiffPackBits;
+    case 50000:
+        return kVipsTiffZstd;
+    default:
+        return kVipsTiffNone;
+    }
+}
+
+static int SaveTiff(VipsImage *image, const char *path, const PictureOrigin &origin,
+                    const WriteOptions &options) {
+    const bool isAlike = options.compression == kVipsTiffAsInput;
+    const int samples = Vips().vips_image_get_format(image);
+    int compression = isAlike && origin.kind == PictureKind::kTiff ? TiffCompression(origin.compression)
+                      : isAlike                                    ? static_cast<int>(kVipsTiffNone)
+                                                                   : options.compression;
+    if (compression == kVipsTiffJpeg && samples != kVipsUChar)
+        compression = kVipsTiffNone;
+    const bool predicts = !isAlike || origin.hasPredictor;
+    const int predictor = !predicts ? 1 : samples == kVipsFloat ? 3 : 2;
+    const int64_t bytes = int64_t{Vips().vips_image_get_width(image)} * Vips().vips_image_get_height(image) *
+                          Vips().vips_image_get_bands(image) *
+                          (samples == kVipsUChar    ? 1
+                           : samples == kVipsUShort ? 2
+                                                    : 4);
+    const bool isBig = (origin.kind == PictureKind::kTiff && origin.isBig) || bytes > kBigTiffBytes;
+    return Vips().vips_tiffsave(image, path, "compression", compression, "predictor", predictor, "Q",
+                                options.quality != 0 ? options.quality : kTiffJpegQuality, "bigtiff",
+                                isBig ? 1 : 0, "keep", kKeepEverything, nullptr);
+}
+
+static int SaveWebp(VipsImage *image, const char *path, const PictureOrigin &origin,
+                    const WriteOptions &options) {
+    const bool isLossless = origin.kind == PictureKind::kWebp && origin.isLossless && options.quality == 0;
+    return Vips().vips_webpsave(image, path, "lossless", isLossless ? 1 : 0, "Q",
+                                options.quality != 0 ? options.quality : kWebpQuality, "smart_subsample", 1,
+                                "keep", kKeepEverything, nullptr);
+}
+
+static int SaveAvif(VipsImage *image, const char *path, const PictureOrigin &, const WriteOptions &options) {
+    const bool isDeep = Vips().vips_image_get_format(image) != kVipsUChar;
+    return Vips().vips_heifsave(
+        image, path, "compression", kHeifAv1, "Q", options.quality != 0 ? options.quality : kAvifQuality,
+        "bitdepth", isDeep ? 12 : 8, "subsample_mode",
+        options.subsampling == Subsampling::k420 ? kVipsSubsampleOn : kVipsSubsampleOff, "keep",
+        kKeepEverything, nullptr);
+}
+
+static int SaveGif(VipsImage *image, const char *path, const PictureOrigin &, const WriteOptions &) {
+    return Vips().vips_gifsave(image, path, "keep", kKeepEverything, nullptr);
+}
+
+bool WriteWithLibrary(PictureKind kind, const Picture &picture, const PictureOrigin &origin,
+                      const WriteOptions &options, const std::function<bool()> &isCancelled,
+                      const std::wstring &path, std::string *why) {
+    if (!LoadVips(why))
+        return false;
+    const ImageHandle image = MakeImage(picture, origin, options);
+    if (!image)
+        return FailWriting(why);
+    WatchForCancel(image.get(), isCancelled);
+    const auto save = kind == PictureKind::kJpeg   ? SaveJpeg
+                      : kind == PictureKind::kPng  ? SavePng
+                      : kind == PictureKind::kTiff ? SaveTiff
+                      : kind == PictureKind::kWebp ? SaveWebp
+                      : kind == PictureKind::kAvif ? SaveAvif
+                                                   : SaveGif;
+    const int result = save(image.get(), ToUtf8(path).c_str(), origin, options);
+    if (isCancelled && isCancelled()) {
+        Vips().vips_error_clear();
+        why->clear();
+        return false;
+    }
+    return result == 0 || FailWriting(why);
+}
+
+} // namespace host
