@@ -10,7 +10,7 @@
 namespace host {
 
 // Metadata that a kind of file can hold.
-enum MetadataKinds : unsigned { kExif = 1, kXmp = 2, kIptc = 4 };
+enum MetadataKinds : unsigned { kExif = 1, kXmp = 2, kIptc = 4, kAllMetadata = 7 };
 
 struct FileFormat {
     const char *ending;
@@ -26,10 +26,10 @@ struct FileFormat {
 static constexpr NetpbmForm kNone = NetpbmForm::kAny;
 static const FileFormat kFormats[] = {
     {"png", PictureKind::kPng, {true, true, false}, true, true, true, kExif | kXmp, kNone},
-    {"jpg", PictureKind::kJpeg, {true, false, false}, true, false, true, kExif | kXmp | kIptc, kNone},
-    {"jpeg", PictureKind::kJpeg, {true, false, false}, true, false, true, kExif | kXmp | kIptc, kNone},
-    {"tif", PictureKind::kTiff, {true, true, true}, true, true, true, kXmp | kIptc, kNone},
-    {"tiff", PictureKind::kTiff, {true, true, true}, true, true, true, kXmp | kIptc, kNone},
+    {"jpg", PictureKind::kJpeg, {true, false, false}, true, false, true, kAllMetadata, kNone},
+    {"jpeg", PictureKind::kJpeg, {true, false, false}, true, false, true, kAllMetadata, kNone},
+    {"tif", PictureKind::kTiff, {true, true, true}, true, true, true, kAllMetadata, kNone},
+    {"tiff", PictureKind::kTiff, {true, true, true}, true, true, true, kAllMetadata, kNone},
     {"webp", PictureKind::kWebp, {true, false, false}, true, true, true, kExif | kXmp, kNone},
     {"avif", PictureKind::kAvif, {true, true, false}, true, true, true, kExif | kXmp, kNone},
     {"gif", PictureKind::kGif, {true, false, false}, true, true, false, 0, kNone},
@@ -98,6 +98,7 @@ std::vector<std::string> ListDropped(const std::wstring &path, const Picture &pi
     drop(keeps && !(format->metadata & kExif) && Says(origin, "exif-data"), "the EXIF data is");
     drop(keeps && !(format->metadata & kXmp) && Says(origin, "xmp-data"), "the XMP data is");
     drop(keeps && !(format->metadata & kIptc) && Says(origin, "iptc-data"), "the IPTC data is");
+    drop(keeps && format->kind != PictureKind::kJpeg && !origin.comments.empty(), "the comment is");
     if (format->kind == PictureKind::kGif)
         dropped.push_back("the colours are reduced to 256: a .gif file has no room for more");
     if (format->kind == PictureKind::kAvif && picture.depth == 16)
@@ -140,9 +141,7 @@ static bool WriteInto(const FileFormat &format, const Picture &picture, const Pi
         return WriteNetpbm(format.form, picture, file, why);
     if (format.kind == PictureKind::kBmp)
         return WriteBmp(picture, file, why);
-    LendOutput(file);
-    return WriteWithLibrary(format.kind, picture, origin, options, isCancelled, file->temporaryPath, why) &&
-           TakeOutputBack(file, why);
+    return WriteWithLibrary(format.kind, picture, origin, options, isCancelled, file, why);
 }
 
 static bool WriteGuarded(const FileFormat &format, const Picture &picture, const PictureOrigin &origin,

@@ -24,10 +24,10 @@ bool ReadWithLibrary(const Bytes &file, bool isStrict, Picture *picture, Picture
 enum class NetpbmForm { kGrey, kColour, kAny, kFloat }; // PGM, PPM, PAM, PFM
 bool WriteNetpbm(NetpbmForm form, const Picture &picture, OutputFile *file, std::string *why);
 bool WriteBmp(const Picture &picture, OutputFile *file, std::string *why);
-// Writes to `path`, which may be there already. False with an empty reason when cancelled.
+// False with an empty reason when cancelled.
 bool WriteWithLibrary(PictureKind kind, const Picture &picture, const PictureOrigin &origin,
-                      const WriteOptions &options, const std::function<bool()> &isCancelled,
-                      const std::wstring &path, std::string *why);
+                      const WriteOptions &options, const std::function<bool()> &isCancelled, OutputFile *file,
+                      std::string *why);
 
 // Whether a profile belongs to pictures of so many colour planes.
 inline bool DoesProfileFit(const Bytes &profile, int32_t colourPlanes) {

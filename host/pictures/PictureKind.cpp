@@ -1,7 +1,7 @@
 #include "host/pictures/PictureKind.h"
 
 #include "host/base/SystemText.h"
-#include "host/pictures/JpegTables.h"
+#include "host/pictures/JpegSegments.h"
 #include "host/pictures/TiffDirectory.h"
 
 #include <cctype>
@@ -100,8 +100,10 @@ static bool TellTiff(const Bytes &file, PictureOrigin *origin, std::string *why)
 }
 
 static void TellOrigin(const Bytes &file, PictureOrigin *origin) {
-    if (origin->kind == PictureKind::kJpeg)
+    if (origin->kind == PictureKind::kJpeg) {
         origin->quality = EstimateJpegQuality(file);
+        origin->comments = ReadJpegComments(file);
+    }
     if (origin->kind == PictureKind::kWebp) {
         constexpr std::string_view lossless = "VP8L";
         const size_t end = std::min<size_t>(file.size(), 4096); // behind the colour profile at most

@@ -25,6 +25,7 @@ struct PictureOrigin {
     bool hasPredictor = false;          // TIFF
     bool isBig = false;                 // TIFF: 64-bit offsets
     int32_t frames = 1;                 // pictures in the file; the first one is read
+    std::vector<Bytes> comments;        // of JPEG
     std::shared_ptr<_VipsImage> fields; // EXIF, XMP, IPTC, comments, resolution; null: none. Read only
     std::vector<std::string> notes;     // what the user should know of the reading, a sentence each
 };

@@ -23,13 +23,19 @@ static size_t NumberSize(uint16_t type) {
     return type == kTiffShort ? 2 : type == kTiffLong ? 4 : 0;
 }
 
+// Of one value of the type; 0 for an unknown one.
+static size_t UnitSize(uint16_t type) {
+    static constexpr size_t kSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
+    return type < std::size(kSizes) ? kSizes[type] : 0;
+}
+
 static void TakeEntry(const TiffForm &form, size_t at, TiffDirectory *directory) {
     TiffEntry entry = {};
     entry.tag = static_cast<uint16_t>(NumberOf(*directory, at, 2));
     entry.type = static_cast<uint16_t>(NumberOf(*directory, at + 2, 2));
     entry.count = NumberOf(*directory, at + 4, form.number);
     const size_t value = at + 4 + form.number;
-    const bool isInPlace = entry.count <= form.number / std::max<size_t>(NumberSize(entry.type), 1);
+    const bool isInPlace = entry.count <= form.number / std::max<size_t>(UnitSize(entry.type), 1);
     entry.at = isInPlace ? value : NumberOf(*directory, value, form.number);
     directory->entries.push_back(entry);
 }
@@ -49,11 +55,16 @@ bool ReadTiffDirectory(const uint8_t *bytes, size_t length, TiffDirectory *direc
     TiffDirectory read = {bytes, length, bytes[0] == 'I' ? ByteOrder::kLittle : ByteOrder::kBig, isBig, {}};
     if (length < form.header)
         return false;
-    const uint64_t at = NumberOf(read, form.header - form.number, form.number);
-    if (at > length || length - at < form.count)
+    return ReadTiffDirectoryAt(read, NumberOf(read, form.header - form.number, form.number), directory);
+}
+
+bool ReadTiffDirectoryAt(const TiffDirectory &file, uint64_t at, TiffDirectory *directory) {
+    const TiffForm &form = file.isBig ? kBig : kClassic;
+    TiffDirectory read = {file.bytes, file.length, file.order, file.isBig, {}};
+    if (at > read.length || read.length - at < form.count)
         return false;
     const uint64_t count = NumberOf(read, static_cast<size_t>(at), form.count);
-    if (count > (length - at - form.count) / form.entry)
+    if (count > (read.length - at - form.count) / form.entry)
         return false;
     for (size_t i = 0; i < count; i++)
         TakeEntry(form, static_cast<size_t>(at) + form.count + i * form.entry, &read);

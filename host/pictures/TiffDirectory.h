@@ -34,6 +34,8 @@ struct TiffDirectory {
 bool IsTiff(const uint8_t *bytes, size_t length);
 // False when the bytes are no TIFF or its directory is out of bounds.
 bool ReadTiffDirectory(const uint8_t *bytes, size_t length, TiffDirectory *directory);
+// Another directory of the same file, at a position that an entry names.
+bool ReadTiffDirectoryAt(const TiffDirectory &file, uint64_t at, TiffDirectory *directory);
 bool HasTiffTag(const TiffDirectory &directory, uint16_t tag);
 // Shorts and longs within the file; empty when the tag is absent or something else.
 std::vector<uint32_t> TiffNumbers(const TiffDirectory &directory, uint16_t tag);

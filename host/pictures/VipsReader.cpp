@@ -1,5 +1,6 @@
 // JPEG, PNG, TIFF, WebP, AVIF and GIF, through the picture library.
 #include "host/base/SystemText.h"
+#include "host/pictures/ExifTree.h"
 #include "host/pictures/PictureFormat.h"
 #include "host/pictures/VipsLibrary.h"
 
@@ -206,7 +207,20 @@ static std::shared_ptr<VipsImage> TakeFields(VipsImage *image) {
     return fields;
 }
 
-static void TakeOrigin(VipsImage *image, PictureOrigin *origin) {
+// A TIFF's EXIF and IPTC data are spread over its own directories, which the library does not look into.
+static void TakeTiffFields(const Bytes &file, VipsImage *fields) {
+    const ExifTree tree = ReadExifTree(file);
+    const Bytes block = MakeExifBlock(tree);
+    if (!tree.iptc.empty())
+        Vips().vips_image_set_blob_copy(fields, "iptc-data", tree.iptc.data(), tree.iptc.size());
+    if (block.empty())
+        return;
+    Vips().vips_image_set_blob_copy(fields, "exif-data", block.data(), block.size());
+    Vips().vips__exif_parse(fields);
+    Vips().vips_error_clear();
+}
+
+static void TakeOrigin(const Bytes &file, VipsImage *image, PictureOrigin *origin) {
     const char *subsampling = nullptr;
     if (HasField(image, "jpeg-chroma-subsample") &&
         Vips().vips_image_get_string(image, "jpeg-chroma-subsample", &subsampling) == 0)
@@ -216,6 +230,8 @@ static void TakeOrigin(VipsImage *image, PictureOrigin *origin) {
         origin->notes.push_back("it holds " + std::to_string(origin->frames) +
                                 " pictures; the first one is taken");
     origin->fields = TakeFields(image);
+    if (origin->fields && origin->kind == PictureKind::kTiff)
+        TakeTiffFields(file, origin->fields.get());
 }
 
 static bool ReadOpened(const Bytes &file, Reading *reading, Picture *picture, PictureOrigin *origin,
@@ -225,7 +241,7 @@ static bool ReadOpened(const Bytes &file, Reading *reading, Picture *picture, Pi
         return false;
     const bool hasPalette = HasField(opened, "palette") || origin->kind == PictureKind::kGif;
     const int32_t orientation = Vips().vips_image_get_orientation(opened);
-    TakeOrigin(opened, origin);
+    TakeOrigin(file, opened, origin);
     if (!ConvertColours(reading, why) || !ConvertSamples(reading, why))
         return false;
     VipsImage *image = reading->image.get();

@@ -1,5 +1,8 @@
 // JPEG, PNG, TIFF, WebP, AVIF and GIF, through the picture library.
 #include "host/base/SystemText.h"
+#include "host/pictures/ExifTree.h"
+#include "host/pictures/IptcBlock.h"
+#include "host/pictures/JpegSegments.h"
 #include "host/pictures/PictureFormat.h"
 #include "host/pictures/VipsLibrary.h"
 
@@ -97,8 +100,27 @@ static void RenewThumbnail(VipsImage *image) {
     Vips().vips_error_clear(); // without a thumbnail the picture is whole all the same
 }
 
+static Bytes BlobOf(VipsImage *image, const char *name) {
+    const void *data = nullptr;
+    size_t length = 0;
+    if (Vips().vips_image_get_typeof(image, name) == 0 ||
+        Vips().vips_image_get_blob(image, name, &data, &length) != 0)
+        return {};
+    const auto *first = static_cast<const uint8_t *>(data);
+    return {first, first + length};
+}
+
+// IPTC data stand in a wrapper of their own in a JPEG. A TIFF gets them with its EXIF data.
+static void SetIptcForm(VipsImage *image, PictureKind kind) {
+    const Bytes block = WrapIptc(BlobOf(image, "iptc-data"));
+    if (kind == PictureKind::kTiff)
+        Vips().vips_image_remove(image, "iptc-data");
+    else if (!block.empty())
+        Vips().vips_image_set_blob_copy(image, "iptc-data", block.data(), block.size());
+}
+
 // The image to write, with all that the file is to say.
-static ImageHandle MakeImage(const Picture &picture, const PictureOrigin &origin,
+static ImageHandle MakeImage(PictureKind kind, const Picture &picture, const PictureOrigin &origin,
                              const WriteOptions &options) {
     ImageHandle image = JoinPlanes(picture);
     if (!image)
@@ -113,6 +135,7 @@ static ImageHandle MakeImage(const Picture &picture, const PictureOrigin &origin
         FieldCopy copy{resolved, options.metadata};
         Vips().vips_image_map(fields, PutField, &copy);
         RenewThumbnail(resolved);
+        SetIptcForm(resolved, kind);
     }
     if (!picture.iccProfile.empty())
         Vips().vips_image_set_blob_copy(image.get(), "icc-profile-data", picture.iccProfile.data(),
@@ -141,14 +164,27 @@ int32_t JpegQuality(const PictureOrigin &origin, const WriteOptions &options) {
     return origin.kind == PictureKind::kJpeg && origin.quality != 0 ? origin.quality : kDefaultJpegQuality;
 }
 
-static int SaveJpeg(VipsImage *image, const char *path, const PictureOrigin &origin,
-                    const WriteOptions &options) {
+// In memory, so that the comments can be put in.
+static bool SaveJpeg(VipsImage *image, const PictureOrigin &origin, const WriteOptions &options,
+                     OutputFile *file, std::string *why) {
     const bool halves = options.subsampling == Subsampling::kAsInput
                             ? origin.kind == PictureKind::kJpeg && origin.halvesColour
                             : options.subsampling == Subsampling::k420;
-    return Vips().vips_jpegsave(image, path, "Q", JpegQuality(origin, options), "subsample_mode",
-                                halves ? kVipsSubsampleOn : kVipsSubsampleOff, "optimize_coding", 1, "keep",
-                                kKeepEverything, nullptr);
+    void *bytes = nullptr;
+    size_t length = 0;
+    if (Vips().vips_jpegsave_buffer(image, &bytes, &length, "Q", JpegQuality(origin, options),
+                                    "subsample_mode", halves ? kVipsSubsampleOn : kVipsSubsampleOff,
+                                    "optimize_coding", 1, "keep", kKeepEverything, nullptr) != 0)
+        return FailWriting(why);
+    const auto *jpeg = static_cast<const uint8_t *>(bytes);
+    const bool keeps = options.metadata != MetadataChoice::kNone;
+    const Bytes comments = MakeJpegComments(keeps ? origin.comments : std::vector<Bytes>());
+    const size_t place = JpegCommentPlace(jpeg, length);
+    const bool isWritten = AppendOutput(file, jpeg, place, why) &&
+                           AppendOutput(file, comments.data(), comments.size(), why) &&
+                           AppendOutput(file, jpeg + place, length - place, why);
+    Vips().g_free(bytes);
+    return isWritten;
 }
 
 static int SavePng(VipsImage *image, const char *path, const PictureOrigin &, const WriteOptions &) {
@@ -217,28 +253,48 @@ static int SaveGif(VipsImage *image, const char *path, const PictureOrigin &, co
     return Vips().vips_gifsave(image, path, "keep", kKeepEverything, nullptr);
 }
 
-bool WriteWithLibrary(PictureKind kind, const Picture &picture, const PictureOrigin &origin,
-                      const WriteOptions &options, const std::function<bool()> &isCancelled,
-                      const std::wstring &path, std::string *why) {
-    if (!LoadVips(why))
-        return false;
-    const ImageHandle image = MakeImage(picture, origin, options);
-    if (!image)
-        return FailWriting(why);
-    WatchForCancel(image.get(), isCancelled);
-    const auto save = kind == PictureKind::kJpeg   ? SaveJpeg
-                      : kind == PictureKind::kPng  ? SavePng
+// What the library does not put into a TIFF itself.
+static bool FinishTiff(const PictureOrigin &origin, const WriteOptions &options, const std::wstring &path,
+                       std::string *why) {
+    if (origin.isBig || options.metadata == MetadataChoice::kNone || !origin.fields)
+        return true;
+    ExifTree tree = ReadExifTree(BlobOf(origin.fields.get(), "exif-data"));
+    tree.iptc = UnwrapIptc(BlobOf(origin.fields.get(), "iptc-data"));
+    if (options.metadata == MetadataChoice::kNoPlace)
+        tree.place.clear();
+    return AddExifToTiff(path, tree, why);
+}
+
+// By its path, as the library wants it.
+static bool SaveToPath(PictureKind kind, VipsImage *image, const PictureOrigin &origin,
+                       const WriteOptions &options, OutputFile *file, std::string *why) {
+    const auto save = kind == PictureKind::kPng    ? SavePng
                       : kind == PictureKind::kTiff ? SaveTiff
                       : kind == PictureKind::kWebp ? SaveWebp
                       : kind == PictureKind::kAvif ? SaveAvif
                                                    : SaveGif;
-    const int result = save(image.get(), ToUtf8(path).c_str(), origin, options);
-    if (isCancelled && isCancelled()) {
-        Vips().vips_error_clear();
-        why->clear();
+    LendOutput(file);
+    if (save(image, ToUtf8(file->temporaryPath).c_str(), origin, options) != 0)
+        return FailWriting(why);
+    return (kind != PictureKind::kTiff || FinishTiff(origin, options, file->temporaryPath, why)) &&
+           TakeOutputBack(file, why);
+}
+
+bool WriteWithLibrary(PictureKind kind, const Picture &picture, const PictureOrigin &origin,
+                      const WriteOptions &options, const std::function<bool()> &isCancelled, OutputFile *file,
+                      std::string *why) {
+    if (!LoadVips(why))
         return false;
-    }
-    return result == 0 || FailWriting(why);
+    const ImageHandle image = MakeImage(kind, picture, origin, options);
+    if (!image)
+        return FailWriting(why);
+    WatchForCancel(image.get(), isCancelled);
+    const bool isSaved = kind == PictureKind::kJpeg
+                             ? SaveJpeg(image.get(), origin, options, file, why)
+                             : SaveToPath(kind, image.get(), origin, options, file, why);
+    if (!isSaved && isCancelled && isCancelled())
+        why->clear();
+    return isSaved;
 }
 
 } // namespace host
