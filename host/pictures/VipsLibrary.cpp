@@ -35,9 +35,10 @@ static bool FindAll(HMODULE module, VipsLibrary *vips, std::string *why) {
     return FIND(vips_init) && FIND(vips_concurrency_set) && FIND(vips_cache_set_max) &&
            FIND(vips_error_buffer) && FIND(vips_error_clear) && FIND(g_object_unref) && FIND(g_object_ref) &&
            FIND(g_free) && FIND(g_log_set_default_handler) && FIND(vips_source_new_from_memory) &&
-           FIND(vips_image_new_from_source) && FIND(vips_image_new_from_memory) &&
-           FIND(vips_image_get_width) && FIND(vips_image_get_height) && FIND(vips_image_get_bands) &&
-           FIND(vips_image_get_format) && FIND(vips_image_get_interpretation) &&
+           FIND(vips_jpegload_source) && FIND(vips_pngload_source) && FIND(vips_tiffload_source) &&
+           FIND(vips_webpload_source) && FIND(vips_heifload_source) && FIND(vips_gifload_source) &&
+           FIND(vips_image_new_from_memory) && FIND(vips_image_get_width) && FIND(vips_image_get_height) &&
+           FIND(vips_image_get_bands) && FIND(vips_image_get_format) && FIND(vips_image_get_interpretation) &&
            FIND(vips_image_get_orientation) && FIND(vips_image_get_n_pages) && FIND(vips_image_get_xres) &&
            FIND(vips_image_get_yres) && FIND(vips_image_hasalpha) && FIND(vips_image_get_typeof) &&
            FIND(vips_image_get_blob) && FIND(vips_image_get_string) && FIND(vips_image_get_int) &&

@@ -58,7 +58,12 @@ struct VipsLibrary {
     void *(*g_log_set_default_handler)(void (*log)(const char *, int, const char *, void *), void *data);
 
     VipsSource *(*vips_source_new_from_memory)(const void *data, size_t length); // which must outlive it
-    VipsImage *(*vips_image_new_from_source)(VipsSource *source, const char *options, ...);
+    int (*vips_jpegload_source)(VipsSource *source, VipsImage **out, ...);
+    int (*vips_pngload_source)(VipsSource *source, VipsImage **out, ...);
+    int (*vips_tiffload_source)(VipsSource *source, VipsImage **out, ...);
+    int (*vips_webpload_source)(VipsSource *source, VipsImage **out, ...);
+    int (*vips_heifload_source)(VipsSource *source, VipsImage **out, ...);
+    int (*vips_gifload_source)(VipsSource *source, VipsImage **out, ...);
     VipsImage *(*vips_image_new_from_memory)(const void *data, size_t size, int width, int height, int bands,
                                              int samples);
     int (*vips_image_get_width)(const VipsImage *image);

@@ -29,13 +29,23 @@ static bool FailDamaged(std::string *why) {
     return Fail(why, "the file is damaged or ends early (" + TakeVipsError() + ")");
 }
 
-static bool OpenImage(const Bytes &file, int failOn, Reading *reading, std::string *why) {
-    reading->source.reset(Vips().vips_source_new_from_memory(file.data(), file.size()));
+// The reader of the kind told, whatever the library would take the bytes for.
+static bool OpenImage(const Bytes &file, PictureKind kind, int failOn, Reading *reading, std::string *why) {
+    const VipsLibrary &vips = Vips();
+    const auto load = kind == PictureKind::kJpeg   ? vips.vips_jpegload_source
+                      : kind == PictureKind::kPng  ? vips.vips_pngload_source
+                      : kind == PictureKind::kTiff ? vips.vips_tiffload_source
+                      : kind == PictureKind::kWebp ? vips.vips_webpload_source
+                      : kind == PictureKind::kAvif ? vips.vips_heifload_source
+                                                   : vips.vips_gifload_source;
+    VipsImage *image = nullptr;
+    reading->source.reset(vips.vips_source_new_from_memory(file.data(), file.size()));
     if (!reading->source)
         return Fail(why, "not enough memory");
-    reading->image.reset(Vips().vips_image_new_from_source(reading->source.get(), "", "access",
-                                                           kVipsSequential, "fail_on", failOn, nullptr));
-    return reading->image || FailDamaged(why);
+    if (load(reading->source.get(), &image, "access", kVipsSequential, "fail_on", failOn, nullptr) != 0)
+        return FailDamaged(why);
+    reading->image.reset(image);
+    return true;
 }
 
 static bool CheckSize(const Bytes &file, const PictureOrigin &origin, VipsImage *image, std::string *why) {
@@ -48,10 +58,10 @@ static bool CheckSize(const Bytes &file, const PictureOrigin &origin, VipsImage 
 }
 
 // Puts the result of a conversion in the image's place.
-static bool Take(int result, VipsImage *converted, Reading *reading, std::string *why) {
+static bool Take(int result, VipsImage *const *converted, Reading *reading, std::string *why) {
     if (result != 0)
         return Fail(why, "its colours cannot be converted (" + TakeVipsError() + ")");
-    reading->image.reset(converted);
+    reading->image.reset(*converted);
     return true;
 }
 
@@ -64,12 +74,12 @@ static bool ConvertColours(Reading *reading, std::string *why) {
         reading->notes.push_back("its CMYK colours are converted to sRGB");
         return Take(Vips().vips_icc_transform(image, &converted, "srgb", "embedded", 1, "input_profile",
                                               "cmyk", "depth", isDeep ? 16 : 8, nullptr),
-                    converted, reading, why);
+                    &converted, reading, why);
     case kVipsLab:
     case kVipsLabS:
         reading->notes.push_back("its Lab colours are converted to sRGB");
         return Take(Vips().vips_colourspace(image, &converted, isDeep ? kVipsRgb16 : kVipsSRgb, nullptr),
-                    converted, reading, why);
+                    &converted, reading, why);
     default:
         return true;
     }
@@ -86,10 +96,10 @@ static bool ConvertSamples(Reading *reading, std::string *why) {
         return true;
     case kVipsDouble:
         reading->notes.push_back("its 64-bit samples are taken as 32-bit ones");
-        return Take(Vips().vips_cast(image, &converted, kVipsFloat, nullptr), converted, reading, why);
+        return Take(Vips().vips_cast(image, &converted, kVipsFloat, nullptr), &converted, reading, why);
     case kVipsUInt:
         reading->notes.push_back("its 32-bit integer samples are taken as floating-point ones from 0 to 1");
-        return Take(Vips().vips_linear1(image, &converted, 1.0 / kLargestUInt, 0.0, nullptr), converted,
+        return Take(Vips().vips_linear1(image, &converted, 1.0 / kLargestUInt, 0.0, nullptr), &converted,
                     reading, why);
     default:
         return Fail(why, "its kind of samples (signed or complex numbers) is not supported");
@@ -273,7 +283,8 @@ static bool ReadOnce(const Bytes &file, int failOn, Picture *picture, PictureOri
                      std::string *why) {
     Reading reading;
     PictureOrigin told = *origin;
-    if (!OpenImage(file, failOn, &reading, why) || !ReadOpened(file, &reading, picture, &told, why))
+    if (!OpenImage(file, told.kind, failOn, &reading, why) ||
+        !ReadOpened(file, &reading, picture, &told, why))
         return false;
     *origin = std::move(told);
     return true;

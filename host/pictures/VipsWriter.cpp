@@ -14,7 +14,7 @@ constexpr int kThumbnailSide = 160; // what cameras write
 constexpr int kThumbnailQuality = 80;
 constexpr int kAllPngFilters = 0xF8;
 constexpr int kHeifAv1 = 4;
-constexpr int kKeepEverything = 0x3F;
+constexpr int kKeepEverything = 0x3F, kKeepAllButExif = 0x3E;
 constexpr int32_t kWebpQuality = 95, kAvifQuality = 80, kTiffJpegQuality = 95;
 constexpr int64_t kBigTiffBytes = int64_t{4000} << 20; // classic TIFFs end at 4 GB
 
@@ -45,6 +45,11 @@ static ImageHandle JoinPlanes(const Picture &picture) {
     const VipsMeaning meaning = kMeanings[index][picture.colourPlanes == 3];
     return Vips().vips_copy(joined, &meant, "interpretation", meaning, nullptr) == 0 ? ImageHandle(meant)
                                                                                      : nullptr;
+}
+
+// Without EXIF data of its own a picture is given none: the library would make some up.
+static int Keep(VipsImage *image) {
+    return Vips().vips_image_get_typeof(image, "exif-data") != 0 ? kKeepEverything : kKeepAllButExif;
 }
 
 static bool StartsWith(const char *name, const char *start) {
@@ -119,6 +124,17 @@ static void SetIptcForm(VipsImage *image, PictureKind kind) {
         Vips().vips_image_set_blob_copy(image, "iptc-data", block.data(), block.size());
 }
 
+// The library writes the block that was read, whatever fields are left of it: the place goes from there too.
+static void DropPlace(VipsImage *image) {
+    ExifTree tree = ReadExifTree(BlobOf(image, "exif-data"));
+    tree.place.clear();
+    const Bytes block = MakeExifBlock(tree);
+    if (block.empty())
+        Vips().vips_image_remove(image, "exif-data");
+    else
+        Vips().vips_image_set_blob_copy(image, "exif-data", block.data(), block.size());
+}
+
 // The image to write, with all that the file is to say.
 static ImageHandle MakeImage(PictureKind kind, const Picture &picture, const PictureOrigin &origin,
                              const WriteOptions &options) {
@@ -134,6 +150,8 @@ static ImageHandle MakeImage(PictureKind kind, const Picture &picture, const Pic
         image.reset(resolved);
         FieldCopy copy{resolved, options.metadata};
         Vips().vips_image_map(fields, PutField, &copy);
+        if (options.metadata == MetadataChoice::kNoPlace)
+            DropPlace(resolved);
         RenewThumbnail(resolved);
         SetIptcForm(resolved, kind);
     }
@@ -174,7 +192,7 @@ static bool SaveJpeg(VipsImage *image, const PictureOrigin &origin, const WriteO
     size_t length = 0;
     if (Vips().vips_jpegsave_buffer(image, &bytes, &length, "Q", JpegQuality(origin, options),
                                     "subsample_mode", halves ? kVipsSubsampleOn : kVipsSubsampleOff,
-                                    "optimize_coding", 1, "keep", kKeepEverything, nullptr) != 0)
+                                    "optimize_coding", 1, "keep", Keep(image), nullptr) != 0)
         return FailWriting(why);
     const auto *jpeg = static_cast<const uint8_t *>(bytes);
     const bool keeps = options.metadata != MetadataChoice::kNone;
@@ -188,7 +206,7 @@ static bool SaveJpeg(VipsImage *image, const PictureOrigin &origin, const WriteO
 }
 
 static int SavePng(VipsImage *image, const char *path, const PictureOrigin &, const WriteOptions &) {
-    return Vips().vips_pngsave(image, path, "filter", kAllPngFilters, "keep", kKeepEverything, nullptr);
+    return Vips().vips_pngsave(image, path, "filter", kAllPngFilters, "keep", Keep(image), nullptr);
 }
 
 // Of the tag's numbers those that the library writes.
@@ -229,7 +247,7 @@ static int SaveTiff(VipsImage *image, const char *path, const PictureOrigin &ori
     const bool isBig = (origin.kind == PictureKind::kTiff && origin.isBig) || bytes > kBigTiffBytes;
     return Vips().vips_tiffsave(image, path, "compression", compression, "predictor", predictor, "Q",
                                 options.quality != 0 ? options.quality : kTiffJpegQuality, "bigtiff",
-                                isBig ? 1 : 0, "keep", kKeepEverything, nullptr);
+                                isBig ? 1 : 0, "keep", Keep(image), nullptr);
 }
 
 static int SaveWebp(VipsImage *image, const char *path, const PictureOrigin &origin,
@@ -237,7 +255,7 @@ static int SaveWebp(VipsImage *image, const char *path, const PictureOrigin &ori
     const bool isLossless = origin.kind == PictureKind::kWebp && origin.isLossless && options.quality == 0;
     return Vips().vips_webpsave(image, path, "lossless", isLossless ? 1 : 0, "Q",
                                 options.quality != 0 ? options.quality : kWebpQuality, "smart_subsample", 1,
-                                "keep", kKeepEverything, nullptr);
+                                "keep", Keep(image), nullptr);
 }
 
 static int SaveAvif(VipsImage *image, const char *path, const PictureOrigin &, const WriteOptions &options) {
@@ -245,12 +263,12 @@ static int SaveAvif(VipsImage *image, const char *path, const PictureOrigin &, c
     return Vips().vips_heifsave(
         image, path, "compression", kHeifAv1, "Q", options.quality != 0 ? options.quality : kAvifQuality,
         "bitdepth", isDeep ? 12 : 8, "subsample_mode",
-        options.subsampling == Subsampling::k420 ? kVipsSubsampleOn : kVipsSubsampleOff, "keep",
-        kKeepEverything, nullptr);
+        options.subsampling == Subsampling::k420 ? kVipsSubsampleOn : kVipsSubsampleOff, "keep", Keep(image),
+        nullptr);
 }
 
 static int SaveGif(VipsImage *image, const char *path, const PictureOrigin &, const WriteOptions &) {
-    return Vips().vips_gifsave(image, path, "keep", kKeepEverything, nullptr);
+    return Vips().vips_gifsave(image, path, "keep", Keep(image), nullptr);
 }
 
 // What the library does not put into a TIFF itself.

@@ -1,8 +1,11 @@
 #include "tests/host/TestFiles.h"
 
 #include "host/base/SystemText.h"
-#include "host/pictures/PictureMetadata.h"
+#include "host/pictures/ExifTree.h"
+#include "host/pictures/JpegSegments.h"
+#include "host/pictures/VipsLibrary.h"
 
+#include <algorithm>
 #include <cmath>
 
 using host::Bytes;
@@ -25,15 +28,17 @@ TEST(PictureFiles, LosslessFormatsKeepEverySample) {
         bool hasAlpha;
     };
     const Case cases[] = {
-        {L"a.png", 8, 1, false},  {L"a.png", 8, 3, false},   {L"a.png", 8, 3, true},
-        {L"a.png", 16, 1, false}, {L"a.png", 16, 3, false},  {L"a.png", 16, 3, true},
-        {L"a.tif", 8, 1, false},  {L"a.tif", 8, 1, true},    {L"a.tif", 8, 3, false},
-        {L"a.tif", 8, 3, true},   {L"a.tif", 16, 1, false},  {L"a.tif", 16, 1, true},
-        {L"a.TIF", 16, 3, false}, {L"a.tiff", 16, 3, true},  {L"a.tif", 32, 1, false},
-        {L"a.tif", 32, 1, true},  {L"a.tif", 32, 3, false},  {L"a.tif", 32, 3, true},
-        {L"a.bmp", 8, 3, false},  {L"a.ppm", 8, 3, false},   {L"a.ppm", 16, 3, false},
-        {L"a.pgm", 8, 1, false},  {L"a.pgm", 16, 1, false},  {L"a.pfm", 32, 1, false},
-        {L"a.pfm", 32, 3, false}, {L"a.b.png", 8, 3, false},
+        {L"a.png", 8, 1, false},   {L"a.png", 8, 3, false},  {L"a.png", 8, 3, true},
+        {L"a.png", 16, 1, false},  {L"a.png", 16, 3, false}, {L"a.png", 16, 3, true},
+        {L"a.png", 8, 1, true},    {L"a.png", 16, 1, true},  {L"a.pam", 8, 3, true},
+        {L"a.pam", 16, 1, true},   {L"a.pam", 16, 3, false}, {L"a.tif", 8, 1, false},
+        {L"a.tif", 8, 1, true},    {L"a.tif", 8, 3, false},  {L"a.tif", 8, 3, true},
+        {L"a.tif", 16, 1, false},  {L"a.tif", 16, 1, true},  {L"a.TIF", 16, 3, false},
+        {L"a.tiff", 16, 3, true},  {L"a.tif", 32, 1, false}, {L"a.tif", 32, 1, true},
+        {L"a.tif", 32, 3, false},  {L"a.tif", 32, 3, true},  {L"a.bmp", 8, 3, false},
+        {L"a.ppm", 8, 3, false},   {L"a.ppm", 16, 3, false}, {L"a.pgm", 8, 1, false},
+        {L"a.pgm", 16, 1, false},  {L"a.pfm", 32, 1, false}, {L"a.pfm", 32, 3, false},
+        {L"a.b.png", 8, 3, false},
     };
     const TestFolder folder;
     for (const Case &c : cases) {
@@ -46,32 +51,25 @@ TEST(PictureFiles, LosslessFormatsKeepEverySample) {
                 EXPECT_EQ(ReadGood(folder.File(c.name)), picture) << width << " x " << height;
             }
     }
-    EXPECT_EQ(folder.List().size(), 8u) << "temporary files are left";
+    EXPECT_EQ(folder.List().size(), 9u) << "temporary files are left";
 }
 
-// A grey picture with transparency becomes colour in a PNG: its codec knows no other way.
-TEST(PictureFiles, JpegAndGreyPngWithTransparencyAreNearlyTheSame) {
+TEST(PictureFiles, LossyFormatsAreNearlyTheSame) {
     const TestFolder folder;
-    for (const int32_t colourPlanes : {1, 3}) {
-        Picture picture = host::MakePicture(64, 40, 8, colourPlanes, false);
-        for (Bytes &plane : picture.planes)
-            for (size_t i = 0; i < plane.size(); i++)
-                plane[i] = static_cast<uint8_t>(i % 64 * 3 + 20);
-        WriteGood(folder.File(L"a.jpg"), picture);
-        const Picture read = ReadGood(folder.File(L"a.jpg"));
-        ASSERT_EQ(read.width, 64);
-        ASSERT_EQ(read.colourPlanes, colourPlanes);
-        for (size_t plane = 0; plane < read.planes.size(); plane++)
-            for (size_t i = 0; i < read.planes[plane].size(); i++)
-                ASSERT_NEAR(read.planes[plane][i], picture.planes[plane][i], 4);
-    }
-    for (const int32_t depth : {8, 16}) {
-        const Picture picture = MakeTestPicture(9, 4, depth, 1, true);
-        WriteGood(folder.File(L"a.png"), picture);
-        const Bytes &grey = picture.planes[0];
-        EXPECT_EQ(ReadGood(folder.File(L"a.png")).planes,
-                  (std::vector<Bytes>{grey, grey, grey, picture.planes[1]}));
-    }
+    for (const wchar_t *name : {L"a.jpg", L"a.webp", L"a.avif", L"a.gif"})
+        for (const int32_t colourPlanes : {1, 3}) {
+            SCOPED_TRACE(host::ToUtf8(name));
+            Picture picture = host::MakePicture(64, 40, 8, colourPlanes, false);
+            for (Bytes &plane : picture.planes)
+                for (size_t i = 0; i < plane.size(); i++)
+                    plane[i] = static_cast<uint8_t>(i % 64 * 3 + 20);
+            WriteGood(folder.File(name), picture);
+            const Picture read = ReadGood(folder.File(name));
+            ASSERT_EQ(read.width, 64);
+            for (size_t plane = 0; plane < read.planes.size(); plane++)
+                for (size_t i = 0; i < read.planes[plane].size(); i++)
+                    ASSERT_NEAR(read.planes[plane][i], picture.planes[0][i], 6);
+        }
 }
 
 // Bytes of a 2 x 1 PNG made elsewhere, 16-bit grey 0x1234 and 0xABCD, and of a BMP: the codecs' order of
@@ -150,22 +148,25 @@ TEST(PictureFiles, UnusualTiffs) {
                               {0x12, 0x34, 0xFF, 0xFF}));
     EXPECT_EQ(ReadGood(path).planes[0], (Bytes{0xCB, 0xED, 0, 0})) << "white is zero";
 
-    const uint32_t planarAt = 8 + 2 + 12 * 8 + 4;
+    const uint32_t planarAt = 8 + 2 + 12 * 9 + 4;
     WriteBytes(path, MakeTiff(host::ByteOrder::kLittle, 2, 1,
                               {{258, {8, 8, 8}},
                                {262, {2}},
                                {273, {planarAt, planarAt + 2, planarAt + 4}},
                                {277, {3}},
                                {278, {1}},
+                               {279, {2, 2, 2}},
                                {284, {2}}},
                               {1, 2, 3, 4, 5, 6}));
     EXPECT_EQ(ReadGood(path).planes, (std::vector<Bytes>{{1, 2}, {3, 4}, {5, 6}})) << "plane after plane";
 
-    const uint32_t stripsAt = 8 + 2 + 12 * 7 + 4;
-    WriteBytes(path,
-               MakeTiff(host::ByteOrder::kLittle, 1, 3,
-                        {{258, {8}}, {262, {1}}, {273, {stripsAt + 2, stripsAt}}, {277, {1}}, {278, {2}}},
-                        {9, 0, 7, 8}));
+    const uint32_t stripsAt = 8 + 2 + 12 * 8 + 4;
+    WriteBytes(
+        path,
+        MakeTiff(
+            host::ByteOrder::kLittle, 1, 3,
+            {{258, {8}}, {262, {1}}, {273, {stripsAt + 2, stripsAt}}, {277, {1}}, {278, {2}}, {279, {2, 1}}},
+            {9, 0, 7, 8}));
     EXPECT_EQ(ReadGood(path).planes[0], (Bytes{7, 8, 9})) << "strips in another order";
 }
 
@@ -222,7 +223,7 @@ TEST(PictureFiles, ColourProfilesTravelAlong) {
             picture.iccProfile = MakeProfile("RGB ", size);
             WriteGood(folder.File(name), picture);
             EXPECT_EQ(ReadGood(folder.File(name)).iccProfile, picture.iccProfile);
-            EXPECT_TRUE(host::ListDropped(folder.File(name), picture).empty());
+            EXPECT_TRUE(host::ListDropped(folder.File(name), picture, {}, {}).empty());
         }
     Picture grey = MakeTestPicture(5, 5, 8, 1, false);
     grey.iccProfile = MakeProfile("RGB ", 200); // of another kind of picture
@@ -234,28 +235,191 @@ TEST(PictureFiles, SaysWhatAnEndingCannotHold) {
     const Picture eight = host::MakePicture(1, 1, 8, 3, true),
                   sixteen = host::MakePicture(1, 1, 16, 1, false),
                   real = host::MakePicture(1, 1, 32, 3, false);
-    const char *const kNone = "its ending is none of png, jpg, tif, bmp, ppm, pgm, pfm";
+    const char *const kNone = "its ending is none of jpg, png, tif, webp, avif, gif, bmp, ppm, pgm, pam, pfm";
     const struct {
         const wchar_t *name;
         const Picture &picture;
         const char *why;
-    } cases[] = {{L"a.jpg", sixteen, "a .jpg file cannot hold 16-bit samples; use png, tif or ppm"},
-                 {L"a.bmp", sixteen, "a .bmp file cannot hold 16-bit samples; use png, tif or ppm"},
-                 {L"a.pfm", eight, "a .pfm file cannot hold 8-bit samples; use png, tif or ppm"},
-                 {L"a.png", real, "a .png file cannot hold 32-bit float samples; use tif or pfm"},
-                 {L"a.pgm", eight, "a .pgm file cannot hold colour; use ppm, png or tif"},
-                 {L"a", eight, kNone},
-                 {L"a.", eight, kNone},
-                 {L"png", eight, kNone},
-                 {L"folder.png\\a", eight, kNone},
-                 {L"", eight, kNone}};
+    } cases[] = {
+        {L"a.jpg", sixteen, "a .jpg file cannot hold 16-bit samples; use png, tif or ppm, or --depth"},
+        {L"a.bmp", sixteen, "a .bmp file cannot hold 16-bit samples; use png, tif or ppm, or --depth"},
+        {L"a.pfm", eight, "a .pfm file cannot hold 8-bit samples; use png, tif or ppm, or --depth"},
+        {L"a.png", real, "a .png file cannot hold 32-bit float samples; use tif or pfm, or --depth"},
+        {L"a.pgm", eight, "a .pgm file cannot hold colour; use ppm, png or tif"},
+        {L"a", eight, kNone},
+        {L"a.", eight, kNone},
+        {L"png", eight, kNone},
+        {L"folder.png\\a", eight, kNone},
+        {L"", eight, kNone}};
     for (const auto &c : cases) {
         std::string why;
         EXPECT_FALSE(host::CanHoldPicture(c.name, c.picture, &why)) << c.why;
         EXPECT_EQ(why, c.why);
     }
-    EXPECT_EQ(host::ListDropped(L"a.jpg", eight).size(), 1u);
-    EXPECT_TRUE(host::ListDropped(L"a.png", eight).empty());
+    EXPECT_EQ(host::ListDropped(L"a.jpg", eight, {}, {}).size(), 1u);
+    EXPECT_TRUE(host::ListDropped(L"a.png", eight, {}, {}).empty());
+}
+
+// A photo with metadata of every kind, as a camera and an archive leave it: EXIF with a place, lying on its
+// side.
+static Bytes MakeCameraJpeg(const TestFolder &folder) {
+    const std::wstring path = folder.File(L"camera.jpg");
+    host::WriteOptions options;
+    options.quality = 83;
+    options.subsampling = host::Subsampling::k420;
+    std::string why;
+    EXPECT_TRUE(host::WritePicture(path, MakeTestPicture(48, 32, 8, 3, false), {}, &why, {}, options)) << why;
+    Bytes file = ReadBytes(path);
+    const auto entry = [](uint16_t tag, uint16_t type, uint32_t count, const std::string &value) {
+        return host::ExifEntry{tag, type, count, {value.begin(), value.end()}};
+    };
+    host::ExifTree tree;
+    tree.picture = {entry(271, 2, 7, std::string("Camera\0", 7))};
+    tree.exif = {entry(33434, 5, 1, std::string("\x01\0\0\0\x1E\0\0\0", 8))}; // 1/30 s
+    tree.place = {entry(29, 2, 11, std::string("2020:01:02\0", 11))};         // when it was there
+    Bytes exif = host::MakeExifBlock(tree);
+    const Bytes upright = {0x12, 0x01, 3, 0, 1, 0, 0, 0, 1, 0}; // its orientation, turned here
+    const auto at = std::search(exif.begin(), exif.end(), upright.begin(), upright.end());
+    EXPECT_NE(at, exif.end());
+    at[8] = 6;
+    const std::string xmp = "http://ns.adobe.com/xap/1.0/", title = "<x:xmpmeta>a title</x:xmpmeta>";
+    const std::string iptc = "Photoshop 3.0",
+                      record("8BIM\x04\x04\0\0\0\0\0\x09\x1C\x02\x5A\0\x04Wien\0", 22);
+    Bytes segments;
+    const auto add = [&segments](uint8_t marker, const std::string &content) {
+        host::AppendNumber(segments, static_cast<uint16_t>(0xFF00 | marker), host::ByteOrder::kBig);
+        host::AppendNumber(segments, static_cast<uint16_t>(content.size() + 2), host::ByteOrder::kBig);
+        host::AppendBytes(segments, content.data(), content.size());
+    };
+    add(0xE1, {exif.begin(), exif.end()});
+    add(0xE1, xmp + '\0' + title);
+    add(0xED, iptc + '\0' + record);
+    add(0xFE, "a comment");
+    file.insert(file.begin() + 2, segments.begin(), segments.end());
+    return file;
+}
+
+// Told by the bytes of the files written, whoever reads them: each value is looked for as it stands there.
+TEST(PictureFiles, MetadataTravelsAsFarAsTheKindsCan) {
+    const TestFolder folder;
+    WriteBytes(folder.File(L"in.jpg"), MakeCameraJpeg(folder));
+    Picture picture;
+    host::PictureOrigin origin;
+    std::string why;
+    ASSERT_TRUE(host::ReadPicture(folder.File(L"in.jpg"), &picture, &why, &origin)) << why;
+    EXPECT_EQ(picture.width, 32) << "not turned upright";
+    EXPECT_EQ(origin.quality, 83);
+    EXPECT_TRUE(origin.halvesColour);
+    enum : unsigned { kExif = 1, kPlace = 2, kXmp = 4, kIptc = 8, kComment = 16 };
+    const struct {
+        const wchar_t *name;
+        host::MetadataChoice metadata;
+        unsigned kept;
+        size_t dropped;
+    } cases[] = {{L"a.jpg", host::MetadataChoice::kKeep, kExif | kPlace | kXmp | kIptc | kComment, 0},
+                 {L"a.tif", host::MetadataChoice::kKeep, kExif | kPlace | kXmp | kIptc, 1},
+                 {L"a.webp", host::MetadataChoice::kKeep, kExif | kPlace | kXmp, 2},
+                 {L"a.avif", host::MetadataChoice::kKeep, kExif | kPlace | kXmp, 2},
+                 {L"a.png", host::MetadataChoice::kKeep, kExif | kPlace, 2}, // its XMP is compressed
+                 {L"a.ppm", host::MetadataChoice::kKeep, 0, 4},
+                 {L"a.jpg", host::MetadataChoice::kNoPlace, kExif | kXmp | kIptc | kComment, 0},
+                 {L"a.tif", host::MetadataChoice::kNoPlace, kExif | kXmp | kIptc, 1},
+                 {L"a.jpg", host::MetadataChoice::kNone, 0, 0},
+                 {L"a.tif", host::MetadataChoice::kNone, 0, 0}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(host::ToUtf8(c.name) + " " + std::to_string(static_cast<int>(c.metadata)));
+        host::WriteOptions options;
+        options.metadata = c.metadata;
+        const std::wstring path = folder.File(c.name);
+        ASSERT_TRUE(host::WritePicture(path, picture, {}, &why, origin, options)) << why;
+        EXPECT_EQ(host::ListDropped(path, picture, origin, options).size(), c.dropped);
+        const Bytes file = ReadBytes(path);
+        const std::string text(file.begin(), file.end());
+        const auto stands = [&text](const std::string &part) { return text.find(part) != std::string::npos; };
+        EXPECT_EQ(stands("Camera"), (c.kept & kExif) != 0);
+        EXPECT_EQ(stands("a title"), (c.kept & kXmp) != 0);
+        EXPECT_EQ(stands("Wien"), (c.kept & kIptc) != 0);
+        EXPECT_EQ(stands("a comment"), (c.kept & kComment) != 0);
+        EXPECT_EQ(stands("2020:01:02"), (c.kept & kPlace) != 0);
+        Picture again;
+        host::PictureOrigin origin2;
+        ASSERT_TRUE(host::ReadPicture(path, &again, &why, &origin2)) << why;
+        EXPECT_EQ(again.width, 32) << "turned twice";
+        if (origin2.kind == host::PictureKind::kJpeg) {
+            EXPECT_EQ(origin2.quality, 83) << "not as in the input";
+            EXPECT_TRUE(origin2.halvesColour);
+        }
+    }
+}
+
+TEST(PictureFiles, KindsOfSamplesAndRefusals) {
+    const TestFolder folder;
+    const std::wstring path = folder.File(L"a.tif");
+    const uint32_t at = 8 + 2 + 12 * 8 + 4;
+    const auto tiff = [&](uint32_t bits, uint32_t format, const Bytes &samples) {
+        return MakeTiff(host::ByteOrder::kLittle, 2, 1,
+                        {{258, {bits}}, {259, {1}}, {262, {1}}, {273, {at}}, {277, {1}}, {339, {format}}},
+                        samples);
+    };
+    const auto floats = [&](float a, float b) {
+        Bytes bytes;
+        host::AppendNumber(bytes, a);
+        host::AppendNumber(bytes, b);
+        return bytes;
+    };
+    WriteBytes(path, tiff(16, 3, {0x00, 0x38, 0x00, 0x3C})); // half precision: 0.5 and 1
+    EXPECT_EQ(ReadGood(path).planes[0], floats(0.5f, 1.0f));
+    WriteBytes(path, tiff(32, 1, {0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF}));
+    EXPECT_EQ(ReadGood(path).planes[0], floats(0.0f, 1.0f));
+    WriteBytes(path, tiff(32, 2, {0, 0, 0, 0, 1, 0, 0, 0})); // signed
+    EXPECT_NE(ReadBad(path), "");
+    const std::pair<std::string, const char *> refused[] = {
+        {std::string("II*\0\x10\0\0\0CR\x02\0", 12), "raw"},
+        {std::string("\0\0\0\x18"
+                     "ftypcrx \0\0\0\0",
+                     16),
+         "raw"},
+        {std::string("IIU\0\x08\0\0\0", 8), "raw"},
+        {"8BPS", "Photoshop document"},
+        {std::string("\0\0\0\x10"
+                     "ftypheic\0\0\0\0",
+                     16),
+         "HEIC"},
+        {"\xFF\x0A", "JPEG XL"}};
+    for (const auto &[bytes, word] : refused) {
+        WriteBytes(path, TextBytes(bytes));
+        EXPECT_NE(ReadBad(path).find(word), std::string::npos) << word;
+    }
+    // A raw file that looks like a TIFF of a small preview: the sensor's picture is behind it.
+    WriteBytes(path,
+               MakeTiff(host::ByteOrder::kLittle, 2, 1,
+                        {{254, {1}}, {258, {8}}, {262, {1}}, {273, {at}}, {277, {1}}, {330, {8}}}, {1, 2}));
+    EXPECT_NE(ReadBad(path).find("raw"), std::string::npos);
+}
+
+// A wrong checksum in header, palette or samples; a JPEG whose middle is damaged.
+TEST(PictureFiles, LyingFilesAreRefused) {
+    const TestFolder folder;
+    const std::wstring path = folder.File(L"a.png");
+    WriteGood(path, MakeTestPicture(20, 20, 8, 3, false));
+    const Bytes whole = ReadBytes(path);
+    for (const size_t at : {size_t{19}, whole.size() - 30}) { // the width; the samples
+        Bytes damaged = whole;
+        damaged[at] ^= 1;
+        WriteBytes(path, damaged);
+        EXPECT_NE(ReadBad(path), "") << at;
+    }
+    WriteGood(folder.File(L"a.jpg"), MakeTestPicture(200, 200, 8, 3, false));
+    Bytes jpeg = ReadBytes(folder.File(L"a.jpg"));
+    for (size_t i = 0; i < 16; i++)
+        jpeg[jpeg.size() / 2 + i] = 0xFF;
+    WriteBytes(folder.File(L"a.jpg"), jpeg);
+    EXPECT_NE(ReadBad(folder.File(L"a.jpg")), "");
+    Picture picture;
+    host::PictureOrigin origin;
+    std::string why;
+    EXPECT_TRUE(host::ReadPicture(folder.File(L"a.jpg"), &picture, &why, &origin, false)) << why;
+    EXPECT_EQ(origin.notes.size(), 1u);
 }
 
 TEST(PictureFiles, DamagedFilesAreRefusedWithAReason) {
@@ -311,10 +475,6 @@ TEST(PictureFiles, FilesCutShortAreRefused) {
             WriteBytes(path, Bytes(whole.begin(), whole.begin() + static_cast<ptrdiff_t>(part)));
             const std::string why = ReadBad(path);
             EXPECT_NE(why, "") << host::ToUtf8(name) << " cut to " << part;
-            // A codec may well fill up what is missing of a JPEG, so it is not asked.
-            if (std::wstring(name) == L"a.jpg" && part > 3) {
-                EXPECT_EQ(why, "the file ends early") << part;
-            }
         }
     }
 }

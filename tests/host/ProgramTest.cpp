@@ -144,7 +144,7 @@ TEST_F(ProgramTest, FileErrorsGiveThreeAndSayWhichAndWhy) {
     const Case cases[] = {
         {{folder.File(L"absent.png"), out}, "cannot read", "absent.png"},
         {{folder.File(L"bad.sss"), out}, "cannot read", "not a picture"},
-        {{in, folder.File(L"out.gif")}, "cannot write", "its ending is none of"},
+        {{in, folder.File(L"out.psd")}, "cannot write", "its ending is none of"},
         {{in, folder.File(L"out.pfm")}, "cannot write", "cannot hold 8-bit"},
         {{in, folder.File(L"no\\out.png")}, "cannot write", "out.png"},
         {{L"--mask", folder.File(L"absent.png"), in, out}, "cannot read", "absent.png"},
