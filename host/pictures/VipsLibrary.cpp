@@ -43,14 +43,13 @@ static bool FindAll(HMODULE module, VipsLibrary *vips, std::string *why) {
            FIND(vips_image_get_yres) && FIND(vips_image_hasalpha) && FIND(vips_image_get_typeof) &&
            FIND(vips_image_get_blob) && FIND(vips_image_get_string) && FIND(vips_image_get_int) &&
            FIND(vips_image_set_blob_copy) && FIND(vips_image_set_int) && FIND(vips_image_set_string) &&
-           FIND(vips_image_set) && FIND(vips_image_remove) && FIND(vips__exif_parse) &&
-           FIND(vips_image_map) && FIND(vips_image_set_progress) && FIND(vips_image_set_kill) &&
-           FIND(g_signal_connect_data) && FIND(vips_region_new) && FIND(vips_region_fetch) &&
-           FIND(vips_black) && FIND(vips_copy) && FIND(vips_cast) && FIND(vips_linear1) &&
-           FIND(vips_bandjoin) && FIND(vips_colourspace) && FIND(vips_icc_transform) &&
-           FIND(vips_thumbnail_image) && FIND(vips_jpegsave_buffer) && FIND(vips_jpegsave) &&
-           FIND(vips_pngsave) && FIND(vips_tiffsave) && FIND(vips_webpsave) && FIND(vips_heifsave) &&
-           FIND(vips_gifsave);
+           FIND(vips_image_set) && FIND(vips_image_remove) && FIND(vips_image_map) &&
+           FIND(vips_image_set_progress) && FIND(vips_image_set_kill) && FIND(g_signal_connect_data) &&
+           FIND(vips_region_new) && FIND(vips_region_fetch) && FIND(vips_black) && FIND(vips_copy) &&
+           FIND(vips_cast) && FIND(vips_linear1) && FIND(vips_bandjoin) && FIND(vips_colourspace) &&
+           FIND(vips_icc_transform) && FIND(vips_thumbnail_image) && FIND(vips_jpegsave_buffer) &&
+           FIND(vips_jpegsave) && FIND(vips_pngsave) && FIND(vips_tiffsave) && FIND(vips_webpsave) &&
+           FIND(vips_heifsave) && FIND(vips_gifsave);
 #undef FIND
 }
 

@@ -84,8 +84,6 @@ struct VipsLibrary {
     void (*vips_image_set_int)(VipsImage *image, const char *name, int number);
     void (*vips_image_set_string)(VipsImage *image, const char *name, const char *text);
     void (*vips_image_set)(VipsImage *image, const char *name, GValue *value);
-    int (*vips__exif_parse)(
-        VipsImage *image); // fields of "exif-data"; the library's own, hence the pinned version
     int (*vips_image_remove)(VipsImage *image, const char *name);
     void *(*vips_image_map)(VipsImage *image, VipsFieldVisit visit, void *data);
     void (*vips_image_set_progress)(VipsImage *image, int on);

@@ -223,11 +223,8 @@ static void TakeTiffFields(const Bytes &file, VipsImage *fields) {
     const Bytes block = MakeExifBlock(tree);
     if (!tree.iptc.empty())
         Vips().vips_image_set_blob_copy(fields, "iptc-data", tree.iptc.data(), tree.iptc.size());
-    if (block.empty())
-        return;
-    Vips().vips_image_set_blob_copy(fields, "exif-data", block.data(), block.size());
-    Vips().vips__exif_parse(fields);
-    Vips().vips_error_clear();
+    if (!block.empty())
+        Vips().vips_image_set_blob_copy(fields, "exif-data", block.data(), block.size());
 }
 
 static void TakeOrigin(const Bytes &file, VipsImage *image, PictureOrigin *origin) {

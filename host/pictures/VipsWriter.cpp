@@ -6,7 +6,10 @@
 #include "host/pictures/PictureFormat.h"
 #include "host/pictures/VipsLibrary.h"
 
+#include <algorithm>
 #include <cstring>
+#include <string>
+#include <vector>
 
 namespace host {
 
@@ -61,9 +64,9 @@ struct FieldCopy {
     MetadataChoice choice;
 };
 
-// The camera's place stands in the fourth directory of EXIF data; XMP can repeat it anywhere.
-static bool IsPlace(VipsImage *image, const char *name) {
-    if (StartsWith(name, "exif-ifd3-"))
+// The camera's place stands in the EXIF data; XMP can repeat it anywhere.
+static bool MayTellPlace(VipsImage *image, const char *name) {
+    if (StartsWith(name, "exif-"))
         return true;
     if (std::strcmp(name, "xmp-data") != 0)
         return false;
@@ -74,15 +77,20 @@ static bool IsPlace(VipsImage *image, const char *name) {
     return std::string_view(static_cast<const char *>(data), length).find("GPS") != std::string_view::npos;
 }
 
+// Whether a field describes the samples; those are every image's own.
+static bool IsOfSamples(const char *name) {
+    static constexpr const char *kOfSamples[] = {"width",  "height",         "bands",   "format",
+                                                 "coding", "interpretation", "xoffset", "yoffset",
+                                                 "xres",   "yres",           "filename"};
+    return std::any_of(std::begin(kOfSamples), std::end(kOfSamples),
+                       [name](const char *own) { return std::strcmp(name, own) == 0; });
+}
+
 static void *PutField(VipsImage *from, const char *name, GValue *value, void *data) {
     const auto *copy = static_cast<const FieldCopy *>(data);
-    static constexpr const char *kOfImage[] = {"width",  "height",         "bands",   "format",
-                                               "coding", "interpretation", "xoffset", "yoffset",
-                                               "xres",   "yres",           "filename"};
-    for (const char *own : kOfImage)
-        if (std::strcmp(name, own) == 0)
-            return nullptr;
-    if (copy->choice == MetadataChoice::kKeep || !IsPlace(from, name))
+    if (IsOfSamples(name))
+        return nullptr;
+    if (copy->choice == MetadataChoice::kKeep || !MayTellPlace(from, name))
         Vips().vips_image_set(copy->to, name, value);
     return nullptr;
 }
@@ -124,14 +132,13 @@ static void SetIptcForm(VipsImage *image, PictureKind kind) {
         Vips().vips_image_set_blob_copy(image, "iptc-data", block.data(), block.size());
 }
 
-// The library writes the block that was read, whatever fields are left of it: the place goes from there too.
-static void DropPlace(VipsImage *image) {
-    ExifTree tree = ReadExifTree(BlobOf(image, "exif-data"));
+// The EXIF data without the place. The library takes its fields from the block, so the block is the one to
+// change.
+static void PutPlacelessExif(VipsImage *fields, VipsImage *image) {
+    ExifTree tree = ReadExifTree(BlobOf(fields, "exif-data"));
     tree.place.clear();
     const Bytes block = MakeExifBlock(tree);
-    if (block.empty())
-        Vips().vips_image_remove(image, "exif-data");
-    else
+    if (!block.empty())
         Vips().vips_image_set_blob_copy(image, "exif-data", block.data(), block.size());
 }
 
@@ -151,7 +158,7 @@ static ImageHandle MakeImage(PictureKind kind, const Picture &picture, const Pic
         FieldCopy copy{resolved, options.metadata};
         Vips().vips_image_map(fields, PutField, &copy);
         if (options.metadata == MetadataChoice::kNoPlace)
-            DropPlace(resolved);
+            PutPlacelessExif(fields, resolved);
         RenewThumbnail(resolved);
         SetIptcForm(resolved, kind);
     }
