@@ -5,5 +5,5 @@
 
 #include <filesystem>
 
-// An 8-bit colour photo. False, with *image unchanged, when it cannot be read as one.
+// A grey or colour photo of any depth. False, with *image unchanged, when it cannot be read.
 bool ReadPhotoImage(const std::filesystem::path &path, ImageBuffer *image);

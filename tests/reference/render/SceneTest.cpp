@@ -133,19 +133,19 @@ TEST_F(Renders, ChangingOneThingAtATime) {
 
 // Wide soft arms and long rows, where a row is worked on in several pieces.
 TEST_F(Renders, LargeScenes) {
-    for (int i = 0; i < Count(2); ++i) {
+    for (int i = 0; i < Count(4); ++i) {
         Random random(61, i);
         Scene scene = PickScene(&random, 60);
-        scene.context.width = static_cast<int32_t>(random.Pick(700, 1100));
-        scene.context.height = static_cast<int32_t>(random.Pick(200, 400));
+        scene.context.width = static_cast<int32_t>(random.Pick(700, 1300));
+        scene.context.height = static_cast<int32_t>(random.Pick(300, 700));
         scene.context.settings.scale = 100.0;
         scene.bounds = {10, 20, 10 + scene.context.width, 20 + scene.context.height};
-        if (i == 0)
+        if (i % 2 == 0)
             scene.context.settings.spikeSharpness = static_cast<int16_t>(random.Pick(0, 20));
         scene.sources.clear();
         for (int j = 0; j < 5; ++j)
             scene.sources.push_back(PickSource(&random, scene.bounds, scene.context.floor));
-        if (i == 1)
+        if (i >= 2)
             AddOfOnePhase(&random, &scene);
         ASSERT_NO_FATAL_FAILURE(Compare(&random, scene)) << "case " << i;
     }
