@@ -1,10 +1,13 @@
 // The pairs of fields and trackbars on the dialog's template, driven with real messages, and what they look
 // like: the colours of each state, the highlight, the size of the digits.
+#include "host/module/ModuleImports.h"
 #include "resources/DialogControlIds.h"
+#include "tests/support/RecordingDiag.h"
 #include "tests/support/SystemObjects.h"
 #include "tests/support/WindowDriver.h"
 #include "tests/support/WindowPicture.h"
 #include "ui/fields/ParameterControls.h"
+#include "ui/fields/FieldClass.h"
 #include "ui/fields/ParameterEdit.h"
 #include "ui/fields/ParameterEditPaint.h"
 #include "ui/fields/ParameterTable.h"
@@ -416,6 +419,44 @@ TEST_F(ParameterPairs, PaintingGivesEverythingBackAndSurvivesFailures) {
     EXPECT_EQ(EditText(10), "30");
     Close();
     EXPECT_EQ(LiveDrawingObjects(), 0);
+}
+
+std::wstring gRefusedLibrary;
+
+HMODULE WINAPI RefuseLibrary(LPCWSTR path) {
+    gRefusedLibrary = path;
+    SetLastError(ERROR_MOD_NOT_FOUND);
+    return nullptr;
+}
+
+// The library is damaged, or missing as on a small system.
+TEST_F(ParameterPairs, PlainFieldsTakeThePlaceOfTheLibrarysAndItIsLogged) {
+    Close();
+    TakeReports();
+    host::ImportHooks hooks;
+    ASSERT_TRUE(
+        host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "LoadLibraryW", RefuseLibrary, &hooks));
+    const FieldClass fieldClass = EnterFieldClass();
+    host::RestoreImports(&hooks);
+    wchar_t folder[MAX_PATH];
+    GetSystemDirectoryW(folder, MAX_PATH);
+    EXPECT_EQ(gRefusedLibrary, folder + std::wstring(L"\\msftedit.dll"));
+    const auto reports = TakeReports();
+    ASSERT_EQ(reports.size(), 1u);
+    EXPECT_EQ(reports[0].message, "LoadLibrary() failed with FilePath = 'msftedit.dll'");
+    Create();
+    Bind(kDefaultParameters);
+    EXPECT_EQ(Ask(Edit(kThreshold), EM_GETEVENTMASK), 0) << "the library's own field";
+    EXPECT_EQ(EditText(kThreshold), "50");
+    SetFocus(Edit(kThreshold));
+    TypeText(Edit(kThreshold), "73x456");
+    EXPECT_EQ(EditText(kThreshold), "7345") << "the limit of the row";
+    PressKey(Edit(kThreshold), VK_DOWN);
+    EXPECT_EQ(gPairs.parameters.threshold, 99);
+    EXPECT_EQ(EditText(kThreshold), "99");
+    EXPECT_GT(TakeChanges(), 0);
+    Close();
+    LeaveFieldClass(fieldClass);
 }
 
 } // namespace

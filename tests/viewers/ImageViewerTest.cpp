@@ -1,4 +1,5 @@
 #include "diag/BufferUsage.h"
+#include "engine/DebugImages.h"
 #include "engine/table/LightSourceTable.h"
 #include "resources/ResourceIds.h"
 #include "storage/AppFolders.h"
@@ -154,6 +155,13 @@ TEST_F(ImageViewerTest, TellsThePixelAndTheNearestLightAndZoomsByWheelAndKeys) {
         SendMouse(display, WM_MOUSEMOVE, 4 * 20 + 2, 4 * 40 + 2);
         EXPECT_NE(TextOf(display).find("brightness 0C0C0C\nselected 0 %, covered 100 %"), std::string::npos)
             << TextOf(display);
+        // Another run has kept a smaller image meanwhile.
+        IntRect &kept = const_cast<KeptImage &>(GetKeptImage()).image.bounds;
+        const IntRect bounds = std::exchange(kept, IntRect{0, 0, 20, 10});
+        SendMouse(display, WM_MOUSEMOVE, 4 * 102 + 1, 4 * 58 + 1);
+        EXPECT_EQ(TextOf(display).find("x 102, y 58 (document 102.0, 58.0)   nearest"), 0u)
+            << TextOf(display);
+        kept = bounds;
         GetLightSourceTable().records[0].State = 0;
         SendMouse(display, WM_MOUSEMOVE, 4 * 101 + 1, 4 * 58 + 1);
         EXPECT_EQ(TextOf(display).substr(TextOf(display).size() - 4), " (D)");

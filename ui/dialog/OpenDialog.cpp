@@ -3,6 +3,7 @@
 #include "resources/DialogControlIds.h"
 #include "ui/dialog/MainDialog.h"
 #include "ui/display/PreviewDisplay.h"
+#include "ui/fields/FieldClass.h"
 #include "ui/window/ControlStyle.h"
 #include "ui/window/DpiScope.h"
 #include "ui/window/ModuleInstance.h"
@@ -11,13 +12,10 @@
 
 namespace {
 
-// The edit fields' class comes with its library. Without it the dialog opens all the same, with fields that
-// the trackbars alone set.
-HMODULE LoadControlClasses() {
+void LoadControlClasses() {
     const INITCOMMONCONTROLSEX classes = {sizeof classes,
                                           ICC_BAR_CLASSES | ICC_PROGRESS_CLASS | ICC_STANDARD_CLASSES};
     InitCommonControlsEx(&classes);
-    return LoadLibraryW(L"msftedit.dll");
 }
 
 // IDOK, IDCANCEL, or something else when it could not be opened.
@@ -35,10 +33,10 @@ DialogEnd OpenDialog(HWND owner, const DialogSubject &subject) {
     gDialogSubject = subject;
     const DpiCookie dpi = EnterDialogDpi();
     const ControlStyle style = EnterControlStyle();
-    const HMODULE richEdit = LoadControlClasses();
+    LoadControlClasses();
+    const FieldClass fieldClass = EnterFieldClass();
     const INT_PTR closed = RunDialogBox(owner);
-    if (richEdit)
-        FreeLibrary(richEdit);
+    LeaveFieldClass(fieldClass);
     LeaveControlStyle(style);
     LeaveDialogDpi(dpi);
     const bool isCancelled = gDialogSubject.isCancelled;

@@ -25,7 +25,7 @@ void SetUpControls(ParameterControl *row) {
     row->editing = false;
     SubclassParameterEdit(row);
     SubclassParameterTrackbar(row);
-    SendMessageA(row->edit, EM_EXLIMITTEXT, 0, row->textLimit);
+    SendMessageA(row->edit, EM_LIMITTEXT, static_cast<WPARAM>(row->textLimit), 0);
     SendMessageA(row->trackbar, TBM_SETRANGE, TRUE,
                  MAKELPARAM(static_cast<WORD>(row->minimum), static_cast<WORD>(row->maximum)));
     SendMessageA(row->trackbar, TBM_SETPAGESIZE, 0, row->pageStep);

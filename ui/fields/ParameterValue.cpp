@@ -29,8 +29,7 @@ void ShowParameterValue(const ParameterControl &row, int32_t value) {
 }
 
 void SelectEditText(const ParameterControl &row) {
-    CHARRANGE all = {0, -1};
-    SendMessageA(row.edit, EM_EXSETSEL, 0, reinterpret_cast<LPARAM>(&all));
+    SendMessageA(row.edit, EM_SETSEL, 0, -1);
 }
 
 int32_t TrackbarPosition(const ParameterControl &row) {

@@ -32,6 +32,10 @@ void AppendSample(const KeptImage &kept, int32_t column, int32_t row, DebugStatu
            Percent(sample.coverage), kept.flat[index] ? ", flat area" : "");
 }
 
+bool IsSameArea(const IntRect &a, const IntRect &b) {
+    return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
+}
+
 // The place is in document pixels.
 void AppendNearestLight(double x, double y, DebugStatus *status, size_t *length) {
     const LightSourceTableView lights = GetLightSourceTable();
@@ -80,7 +84,8 @@ DebugStatus DescribeDebugPixel(int32_t choice, const DebugPicturePlace &place, i
     }
     Append(&status, &length, " (document %.1f, %.1f)", x * place.scale, y * place.scale);
     const KeptImage &kept = GetKeptImage();
-    if (kept.image.samples)
+    // Another run may have kept another image since the picture was made.
+    if (kept.image.samples && IsSameArea(kept.image.bounds, place.area))
         AppendSample(kept, column, row, &status, &length);
     AppendNearestLight(x * place.scale, y * place.scale, &status, &length);
     return status;
