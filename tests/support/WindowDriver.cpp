@@ -206,3 +206,19 @@ INT_PTR PlayModal(DLGPROC real, const std::function<INT_PTR(DLGPROC)> &open,
     SetTimer(nullptr, 0, 1, PlayScript);
     return open(PlayedProc);
 }
+
+INT_PTR RunModal(int dialogId, DLGPROC procedure, const std::function<void(HWND)> &script,
+                 const DialogWatch &watch, HINSTANCE module) {
+    const HINSTANCE owner = module ? module : GetModuleHandleA(nullptr);
+    const auto open = [&](DLGPROC played) {
+        return DialogBoxParamA(owner, MAKEINTRESOURCEA(dialogId), nullptr, played, 0);
+    };
+    const auto play = [&](HWND window) {
+        script(window);
+        if (IsWindow(window))
+            PostMessageA(window, WM_CLOSE, 0, 0);
+    };
+    const INT_PTR result = PlayModal(procedure, open, play, watch);
+    PumpMessages();
+    return result;
+}

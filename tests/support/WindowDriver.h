@@ -52,3 +52,7 @@ void SetClipboardText(const std::string &text);
 using DialogWatch = std::function<INT_PTR(DLGPROC real, HWND, UINT, WPARAM, LPARAM)>;
 INT_PTR PlayModal(DLGPROC real, const std::function<INT_PTR(DLGPROC)> &open,
                   const std::function<void(HWND)> &script, const DialogWatch &watch = nullptr);
+// The same with a dialog of a module's resources (null: this program's). Unless the script has ended it, it
+// is closed.
+INT_PTR RunModal(int dialogId, DLGPROC procedure, const std::function<void(HWND)> &script,
+                 const DialogWatch &watch = nullptr, HINSTANCE module = nullptr);

@@ -11,6 +11,7 @@
 #include "ui/fields/ParameterEdit.h"
 #include "ui/fields/ParameterEditPaint.h"
 #include "ui/fields/ParameterTable.h"
+#include "ui/fields/ParameterTrackbar.h"
 #include "ui/window/DialogMessages.h"
 
 #include <gtest/gtest.h>
@@ -304,6 +305,13 @@ TEST_F(ParameterPairs, PressesOnTheThumbDoNotMoveItAndBesideItStepAPage) {
         EXPECT_EQ(TakeChanges(), press.changes);
         EXPECT_EQ(GetFocus(), Edit(kThreshold));
     }
+    // Some systems' trackbars jump to where the thumb is pressed, so that they are told its middle.
+    const auto told = [](POINT at) {
+        return OnTrackbarButtonDown(gParameterControls[kThreshold], PointParam(at.x, at.y));
+    };
+    const POINT middle = ThumbAt(trackbar, Position(kThreshold));
+    EXPECT_EQ(told({middle.x - 1, middle.y - 1}), PointParam(middle.x, middle.y));
+    EXPECT_EQ(told(end), PointParam(end.x, end.y));
 }
 
 TEST_F(ParameterPairs, TrackbarsWithTheFocusKeepThePairTogether) {

@@ -4,7 +4,7 @@
 #include "resources/ResourceIds.h"
 #include "tests/plugin/ModuleFixture.h"
 #include "tests/plugin/NightDocument.h"
-#include "tests/viewers/ModalDialog.h"
+#include "tests/support/WindowDriver.h"
 
 #include <cmath>
 #include <cstdio>

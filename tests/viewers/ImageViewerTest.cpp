@@ -7,9 +7,9 @@
 #include "tests/storage/TemporaryFolder.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/SystemObjects.h"
+#include "tests/support/WindowDriver.h"
 #include "tests/support/WindowPicture.h"
 #include "tests/viewers/KeptScene.h"
-#include "tests/viewers/ModalDialog.h"
 #include "ui/viewers/DebugImageViewer.h"
 
 #include <gtest/gtest.h>
@@ -28,28 +28,12 @@ INT_PTR CALLBACK ViewerProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPa
     return HandleDebugImageViewer(dialog, message, wParam, lParam);
 }
 
-void Choose(HWND dialog, int comboId, int item) {
-    const HWND combo = GetDlgItem(dialog, comboId);
-    SendMessageA(combo, CB_SETCURSEL, static_cast<WPARAM>(item), 0);
-    SendMessageA(dialog, WM_COMMAND, MAKEWPARAM(comboId, CBN_SELCHANGE), reinterpret_cast<LPARAM>(combo));
-    PumpMessages();
-}
-
 int Chosen(HWND dialog, int comboId) {
     return static_cast<int>(SendDlgItemMessageA(dialog, comboId, CB_GETCURSEL, 0, 0));
 }
 
-void SendMouse(HWND display, UINT message, int x, int y, WPARAM keys = 0) {
-    SendMessageA(display, message, keys, MAKELPARAM(static_cast<WORD>(x), static_cast<WORD>(y)));
-    PumpMessages();
-}
-
 void Drag(HWND display, int from, int to) {
-    SendMouse(display, WM_LBUTTONDOWN, from, from, MK_LBUTTON);
-    for (int i = 1; i <= 20; ++i)
-        SendMouse(display, WM_MOUSEMOVE, from + (to - from) * i / 20, from + (to - from) * i / 20,
-                  MK_LBUTTON);
-    SendMouse(display, WM_LBUTTONUP, to, to);
+    DragOn(display, {from, from}, {to, to}, 20);
 }
 
 // Rows of the display above the lines of text.
@@ -111,21 +95,20 @@ protected:
 
 TEST_F(ImageViewerTest, ShowsEachPictureToThePixelAndPans) {
     Open([](HWND dialog, HWND display) {
-        RECT client;
-        GetClientRect(display, &client);
+        const RECT client = ClientOf(display);
         for (int choice = 0; choice < kDebugPictures; ++choice) {
             const DrawnPicture drawn = DrawPicture(choice);
-            Choose(dialog, kDebugChoiceId, choice);
-            Choose(dialog, kDebugZoomId, kActual);
+            ChooseRow(dialog, kDebugChoiceId, choice);
+            ChooseRow(dialog, kDebugZoomId, kActual);
             ExpectShown(display, drawn, (client.right - drawn.Width()) / 2,
                         (PictureRows(display) - drawn.Height()) / 2, 1);
         }
-        Choose(dialog, kDebugChoiceId, kShadedPicture);
-        Choose(dialog, kDebugZoomId, kFourfold);
+        ChooseRow(dialog, kDebugChoiceId, kShadedPicture);
+        ChooseRow(dialog, kDebugZoomId, kFourfold);
         const DrawnPicture shaded = DrawPicture(kShadedPicture);
         Drag(display, 10, 10010);
         ExpectShown(display, shaded, 0, 0, 4); // as far as it goes
-        SendMouse(display, WM_MOUSEMOVE, 200, 200);
+        SendMouse(display, WM_MOUSEMOVE, {200, 200});
         SendMessageA(display, WM_KEYDOWN, VK_RIGHT, 1);
         SendMessageA(display, WM_KEYDOWN, VK_DOWN, 1);
         ExpectShown(display, shaded, -40, -40, 4);
@@ -147,30 +130,29 @@ TEST_F(ImageViewerTest, TellsThePixelAndTheNearestLightAndZoomsByWheelAndKeys) {
         }
         EXPECT_NE(SendMessageA(display, WM_ERASEBKGND, 0, 0), 0) << "a white moment";
         Drag(display, 0, 9000);
-        SendMouse(display, WM_MOUSEMOVE, 4 * 100 + 1, 4 * 58 + 1);
+        SendMouse(display, WM_MOUSEMOVE, {4 * 100 + 1, 4 * 58 + 1});
         const std::string text = TextOf(display);
         EXPECT_EQ(text.find("x 100, y 58 (document 100.0, 58.0)   R "), 0u) << text;
         EXPECT_NE(text.find("selected 100 %, covered 100 %   nearest light 0: "), std::string::npos) << text;
         EXPECT_NE(text.find(" pixels away, Diam = "), std::string::npos) << text;
-        SendMouse(display, WM_MOUSEMOVE, 4 * 20 + 2, 4 * 40 + 2);
+        SendMouse(display, WM_MOUSEMOVE, {4 * 20 + 2, 4 * 40 + 2});
         EXPECT_NE(TextOf(display).find("brightness 0C0C0C\nselected 0 %, covered 100 %"), std::string::npos)
             << TextOf(display);
         // Another run has kept a smaller image meanwhile.
         IntRect &kept = const_cast<KeptImage &>(GetKeptImage()).image.bounds;
         const IntRect bounds = std::exchange(kept, IntRect{0, 0, 20, 10});
-        SendMouse(display, WM_MOUSEMOVE, 4 * 102 + 1, 4 * 58 + 1);
+        SendMouse(display, WM_MOUSEMOVE, {4 * 102 + 1, 4 * 58 + 1});
         EXPECT_EQ(TextOf(display).find("x 102, y 58 (document 102.0, 58.0)   nearest"), 0u)
             << TextOf(display);
         kept = bounds;
         GetLightSourceTable().records[0].State = 0;
-        SendMouse(display, WM_MOUSEMOVE, 4 * 101 + 1, 4 * 58 + 1);
+        SendMouse(display, WM_MOUSEMOVE, {4 * 101 + 1, 4 * 58 + 1});
         EXPECT_EQ(TextOf(display).substr(TextOf(display).size() - 4), " (D)");
         SendMessageA(display, WM_MOUSELEAVE, 0, 0);
         EXPECT_EQ(TextOf(display).find("420 x 300"), 0u);
-        Choose(dialog, kDebugChoiceId, kStampPicture);
-        RECT client;
-        GetClientRect(display, &client);
-        SendMouse(display, WM_MOUSEMOVE, client.right / 2, PictureRows(display) / 2);
+        ChooseRow(dialog, kDebugChoiceId, kStampPicture);
+        const RECT client = ClientOf(display);
+        SendMouse(display, WM_MOUSEMOVE, {client.right / 2, PictureRows(display) / 2});
         EXPECT_NE(TextOf(display).find(" from the light   R "), std::string::npos) << TextOf(display);
     });
 }
@@ -182,8 +164,8 @@ TEST_F(ImageViewerTest, CopiesTheWholePictureFromWhereverTheKeyboardIs) {
     for (auto row = drawn.bgra.end(); row != drawn.bgra.begin(); row -= static_cast<ptrdiff_t>(rowBytes))
         bottomUp.append(row - static_cast<ptrdiff_t>(rowBytes), row);
     Open([&](HWND dialog, HWND display) {
-        Choose(dialog, kDebugChoiceId, kLightsPicture);
-        Choose(dialog, kDebugZoomId, kFourfold);
+        ChooseRow(dialog, kDebugChoiceId, kLightsPicture);
+        ChooseRow(dialog, kDebugZoomId, kFourfold);
         for (const int id : {kDebugDisplayId, kDebugChoiceId, kDebugZoomId, static_cast<int>(IDOK)}) {
             SetClipboardText("before");
             SendDlgItemMessageA(dialog, id, WM_CHAR, kCtrlC, 1);
@@ -209,7 +191,7 @@ TEST_F(ImageViewerTest, CopiesTheWholePictureFromWhereverTheKeyboardIs) {
 TEST_F(ImageViewerTest, KeepsPlaceAndChoiceAfterOkOnly) {
     EXPECT_EQ(SettingsFile(), "<missing>");
     EXPECT_EQ(Open([](HWND dialog, HWND) {
-                  Choose(dialog, kDebugChoiceId, 2);
+                  ChooseRow(dialog, kDebugChoiceId, 2);
                   SetWindowPos(dialog, nullptr, 33, 44, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
               }),
               IDCANCEL);
@@ -220,7 +202,7 @@ TEST_F(ImageViewerTest, KeepsPlaceAndChoiceAfterOkOnly) {
         RECT opening, before, after;
         GetWindowRect(dialog, &opening);
         GetClientRect(display, &before);
-        Choose(dialog, kDebugChoiceId, 2);
+        ChooseRow(dialog, kDebugChoiceId, 2);
         SetWindowPos(dialog, nullptr, 33, 44, 100, 100, SWP_NOZORDER);
         GetWindowRect(dialog, &placed);
         EXPECT_EQ(placed.right - placed.left, opening.right - opening.left) << "smaller than at first";
@@ -251,7 +233,7 @@ TEST_F(ImageViewerTest, GivesEverythingBackWhateverFails) {
     const auto before = LiveObjects();
     const auto look = [](HWND dialog, HWND display) {
         for (int choice = 0; choice < kDebugPictures; ++choice) {
-            Choose(dialog, kDebugChoiceId, choice);
+            ChooseRow(dialog, kDebugChoiceId, choice);
             UpdateWindow(display);
         }
         SendMessageA(display, WM_CHAR, kCtrlC, 1);
@@ -267,7 +249,7 @@ TEST_F(ImageViewerTest, GivesEverythingBackWhateverFails) {
         }
     FailAllocation(1, true); // of the star picture
     Open([](HWND dialog, HWND display) {
-        Choose(dialog, kDebugChoiceId, kStampPicture);
+        ChooseRow(dialog, kDebugChoiceId, kStampPicture);
         EXPECT_EQ(TextOf(display), "This picture could not be made.");
     });
     FailAllocation(0, false);
@@ -279,10 +261,10 @@ TEST_F(ImageViewerTest, SaysWhenNothingWasKept) {
     SetClipboardText("before");
     Open([](HWND dialog, HWND display) {
         for (int choice = 0; choice < kDebugPictures; ++choice) {
-            Choose(dialog, kDebugChoiceId, choice);
+            ChooseRow(dialog, kDebugChoiceId, choice);
             EXPECT_EQ(TextOf(display), "No images were kept for this run.");
         }
-        SendMouse(display, WM_MOUSEMOVE, 50, 50);
+        SendMouse(display, WM_MOUSEMOVE, {50, 50});
         SendMessageA(display, WM_CHAR, kCtrlC, 1);
         UpdateWindow(display);
     });

@@ -3,8 +3,8 @@
 #include "resources/ResourceIds.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/SystemObjects.h"
+#include "tests/support/WindowDriver.h"
 #include "tests/support/WindowPicture.h"
-#include "tests/viewers/ModalDialog.h"
 #include "ui/viewers/LightSourceViewer.h"
 
 #include <gtest/gtest.h>
@@ -30,6 +30,13 @@ LRESULT CALLBACK SpyProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam
     if (message == WM_KEYDOWN || message == WM_KEYUP || message == WM_CHAR)
         gSeenKeys.emplace_back(message, wParam, lParam);
     return CallWindowProcA(gListProc, window, message, wParam, lParam);
+}
+
+// Presses and releases Ctrl around a character, as the keyboard sends it.
+void TypeCtrl(HWND window, WPARAM character) {
+    SendMessageA(window, WM_KEYDOWN, VK_CONTROL, 0x001D0001);
+    SendMessageA(window, WM_CHAR, character, 0x001E0001);
+    SendMessageA(window, WM_KEYUP, VK_CONTROL, 0xC01D0001);
 }
 
 void SpyOnList(HWND dialog) {
@@ -108,9 +115,14 @@ protected:
     }
 
     INT_PTR Open(const std::function<void(HWND, HWND)> &script) {
+        const auto spy = [](DLGPROC real, HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+            if (message == WM_INITDIALOG)
+                SpyOnList(dialog);
+            return real(dialog, message, wParam, lParam);
+        };
         return RunModal(
             kLightSourceTableDialogId, ViewerProc,
-            [&script](HWND dialog) { script(dialog, GetDlgItem(dialog, kLightSourceListId)); }, SpyOnList);
+            [&script](HWND dialog) { script(dialog, GetDlgItem(dialog, kLightSourceListId)); }, spy);
     }
 
     LightSourceTable *const tableBefore = gLightSourceTable;
