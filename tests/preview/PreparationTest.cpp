@@ -135,6 +135,21 @@ TEST(PreviewPreparation, EffectIsForgottenOnlyForOtherParameters) {
     }
 }
 
+TEST(PreviewPreparation, TheEffectAloneNeverShowsThePhotograph) {
+    Images images(800, 600);
+    PreviewGeometry view = images.run.View(100.0);
+    CreateTileBitmap(images.run.display, nullptr, 0, &gProxies.tileBitmap);
+    PreviewRequest request = MakeTestRequest(view);
+    PreparePreview(request);
+    images.Render(request, PreviewArea::surroundings);
+    request.effectsOnly = 1;
+    PreparePreview(request);
+    EXPECT_EQ(images.run.Paint(view), std::vector<uint32_t>(300 * 200));
+    images.Render(request, PreviewArea::visible);
+    EXPECT_NE(images.run.Paint(view), std::vector<uint32_t>(300 * 200));
+    DeleteTileBitmap(&gProxies.tileBitmap);
+}
+
 TEST(PreviewPreparation, InvalidatingARectangleNeedsTheEffectLayer) {
     Images images(800, 600);
     TakeReports();

@@ -137,7 +137,7 @@ TEST(PreviewStore, EnlargesInWholePixels) {
         const IntRect part{5 * factor + 1, 6 * factor, 20 * factor, 18 * factor - 1};
         const int32_t width = part.right - part.left;
         std::vector<uint32_t> drawn(static_cast<size_t>(width * (part.bottom - part.top)));
-        DrawStore(full.store, image.buffer, 100.0 * factor, part, drawn.data(), width);
+        DrawStore(full.store, image.buffer, true, 100.0 * factor, part, drawn.data(), width);
         for (int32_t y = part.top; y < part.bottom; ++y)
             for (int32_t x = part.left; x < part.right; ++x)
                 ASSERT_EQ(drawn[static_cast<size_t>((y - part.top) * width + x - part.left)],
@@ -152,7 +152,7 @@ TEST(PreviewStore, DrawsItsOwnScalePixelByPixelAndTheImageWhereItIsEmpty) {
     ASSERT_TRUE(FillStore(image.buffer, kGoOn, &piece.store));
     CopyStore(piece.store, &store.store); // the right half stays empty
     std::vector<uint32_t> drawn(100 * 66);
-    DrawStore(store.store, image.buffer, 16.67, {0, 0, 100, 66}, drawn.data(), 100);
+    DrawStore(store.store, image.buffer, true, 16.67, {0, 0, 100, 66}, drawn.data(), 100);
     for (int32_t y = 0; y < 66; ++y)
         for (int32_t x = 0; x < 100; ++x) {
             const uint32_t pixel = drawn[static_cast<size_t>(y * 100 + x)];
@@ -166,7 +166,7 @@ TEST(PreviewStore, DrawsItsOwnScalePixelByPixelAndTheImageWhereItIsEmpty) {
                 ASSERT_EQ(Channel(pixel, c), static_cast<int32_t>(image.Value(c, atX, atY) * 255.0 + 0.5));
         }
     // No store at all.
-    DrawStore(PixelStore{}, image.buffer, 16.67, {0, 0, 100, 66}, drawn.data(), 100);
+    DrawStore(PixelStore{}, image.buffer, true, 16.67, {0, 0, 100, 66}, drawn.data(), 100);
     EXPECT_EQ(std::count(drawn.begin(), drawn.end(), 0u), 0);
 }
 

@@ -94,6 +94,36 @@ TEST(ProxyUpdateTask, QuickPreviewRepaintsOnce) {
     EXPECT_TRUE(SettledInvalidations().empty());
 }
 
+// A tile may have been finished between the display's last painting and the request for its new place.
+TEST(ProxyUpdateTask, ANewPlaceOfTheViewIsRepaintedWhole) {
+    PreviewRun run(900, 700, 10);
+    ASSERT_TRUE(run.Start());
+    PreviewGeometry view = run.View(100.0, 300, 200);
+    ASSERT_TRUE(run.Serve(MakeTestRequest(view)));
+    SettledInvalidations();
+    view.centerX += 10;
+    ASSERT_TRUE(run.Serve(MakeTestRequest(view)));
+    const std::vector<RECT> invalid = SettledInvalidations();
+    ASSERT_EQ(invalid.size(), 1u);
+    EXPECT_EQ(invalid[0].right, 0);
+}
+
+TEST(ProxyUpdateTask, AChangeWhileTheSurroundingsRenderStartsQuietlyToo) {
+    PreviewRun run(3000, 2000, 20);
+    ASSERT_TRUE(run.Start());
+    PreviewRequest request = MakeTestRequest(run.View(100.0, 300, 200));
+    for (int i = 0; i < 5; ++i) {
+        ++request.parameters[kLength];
+        RequestPreview(request);
+        run.messages.clear();
+        ASSERT_TRUE(run.WaitUntil([&] { // two tiles are visible, the others are not
+            return std::any_of(run.messages.begin(), run.messages.end(),
+                               [](const SentMessage &m) { return m.wParam > 3 && m.lParam == 2; });
+        }));
+        EXPECT_FALSE(IsRegionFilled(gProxyUpdate.InvalidateDisplayRegion));
+    }
+}
+
 // No request lives long enough to be finished, and still the picture follows.
 TEST(ProxyUpdateTask, TilesOfCancelledRequestsAreShownAfterTheQuietTime) {
     PreviewRun run(3000, 2000, 200);

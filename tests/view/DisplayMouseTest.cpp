@@ -147,6 +147,26 @@ TEST_F(DisplayInput, PanningFollowsTheHandOneToOne) {
     ExpectCenter(290, 300);
 }
 
+TEST_F(DisplayInput, TheLastPlaceOfAPanIsAskedFor) {
+    Use(kToolPan);
+    Press(200, 150);
+    const auto moveTo = [&](int x) {
+        Move(x, 150);
+        SendMessageA(display, WM_TIMER, kPanTimer, 0);
+        PumpMessages();
+    };
+    moveTo(190);
+    moveTo(180);
+    const int32_t resting = View().centerX;
+    PumpFor(120);
+    EXPECT_EQ(lastRequest.centerX, resting) << "while the hand rests";
+    moveTo(170);
+    moveTo(160);
+    Release(160, 150);
+    PumpMessages();
+    EXPECT_EQ(lastRequest.centerX, resting + 20) << "when it lets go";
+}
+
 TEST_F(DisplayInput, TheTimersRunWhileTheGestureLasts) {
     Use(kToolPan);
     const int32_t start = View().centerX;

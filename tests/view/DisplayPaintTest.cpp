@@ -1,5 +1,6 @@
 // What the display shows, to the pixel, and what it takes from the system.
 #include "tests/view/ViewFixture.h"
+#include "ui/display/PreviewDisplayPaint.h"
 #include "ui/display/PreviewDisplayState.h"
 
 #include <random>
@@ -56,6 +57,28 @@ TEST_F(DisplayPainting, OnlyWhatIsInvalidIsDrawn) {
     EXPECT_FALSE(GetUpdateRect(display, nullptr, FALSE));
 }
 
+decltype(&GetUpdateRgn) gGetUpdateRgn;
+int WINAPI InvalidateAfterwards(HWND window, HRGN region, BOOL erase) {
+    const RECT part = {300, 200, 320, 210};
+    const int kind = gGetUpdateRgn(window, region, erase);
+    InvalidateRect(window, &part, FALSE);
+    return kind;
+}
+
+TEST_F(DisplayPainting, WhatBecomesInvalidMeanwhileIsNotLost) {
+    OpenReady();
+    Show();
+    host::ImportHooks hooks;
+    gGetUpdateRgn =
+        host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "GetUpdateRgn", InvalidateAfterwards, &hooks);
+    ASSERT_NE(gGetUpdateRgn, nullptr);
+    SendMessageA(display, WM_PAINT, 0, 0);
+    host::RestoreImports(&hooks);
+    RECT invalid = {};
+    EXPECT_TRUE(GetUpdateRect(display, &invalid, FALSE));
+    EXPECT_EQ(invalid.left, 300);
+}
+
 TEST_F(DisplayPainting, TheBorderMarksTheFocusAndTheSurroundIsNeutral) {
     OpenReady({0, 0, 120, 90});
     SetFocus(display);
@@ -74,6 +97,7 @@ TEST_F(DisplayPainting, TheBorderMarksTheFocusAndTheSurroundIsNeutral) {
 
 TEST_F(DisplayPainting, TheWaitForTheTableIsTold) {
     Open();
+    EXPECT_STREQ(PreviewLabel(), "Locating Light Sources In Image...");
     const Picture waiting = Show();
     EXPECT_GT(WrongPixels(waiting), 1000);
     EXPECT_EQ(PixelAt(waiting, 5, 5), PatternPixel(View(), 5, 5));
@@ -149,6 +173,7 @@ TEST_F(DisplayPainting, FailingSystemCallsLeaveADisplayThatWorks) {
 TEST_F(DisplayPainting, ATaskThatDoesNotStartLeavesAnEmptyDisplay) {
     gFakePreview.startFails = true;
     EXPECT_FALSE(Open());
+    EXPECT_STREQ(PreviewLabel(), "The preview could not be started. All settings work without it.");
     EXPECT_NE(gPreviewDisplay.window, nullptr);
     Show();
     EXPECT_FALSE(AttachPreviewDisplay(window, {}, nullptr)) << "one display at a time";

@@ -76,6 +76,8 @@ void ViewTest::TearDown() {
 bool ViewTest::Open(const IntRect &image) {
     const auto proc = [](HWND, UINT message, WPARAM wParam, LPARAM lParam) -> INT_PTR {
         previewRequests += message == kMsgRequestPreview;
+        if (message == kMsgRequestPreview)
+            lastRequest = CurrentPreviewGeometry();
         if (message == kMsgTableReady)
             OnPreviewTableReady();
         else if (message == WM_HSCROLL || message == WM_VSCROLL)

@@ -49,6 +49,7 @@ class ViewTest : public testing::Test {
 protected:
     static inline HWND window, display, button;        // the last takes the focus off the display
     static inline int previewRequests;                 // kMsgRequestPreview handled
+    static inline PreviewGeometry lastRequest;         // what the last one would have shown
     static inline std::map<int, ToolPicture> pictures; // shown last, by control
 
     void SetUp() override;

@@ -177,7 +177,8 @@ bool AttachPreviewDisplay(HWND dialog, const PreviewSource &source, ShowToolPict
     CreateDisplayRegions(&gPreviewDisplay.surface);
     AttachViewTools(dialog, window, source.image->bounds, showPicture);
     RefreshDisplayCursor();
-    return StartProxyUpdateTask(window, source);
+    gPreviewDisplay.hasTask = StartProxyUpdateTask(window, source);
+    return gPreviewDisplay.hasTask;
 }
 
 void OnPreviewTableReady() {

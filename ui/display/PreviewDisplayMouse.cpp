@@ -12,8 +12,8 @@
 namespace {
 
 constexpr uint32_t kSiteMouseMove = 484, kSiteCaptureChanged = 615, kSiteButtonDown = 1298;
-// A panning asks for a new preview at most this often: each request makes the task start anew.
-constexpr DWORD kPanRequestMs = 100;
+// A panning asks for a new preview at most this often.
+constexpr DWORD kPanRequestMs = 30;
 constexpr int32_t kAntsPeriod = 8;
 
 void ReportMouseError(uint32_t site, const char *message) {
@@ -68,6 +68,7 @@ void StartPan() {
     mouse.startY = gViewTools.view.centerY;
     mouse.startZoom = gViewTools.view.zoom;
     mouse.panRequestTime = GetTickCount() - kPanRequestMs;
+    mouse.panRequestOwed = false;
 }
 
 // The image stays under the hand, also where the hand went beyond the image's edge and comes back.
@@ -79,9 +80,14 @@ void FollowHand(bool finished) {
     }
     const double x = mouse.startX - (mouse.current.x - mouse.press.x);
     const double y = mouse.startY - (mouse.current.y - mouse.press.y);
-    const bool due = finished || GetTickCount() - mouse.panRequestTime >= kPanRequestMs;
-    if (CenterPreview(x, y, due) && due)
+    if (CenterPreview(x, y, false))
+        mouse.panRequestOwed = true;
+    // Also for a hand that rests by now: what it did last is still owed.
+    if (mouse.panRequestOwed && (finished || GetTickCount() - mouse.panRequestTime >= kPanRequestMs)) {
+        AskForPreview();
+        mouse.panRequestOwed = false;
         mouse.panRequestTime = GetTickCount();
+    }
 }
 
 // Drawn from the press point to the current one, as soon as it is more than a click.

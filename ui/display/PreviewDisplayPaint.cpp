@@ -8,6 +8,7 @@
 #include "ui/view/ViewTools.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace {
 
@@ -22,6 +23,7 @@ constexpr int kMarkRadius = 8;
 constexpr int kDash = 4; // of the drag rectangle: as long as the gap
 constexpr int kLabelMargin = 8;
 constexpr char kLocatingText[] = "Locating Light Sources In Image...";
+constexpr char kNoPreviewText[] = "The preview could not be started. All settings work without it.";
 
 void ReportPaintError(uint32_t site, const char *message) {
     ReportError({site, kDebugMessage, 0}, kStopIcon, kTitleUnexpected, "%s", message);
@@ -187,13 +189,11 @@ void DrawDragRectangle(HDC dc) {
     DrawDashes(dc, {r.left, r.top, r.left + 1, r.bottom}, false, phase);
 }
 
-void DrawLocatingText(HDC dc, const IntRect &display) {
-    if (gViewTools.tableReady)
-        return;
+void DrawLabel(HDC dc, const IntRect &display, const char *text) {
     const HGDIOBJ oldFont = SelectObject(dc, GetStockObject(DEFAULT_GUI_FONT));
-    constexpr int length = sizeof kLocatingText - 1;
+    const int length = static_cast<int>(strlen(text));
     SIZE extent = {};
-    GetTextExtentPoint32A(dc, kLocatingText, length, &extent);
+    GetTextExtentPoint32A(dc, text, length, &extent);
     const int left = (display.left + display.right - extent.cx) / 2;
     const int top = (display.top + display.bottom - extent.cy) / 2;
     FillBox(dc,
@@ -202,7 +202,7 @@ void DrawLocatingText(HDC dc, const IntRect &display) {
             kLabelBack);
     SetBkMode(dc, TRANSPARENT);
     SetTextColor(dc, kLabelText);
-    TextOutA(dc, left, top, kLocatingText, length);
+    TextOutA(dc, left, top, text, length);
     SelectObject(dc, oldFont);
 }
 
@@ -220,7 +220,8 @@ void DrawDisplay(HDC dc, const RECT &client) {
     IntersectClipRect(dc, d.left, d.top, d.right, d.bottom);
     DrawMarks(dc);
     DrawDragRectangle(dc);
-    DrawLocatingText(dc, d);
+    if (const char *label = PreviewLabel())
+        DrawLabel(dc, d, label);
     if (saved)
         RestoreDC(dc, saved);
     DrawBorder(dc, client);
@@ -248,12 +249,18 @@ void TakeUpdateRegion(const RECT &client) {
         ReportPaintError(kSiteGetUpdate, "Could not get update region for proxy display.");
         SetRegion(update, {client.left, client.top, client.right, client.bottom});
     }
-    // What becomes invalid from here on is a painting of its own.
-    if (!ValidateRect(window, nullptr))
+    // What becomes invalid meanwhile is a painting of its own.
+    if (!(update ? ValidateRgn(window, update) : ValidateRect(window, nullptr)))
         ReportPaintError(kSiteValidate, "Could not validate entire proxy display.");
 }
 
 } // namespace
+
+const char *PreviewLabel() {
+    if (!gPreviewDisplay.hasTask)
+        return kNoPreviewText;
+    return gViewTools.tableReady ? nullptr : kLocatingText;
+}
 
 void CreateDisplayRegions(DisplaySurface *surface) {
     surface->DisplayRegion = MakeRegion(kSiteDisplayRegion, "Could not create DisplayRegion.");

@@ -9,6 +9,9 @@ struct DisplaySurface;
 void CreateDisplayRegions(DisplaySurface *surface);
 void FreeDisplaySurface(DisplaySurface *surface);
 
+// What is written over the picture, or null.
+const char *PreviewLabel();
+
 // Answers WM_PAINT: what is invalid is drawn off the screen first.
 void PaintDisplay();
 // Answers WM_PRINT and WM_PRINTCLIENT: everything.

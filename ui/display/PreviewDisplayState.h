@@ -13,6 +13,7 @@ struct DisplayMouse {
     bool farEnough;                   // no longer a click
     double startX, startY, startZoom; // view at the start of a panning
     DWORD panRequestTime;             // of the last preview request that a panning made
+    bool panRequestOwed;              // the view has moved since
 };
 
 // Owner of its objects: the record; FreeDisplaySurface gives them back.
@@ -25,7 +26,8 @@ struct DisplaySurface {
 };
 
 struct PreviewDisplay {
-    HWND window; // null while none is attached
+    HWND window;  // null while none is attached
+    bool hasTask; // somebody renders what it shows
     DisplayMouse mouse;
     ViewModifiers modifiers;
     bool spaceHeld;           // Pan as long as it lasts

@@ -15,6 +15,7 @@ constexpr int32_t kStripWidth = 512;
 struct Strip {
     const PixelStore &store;
     const ImageBuffer &image;
+    bool showsImage;
     double zoom;
     int32_t count;
     int32_t storeColumn[kStripWidth]; // offset in a store row, or -1
@@ -94,15 +95,16 @@ void DrawStrip(const Strip &strip, int32_t top, int32_t bottom, uint32_t *pixels
             DrawStoreRow(strip, storeRow, pixels);
         else
             ClearRow(strip, pixels);
-        FillFromImage(strip, imageRow, pixels);
+        if (strip.showsImage)
+            FillFromImage(strip, imageRow, pixels);
     }
 }
 
 } // namespace
 
-void DrawStore(const PixelStore &store, const ImageBuffer &image, double zoom, const IntRect &part,
-               uint32_t *pixels, int32_t stride) {
-    Strip strip{store, image, zoom, 0, {}, {}};
+void DrawStore(const PixelStore &store, const ImageBuffer &image, bool showsImage, double zoom,
+               const IntRect &part, uint32_t *pixels, int32_t stride) {
+    Strip strip{store, image, showsImage, zoom, 0, {}, {}};
     for (int32_t left = part.left; left < part.right; left += kStripWidth) {
         strip.count = std::min(kStripWidth, part.right - left);
         MapColumns(left, &strip);

@@ -5,6 +5,7 @@
 #include "ui/pixels/PreviewStore.h"
 
 // Draws a part of the scaled image at `zoom`, within the image, into rows of `stride` pixels (alpha
-// undefined). Where the store has nothing, or is none, the image's pixel under the middle is shown instead.
-void DrawStore(const PixelStore &store, const ImageBuffer &image, double zoom, const IntRect &part,
-               uint32_t *pixels, int32_t stride);
+// undefined). Where the store has nothing, or is none, the image's pixel under the middle is shown instead,
+// or black when the image is not to be seen.
+void DrawStore(const PixelStore &store, const ImageBuffer &image, bool showsImage, double zoom,
+               const IntRect &part, uint32_t *pixels, int32_t stride);

@@ -24,7 +24,7 @@ bool PaintPiece(HDC dc, const IntRect &piece, const PreviewGeometry &geometry) {
     if (isDrawn) {
         // The transfer of the piece before may still be pending.
         GdiFlush();
-        DrawStore(gProxies.scaledProxy, gProxies.HostProxyImage, geometry.zoom,
+        DrawStore(gProxies.scaledProxy, gProxies.HostProxyImage, !ShowsEffectsOnly(), geometry.zoom,
                   {piece.left + dx, piece.top + dy, piece.right + dx, piece.bottom + dy},
                   gProxies.tileBitmap.pixels, kTileBitmapSide);
         isDrawn = DrawTileBitmap(gProxies.tileBitmap, dc, piece.left, piece.top, piece.right - piece.left,

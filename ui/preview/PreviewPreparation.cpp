@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -156,6 +157,11 @@ void PrepareRegions(const PreviewRequest &request, const PreviewGeometry &geomet
     gProxies.hasPrevious = true;
 }
 
+void ForgetPictures() {
+    if (gProxies.scaledProxy.pixels)
+        memset(gProxies.scaledProxy.pixels, 0, gProxies.scaledProxy.bytes);
+}
+
 // Puts a scaled proxy for the window in the place of the one there is. What that shows is taken over, even
 // from another zoom, until something better is there.
 void ReplaceStore(const IntRect &bounds, double scale) {
@@ -189,7 +195,10 @@ void PrepareStore(const PreviewRequest &request) {
 void PreparePreview(const PreviewRequest &request) {
     if (!LockPreview())
         return;
+    const bool showedPhotograph = !ShowsEffectsOnly();
     PrepareRegions(request, GeometryOfRequest(request));
+    if (showedPhotograph && ShowsEffectsOnly())
+        ForgetPictures();
     UnlockPreview();
     PrepareStore(request);
     if (!LockPreview())

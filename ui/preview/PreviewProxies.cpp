@@ -110,6 +110,10 @@ PreviewGeometry GeometryOfRequest(const PreviewRequest &request) {
     return {gProxies.HostProxyImage.bounds, request.display, request.centerX, request.centerY, request.zoom};
 }
 
+bool ShowsEffectsOnly() {
+    return gProxies.hasPrevious && gProxies.previous.previewOn && gProxies.previous.effectsOnly;
+}
+
 void InvalidateEffect(const IntRect &rect) {
     ++gProxies.effectChanges;
     CutRect(gProxies.ValidEffectProxyRegion, rect, kCutEffect);

@@ -73,5 +73,8 @@ bool EnsureEffectImage();
 // The view of a request on the image.
 PreviewGeometry GeometryOfRequest(const PreviewRequest &request);
 
+// Then the photograph is nowhere to be seen, not even where nothing has been rendered yet. Under the lock.
+bool ShowsEffectsOnly();
+
 // Takes a document rectangle out of the valid effect and of all that is made from it. Under the lock.
 void InvalidateEffect(const IntRect &rect);

@@ -32,26 +32,23 @@ void PostProgress(uint32_t position, int32_t total) {
     PostMessageA(gProxyUpdate.dialog, kMsgProgress, position, total);
 }
 
-void Flush() {
-    const PreviewRequest &request = gProxyUpdate.working;
+// The display was last told of another view: what has been finished since then may be anywhere in this one.
+bool IsViewNew(const Serving &serving) {
+    const IntRect &before = gProxyUpdate.flushedView, &now = serving.displayed;
+    return gProxyUpdate.working.zoom != gProxyUpdate.flushedZoom || before.left != now.left ||
+           before.top != now.top || before.right != now.right || before.bottom != now.bottom;
+}
+
+void Flush(const Serving &serving) {
     const HRGN region = gProxyUpdate.InvalidateDisplayRegion;
-    if (request.zoom != gProxyUpdate.flushedZoom) {
+    if (IsViewNew(serving)) {
         InvalidateRect(gProxyUpdate.display, nullptr, FALSE);
-        gProxyUpdate.flushedZoom = request.zoom;
+        gProxyUpdate.flushedZoom = gProxyUpdate.working.zoom;
+        gProxyUpdate.flushedView = serving.displayed;
     } else if (IsRegionFilled(region)) {
         InvalidateRgn(gProxyUpdate.display, region, FALSE);
     }
     SetRegionRect(region, {0, 0, 0, 0}, kEmptyDisplay);
-}
-
-// What is still to be repainted from the request before was collected for another view: all of it counts.
-void CheckPendingRegion(const Serving &serving) {
-    IntRect &view = gProxyUpdate.invalidFor;
-    const bool isSameView = view.left == serving.displayed.left && view.top == serving.displayed.top &&
-                            view.right == serving.displayed.right && view.bottom == serving.displayed.bottom;
-    if (!isSameView && IsRegionFilled(gProxyUpdate.InvalidateDisplayRegion))
-        gProxyUpdate.flushedZoom = 0.0;
-    view = serving.displayed;
 }
 
 Serving BeginServing() {
@@ -63,12 +60,11 @@ Serving BeginServing() {
     serving.isQuiet = true;
     if (!IsRegionFilled(gProxyUpdate.InvalidateDisplayRegion))
         gProxyUpdate.quietSince = request.requestTime;
-    CheckPendingRegion(serving);
     PreparePreview(request);
     return serving;
 }
 
-// The display's pixels of a tile; those of tiles beside the display do no harm.
+// The display's pixels of a visible tile.
 void AddToDisplayRegion(const Serving &serving, const IntRect &tile) {
     const IntRect &display = gProxyUpdate.working.display;
     const int32_t dx = display.left - serving.displayed.left, dy = display.top - serving.displayed.top;
@@ -86,7 +82,7 @@ bool ServeTile(const Serving &serving, const PreviewTile &tile) {
     if (RenderPreviewTile(gProxyUpdate.working, tile, gProxyUpdate.cancel) != TileResult::rendered)
         return false;
     PostProgress(++gProxyUpdate.working.tilesDone, serving.total);
-    if (tile.area != PreviewArea::image)
+    if (tile.area == PreviewArea::visible)
         AddToDisplayRegion(serving, tile.rect);
     return true;
 }
@@ -97,7 +93,7 @@ bool IsQuietTimeOver() {
 
 void EndQuiet(Serving *serving) {
     if (serving->isQuiet)
-        Flush();
+        Flush(*serving);
     serving->isQuiet = false;
 }
 
@@ -105,7 +101,7 @@ void EndQuiet(Serving *serving) {
 void EndServing(Serving *serving) {
     EndQuiet(serving);
     PostProgress(0, 0);
-    Flush();
+    Flush(*serving);
 }
 
 bool FindNextTile(const PreviewRequest &request, PreviewTile *tile) {
@@ -133,7 +129,7 @@ void ServeRequest() {
         }
         if (tile.area == PreviewArea::visible && IsQuietTimeOver()) {
             serving.isQuiet = false;
-            Flush();
+            Flush(serving);
         }
     }
 }
@@ -147,5 +143,5 @@ void ServeOriginal() {
             AddToDisplayRegion(serving, tile.rect);
         else
             break;
-    Flush();
+    Flush(serving);
 }

@@ -119,8 +119,8 @@ void ResetTask(HWND display, HWND dialog) {
     gProxyUpdate.staging = gProxyUpdate.shared = gProxyUpdate.working = PreviewRequest{};
     gProxyUpdate.requests = 0;
     gProxyUpdate.isStopping = false;
-    gProxyUpdate.invalidFor = IntRect{};
     gProxyUpdate.flushedZoom = 0.0;
+    gProxyUpdate.flushedView = IntRect{};
     RaiseCancelFlags(0);
 }
 
