@@ -1,5 +1,5 @@
 # The host: picture files, records and procedures, command line and program.
-add_library(invert_filter MODULE host/InvertFilter.cpp host/InvertFilter.rc)
+add_library(invert_filter MODULE host/InvertFilter.cpp host/InvertServices.cpp host/InvertFilter.rc)
 target_link_libraries(invert_filter PRIVATE brillatrix_options)
 set_target_properties(invert_filter PROPERTIES PREFIX "" SUFFIX ".8bf" OUTPUT_NAME InvertFilter)
 

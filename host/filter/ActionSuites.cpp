@@ -17,6 +17,8 @@ static ActionDescriptor KeepAction(Descriptor descriptor) {
 }
 
 static HostResult Make(ActionDescriptor *result) {
+    if (!result)
+        return kParamErr;
     *result = KeepAction({});
     return kNoError;
 }
@@ -32,7 +34,7 @@ static HostResult Free(ActionDescriptor handle) {
 
 static HostResult HasKey(ActionDescriptor handle, FourCharCode key, HostBoolean *result) {
     const Descriptor *descriptor = FindAction(handle, "Action.HasKey");
-    if (!descriptor)
+    if (!descriptor || !result)
         return kParamErr;
     *result = FindValue(*descriptor, key) != nullptr;
     return kNoError;
@@ -57,7 +59,7 @@ static const DescriptorValue *FindActionValue(ActionDescriptor handle, const cha
 
 static HostResult GetType(ActionDescriptor handle, FourCharCode key, FourCharCode *type) {
     const DescriptorValue *value = FindActionValue(handle, "Action.GetType", key);
-    if (!value)
+    if (!value || !type)
         return kParamErr;
     *type = value->type;
     return kNoError;
@@ -65,7 +67,7 @@ static HostResult GetType(ActionDescriptor handle, FourCharCode key, FourCharCod
 
 static HostResult GetDataLength(ActionDescriptor handle, FourCharCode key, int32_t *length) {
     const DescriptorValue *value = FindActionValue(handle, "Action.GetDataLength", key);
-    if (!value || value->type != kTypeRawData)
+    if (!value || !length || value->type != kTypeRawData)
         return kParamErr;
     *length = static_cast<int32_t>(value->bytes.size());
     return kNoError;

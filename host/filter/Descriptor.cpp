@@ -52,6 +52,12 @@ DescriptorValue DataValue(uint32_t key, const void *bytes, size_t length) {
     return value;
 }
 
+DescriptorValue TextValue(uint32_t key, const void *characters, size_t length) {
+    DescriptorValue value = DataValue(key, characters, length);
+    value.type = kTypeText;
+    return value;
+}
+
 const DescriptorValue *FindValue(const Descriptor &descriptor, uint32_t key) {
     const auto found = std::find_if(descriptor.values.begin(), descriptor.values.end(),
                                     [key](const DescriptorValue &value) { return value.key == key; });

@@ -11,7 +11,6 @@
 
 namespace host {
 
-// A value type that a filter of plain parameters does not know.
 constexpr uint32_t kTypeText = 0x54455854; // 'TEXT'
 
 struct DescriptorValue {
@@ -39,6 +38,7 @@ DescriptorValue FloatValue(uint32_t key, double value);
 DescriptorValue UnitFloatValue(uint32_t key, uint32_t unit, double value);
 DescriptorValue EnumeratedValue(uint32_t key, uint32_t type, uint32_t code);
 DescriptorValue DataValue(uint32_t key, const void *bytes, size_t length);
+DescriptorValue TextValue(uint32_t key, const void *characters, size_t length);
 
 // Null when the key is absent.
 const DescriptorValue *FindValue(const Descriptor &descriptor, uint32_t key);

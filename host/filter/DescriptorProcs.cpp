@@ -6,6 +6,7 @@
 
 namespace host {
 
+constexpr HostResult kCoercedParamErr = 2;
 constexpr int32_t kEnumeratedFlag = 0x2000; // as the terminology's parameter flags
 
 // A reader or writer that the filter holds, or null and a violation.
@@ -38,6 +39,8 @@ static void ShuffleKeys(Reader &reader, uint32_t seed) {
 static ReadDescriptor OpenReader(HostHandle descriptor, FourCharCode *keys) {
     HostState &state = *gHostState;
     const HandleBlock *block = FindHandle(state, descriptor);
+    if (!descriptor) // nothing was recorded yet
+        return nullptr;
     if (!block) {
         AddViolation(state, "openReadDescriptorProc of a handle that is not alive");
         return nullptr;
@@ -71,6 +74,12 @@ static HostResult CloseReader(ReadDescriptor handle) {
     return settings.closeReadResult.value_or(result);
 }
 
+// Into a place of the filter's, which may have none.
+template <typename Value> static void Give(Value *place, Value value) {
+    if (place)
+        *place = value;
+}
+
 static HostBoolean GetNextKey(ReadDescriptor handle, FourCharCode *key, FourCharCode *type, int32_t *flags) {
     Reader *reader = FindReader(handle, "getKeyProc");
     if (!reader || reader->next >= reader->order.size())
@@ -80,10 +89,10 @@ static HostBoolean GetNextKey(ReadDescriptor handle, FourCharCode *key, FourChar
         if (*wanted == value.key)
             *wanted = kKeyFound;
     const bool isEnumerated = value.type == kTypeEnumerated;
-    *key = value.key;
-    *type = isEnumerated && gHostState->owner->settings.enumerationsGiveTheirOwnType ? value.enumerationType
-                                                                                     : value.type;
-    *flags = isEnumerated ? kEnumeratedFlag : 0;
+    const bool givesOwnType = isEnumerated && gHostState->owner->settings.enumerationsGiveTheirOwnType;
+    Give(key, value.key);
+    Give(type, givesOwnType ? value.enumerationType : value.type);
+    Give(flags, isEnumerated ? kEnumeratedFlag : 0);
     return 1;
 }
 
@@ -102,7 +111,7 @@ static const DescriptorValue *CurrentValue(ReadDescriptor handle, const char *na
 
 static HostResult ReadInteger(ReadDescriptor reader, int32_t *result) {
     const DescriptorValue *value = CurrentValue(reader, "getIntegerProc", kTypeInteger);
-    if (!value)
+    if (!value || !result)
         return kParamErr;
     *result = value->integer;
     return kNoError;
@@ -110,7 +119,7 @@ static HostResult ReadInteger(ReadDescriptor reader, int32_t *result) {
 
 static HostResult ReadFloat(ReadDescriptor reader, double *result) {
     const DescriptorValue *value = CurrentValue(reader, "getFloatProc", kTypeFloat);
-    if (!value)
+    if (!value || !result)
         return kParamErr;
     *result = value->real;
     return kNoError;
@@ -118,16 +127,41 @@ static HostResult ReadFloat(ReadDescriptor reader, double *result) {
 
 static HostResult ReadUnitFloat(ReadDescriptor reader, FourCharCode *unit, double *result) {
     const DescriptorValue *value = CurrentValue(reader, "getUnitFloatProc", kTypeUnitFloat);
-    if (!value)
+    if (!value || !unit || !result)
         return kParamErr;
     *unit = value->unit;
     *result = value->real;
     return kNoError;
 }
 
+// A value outside its limits comes back at the limit, and the result says so.
+template <typename Value> static HostResult Pin(Value least, Value most, Value *value) {
+    if (*value >= least && *value <= most)
+        return kNoError;
+    *value = *value > most ? most : least; // not a number: the least
+    return kCoercedParamErr;
+}
+
+static HostResult ReadPinnedInteger(ReadDescriptor reader, int32_t least, int32_t most, int32_t *result) {
+    const HostResult read = ReadInteger(reader, result);
+    return read == kNoError ? Pin(least, most, result) : read;
+}
+
+static HostResult ReadPinnedFloat(ReadDescriptor reader, const double *least, const double *most,
+                                  double *result) {
+    const HostResult read = least && most ? ReadFloat(reader, result) : kParamErr;
+    return read == kNoError ? Pin(*least, *most, result) : read;
+}
+
+static HostResult ReadPinnedUnitFloat(ReadDescriptor reader, const double *least, const double *most,
+                                      FourCharCode *unit, double *result) {
+    const HostResult read = least && most ? ReadUnitFloat(reader, unit, result) : kParamErr;
+    return read == kNoError ? Pin(*least, *most, result) : read;
+}
+
 static HostResult ReadBoolean(ReadDescriptor reader, HostBoolean *result) {
     const DescriptorValue *value = CurrentValue(reader, "getBooleanProc", kTypeBoolean);
-    if (!value)
+    if (!value || !result)
         return kParamErr;
     *result = value->integer != 0;
     return kNoError;
@@ -135,10 +169,32 @@ static HostResult ReadBoolean(ReadDescriptor reader, HostBoolean *result) {
 
 static HostResult ReadEnumerated(ReadDescriptor reader, FourCharCode *result) {
     const DescriptorValue *value = CurrentValue(reader, "getEnumeratedProc", kTypeEnumerated);
-    if (!value)
+    if (!value || !result)
         return kParamErr;
     *result = value->code;
     return kNoError;
+}
+
+// The handle becomes the filter's.
+static HostResult ReadText(ReadDescriptor reader, HostHandle *result) {
+    const DescriptorValue *value = CurrentValue(reader, "getTextProc", kTypeText);
+    if (!value || !result)
+        return kParamErr;
+    HostHandle made = MakeHandle(*gHostState, value->bytes.data(), value->bytes.size());
+    if (!made)
+        return kMemFullErr;
+    *result = made;
+    return kNoError;
+}
+
+static HostResult ReadString(ReadDescriptor reader, HostString255 *result) {
+    const DescriptorValue *value = CurrentValue(reader, "getStringProc", kTypeText);
+    if (!value || !result)
+        return kParamErr;
+    const size_t length = std::min(value->bytes.size(), sizeof(HostString255) - 1);
+    (*result)[0] = static_cast<uint8_t>(length);
+    std::copy_n(value->bytes.begin(), length, *result + 1);
+    return length == value->bytes.size() ? kNoError : kCoercedParamErr;
 }
 
 static WriteDescriptor OpenWriter() {
@@ -148,7 +204,7 @@ static WriteDescriptor OpenWriter() {
 
 static HostResult CloseWriter(WriteDescriptor handle, HostHandle *result) {
     Writer *writer = FindWriter(handle, "closeWriteDescriptorProc");
-    if (!writer)
+    if (!writer || !result)
         return kParamErr;
     const std::vector<uint8_t> bytes = PackDescriptor(writer->descriptor);
     gHostState->writers.remove_if([writer](const Writer &candidate) { return &candidate == writer; });
@@ -172,8 +228,28 @@ static HostResult PutInteger(WriteDescriptor writer, FourCharCode key, int32_t v
     return Put(writer, "putIntegerProc", IntegerValue(key, value));
 }
 
+static HostResult PutFloat(WriteDescriptor writer, FourCharCode key, const double *value) {
+    return value ? Put(writer, "putFloatProc", FloatValue(key, *value)) : kParamErr;
+}
+
+// The handle stays the filter's.
+static HostResult PutText(WriteDescriptor writer, FourCharCode key, HostHandle text) {
+    const HandleBlock *block = FindHandle(*gHostState, text);
+    if (!block) {
+        AddViolation(*gHostState, "putTextProc of a handle that is not alive");
+        return kParamErr;
+    }
+    return Put(writer, "putTextProc", TextValue(key, block->data, static_cast<size_t>(block->size)));
+}
+
+static HostResult PutString(WriteDescriptor writer, FourCharCode key, const HostString255 text) {
+    return text ? Put(writer, "putStringProc", TextValue(key, text + 1, text[0])) : kParamErr;
+}
+
 static HostResult PutUnitFloat(WriteDescriptor writer, FourCharCode key, FourCharCode unit,
                                const double *value) {
+    if (!value)
+        return kParamErr;
     return Put(writer, "putUnitFloatProc", UnitFloatValue(key, unit, *value));
 }
 
@@ -198,9 +274,13 @@ static void FillReadProcs(HostState &state) {
     procs.getUnitFloatProc = Offer<"getUnitFloatProc", ReadUnitFloat>(state);
     procs.getBooleanProc = Offer<"getBooleanProc", ReadBoolean>(state);
     procs.getEnumeratedProc = Offer<"getEnumeratedProc", ReadEnumerated>(state);
-    RefuseAll(&procs.getTextProc, &procs.getAliasProc, &procs.getClassProc, &procs.getSimpleReferenceProc,
-              &procs.getObjectProc, &procs.getCountProc, &procs.getStringProc, &procs.getPinnedIntegerProc,
-              &procs.getPinnedFloatProc, &procs.getPinnedUnitFloatProc);
+    procs.getTextProc = Offer<"getTextProc", ReadText>(state);
+    procs.getStringProc = Offer<"getStringProc", ReadString>(state);
+    procs.getPinnedIntegerProc = Offer<"getPinnedIntegerProc", ReadPinnedInteger>(state);
+    procs.getPinnedFloatProc = Offer<"getPinnedFloatProc", ReadPinnedFloat>(state);
+    procs.getPinnedUnitFloatProc = Offer<"getPinnedUnitFloatProc", ReadPinnedUnitFloat>(state);
+    RefuseAll(&procs.getAliasProc, &procs.getClassProc, &procs.getSimpleReferenceProc, &procs.getObjectProc,
+              &procs.getCountProc);
 }
 
 static void FillWriteProcs(HostState &state) {
@@ -213,9 +293,11 @@ static void FillWriteProcs(HostState &state) {
     procs.putUnitFloatProc = Offer<"putUnitFloatProc", PutUnitFloat>(state);
     procs.putBooleanProc = Offer<"putBooleanProc", PutBoolean>(state);
     procs.putEnumeratedProc = Offer<"putEnumeratedProc", PutEnumerated>(state);
-    RefuseAll(&procs.putFloatProc, &procs.putTextProc, &procs.putAliasProc, &procs.putClassProc,
-              &procs.putSimpleReferenceProc, &procs.putObjectProc, &procs.putCountProc, &procs.putStringProc,
-              &procs.putScopedClassProc, &procs.putScopedObjectProc);
+    procs.putFloatProc = Offer<"putFloatProc", PutFloat>(state);
+    procs.putTextProc = Offer<"putTextProc", PutText>(state);
+    procs.putStringProc = Offer<"putStringProc", PutString>(state);
+    RefuseAll(&procs.putAliasProc, &procs.putClassProc, &procs.putSimpleReferenceProc, &procs.putObjectProc,
+              &procs.putCountProc, &procs.putScopedClassProc, &procs.putScopedObjectProc);
 }
 
 void FillDescriptorProcs(HostState &state) {

@@ -31,11 +31,15 @@
 namespace host {
 
 // Services go by one set of names, in the settings and in the log:
-//   tables and records  "handleProcs" "propertyProcs" "descriptorParameters" "readDescriptorProcs"
+//   tables and records  "bufferProcs" "handleProcs" "propertyProcs" "descriptorParameters"
+//   "readDescriptorProcs"
 //                       "writeDescriptorProcs" "sSPBasic" "bigDocumentData" "platformData" "errorString"
-//   record procedures   "abortProc" "progressProc" "advanceState"
-//   table procedures    their own names: "newProc" "lockProc" "getKeyProc" "putUnitFloatProc" ...
-//   basic suite         "AcquireSuite" "ReleaseSuite"
+//   record procedures   "abortProc" "progressProc" "advanceState" "displayPixels"
+//   table procedures    their own names: "newProc" "lockProc" "getKeyProc" "putUnitFloatProc" ...; of buffers
+//                       "lockBufferProc" "unlockBufferProc", the other names being their own
+//   basic suite         "AcquireSuite" "ReleaseSuite" "AllocateBlock" ...
+//   buffer, error suite "Buffer.New" ... "Error.SetErrorFromCString" ...; the handle suites are the table
+//                       procedures and "SetLock"
 //   registry            "Registry.Register" "Registry.Get"
 //   action descriptor   "Action.Make" "Action.Free" "Action.PutData" ... (the suite's member names)
 //   property procedure  "setPropertyProc", by table or by suite alike
@@ -166,7 +170,7 @@ void OpenHost(FilterHost &filterHost, const FilterModule &module);
 // The same for a filter without a module: an entry alone, with the cases of a list (may be null).
 void OpenHost(FilterHost &filterHost, FilterEntry entry, const Pipl *pipl);
 // Frees everything and adds what the filter leaked to log.violations: suites, descriptors, readers, writers,
-// handles other than `parameters` and `*data`.
+// buffers, handles other than `parameters` and `*data`.
 void CloseHost(FilterHost &filterHost);
 
 // Calls About.
@@ -199,10 +203,12 @@ std::vector<uint8_t> HandleBytes(const FilterHost &filterHost, HostHandle handle
 HostHandle PlantHandle(FilterHost &filterHost, const std::vector<uint8_t> &bytes);
 void PlantDataWord(FilterHost &filterHost, intptr_t word);
 
-// Live now: handles, handles with a lock, suite acquisitions, action descriptors, readers and writers.
+// Live now: handles, handles with a lock, memory, suite acquisitions, action descriptors, readers and
+// writers.
 struct LiveCounts {
     int64_t handles = 0;
     int64_t lockedHandles = 0;
+    int64_t memoryBlocks = 0; // buffers and basic blocks
     int64_t suites = 0;
     int64_t actionDescriptors = 0;
     int64_t readers = 0;

@@ -142,6 +142,9 @@ static void FillTables(HostState &state, FilterRecord &record) {
     record.abortProc = Offer<"abortProc", AbortWanted>(state);
     record.progressProc = Offer<"progressProc", ShowProgress>(state);
     record.advanceState = Offer<"advanceState", AdvanceForFilter>(state);
+    const DisplayPixels displayPixels = Offer<"displayPixels", ShowPixels>(state);
+    record.displayPixels = reinterpret_cast<void *>(displayPixels);
+    record.bufferProcs = OfferTable(state, "bufferProcs", &state.bufferProcs);
     record.handleProcs = OfferTable(state, "handleProcs", &state.handleProcs);
     record.propertyProcs = OfferTable(state, "propertyProcs", &state.propertyProcs);
     record.platformData = OfferTable(state, "platformData", &state.platform);
@@ -162,7 +165,6 @@ void FillRecord(HostState &state, int16_t selector) {
     // A host that lets the filter write outside the selection applies no mask of its own.
     record.autoMask = record.haveMask && (FilterCaseFlags(state) & kCaseWritesOutsideSelection) == 0;
     state.platform.hwnd = state.owner->settings.window;
-    state.bigDocument.PluginUsing32BitCoordinates = 0;
     std::memset(state.fields.tail, kTailByte, sizeof(state.fields.tail));
     if (state.owner->settings.adjustRecord && state.runBegun)
         state.owner->settings.adjustRecord(selector, record);

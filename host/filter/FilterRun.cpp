@@ -46,6 +46,7 @@ static void TakeLeaks(HostState &state) {
     ReportLeaks(state, "action descriptor(s)", state.actionDescriptors.size());
     ReportLeaks(state, "descriptor reader(s)", state.readers.size());
     ReportLeaks(state, "descriptor writer(s)", state.writers.size());
+    ReportLeaks(state, "buffer(s)", DropMemory(state));
     state.suitesHeld.clear();
     state.actionDescriptors.clear();
     state.readers.clear();
@@ -95,7 +96,9 @@ void EndRun(FilterHost &filterHost) {
     if (!state.runBegun)
         return;
     DropBuffers(state);
+    ClipToSelection(state);
     state.originals.clear();
+    state.written.clear();
     TakeRecorded(filterHost);
     DropHandle(state, state.iccHandle);
     state.iccHandle = nullptr;

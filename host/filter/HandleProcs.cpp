@@ -2,30 +2,15 @@
 // them up, and unlocked blocks move between calls, so that a filter which keeps a pointer too long shows it.
 #include "host/filter/HostState.h"
 
-#include <cstdlib>
 #include <cstring>
 
 namespace host {
 
-constexpr size_t kHandleGuard = 16;
-constexpr uint8_t kNewByte = 0xCD; // hosts do not always clear new handles
-constexpr uint8_t kFreedByte = 0xDD;
+constexpr HostResult kNilHandleErr = -109;
 
-static char *AllocateGuarded(size_t size) {
-    char *data = static_cast<char *>(std::malloc(size + kHandleGuard));
-    if (data)
-        std::memset(data + size, kGuardByte, kHandleGuard);
-    return data;
-}
-
-static void FreeGuarded(HostState &state, HandleBlock &block) {
-    const char *guard = block.data + block.size;
-    const bool isIntact = std::all_of(guard, guard + kHandleGuard,
-                                      [](char byte) { return static_cast<uint8_t>(byte) == kGuardByte; });
-    if (!isIntact)
+static void FreeData(HostState &state, HandleBlock &block) {
+    if (!FreeGuarded(block.data, static_cast<size_t>(block.size)))
         AddViolation(state, "wrote behind the end of a handle of " + std::to_string(block.size) + " bytes");
-    std::memset(block.data, kFreedByte, static_cast<size_t>(block.size));
-    std::free(block.data);
     block.data = nullptr;
 }
 
@@ -42,8 +27,6 @@ HostHandle MakeHandle(HostState &state, const void *bytes, size_t length) {
         return nullptr;
     if (bytes && length)
         std::memcpy(data, bytes, length);
-    else
-        std::memset(data, kNewByte, length);
     state.handles.push_back({data, static_cast<int32_t>(length), 0});
     return &state.handles.back().data;
 }
@@ -51,7 +34,7 @@ HostHandle MakeHandle(HostState &state, const void *bytes, size_t length) {
 void DropHandle(HostState &state, HostHandle handle) {
     for (auto block = state.handles.begin(); block != state.handles.end(); ++block)
         if (&block->data == handle) {
-            FreeGuarded(state, *block);
+            FreeData(state, *block);
             state.handles.erase(block);
             return;
         }
@@ -63,7 +46,7 @@ void MoveUnlockedHandles(HostState &state) {
         if (!moved)
             continue;
         std::memcpy(moved, block.data, static_cast<size_t>(block.size));
-        FreeGuarded(state, block);
+        FreeData(state, block);
         block.data = moved;
     }
 }
@@ -97,6 +80,25 @@ static int32_t GetHandleSize(HostHandle handle) {
     return block ? block->size : 0;
 }
 
+// The data always moves, as it may on any host; a locked handle cannot.
+static HostResult SetHandleSize(HostHandle handle, int32_t size) {
+    HandleBlock *block = FindOrBlame(handle, "setSizeProc");
+    if (!block)
+        return kNilHandleErr;
+    if (size <= 0 || block->locks > 0) {
+        AddViolation(*gHostState, block->locks > 0 ? "setSizeProc of a locked handle"
+                                                   : "setSizeProc to " + std::to_string(size) + " bytes");
+        return block->locks > 0 ? kMemFullErr : kParamErr;
+    }
+    char *moved = AllocateGuarded(static_cast<size_t>(size));
+    if (!moved)
+        return kMemFullErr;
+    std::memcpy(moved, block->data, static_cast<size_t>(std::min(size, block->size)));
+    FreeData(*gHostState, *block);
+    *block = {moved, size, 0};
+    return kNoError;
+}
+
 static char *LockHandle(HostHandle handle, HostBoolean) {
     HandleBlock *block = FindOrBlame(handle, "lockProc");
     if (!block)
@@ -115,6 +117,29 @@ static void UnlockHandle(HostHandle handle) {
         gHostState->owner->log.unlocksWithoutLock++;
 }
 
+static void SetLock(HostHandle handle, HostBoolean lock, char **address, HostBoolean *wasLocked) {
+    const HandleBlock *block = FindHandle(*gHostState, handle);
+    if (wasLocked)
+        *wasLocked = block && block->locks > 0;
+    char *data = lock ? LockHandle(handle, 0) : nullptr;
+    if (!lock)
+        UnlockHandle(handle);
+    if (address)
+        *address = data;
+}
+
+// This host's pool has room whenever the machine has.
+static void RecoverSpace(int32_t) {}
+
+static void FillHandleSuites(HostState &state) {
+    const HandleProcs &procs = state.handleProcs;
+    const SetHandleLock setLock = Offer<"SetLock", SetLock>(state);
+    state.handleSuite1 = {procs.newProc,     procs.disposeProc, setLock,
+                          procs.getSizeProc, procs.setSizeProc, procs.recoverSpaceProc};
+    state.handleSuite2 = {procs.newProc,     procs.disposeProc, procs.disposeRegularHandleProc, setLock,
+                          procs.getSizeProc, procs.setSizeProc, procs.recoverSpaceProc};
+}
+
 void FillHandleProcs(HostState &state) {
     HandleProcs &procs = state.handleProcs;
     procs.handleProcsVersion = 1;
@@ -124,7 +149,10 @@ void FillHandleProcs(HostState &state) {
     procs.getSizeProc = Offer<"getSizeProc", GetHandleSize>(state);
     procs.lockProc = Offer<"lockProc", LockHandle>(state);
     procs.unlockProc = Offer<"unlockProc", UnlockHandle>(state);
-    RefuseAll(&procs.setSizeProc, &procs.recoverSpaceProc, &procs.disposeRegularHandleProc);
+    procs.setSizeProc = Offer<"setSizeProc", SetHandleSize>(state);
+    procs.recoverSpaceProc = Offer<"recoverSpaceProc", RecoverSpace>(state);
+    procs.disposeRegularHandleProc = Offer<"disposeRegularHandleProc", DisposeHandle>(state);
+    FillHandleSuites(state);
 }
 
 std::vector<uint8_t> HandleBytes(const FilterHost &filterHost, HostHandle handle) {

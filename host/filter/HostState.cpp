@@ -24,6 +24,10 @@ static void CheckSuiteOf(HostState &state, const std::string &name) {
         suite = kDescriptorRegistrySuiteName;
     else if (name.starts_with("Action."))
         suite = kActionDescriptorSuiteName;
+    else if (name.starts_with("Buffer."))
+        suite = kBufferSuiteName;
+    else if (name.starts_with("Error."))
+        suite = kErrorSuiteName;
     if (suite && !IsSuiteHeld(state, suite))
         AddViolation(state, name + " called without holding its suite");
 }
@@ -51,6 +55,7 @@ std::optional<int32_t> EnterCall(const char *name) {
 
 void FillAllTables(HostState &state) {
     FillHandleProcs(state);
+    FillBufferProcs(state);
     FillDescriptorProcs(state);
     FillSuites(state);
     FillActionSuites(state);
@@ -128,6 +133,7 @@ LiveCounts CountLive(const FilterHost &filterHost) {
     counts.handles = static_cast<int64_t>(state.handles.size());
     counts.lockedHandles = std::count_if(state.handles.begin(), state.handles.end(),
                                          [](const HandleBlock &block) { return block.locks > 0; });
+    counts.memoryBlocks = static_cast<int64_t>(state.blocks.size());
     for (const auto &use : state.suitesHeld)
         counts.suites += use.second;
     counts.actionDescriptors = static_cast<int64_t>(state.actionDescriptors.size());

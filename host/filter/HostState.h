@@ -3,6 +3,8 @@
 #pragma once
 
 #include "host/filter/FilterHost.h"
+#include "host/filter/GuardedMemory.h"
+#include "host/filter/HostServices.h"
 
 #include <windows.h>
 
@@ -20,6 +22,15 @@ namespace host {
 struct HandleBlock {
     char *data;
     int32_t size;
+    int32_t locks;
+};
+
+// Memory that is no handle. The filter holds the block's address (as a BufferId) or that of its data.
+enum class MemoryKind { kBuffer, kSuiteBuffer, kBasicBlock };
+struct MemoryBlock {
+    MemoryKind kind;
+    char *data;
+    size_t size;
     int32_t locks;
 };
 
@@ -49,9 +60,6 @@ struct SampleBuffer {
 constexpr size_t kRecordTail = 96;
 constexpr uint8_t kTailByte = 0xCC;
 
-// What lies around everything handed out, and must lie there still when it comes back.
-constexpr uint8_t kGuardByte = 0xFD;
-
 struct HostState {
     FilterHost *owner = nullptr;
     FilterEntry entry = nullptr;
@@ -77,7 +85,11 @@ struct HostState {
     HostHandle iccHandle = nullptr;
     bool hasRecorded = false; // a writer was closed in this run
 
+    BufferProcs bufferProcs = {};
+    BufferSuite bufferSuite = {};
     HandleProcs handleProcs = {};
+    HandleSuite1 handleSuite1 = {};
+    HandleSuite2 handleSuite2 = {};
     PropertyProcs propertyProcs = {};
     ReadDescriptorProcs readProcs = {};
     WriteDescriptorProcs writeProcs = {};
@@ -87,6 +99,7 @@ struct HostState {
     ActionDescriptorSuite actionSuite = {};
 
     std::list<HandleBlock> handles;
+    std::list<MemoryBlock> blocks;
     std::list<Descriptor> actionDescriptors;
     std::list<Reader> readers;
     std::list<Writer> writers;
@@ -95,6 +108,8 @@ struct HostState {
     SampleBuffer in, out, mask;
     // Planes as they were at the start of the run; empty while nothing was committed to that plane.
     std::vector<std::vector<uint8_t>> originals;
+    std::vector<std::vector<Rectangle>> written; // of each plane in this run
+    bool clipsOutput = false;                    // what was written last is kept to the selection
 };
 
 extern HostState *gHostState; // the open host; set and read on its own thread
@@ -158,6 +173,7 @@ template <typename... Procedures> void RefuseAll(Procedures *...members) {
 
 // The tables of each topic.
 void FillHandleProcs(HostState &state);
+void FillBufferProcs(HostState &state);
 void FillDescriptorProcs(HostState &state);
 void FillSuites(HostState &state);
 void FillActionSuites(HostState &state);
@@ -170,11 +186,23 @@ void DropHandle(HostState &state, HostHandle handle);
 HandleBlock *FindHandle(HostState &state, HostHandle handle);
 void MoveUnlockedHandles(HostState &state);
 
+// Memory of the basic suite; result codes of suites.
+SuiteResult AllocateBasicBlock(size_t size, void **block);
+SuiteResult FreeBasicBlock(void *block);
+SuiteResult ReallocateBasicBlock(void *block, size_t newSize, void **newBlock);
+// Frees all memory that is no handle, and tells how many blocks there were.
+size_t DropMemory(HostState &state);
+
+HostResult ShowPixels(const PixelMap *map, const HostRect32 *source, int32_t row, int32_t column,
+                      void *deviceContext);
+
 // Image access.
 int16_t ServeAdvance(HostState &state);
 void CommitPendingOutput(HostState &state);
 void DropBuffers(HostState &state);
 void RestoreOriginals(HostState &state);
+// Keeps what the run wrote to the selection, where that is the host's part.
+void ClipToSelection(HostState &state);
 int32_t InputPlanes(const HostState &state);
 int32_t OutputPlanes(const HostState &state);
 uint8_t FilterCaseFlags(const HostState &state);

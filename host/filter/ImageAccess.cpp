@@ -215,20 +215,47 @@ static int16_t ServeInput(HostState &state, const AdvanceCall &call) {
     return kNoError;
 }
 
-static void PrefillOutput(HostState &state, const AdvanceCall &call) {
+// Neighbours become one, so that a filter which writes row by row leaves one rectangle.
+static void NoteWritten(HostState &state, int32_t plane, const Rectangle &r) {
+    state.written.resize(state.owner->document.planes.size());
+    std::vector<Rectangle> &written = state.written[static_cast<size_t>(plane)];
+    if (!written.empty() && written.back().left == r.left && written.back().right == r.right &&
+        written.back().bottom == r.top)
+        written.back().bottom = r.bottom;
+    else if (written.empty() || !Contains(written.back(), r))
+        written.push_back(r);
+}
+
+// The part of the buffer that lies in the area, from the document as the run has left it.
+static void FillFromDocument(const HostState &state, SampleBuffer &buffer, int32_t plane,
+                             const Rectangle &area) {
     const Document &document = state.owner->document;
+    const Rectangle &whole = buffer.rectangle;
+    const Rectangle r = {std::max(area.left, whole.left), std::max(area.top, whole.top),
+                         std::min(area.right, whole.right), std::min(area.bottom, whole.bottom)};
+    if (IsEmpty(r))
+        return;
     const size_t size = static_cast<size_t>(BytesPerSample(document));
-    const size_t step = static_cast<size_t>(call.outHi - call.outLo + 1) * size;
+    const size_t step = static_cast<size_t>(buffer.hiPlane - buffer.loPlane + 1) * size;
+    for (int32_t y = r.top; y < r.bottom; y++)
+        CopyRow(BufferRow(buffer, y - whole.top) + static_cast<size_t>(r.left - whole.left) * step +
+                    static_cast<size_t>(plane - buffer.loPlane) * size,
+                step,
+                document.planes[static_cast<size_t>(plane)].data() + DocumentOffset(document, r.left, y),
+                size, static_cast<size_t>(r.right - r.left), size);
+}
+
+static void PrefillOutput(HostState &state, const AdvanceCall &call) {
     const bool prefill =
         state.owner->settings.prefillOutput.value_or((FilterCaseFlags(state) & kCaseNoPrefill) == 0);
-    for (int32_t y = call.out.top; y < call.out.bottom; y++) {
-        uint8_t *row = BufferRow(state.out, y - call.out.top);
-        std::memset(row, kUnwrittenByte, state.out.rowLength);
-        for (int32_t plane = call.outLo; prefill && plane <= call.outHi; plane++)
-            CopyRow(row + static_cast<size_t>(plane - call.outLo) * size, step,
-                    document.planes[static_cast<size_t>(plane)].data() +
-                        DocumentOffset(document, call.out.left, y),
-                    size, static_cast<size_t>(call.out.right - call.out.left), size);
+    for (int32_t y = call.out.top; y < call.out.bottom; y++)
+        std::memset(BufferRow(state.out, y - call.out.top), kUnwrittenByte, state.out.rowLength);
+    for (int32_t plane = call.outLo; plane <= call.outHi; plane++) {
+        if (prefill)
+            FillFromDocument(state, state.out, plane, call.out);
+        else if (static_cast<size_t>(plane) < state.written.size())
+            for (const Rectangle &written : state.written[static_cast<size_t>(plane)])
+                FillFromDocument(state, state.out, plane, written);
     }
 }
 
@@ -322,42 +349,45 @@ static void BlendByMask(const Document &document, const uint8_t *oldSample, uint
     }
 }
 
-static void CommitPlane(HostState &state, int32_t plane, bool clips) {
+static void CommitPlane(HostState &state, int32_t plane) {
     Document &document = state.owner->document;
     const SampleBuffer &buffer = state.out;
     const size_t size = static_cast<size_t>(BytesPerSample(document));
     const size_t step = static_cast<size_t>(buffer.hiPlane - buffer.loPlane + 1) * size;
     const Rectangle &r = buffer.rectangle;
-    std::vector<uint8_t> row(static_cast<size_t>(r.right - r.left) * size);
-    for (int32_t y = r.top; y < r.bottom; y++) {
-        const uint8_t *from =
-            BufferRow(state.out, y - r.top) + static_cast<size_t>(plane - buffer.loPlane) * size;
-        uint8_t *to =
-            document.planes[static_cast<size_t>(plane)].data() + DocumentOffset(document, r.left, y);
-        CopyRow(row.data(), size, from, step, static_cast<size_t>(r.right - r.left), size);
-        for (int32_t x = r.left; clips && x < r.right; x++) {
-            const size_t index = static_cast<size_t>(x - r.left) * size;
-            BlendByMask(document, to + index, row.data() + index,
-                        document.mask[static_cast<size_t>(y) * static_cast<size_t>(document.width) +
-                                      static_cast<size_t>(x)]);
-        }
-        std::memcpy(to, row.data(), row.size());
-    }
+    for (int32_t y = r.top; y < r.bottom; y++)
+        CopyRow(document.planes[static_cast<size_t>(plane)].data() + DocumentOffset(document, r.left, y),
+                size, BufferRow(state.out, y - r.top) + static_cast<size_t>(plane - buffer.loPlane) * size,
+                step, static_cast<size_t>(r.right - r.left), size);
+    NoteWritten(state, plane, r);
 }
 
 void CommitPendingOutput(HostState &state) {
     if (state.out.bytes.empty())
         return;
     Document &document = state.owner->document;
-    const bool clips = state.fields.record.autoMask && !document.mask.empty();
+    state.clipsOutput = state.fields.record.autoMask && !document.mask.empty();
     state.originals.resize(document.planes.size());
     for (int32_t plane = state.out.loPlane; plane <= state.out.hiPlane; plane++) {
         std::vector<uint8_t> &original = state.originals[static_cast<size_t>(plane)];
         if (original.empty())
             original = document.planes[static_cast<size_t>(plane)];
-        CommitPlane(state, plane, clips);
+        CommitPlane(state, plane);
     }
     DropBuffer(state, state.out, "outData");
+}
+
+// Only at the end of a run: until then the filter may ask for what it wrote.
+void ClipToSelection(HostState &state) {
+    Document &document = state.owner->document;
+    const size_t size = static_cast<size_t>(BytesPerSample(document));
+    for (size_t plane = 0; state.clipsOutput && plane < state.originals.size(); plane++) {
+        const std::vector<uint8_t> &original = state.originals[plane];
+        for (size_t at = 0; at < original.size(); at += size)
+            if (std::memcmp(&original[at], &document.planes[plane][at], size) != 0)
+                BlendByMask(document, &original[at], &document.planes[plane][at], document.mask[at / size]);
+    }
+    state.clipsOutput = false;
 }
 
 void RestoreOriginals(HostState &state) {

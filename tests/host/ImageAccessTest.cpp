@@ -124,6 +124,8 @@ TEST(ImageAccess, MaskIsServedAndClipsWhereTheHostDoesThat) {
                 for (int32_t x = 0; x < 3; x++)
                     host::SetSample(full, 0, x, 0, white);
                 std::memcpy(record.outData, full.planes[0].data(), full.planes[0].size());
+                ASSERT_EQ(record.advanceState(), kNoError); // again: what was written, not yet clipped
+                EXPECT_EQ(std::memcmp(record.outData, full.planes[0].data(), full.planes[0].size()), 0);
                 AskFor(record, {}, {});
                 record.advanceState();
             });

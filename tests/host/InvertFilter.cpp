@@ -1,6 +1,7 @@
 // A small filter to test the host with: it inverts the image tile by tile. The environment variable
-// INVERT_FILTER makes it do something else: "box", "crash", "slow", "fail", "report", "continue".
-#include "plugin/interface/HostInterface.h"
+// INVERT_FILTER makes it do something else: "box", "crash", "slow", "fail", "report", "continue", or the same
+// with other services of the host: "twice", "late", "remember", "services".
+#include "tests/host/InvertServices.h"
 
 #include <windows.h>
 
@@ -18,12 +19,14 @@ std::string Order() {
     return text;
 }
 
+} // namespace
+
 int32_t Planes(const FilterRecord &record) {
     const int32_t reported = record.outLayerPlanes + record.outTransparencyMask + record.outNonLayerPlanes;
     return reported > 0 ? reported : record.planes;
 }
 
-template <typename Sample> void InvertRow(const char *from, char *to, int32_t count, Sample white) {
+template <typename Sample> static void InvertRow(const char *from, char *to, int32_t count, Sample white) {
     for (int32_t i = 0; i < count; i++) {
         Sample sample;
         std::memcpy(&sample, from + static_cast<size_t>(i) * sizeof(Sample), sizeof(Sample));
@@ -32,7 +35,6 @@ template <typename Sample> void InvertRow(const char *from, char *to, int32_t co
     }
 }
 
-// Inverts what the host has handed out, `count` samples a row.
 void InvertBuffers(const FilterRecord &record, int32_t count, int32_t rows) {
     const char *in = static_cast<const char *>(record.inData);
     char *out = static_cast<char *>(record.outData);
@@ -45,6 +47,8 @@ void InvertBuffers(const FilterRecord &record, int32_t count, int32_t rows) {
             InvertRow<uint8_t>(in, out, count, 255);
     }
 }
+
+namespace {
 
 HostResult InvertTile(FilterRecord &record, const HostRect32 &tile, int16_t plane) {
     BigDocumentStruct &big = *record.bigDocumentData;
@@ -130,6 +134,8 @@ extern "C" __declspec(dllexport) void InvertMain(int16_t selector, void *pointer
         return;
     }
     FilterRecord &record = *static_cast<FilterRecord *>(pointer);
+    if (PlayServices(Order(), selector, record, result))
+        return;
     record.bigDocumentData->PluginUsing32BitCoordinates = 1;
     record.inputRate = record.maskRate = kFixedOne;
     if (selector == kSelectorStart)

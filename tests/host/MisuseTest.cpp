@@ -1,4 +1,5 @@
 // What a filter may do wrong with what the host hands it: each is noticed, and said once.
+#include "host/filter/HostServices.h"
 #include "tests/host/PlayedFilter.h"
 
 #include <thread>
@@ -20,6 +21,16 @@ ReadDescriptor OpenReader(FilterRecord &record) {
     none = 0;
     const PIDescriptorParameters &parameters = *record.descriptorParameters;
     return parameters.readDescriptorProcs->openReadDescriptorProc(parameters.descriptor, &none);
+}
+
+const host::BufferProcs &Buffers(FilterRecord &record) {
+    return *static_cast<host::BufferProcs *>(record.bufferProcs);
+}
+
+host::BufferId NewBuffer(FilterRecord &record, int64_t size) {
+    host::BufferId buffer = nullptr;
+    EXPECT_EQ(Buffers(record).allocateProc64(size, &buffer), size < INT32_MAX ? kNoError : kMemFullErr);
+    return buffer;
 }
 
 } // namespace
@@ -45,6 +56,63 @@ TEST(Misuse, IsReported) {
              r.handleProcs->disposeProc(handle);
          }},
         {"newProc of 0 bytes", [](FilterRecord &r) { r.handleProcs->newProc(0); }},
+        {"leaked 1 buffer", [](FilterRecord &r) { NewBuffer(r, 10); }},
+        {"lock of memory that is not alive",
+         [](FilterRecord &r) {
+             host::BufferId buffer = NewBuffer(r, 10);
+             Buffers(r).freeProc(buffer);
+             EXPECT_EQ(Buffers(r).lockProc(buffer, 0), nullptr);
+         }},
+        {"free of memory that is not alive",
+         [](FilterRecord &r) {
+             int foreign;
+             Buffers(r).freeProc(&foreign);
+         }},
+        {"behind the end of a buffer",
+         [](FilterRecord &r) {
+             host::BufferId buffer = NewBuffer(r, 10);
+             Buffers(r).lockProc(buffer, 1)[10] = 0;
+             Buffers(r).freeProc(buffer);
+         }},
+        {"a buffer of -1 bytes",
+         [](FilterRecord &r) {
+             host::BufferId buffer = nullptr;
+             EXPECT_EQ(Buffers(r).allocateProc(-1, &buffer), kParamErr);
+         }},
+        {"FreeBlock of memory that is not alive",
+         [](FilterRecord &r) {
+             void *block = nullptr;
+             EXPECT_EQ(r.sSPBasic->AllocateBlock(10, &block), 0);
+             EXPECT_EQ(r.sSPBasic->FreeBlock(block), 0);
+             EXPECT_NE(r.sSPBasic->FreeBlock(block), 0);
+         }},
+        {"Buffer.Dispose of null",
+         [](FilterRecord &r) {
+             Acquire<host::BufferSuite>(r, host::kBufferSuiteName, 1)->Dispose(nullptr);
+             r.sSPBasic->ReleaseSuite(host::kBufferSuiteName, 1);
+         }},
+        {"setSizeProc of null",
+         [](FilterRecord &r) { EXPECT_NE(r.handleProcs->setSizeProc(nullptr, 1), 0); }},
+        {"setSizeProc of a locked handle",
+         [](FilterRecord &r) {
+             HostHandle handle = r.handleProcs->newProc(10);
+             r.handleProcs->lockProc(handle, 1);
+             EXPECT_EQ(r.handleProcs->setSizeProc(handle, 20), kMemFullErr);
+             r.handleProcs->disposeProc(handle);
+         }},
+        {"putTextProc of a handle that is not alive",
+         [](FilterRecord &r) {
+             r.descriptorParameters->writeDescriptorProcs->putTextProc(nullptr, 'note', nullptr);
+         }},
+        {"displayPixels of memory that cannot be read",
+         [](FilterRecord &r) {
+             uint8_t samples[3] = {};
+             const host::PixelMap map = {0,       {0, 0, 4096, 1}, 3,       4096, 1 << 20, 1,
+                                         samples, nullptr,         nullptr, 0,    0};
+             const auto show = reinterpret_cast<host::DisplayPixels>(r.displayPixels);
+             EXPECT_EQ(show(&map, &map.bounds, 0, 0, samples), kParamErr);
+             EXPECT_EQ(show(&map, nullptr, 0, 0, samples), kParamErr);
+         }},
         {"behind the end of the record",
          [](FilterRecord &r) { reinterpret_cast<uint8_t *>(&r)[sizeof(r)] = 0; }},
         {"another thread", [](FilterRecord &r) { std::thread([&] { r.abortProc(); }).join(); }},
@@ -89,6 +157,22 @@ TEST(Misuse, IsReported) {
         ASSERT_EQ(violations.size(), 1u) << c.expected;
         EXPECT_NE(violations[0].find(c.expected), std::string::npos) << violations[0];
     }
+}
+
+// No filter's fault, but no crash and no gigabytes either.
+TEST(Misuse, WhatIsTooLargeIsAnError) {
+    PlayedHost played({});
+    const auto violations = played.ViolationsOf([](FilterRecord &record) {
+        EXPECT_EQ(NewBuffer(record, int64_t{1} << 62), nullptr);
+        EXPECT_EQ(record.handleProcs->newProc(INT32_MAX), nullptr);
+        HostHandle handle = record.handleProcs->newProc(1);
+        EXPECT_EQ(record.handleProcs->setSizeProc(handle, INT32_MAX), kMemFullErr);
+        EXPECT_EQ(record.handleProcs->getSizeProc(handle), 1);
+        record.handleProcs->disposeProc(handle);
+        void *block = nullptr;
+        EXPECT_NE(record.sSPBasic->AllocateBlock(SIZE_MAX, &block), 0);
+    });
+    EXPECT_TRUE(violations.empty()) << violations[0];
 }
 
 TEST(Misuse, OfWhatIsNoLongerHeldIsReported) {
