@@ -3,7 +3,6 @@
 
 namespace host {
 
-constexpr HostResult kFilterBadMode = -30101;
 constexpr int32_t kGreyMode = 1, kRgbMode = 3;
 constexpr int64_t kMostPixels = 1 << 26;
 constexpr int64_t kLargestSide = 1 << 24; // of the map: keeps every sum of offsets in range

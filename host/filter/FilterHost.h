@@ -132,7 +132,8 @@ struct HostLog {
     std::vector<std::pair<int32_t, int32_t>> progress; // done, total
     std::vector<std::pair<uint32_t, intptr_t>> propertiesSet;
     std::vector<std::string> suites;     // "+NAME/VERSION" acquired, "-" released, "!" refused, in order
-    std::string errorText;               // from errorString
+    std::string errorText;               // from errorString or the error suite
+    std::string refusal;                 // why the filter was not run: its property list forbids the image
     std::vector<std::string> violations; // what no filter may do, in plain words; empty is good
     int64_t unlocksWithoutLock = 0;      // harmless, but worth a look
 };
@@ -162,7 +163,7 @@ struct FilterHost {
 
 struct RunResult {
     int16_t code = 0;            // 0 when the document was changed as the filter wanted
-    int16_t failedSelector = -1; // -1 with code 0
+    int16_t failedSelector = -1; // -1 with code 0, and when the filter was not run
 };
 
 // Makes the host the process's active one. The module stays the caller's and must outlive the host.
@@ -176,7 +177,8 @@ void CloseHost(FilterHost &filterHost);
 // Calls About.
 int16_t CallAbout(FilterHost &filterHost);
 // Parameters (when asked for), Prepare, Start, advance and Continue until the rectangles are empty, commit,
-// Finish. After a failure or a cancel the document is what it was before.
+// Finish. After a failure or a cancel the document is what it was before; when Finish fails, after all is
+// written, the document stays changed. A document that the filter's property list forbids is refused.
 RunResult RunFilter(FilterHost &filterHost, bool withParameters);
 
 // One by one, in any order. BeginRun makes the script's handle and fills the record; EndRun takes what was

@@ -38,7 +38,7 @@ static HostRect32 ToHost32(const Rectangle &r) {
     return {r.top, r.left, r.bottom, r.right};
 }
 
-static int16_t ImageModeOf(const Document &document) {
+int16_t ImageModeOf(const Document &document) {
     const bool isGrey = document.colourPlanes == 1;
     if (document.depth == 16)
         return isGrey ? 10 : 11;
@@ -53,10 +53,11 @@ struct CountRow {
     int32_t inLayer, inTransparency, inNonLayer, outLayer, outTransparency, outNonLayer, planes, firstCase;
 };
 
-static CountRow CountsOf(const FilterHost &filterHost) {
+static CountRow CountsOf(const HostState &state) {
+    const FilterHost &filterHost = *state.owner;
     const int32_t c = filterHost.document.colourPlanes;
     const int32_t t = filterHost.document.hasTransparency ? 1 : 0;
-    switch (filterHost.settings.planeCounts) {
+    switch (ResolvedCounts(state)) {
     case PlaneCounts::kLayer:
         return {c, t, 0, c, t, 0, c + t, 4};
     case PlaneCounts::kProtected:
@@ -68,16 +69,16 @@ static CountRow CountsOf(const FilterHost &filterHost) {
     case PlaneCounts::kAllZero:
         return {0, 0, 0, 0, 0, 0, c + t, 0};
     case PlaneCounts::kFlat:
-        return {0, 0, c, 0, 0, c, c, 1};
     case PlaneCounts::kAutomatic:
         break;
     }
-    return t ? CountRow{c, t, 0, c, t, 0, c + t, 4} : CountRow{0, 0, c, 0, 0, c, c, 1};
+    return {0, 0, c, 0, 0, c, c, 1};
 }
 
-static void FillPlaneCounts(const FilterHost &filterHost, FilterRecord &record) {
+static void FillPlaneCounts(const HostState &state, FilterRecord &record) {
+    const FilterHost &filterHost = *state.owner;
     const HostSettings &settings = filterHost.settings;
-    const CountRow counts = CountsOf(filterHost);
+    const CountRow counts = CountsOf(state);
     record.inLayerPlanes = Narrow(counts.inLayer);
     record.inTransparencyMask = Narrow(counts.inTransparency);
     record.inLayerMasks = settings.layerMasks;
@@ -122,7 +123,7 @@ static void FillImageFields(HostState &state, FilterRecord &record) {
     const HostSettings &settings = filterHost.settings;
     record.imageMode = settings.imageMode.value_or(ImageModeOf(filterHost.document));
     record.depth = settings.depthField.value_or(filterHost.document.depth);
-    FillPlaneCounts(filterHost, record);
+    FillPlaneCounts(state, record);
     FillGeometry(state, record);
     FillTiles(settings, record);
     record.haveMask = !filterHost.document.mask.empty();

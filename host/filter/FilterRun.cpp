@@ -196,9 +196,12 @@ static RunResult PlaySelectors(FilterHost &filterHost, bool withParameters) {
 
 RunResult RunFilter(FilterHost &filterHost, bool withParameters) {
     EndRun(filterHost);
+    if (!IsDocumentTaken(*filterHost.state, &filterHost.log.refusal))
+        return {kFilterBadMode, -1};
     BeginRun(filterHost);
     const RunResult result = PlaySelectors(filterHost, withParameters);
-    if (result.code != kNoError)
+    // A failed Finish costs what would have been recorded, not the finished picture.
+    if (result.code != kNoError && result.failedSelector != kSelectorFinish)
         RestoreOriginals(*filterHost.state);
     EndRun(filterHost);
     return result;

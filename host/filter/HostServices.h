@@ -66,6 +66,8 @@ struct PixelMap {
     int32_t maskPhaseRow, maskPhaseCol;
 };
 
+constexpr HostResult kFilterBadMode = -30101;
+
 // Draws source, a part of the map's bounds, with its top left at the given place of a device context.
 using DisplayPixels = HostResult (*)(const PixelMap *map, const HostRect32 *source, int32_t row,
                                      int32_t column, void *deviceContext);

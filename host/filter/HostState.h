@@ -203,6 +203,12 @@ void DropBuffers(HostState &state);
 void RestoreOriginals(HostState &state);
 // Keeps what the run wrote to the selection, where that is the host's part.
 void ClipToSelection(HostState &state);
+int16_t ImageModeOf(const Document &document);
+// As what the document is shown to the filter; nothing when the filter takes it in no way.
+std::optional<PlaneCounts> FindCounts(const HostState &state);
+PlaneCounts ResolvedCounts(const HostState &state);
+// Whether the filter's property list allows the document; if not, why.
+bool IsDocumentTaken(const HostState &state, std::string *why);
 int32_t InputPlanes(const HostState &state);
 int32_t OutputPlanes(const HostState &state);
 uint8_t FilterCaseFlags(const HostState &state);

@@ -10,12 +10,6 @@ constexpr size_t kBufferGuard = 64;
 constexpr uint8_t kUnwrittenByte = 0xA5; // output that the filter asked the host not to prefill
 constexpr uint16_t kWhite16 = 32768;
 
-static PlaneCounts ResolvedCounts(const FilterHost &filterHost) {
-    if (filterHost.settings.planeCounts != PlaneCounts::kAutomatic)
-        return filterHost.settings.planeCounts;
-    return filterHost.document.hasTransparency ? PlaneCounts::kLayer : PlaneCounts::kFlat;
-}
-
 static int32_t PlanesHeld(const HostState &state, int32_t count) {
     return std::min(count, static_cast<int32_t>(state.owner->document.planes.size()));
 }
@@ -23,7 +17,7 @@ static int32_t PlanesHeld(const HostState &state, int32_t count) {
 int32_t InputPlanes(const HostState &state) {
     const HostSettings &settings = state.owner->settings;
     const Document &document = state.owner->document;
-    const PlaneCounts counts = ResolvedCounts(*state.owner);
+    const PlaneCounts counts = ResolvedCounts(state);
     const bool isFlat = counts == PlaneCounts::kFlat || counts == PlaneCounts::kFlatAsLayer;
     const int32_t transparency = document.hasTransparency && !isFlat ? 1 : 0;
     return PlanesHeld(state, document.colourPlanes + transparency + settings.layerMasks +
@@ -31,7 +25,7 @@ int32_t InputPlanes(const HostState &state) {
 }
 
 int32_t OutputPlanes(const HostState &state) {
-    const PlaneCounts counts = ResolvedCounts(*state.owner);
+    const PlaneCounts counts = ResolvedCounts(state);
     if (counts == PlaneCounts::kProtected || counts == PlaneCounts::kProtectedFlatOutput)
         return PlanesHeld(state, state.owner->document.colourPlanes);
     return InputPlanes(state);

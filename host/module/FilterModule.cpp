@@ -1,5 +1,6 @@
 #include "host/module/FilterModule.h"
 
+#include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
 
 namespace host {
@@ -18,6 +19,32 @@ bool ReadModuleResource(HMODULE module, const wchar_t *type, uint16_t id, std::v
 static BOOL CALLBACK TakeFirstName(HMODULE, LPCWSTR, LPWSTR name, LONG_PTR parameter) {
     *reinterpret_cast<uint16_t *>(parameter) = IS_INTRESOURCE(name) ? LOWORD(name) : 0;
     return FALSE;
+}
+
+constexpr uint16_t kMachine32 = 0x014C, kMachine64 = 0x8664;
+
+// The machine that the file's code is made for; 0 when it is no module.
+static uint16_t MachineOf(const Bytes &file) {
+    constexpr size_t kHeaderPlace = 60;
+    constexpr uint32_t kHeaderMark = 0x00004550; // "PE"
+    if (file.size() < kHeaderPlace + 4 || file[0] != 'M' || file[1] != 'Z')
+        return 0;
+    const uint32_t at = NumberAt<uint32_t>(file.data() + kHeaderPlace);
+    if (at > file.size() - 6 || NumberAt<uint32_t>(file.data() + at) != kHeaderMark)
+        return 0;
+    return NumberAt<uint16_t>(file.data() + at + 4);
+}
+
+static bool CheckMachine(const std::wstring &path, std::string *why) {
+    Bytes file;
+    if (!ReadWholeFile(path, &file, why))
+        return false;
+    const uint16_t machine = MachineOf(file);
+    if (machine == kMachine64)
+        return true;
+    return Fail(why, machine == 0            ? "it is not a module"
+                     : machine == kMachine32 ? "it is a 32-bit module; only 64-bit ones run here"
+                                             : "it is made for another kind of processor");
 }
 
 // No code of the file runs for this.
@@ -41,6 +68,8 @@ static bool ReadPropertyList(const std::wstring &path, Pipl *pipl, std::string *
 
 bool LoadFilterModule(const std::wstring &path, FilterModule *module, std::string *why) {
     FilterModule loaded;
+    if (!CheckMachine(path, why))
+        return false;
     if (!ReadPropertyList(path, &loaded.pipl, why))
         return false;
     loaded.module = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);

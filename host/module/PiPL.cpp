@@ -72,6 +72,19 @@ static void TakeCases(Pipl *pipl) {
     pipl->hasFilterCases = true;
 }
 
+static void TakeImageLimits(Pipl *pipl) {
+    const PiplProperty *modes = FindProperty(*pipl, 'mode');
+    if (modes && modes->data.size() >= 4)
+        pipl->modes = NumberAt<uint32_t>(modes->data.data(), ByteOrder::kBig);
+    if (const PiplProperty *enable = FindProperty(*pipl, 'enbl'))
+        pipl->enableInfo = TakeText(enable->data);
+    const PiplProperty *size = FindProperty(*pipl, 'ms32');
+    if (size && size->data.size() >= 8) {
+        pipl->mostRows = NumberAt<int32_t>(size->data.data());
+        pipl->mostColumns = NumberAt<int32_t>(size->data.data() + 4);
+    }
+}
+
 static bool CheckList(const Pipl &pipl, std::string *why) {
     if (pipl.kind != kFilterKind)
         return Fail(why, "it is not a filter plug-in");
@@ -96,6 +109,7 @@ bool ParsePipl(const uint8_t *bytes, size_t length, Pipl *pipl, std::string *why
     if (const PiplProperty *entry = FindProperty(parsed, '8664'))
         parsed.entryName64 = TakeText(entry->data);
     TakeCases(&parsed);
+    TakeImageLimits(&parsed);
     if (!CheckList(parsed, why))
         return false;
     *pipl = std::move(parsed);

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,7 @@ struct FilterCaseInfo {
     uint8_t flags;
     uint8_t reserved;
 };
+constexpr uint8_t kHandlingCannot = 0; // of inputHandling: the filter does not take the case
 constexpr uint8_t kCaseNoPrefill = 1;
 constexpr uint8_t kCaseWritesOutsideSelection = 8;
 
@@ -32,6 +34,9 @@ struct Pipl {
     std::string category;
     uint32_t version = 0;
     std::string entryName64;
+    std::optional<uint32_t> modes;         // the highest bit is mode 0
+    std::string enableInfo;                // empty: none
+    int32_t mostRows = 0, mostColumns = 0; // 0: not said
     bool hasFilterCases = false;
     FilterCaseInfo filterCases[7] = {};
 };

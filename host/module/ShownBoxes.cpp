@@ -85,6 +85,13 @@ static INT_PTR WINAPI CatchDialogBoxA(HINSTANCE instance, LPCSTR name, HWND, DLG
     return CatchDialog(instance, FromLocal(name).c_str(), procedure, parameter);
 }
 
+static INT_PTR WINAPI CatchDialogBoxIndirectW(HINSTANCE, LPCDLGTEMPLATEW, HWND, DLGPROC, LPARAM) {
+    ShownBox box;
+    box.isDialog = true;
+    box.dialogName = "of its own making";
+    return HandleBox(box);
+}
+
 void CatchBoxes(HMODULE module, BoxHandler handler, bool describeDialogs) {
     ReleaseBoxes();
     gBoxHandler = std::move(handler);
@@ -93,6 +100,8 @@ void CatchBoxes(HMODULE module, BoxHandler handler, bool describeDialogs) {
     ReplaceImport(module, nullptr, "MessageBoxW", CatchMessageBoxW, &gBoxHooks);
     ReplaceImport(module, nullptr, "DialogBoxParamA", CatchDialogBoxA, &gBoxHooks);
     ReplaceImport(module, nullptr, "DialogBoxParamW", CatchDialogBoxW, &gBoxHooks);
+    ReplaceImport(module, nullptr, "DialogBoxIndirectParamA", CatchDialogBoxIndirectW, &gBoxHooks);
+    ReplaceImport(module, nullptr, "DialogBoxIndirectParamW", CatchDialogBoxIndirectW, &gBoxHooks);
 }
 
 void ReleaseBoxes() {

@@ -41,6 +41,9 @@ const char kHelpText[] =
     "  --roi LEFT,TOP,RIGHT,BOTTOM\n"
     "                           filter this rectangle alone; right and bottom are exclusive\n"
     "  --plugin FILE            the filter module (BrillatrixX64.8bf beside this program)\n"
+    "  --filter FILE.8bf        run another 64-bit filter with its own default parameters; with --dialog "
+    "its\n"
+    "                           windows open, without they are answered with OK; --about tells its name\n"
     "  --quiet                  errors only, no progress bar and no notes\n"
     "\n"
     "What the filter found; OUT may then be left out:\n"
@@ -153,6 +156,8 @@ static bool TakeOtherOption(const std::wstring &name, const std::wstring &text, 
         options->settings = text;
     } else if (name == L"--mask") {
         options->mask = text;
+    } else if (name == L"--filter") {
+        options->filter = text;
     } else if (name == L"--lights-csv") {
         options->lightsCsv = text;
     } else if (name == L"--lights-svg") {
@@ -196,9 +201,9 @@ static bool TakeFlag(const std::wstring &name, Options *options) {
 }
 
 static bool IsValueOption(const std::wstring &name) {
-    static const wchar_t *const kOthers[] = {L"--effect",     L"--roi",         L"--settings",
-                                             L"--mask",       L"--plugin",      L"--lights-csv",
-                                             L"--lights-svg", L"--debug-images"};
+    static const wchar_t *const kOthers[] = {L"--effect",     L"--roi",        L"--settings",
+                                             L"--mask",       L"--plugin",     L"--filter",
+                                             L"--lights-csv", L"--lights-svg", L"--debug-images"};
     return std::find(std::begin(kOthers), std::end(kOthers), name) != std::end(kOthers);
 }
 
@@ -241,7 +246,22 @@ bool OpensWindows(const Options &options) {
     return options.showDialog || options.showLights || options.showDebug;
 }
 
+// What belongs to our own filter means nothing to another one.
+static bool CheckFilter(const Options &options, std::string *why) {
+    if (options.filter.empty())
+        return true;
+    if (!options.plugin.empty())
+        return Fail(why, "--plugin and --filter exclude each other");
+    if (WantsDiagnostics(options))
+        return Fail(why, "the lights are those of the star filter; --filter runs another one");
+    if (!options.values.empty() || !options.settings.empty() || options.useLast)
+        return Fail(why, "the parameters are those of the star filter; --filter runs another one");
+    return true;
+}
+
 static bool CheckTogether(const Options &options, const std::vector<std::wstring> &files, std::string *why) {
+    if (!CheckFilter(options, why))
+        return false;
     if (options.task != ProgramTask::kFilter)
         return true;
     if (files.empty())

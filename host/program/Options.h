@@ -17,6 +17,7 @@ struct Options {
     std::wstring photo;
     std::wstring out;    // empty: nothing but what a diagnostic caller is told
     std::wstring plugin; // empty: the module beside the program
+    std::wstring filter; // another filter's module, without the parameters of ours
     std::wstring mask;
     std::wstring settings;
     std::optional<Rectangle> roi;

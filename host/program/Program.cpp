@@ -38,8 +38,8 @@ static void PrintNote(const Options &options, const std::string &text) {
 }
 
 static std::wstring ModulePath(const Options &options) {
-    if (!options.plugin.empty())
-        return NativePath(options.plugin);
+    if (!options.filter.empty() || !options.plugin.empty())
+        return NativePath(options.filter.empty() ? options.plugin : options.filter);
     wchar_t path[MAX_PATH] = {};
     GetModuleFileNameW(nullptr, path, MAX_PATH);
     const std::wstring program = path;
@@ -53,6 +53,14 @@ static intptr_t PrintBox(const ShownBox &box) {
         PrintProblem(box.title + ": " +
                      (box.isDialog ? "dialog " + box.dialogName + " is not shown" : box.text));
     return box.isDialog ? IDCANCEL : IDOK;
+}
+
+// Another filter goes on with what its dialog would have shown.
+static intptr_t AcceptBox(const Options &options, const ShownBox &box) {
+    if (!box.isDialog)
+        return PrintBox(box);
+    PrintNote(options, "dialog " + box.dialogName + " is not shown (--dialog shows it); its answer is OK");
+    return IDOK;
 }
 
 static intptr_t PrintAboutBox(const ShownBox &box) {
@@ -189,14 +197,15 @@ static void SetUpHost(Job *job, FilterHost *filterHost) {
         filterHost->settings.playInfo = kPlayDisplay;
     if (job->caller.module)
         filterHost->settings.afterStart = [job] { AskDiagnostics(job); };
-    filterHost->script = job->parameters;
+    if (job->options.filter.empty())
+        filterHost->script = job->parameters;
     filterHost->registry = job->memory.registry;
 }
 
 static void RememberRun(const FilterHost &filterHost, Job *job) {
     std::string why;
     job->memory.registry = filterHost.registry;
-    if (filterHost.recorded)
+    if (filterHost.recorded && job->options.filter.empty())
         job->memory.lastParameters = filterHost.recorded;
     if (!SaveHostMemory(job->memory, &why))
         PrintNote(job->options, "the parameters of this run could not be kept: " + why);
@@ -204,11 +213,14 @@ static void RememberRun(const FilterHost &filterHost, Job *job) {
 
 // In a window the user can be asked; otherwise nobody may be there.
 static RunResult PlayJob(Job *job, const FilterModule &module, FilterHost *filterHost) {
-    if (!job->options.showDialog)
+    const bool isOther = !job->options.filter.empty();
+    if (!job->options.showDialog && isOther)
+        CatchBoxes(module.module, [job](const ShownBox &box) { return AcceptBox(job->options, box); });
+    else if (!job->options.showDialog)
         CatchBoxes(module.module, PrintBox);
     SetUpHost(job, filterHost);
     OpenHost(*filterHost, module);
-    const RunResult result = RunFilter(*filterHost, false);
+    const RunResult result = RunFilter(*filterHost, isOther);
     CloseHost(*filterHost);
     ReleaseBoxes();
     EndProgressBar();
@@ -222,7 +234,15 @@ static int TakeResult(const RunResult &result, FilterHost *filterHost, Job *job)
         PrintProblem("cancelled in the dialog; nothing is written");
         return kExitCancelled;
     }
-    if (result.code != kNoError || IsCancelled())
+    if (!filterHost->log.refusal.empty()) {
+        PrintProblem("the filter is not run: " + filterHost->log.refusal);
+        return kExitPlugin;
+    }
+    const bool isPictureDone = result.code == kNoError || result.failedSelector == kSelectorFinish;
+    if (result.code != kNoError && isPictureDone)
+        PrintNote(job->options, "the parameters are not recorded: the plug-in reported error " +
+                                    std::to_string(result.code) + " when the picture was done");
+    if (!isPictureDone || IsCancelled())
         return FailPlugin(result.code, filterHost->log.errorText);
     if (!job->diagnosticFailure.empty()) {
         PrintProblem(job->diagnosticFailure);

@@ -1,3 +1,4 @@
+#include "host/filter/HostServices.h"
 #include "tests/host/PlayedFilter.h"
 
 static std::vector<int16_t> SelectorsPlayed(const host::FilterHost &filterHost) {
@@ -45,8 +46,46 @@ TEST(FilterRun, OrderAndPutBackAfterEachFailure) {
         EXPECT_EQ(result.code, c.failing == -1 ? 0 : -77);
         EXPECT_EQ(result.failedSelector, c.failing);
         EXPECT_EQ(SelectorsPlayed(played.filterHost), c.expected);
-        EXPECT_EQ(played.filterHost.document == before, c.failing != -1) << c.failing;
+        const bool isDone = c.failing == -1 || c.failing == kSelectorFinish;
+        EXPECT_EQ(played.filterHost.document == before, !isDone) << c.failing;
         EXPECT_TRUE(played.filterHost.log.violations.empty());
+    }
+}
+
+// A case that the filter does not take is avoided where the document can be shown another way.
+TEST(FilterRun, PropertyListDecidesWhatIsRun) {
+    struct Case {
+        std::optional<uint32_t> modes;
+        const char *enableInfo;
+        std::vector<int> casesRefused;
+        bool hasTransparency, hasMask;
+        int16_t filterCase; // 0: refused
+    };
+    const Case cases[] = {
+        {0x50000000, "", {}, false, false, 1},
+        {0x40000000, "", {}, false, false, 0},
+        {std::nullopt, "in(PSHOP_ImageMode, GrayScaleMode)", {}, false, false, 0},
+        {0x50000000, "", {4}, true, false, 6},
+        {0x50000000, "", {4, 6}, true, false, 1},
+        {0x50000000, "", {4, 6, 1}, true, false, 0},
+        {0x50000000, "", {5}, true, true, 7},
+        {0x50000000, "", {2}, false, true, 0},
+    };
+    for (const Case &c : cases) {
+        int16_t seen = 0;
+        PlayedHost played([&](int16_t, FilterRecord &record, intptr_t *) {
+            seen = record.filterCase;
+            return kNoError;
+        });
+        played.pipl.modes = c.modes;
+        played.pipl.enableInfo = c.enableInfo;
+        for (const int refused : c.casesRefused)
+            played.pipl.filterCases[refused - 1].inputHandling = host::kHandlingCannot;
+        played.filterHost.document = host::MakeDocument(7, 5, 8, 3, c.hasTransparency);
+        played.filterHost.document.mask.assign(c.hasMask ? 35 : 0, 255);
+        EXPECT_EQ(played.Run(), c.filterCase ? kNoError : host::kFilterBadMode);
+        EXPECT_EQ(seen, c.filterCase);
+        EXPECT_EQ(played.filterHost.log.refusal.empty(), c.filterCase != 0);
     }
 }
 

@@ -1,6 +1,6 @@
 // A small filter to test the host with: it inverts the image tile by tile. The environment variable
-// INVERT_FILTER makes it do something else: "box", "crash", "slow", "fail", "report", "continue", or the same
-// with other services of the host: "twice", "late", "remember", "services".
+// INVERT_FILTER makes it do something else: "box", "ask", "crash", "slow", "fail", "report", "continue",
+// "norecord", or the same with other services of the host: "twice", "late", "remember", "services".
 #include "tests/host/InvertServices.h"
 
 #include <windows.h>
@@ -138,7 +138,13 @@ extern "C" __declspec(dllexport) void InvertMain(int16_t selector, void *pointer
         return;
     record.bigDocumentData->PluginUsing32BitCoordinates = 1;
     record.inputRate = record.maskRate = kFixedOne;
-    if (selector == kSelectorStart)
+    if (selector == kSelectorParameters && Order() == "ask")
+        *result = DialogBoxParamA(nullptr, MAKEINTRESOURCEA(9), nullptr, nullptr, 0) == IDOK
+                      ? kNoError
+                      : kUserCanceledErr;
+    else if (selector == kSelectorFinish && Order() == "norecord")
+        *result = kErrMissingParameter;
+    else if (selector == kSelectorStart)
         *result = Start(record);
     else if (selector == kSelectorContinue)
         *result = Continue(record);

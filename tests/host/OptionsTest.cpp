@@ -120,6 +120,10 @@ TEST(Options, WrongUsageIsExplained) {
         {{L"--roi", L"1,2,3,4,5", L"a", L"b"}, "--roi needs"},
         {{L"--roi", L"5,0,5,9", L"a", L"b"}, "--roi needs"},
         {{L"--mask=", L"a", L"b"}, "--mask needs a value"},
+        {{L"--filter", L"f", L"--plugin", L"p", L"a", L"b"}, "exclude each other"},
+        {{L"--filter", L"f", L"--lights", L"a"}, "lights are those of the star filter"},
+        {{L"--filter", L"f", L"--points", L"6", L"a", L"b"}, "parameters are those of the star filter"},
+        {{L"--filter", L"f", L"--last", L"a", L"b"}, "parameters are those of the star filter"},
         {{L"--last", L"--settings", L"s.sss", L"a", L"b"}, "exclude each other"},
     };
     for (const Case &c : cases)

@@ -14,6 +14,7 @@ PlayedHost::PlayedHost(FilterPlay play) {
     for (size_t plane = 0; plane < 3; plane++)
         for (size_t i = 0; i < 35; i++)
             filterHost.document.planes[plane][i] = static_cast<uint8_t>(plane * 50 + i);
+    pipl.modes = 0xFFFFFFFF;
     pipl.hasFilterCases = true;
     for (host::FilterCaseInfo &info : pipl.filterCases)
         info = {1, 1, host::kCaseNoPrefill | host::kCaseWritesOutsideSelection, 0};

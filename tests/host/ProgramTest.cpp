@@ -114,6 +114,64 @@ TEST_F(ProgramTest, InvertsAPhotoAndRoiLeavesTheRestAlone) {
     ExpectFiles({L"deep.tif", L"out.png", L"whole.tif"});
 }
 
+// Whatever it needs of a host, another filter does its work, and its record is not taken for the stars'.
+TEST_F(ProgramTest, AnotherFilterIsRunOnAPhoto) {
+    const std::wstring in = folder.File(L"in.png"), out = folder.File(L"out.png");
+    const struct {
+        const wchar_t *order;
+        const char *note;
+    } cases[] = {{L"", ""},
+                 {L"twice", ""},
+                 {L"late", ""},
+                 {L"remember", ""},
+                 {L"services", ""},
+                 {L"ask", "dialog #9 is not shown (--dialog shows it); its answer is OK"},
+                 {L"box", "Invert: Something to say"},
+                 {L"norecord", "the parameters are not recorded: the plug-in reported error -1715"}};
+    for (const auto &c : cases) {
+        SetEnvironmentVariableW(L"INVERT_FILTER", c.order);
+        const ProgramRun run = Run({L"--filter", ProgramFile(L"InvertFilter.8bf"), in, out});
+        ASSERT_EQ(run.status, 0u) << run.err;
+        EXPECT_TRUE(*c.note ? Holds(run.err, c.note) : run.err.empty()) << run.err;
+        EXPECT_EQ(ReadGood(out).planes[1][7], 255 - photo.planes[1][7]);
+        DeleteFileW(out.c_str());
+    }
+    EXPECT_TRUE(Holds(Run({L"--filter", ProgramFile(L"InvertFilter.8bf"), L"--about"}).out, "Invert (Test)"));
+    EXPECT_TRUE(Holds(Invert({L"--last", in, out}).err, "there was no last run"));
+}
+
+TEST_F(ProgramTest, AFilterThatCannotRunIsRefusedWithAReason) {
+    const host::Bytes good = ReadBytes(ProgramFile(L"InvertFilter.8bf"));
+    const std::wstring in = folder.File(L"in.png"), out = folder.File(L"out.png"),
+                       copy = folder.File(L"f.8bf");
+    const struct {
+        const char *mark; // what lies before the bytes replaced
+        host::Bytes bytes;
+        DWORD status;
+        const char *why;
+    } cases[] = {
+        {"MIB8edom", {0, 0, 0, 0, 4, 0, 0, 0, 0x40}, 4, "does not take 8-bit RGB images of 40 x 30"},
+        {"PE", {0, 0, 0x4C, 0x01}, 3, "it is a 32-bit module"},
+        {"PE", {0, 0, 0x64, 0xAA}, 3, "another kind of processor"},
+        {"MIB84668", {0, 0, 0, 0, 12, 0, 0, 0, 'N', 'o'}, 3, "does not export its entry point Novert"},
+    };
+    for (const auto &c : cases) {
+        host::Bytes bytes = good;
+        const size_t length = std::strlen(c.mark);
+        const auto at = std::search(bytes.begin(), bytes.end(), c.mark, c.mark + length);
+        ASSERT_LT(static_cast<size_t>(at - bytes.begin()) + length + c.bytes.size(), bytes.size());
+        std::copy(c.bytes.begin(), c.bytes.end(), at + static_cast<ptrdiff_t>(length));
+        WriteBytes(copy, bytes);
+        const ProgramRun run = Run({L"--filter", copy, in, out});
+        EXPECT_EQ(run.status, c.status) << run.err;
+        EXPECT_TRUE(Holds(run.err, c.why)) << run.err;
+    }
+    const ProgramRun none = Run({L"--filter", ProgramFile(L"brillatrix.exe"), in, out});
+    EXPECT_EQ(none.status, 3u);
+    EXPECT_TRUE(Holds(none.err, "it has no property list")) << none.err;
+    ExpectFiles({L"f.8bf"});
+}
+
 TEST_F(ProgramTest, UsageErrorsGiveTwo) {
     const std::wstring in = folder.File(L"in.png"), out = folder.File(L"out.png");
     EXPECT_EQ(Invert({}).status, 2u);

@@ -1,6 +1,6 @@
 #include "host/base/ByteStream.h"
 #include "host/filter/Descriptor.h"
-#include "host/module/PiPL.h"
+#include "host/module/EnableInfo.h"
 
 #include <gtest/gtest.h>
 
@@ -25,6 +25,8 @@ std::vector<Bytes> GoodProperties() {
             MakeProperty("vers", {0, 0, 4, 0}),
             MakeProperty("8664", {'M', 'a', 'i', 'n', 0, 0, 0, 0}),
             MakeProperty("mode", {0x50, 0, 0, 0}),
+            MakeProperty("enbl", {'t', 'r', 'u', 'e', 0, 0, 0, 0}),
+            MakeProperty("ms32", {7, 0, 0, 0, 0, 1, 0, 0}),
             MakeProperty("fici", Bytes(28, 5))};
 }
 
@@ -54,6 +56,10 @@ TEST(PropertyList, EveryFieldIsRead) {
     EXPECT_EQ(pipl.name, "Name");
     EXPECT_EQ(pipl.category, "Cat");
     EXPECT_EQ(pipl.entryName64, "Main");
+    EXPECT_EQ(pipl.modes, 0x50000000u);
+    EXPECT_EQ(pipl.enableInfo, "true");
+    EXPECT_EQ(pipl.mostRows, 7);
+    EXPECT_EQ(pipl.mostColumns, 256);
     EXPECT_TRUE(pipl.hasFilterCases);
     EXPECT_EQ(pipl.filterCases[6].flags, 5);
 }
@@ -88,6 +94,64 @@ TEST(PropertyList, WhatHostsRejectIsRejected) {
         Bytes wild = good;
         wild[at] = 0xFF;
         EXPECT_NE(WhyRefused(wild), "");
+    }
+}
+
+// An RGB image of 16 bits, 300 wide and 200 high.
+TEST(PropertyList, EnableInfoIsEvaluated) {
+    const host::ImageFacts image = {11, 16, 300, 200, 3};
+    struct Case {
+        std::string text;
+        std::optional<bool> value;
+    };
+    const Case cases[] = {
+        {"in (PSHOP_ImageMode, RGBMode, RGB48Mode)", true},
+        {"IN(pshop_imagemode,rgbmode,GRAYSCALEMODE)", false},
+        {"PSHOP_ImageMode == RGB48Mode && PSHOP_ImageDepth==16", true},
+        {"PSHOP_ImageWidth<300 || PSHOP_ImageHeight >= 200", true},
+        {"PSHOP_ImageWidth<300 || PSHOP_ImageHeight > 200", false},
+        {"!(PSHOP_ImageDepth != 16) && PSHOP_ImageWidth <= 300", true},
+        {"false || true && false", false},
+        {"PSHOP_IsTargetVisible && !PSHOP_IsTargetSection", true},
+        {"", {}},
+        {"true true", {}},
+        {"in(PSHOP_ImageMode, RGBMode", {}},
+        {"PSHOP_Unheard == 1 || true", {}},
+        {"12345678901234567890", {}},
+        {std::string(100000, '!') + "true", {}},
+        {std::string(100000, '('), {}},
+    };
+    for (const Case &c : cases)
+        EXPECT_EQ(host::EvaluateEnableInfo(c.text, image), c.value) << c.text.substr(0, 80);
+}
+
+TEST(PropertyList, ModesExpressionAndSizeDecide) {
+    struct Case {
+        int32_t mode, depth;
+        std::optional<uint32_t> modes;
+        const char *text;
+        int32_t most;
+        bool isTaken;
+    };
+    const Case cases[] = {
+        {3, 8, 0x50000000, "", 0, true},         {3, 8, 0x40000000, "", 0, false},
+        {3, 8, 0x40000000, "true", 0, false},    {3, 8, 0x50000000, "false", 0, false},
+        {3, 8, 0x50000000, "nonsense", 0, true}, {11, 16, 0x50000000, "", 0, false},
+        {11, 16, 0x50100000, "", 0, true},       {11, 16, 0x50000000, "true", 0, true},
+        {16, 32, 0x50008000, "", 0, true},       {16, 32, std::nullopt, "", 0, false},
+        {3, 8, std::nullopt, "", 0, true},       {3, 8, 0x50000000, "", 299, false},
+        {3, 8, 0x50000000, "", 300, true},
+    };
+    for (const Case &c : cases) {
+        host::Pipl pipl;
+        pipl.modes = c.modes;
+        pipl.enableInfo = c.text;
+        pipl.mostColumns = c.most;
+        std::string why;
+        EXPECT_EQ(host::TakesImage(pipl, {c.mode, c.depth, 300, 200, 3}, &why), c.isTaken)
+            << c.mode << c.text;
+        const std::string told = "it does not take " + std::to_string(c.depth) + "-bit RGB images";
+        EXPECT_EQ(why.find(told) == 0, !c.isTaken) << why;
     }
 }
 

@@ -192,7 +192,7 @@ TEST_F(SelectorCall, AboutBoxCloses) {
         HANDLE presser = CreateThread(
             nullptr, 0,
             [](void *parameter) -> DWORD {
-                for (int i = 0; i < 500; ++i, Sleep(10))
+                for (int i = 0; i < 6000; ++i, Sleep(10))
                     if (HWND box = FindWindowA("#32770", "About Brillatrix Pro"))
                         return SendMessageA(box, WM_COMMAND, reinterpret_cast<WPARAM>(parameter), 0) == 0;
                 return 0;
