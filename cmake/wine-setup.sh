@@ -16,12 +16,13 @@ if [ ! -f "$WINEPREFIX/.ready" ]; then
     wine reg add 'HKCU\Software\Wine\WineDbg' /v ShowCrashDialog /t REG_DWORD /d 0 /f </dev/null >/dev/null 2>&1
     wine reg add 'HKCU\Software\Wine\Drivers' /v Graphics /t REG_SZ /d "${BRILLATRIX_WINE_GRAPHICS:-null}" /f \
         </dev/null >/dev/null 2>&1
-    system="$WINEPREFIX/drive_c/windows/system32"
-    [ -f "$system/bcryptprimitives.dll" ] || x86_64-w64-mingw32-gcc-posix -O2 -s -shared \
-        -o "$system/bcryptprimitives.dll" "$(dirname "$0")/wine-shim/bcryptprimitives.c" -lbcrypt
     wineserver -k || true
     wineserver -w || true
     touch "$WINEPREFIX/.ready"
 fi
+# Prefixes made by an earlier form of this script lack it too.
+shim="$WINEPREFIX/drive_c/windows/system32/bcryptprimitives.dll"
+[ -f "$shim" ] || x86_64-w64-mingw32-gcc-posix -O2 -s -shared -o "$shim" \
+    "$(dirname "$0")/wine-shim/bcryptprimitives.c" -lbcrypt
 wineserver -p </dev/null >/dev/null 2>&1 || true
 wine cmd /c exit </dev/null >/dev/null 2>&1
