@@ -1,9 +1,9 @@
 #include "ui/dialog/DialogKeyboard.h"
 
 #include "resources/DialogControlIds.h"
+#include "ui/dialog/DialogWheel.h"
 #include "ui/dialog/MainDialogState.h"
 #include "ui/display/PreviewDisplayCursor.h"
-#include "ui/display/PreviewDisplayKeys.h"
 #include "ui/display/PreviewDisplayMouse.h"
 #include "ui/display/PreviewDisplayState.h"
 #include "ui/fields/ParameterTable.h"
@@ -77,16 +77,11 @@ bool TakeKeyboardMessage(MSG *message) {
            TranslateAcceleratorW(gMainDialog.window, gAccelerators, message) != 0;
 }
 
-// The wheel turns what the pointer is over, as everywhere on newer systems.
-bool TakeWheel(const MSG &message) {
-    return message.message == WM_MOUSEWHEEL && GetActiveWindow() == gMainDialog.window &&
-           OnPreviewWheel(message.wParam, message.lParam);
-}
-
 LRESULT CALLBACK FilterMessage(int code, WPARAM wParam, LPARAM lParam) {
     MSG *message = reinterpret_cast<MSG *>(lParam);
     if (code == MSGF_DIALOGBOX && message && gMainDialog.window) {
-        if (IsKeyboardMessage(message->message) ? TakeKeyboardMessage(message) : TakeWheel(*message))
+        if (IsKeyboardMessage(message->message) ? TakeKeyboardMessage(message)
+                                                : TakeWheel(gMainDialog.window, *message))
             return TRUE;
     }
     return CallNextHookEx(gMainDialog.hook, code, wParam, lParam);

@@ -4,13 +4,13 @@
 #include "resources/DialogControlIds.h"
 #include "ui/dialog/CheckBoxBindings.h"
 #include "ui/dialog/DialogTooltips.h"
+#include "ui/dialog/DialogWheel.h"
 #include "ui/dialog/EffectList.h"
 #include "ui/dialog/MainDialogCommands.h"
 #include "ui/dialog/MainDialogInit.h"
 #include "ui/dialog/MainDialogState.h"
 #include "ui/display/PreviewDisplay.h"
 #include "ui/display/PreviewDisplayCursor.h"
-#include "ui/display/PreviewDisplayKeys.h"
 #include "ui/fields/ParameterControls.h"
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
@@ -193,7 +193,8 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_VSCROLL:
         return OnPreviewScroll(reinterpret_cast<HWND>(lParam), LOWORD(wParam));
     case WM_MOUSEWHEEL:
-        return OnPreviewWheel(wParam, lParam);
+        OnDialogWheel(wParam, lParam);
+        return TRUE;
     case WM_CTLCOLORSTATIC:
         return OnCtlColorStatic(reinterpret_cast<HWND>(lParam), reinterpret_cast<HDC>(wParam));
     case WM_DPICHANGED:

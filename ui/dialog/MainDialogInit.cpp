@@ -23,6 +23,7 @@
 #include "ui/settings/ParameterSetList.h"
 #include "ui/settings/SettingsMenu.h"
 #include "ui/window/DialogMessages.h"
+#include "ui/window/DropDownList.h"
 #include "ui/window/WindowPlacement.h"
 
 namespace {
@@ -55,6 +56,8 @@ void ShowFocusMarks(HWND dialog) {
 void SetUpControls(HWND dialog) {
     SubclassMakersLogo(dialog);
     gMainDialog.tooltips = CreateDialogTooltips(dialog);
+    for (const int combo : {kSettingsComboId, kEffectComboId})
+        SubclassDropDownList(GetDlgItem(dialog, combo));
     FillSettingsList(dialog);
     FillEffectList(dialog, DialogParameters()->effectType);
     BindCheckBoxes(dialog, DialogParameters());

@@ -108,4 +108,5 @@ void FocusParameterControl(int index) {
     SendMessageA(GetParent(edit), WM_UPDATEUISTATE, MAKEWPARAM(UIS_CLEAR, UISF_HIDEFOCUS | UISF_HIDEACCEL),
                  0);
     SetFocus(edit);
+    SelectEditText(gParameterControls[index]); // also where the focus was there already
 }

@@ -13,19 +13,21 @@ namespace {
 constexpr UINT_PTR kEditSubclassId = 1;
 constexpr WPARAM kDeleteCharacter = 127; // what Ctrl+Backspace sends
 
-void StepThroughTrackbar(ParameterControl *row, int32_t amount) {
-    MoveTrackbar(*row, ClampToRow(*row, TrackbarPosition(*row) + amount));
-    const int32_t position = TrackbarPosition(*row);
-    if (position != *row->value)
-        TakeParameterValue(row, position);
-}
-
 // Some versions of the control draw a new caret place or selection at once instead of waiting for WM_PAINT.
 bool MayHaveDrawn(UINT message, WPARAM wParam) {
     if (message == WM_MOUSEMOVE)
         return (wParam & MK_LBUTTON) != 0;
     return (message >= WM_KEYFIRST && message <= WM_KEYLAST) ||
            (message >= WM_MOUSEFIRST && message <= WM_MOUSELAST);
+}
+
+// The click that brings the focus selects the number, as it looks; the control would put the caret where the
+// pointer is and let go of the selection.
+bool TakeFirstClick(const ParameterControl &row) {
+    if (GetFocus() == row.edit)
+        return false;
+    SetFocus(row.edit);
+    return true;
 }
 
 LRESULT CALLBACK EditProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR data) {
@@ -47,6 +49,10 @@ LRESULT CALLBACK EditProc(HWND window, UINT message, WPARAM wParam, LPARAM lPara
     if (message == WM_KEYDOWN && OnEditKey(row, wParam, LOWORD(lParam), GetKeyState(VK_CONTROL) < 0))
         return 0;
     if (message == WM_CHAR && !OnEditCharacter(wParam))
+        return 0;
+    if (message == WM_MOUSEWHEEL) // the dialog knows what lies under the pointer
+        return SendMessageW(GetParent(window), message, wParam, lParam);
+    if (message == WM_LBUTTONDOWN && TakeFirstClick(*row))
         return 0;
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
     if (!IsBound(*row))
@@ -81,16 +87,16 @@ bool OnEditKey(ParameterControl *row, WPARAM key, int repeatCount, bool ctrlDown
     const int32_t arrow = ctrlDown ? row->ctrlStep : row->arrowStep;
     switch (key) {
     case VK_PRIOR:
-        StepThroughTrackbar(row, row->pageStep * repeatCount);
+        StepParameterValue(row, row->pageStep * repeatCount);
         return true;
     case VK_NEXT:
-        StepThroughTrackbar(row, -row->pageStep * repeatCount);
+        StepParameterValue(row, -row->pageStep * repeatCount);
         return true;
     case VK_UP:
-        StepThroughTrackbar(row, arrow * repeatCount);
+        StepParameterValue(row, arrow * repeatCount);
         return true;
     case VK_DOWN:
-        StepThroughTrackbar(row, -arrow * repeatCount);
+        StepParameterValue(row, -arrow * repeatCount);
         return true;
     default:
         return false;

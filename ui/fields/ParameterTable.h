@@ -23,6 +23,7 @@ struct ParameterControl {
     int16_t *value = nullptr;                // the parameter; null while no dialog shows the row
     HWND edit = nullptr, trackbar = nullptr; // both or none
     HFONT font = nullptr;                    // shared by all rows
+    int wheelRest = 0;                       // of turns too small for a step
 };
 
 // A Parameter is the index of its row.

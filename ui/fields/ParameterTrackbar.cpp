@@ -23,6 +23,8 @@ LRESULT CALLBACK TrackbarProc(HWND window, UINT message, WPARAM wParam, LPARAM l
         return DefSubclassProc(window, message, wParam, lParam);
     if (message == WM_ERASEBKGND)
         return 1;
+    if (message == WM_MOUSEWHEEL) // the dialog knows what lies under the pointer
+        return SendMessageW(GetParent(window), message, wParam, lParam);
     if (message == WM_LBUTTONDOWN)
         lParam = OnTrackbarButtonDown(*row, lParam);
     const LRESULT result = DefSubclassProc(window, message, wParam, lParam);
@@ -40,7 +42,6 @@ LRESULT CALLBACK TrackbarProc(HWND window, UINT message, WPARAM wParam, LPARAM l
             OnTrackbarDragged(row);
         break;
     case WM_KEYDOWN:
-    case WM_MOUSEWHEEL:
         OnTrackbarStepped(row);
         break;
     case WM_LBUTTONUP:
@@ -81,7 +82,7 @@ void OnTrackbarDragged(ParameterControl *row) {
     TakeParameterValue(row, TrackbarPosition(*row));
 }
 
-// The wheel, and the keys while the trackbar itself has the focus, must not leave thumb and value apart.
+// The keys while the trackbar itself has the focus must not leave thumb and value apart.
 void OnTrackbarStepped(ParameterControl *row) {
     if (TrackbarPosition(*row) != *row->value)
         TakeParameterValue(row, TrackbarPosition(*row));

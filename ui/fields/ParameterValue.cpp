@@ -49,3 +49,10 @@ void TakeParameterValue(ParameterControl *row, int32_t value) {
 void SendParameterChanged(const ParameterControl &row) {
     SendMessageA(GetParent(row.edit), kMsgParameterChanged, 0, 0);
 }
+
+void StepParameterValue(ParameterControl *row, int32_t amount) {
+    MoveTrackbar(*row, ClampToRow(*row, TrackbarPosition(*row) + amount));
+    const int32_t position = TrackbarPosition(*row);
+    if (position != *row->value)
+        TakeParameterValue(row, position);
+}

@@ -18,6 +18,9 @@ void MoveTrackbar(const ParameterControl &row, int32_t value);
 void TakeParameterValue(ParameterControl *row, int32_t value);
 void SendParameterChanged(const ParameterControl &row);
 
+// Moves the value through the trackbar, as far as the range goes; tells the dialog when it changed.
+void StepParameterValue(ParameterControl *row, int32_t amount);
+
 // Whether the row belongs to live controls and a parameter.
 inline bool IsBound(const ParameterControl &row) {
     return row.value && row.edit && row.trackbar;
