@@ -211,9 +211,13 @@ bool WaitLightSourceTable(uint32_t *rowsDone, uint32_t *rowsTotal, uint32_t time
     return isDone;
 }
 
-void StopLightSourceTableInit() {
+void CancelLightSourceTableInit() {
     gCancel = 1;
     gTableCancel = 1;
+}
+
+void StopLightSourceTableInit() {
+    CancelLightSourceTableInit();
     if (gCompletionEvent)
         WaitForSingleObject(gCompletionEvent, INFINITE);
     CloseAndForget(&gCompletionEvent);

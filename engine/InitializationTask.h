@@ -16,6 +16,8 @@ void StartLightSourceTableInit(const ImageBuffer &image);
 // code says why. Either count may be null.
 bool WaitLightSourceTable(uint32_t *rowsDone, uint32_t *rowsTotal, uint32_t timeoutMs);
 
+// Raises the cancel flags and does not wait: the task ends soon, with the failure it has met or none.
+void CancelLightSourceTableInit();
 // Cancels the task when it still runs, waits for its end without limit, and frees the table. Does no harm
 // when nothing was started.
 void StopLightSourceTableInit();

@@ -2,6 +2,8 @@
 
 #include "diag/ErrorReport.h"
 #include "engine/InitializationTask.h"
+#include "plugin/record/HostCall.h"
+#include "plugin/record/HostHandles.h"
 #include "plugin/record/PluginState.h"
 #include "storage/UISettings.h"
 #include "ui/dialog/OpenDialog.h"
@@ -22,9 +24,9 @@ HostProfile LockHostProfile() {
     if (!record.canUseICCProfiles || !record.iCCprofileData || record.iCCprofileSize <= 0 || !procs ||
         !procs->lockProc || !procs->unlockProc)
         return {};
-    if (procs->getSizeProc && procs->getSizeProc(record.iCCprofileData) < record.iCCprofileSize)
+    if (!IsHandleUsable(record.iCCprofileData, record.iCCprofileSize))
         return {};
-    const void *bytes = procs->lockProc(record.iCCprofileData, 0);
+    const void *bytes = CallHost(procs->lockProc, HostHandle{record.iCCprofileData}, HostBoolean{0});
     if (!bytes)
         return {};
     return {record.iCCprofileData, bytes, static_cast<uint32_t>(record.iCCprofileSize)};
@@ -32,14 +34,17 @@ HostProfile LockHostProfile() {
 
 void UnlockHostProfile(const HostProfile &profile) {
     if (profile.handle)
-        gFilterRecord->handleProcs->unlockProc(profile.handle);
+        CallHost(gFilterRecord->handleProcs->unlockProc, profile.handle);
 }
 
 // The code of what ended the dialog other than OK: the user, or a failure of the light source table. Its task
-// tells its code only when it ends, which may be after the dialog has.
+// tells its code only when it ends, which may be after the dialog has: nobody needs the rest of its table.
 HostResult ResultOfCancel(DialogEnd end) {
+    if (const HostResult result = HostFailure())
+        return result;
     if (end == DialogEnd::cancelled || gFatalErrorStatus == 0)
         return kUserCanceledErr;
+    CancelLightSourceTableInit();
     WaitLightSourceTable(nullptr, nullptr, INFINITE);
     return LightSourceTableResult() != kNoError ? LightSourceTableResult() : kUserCanceledErr;
 }
@@ -52,8 +57,10 @@ HostResult RunDialog(const ImageBuffer &input) {
     StartUpdateCheck();
     const ParameterSet before = *gParameters;
     const HostProfile profile = LockHostProfile();
-    const DialogEnd end = OpenDialog(static_cast<HWND>(ParentWindow()),
-                                     {gParameters, &input, profile.bytes, profile.size, false});
+    const DialogEnd end = HostFailure() == kNoError
+                              ? OpenDialog(static_cast<HWND>(ParentWindow()),
+                                           {gParameters, &input, profile.bytes, profile.size, false})
+                              : DialogEnd::cancelled;
     UnlockHostProfile(profile);
     *gDialogPending = 0;
     if (end == DialogEnd::ok)

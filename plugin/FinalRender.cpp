@@ -27,17 +27,17 @@ int32_t ToProgressCount(uint32_t rows) {
 }
 
 // Hosts divide by the total: it is 0 until the task has prepared its image.
-void ReportTableProgress() {
+HostResult ReportTableProgress() {
     uint32_t done = 0, total = 0;
     WaitLightSourceTable(&done, &total, 0);
-    if (total != 0)
-        ReportProgress(ToProgressCount(done), ToProgressCount(total));
+    return total != 0 ? ReportProgress(ToProgressCount(done), ToProgressCount(total)) : kNoError;
 }
 
 HostResult WaitForTable() {
     HANDLE thread = LightSourceTableThread();
     while (thread && WaitForSingleObject(thread, kTableWaitSlice) == WAIT_TIMEOUT)
-        ReportTableProgress();
+        if (const HostResult result = ReportTableProgress())
+            return result;
     return LightSourceTableResult();
 }
 
@@ -67,7 +67,9 @@ HostResult RunOnImage(ImageBuffer *image, bool showDialog) {
     BuildAngleTables();
     ResetRenderState();
     StartLightSourceTableInit(*image);
-    HostResult result = showDialog ? RunDialog(*image) : kNoError;
+    HostResult result = LightSourceTableThread() ? kNoError : LightSourceTableResult();
+    if (result == kNoError && showDialog)
+        result = RunDialog(*image);
     if (result == kNoError)
         result = RenderAndWrite(image);
     EndRun(result, image->bytesPerSample);

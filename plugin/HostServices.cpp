@@ -1,6 +1,7 @@
 #include "plugin/HostServices.h"
 
 #include "plugin/parameters/PersistentBlock.h"
+#include "plugin/record/HostCall.h"
 #include "plugin/record/PluginState.h"
 
 #include <windows.h>
@@ -8,36 +9,47 @@
 
 namespace {
 
-// The suites are released where they were acquired, whatever the record of a later call says.
+// The host's table may lie elsewhere in each call. A call without one is served by the table seen last.
 SPBasicSuite *gBasicSuite;
-bool gComInitialized;
+// Whose suites are held. The procedures tell one host from another, their table does not.
+decltype(SPBasicSuite::AcquireSuite) gAcquiredFrom;
+DWORD gComThread; // on which COM is to be given back; 0: none
 
 template <typename Suite> void AcquireSuite(const char *name, int32_t version, const Suite **suite) {
     if (*suite)
         return;
     const void *found = nullptr;
-    if (gBasicSuite->AcquireSuite(name, version, &found) == 0)
+    if (CallHost(gBasicSuite->AcquireSuite, name, version, &found) == 0)
         *suite = static_cast<const Suite *>(found);
 }
 
 template <typename Suite> void ReleaseSuite(const char *name, int32_t version, const Suite **suite) {
     if (*suite && gBasicSuite->ReleaseSuite)
-        gBasicSuite->ReleaseSuite(name, version);
+        CallHost(gBasicSuite->ReleaseSuite, name, version);
     *suite = nullptr;
 }
 
 } // namespace
 
-// A run that the host ended after Parameters leaves suites held. With the same basic suite they serve the
-// next run; another basic suite means another host, whose suites the old pointers are not.
+void FindBasicSuite() {
+    SPBasicSuite *basic = nullptr;
+    if (gFilterRecord)
+        basic = gFilterRecord->sSPBasic;
+    else if (gAboutRecord)
+        basic = gAboutRecord->sSPBasic;
+    if (basic)
+        gBasicSuite = basic;
+}
+
+// A run that the host ended after Parameters leaves suites held. They serve the next run of the same host;
+// the suites of another host the old pointers are not.
 void AcquireHostSuites() {
-    SPBasicSuite *basic = gFilterRecord->sSPBasic;
-    if (!basic || !basic->AcquireSuite)
+    if (!gFilterRecord->sSPBasic || !gBasicSuite->AcquireSuite)
         return;
-    if (basic != gBasicSuite) {
+    if (gBasicSuite->AcquireSuite != gAcquiredFrom) {
         gPropertySuite = nullptr;
         gErrorSuite = nullptr;
-        gBasicSuite = basic;
+        gAcquiredFrom = gBasicSuite->AcquireSuite;
     }
     AcquireSuite(kPropertySuiteName, kPropertySuiteVersion, &gPropertySuite);
     AcquireSuite(kErrorSuiteName, kErrorSuiteVersion, &gErrorSuite);
@@ -48,21 +60,26 @@ void ReleaseHostSuites() {
     ReleaseSuite(kPropertySuiteName, kPropertySuiteVersion, &gPropertySuite);
 }
 
+// A thread that the host runs in another mode has COM, too; it is not ours to give back.
 bool InitializeCom() {
-    if (!gComInitialized)
-        gComInitialized = SUCCEEDED(CoInitialize(nullptr));
-    return gComInitialized;
+    if (gComThread == GetCurrentThreadId())
+        return true;
+    const HRESULT result = CoInitialize(nullptr);
+    if (SUCCEEDED(result))
+        gComThread = GetCurrentThreadId();
+    return SUCCEEDED(result) || result == RPC_E_CHANGED_MODE;
 }
 
 void UninitializeCom() {
-    if (gComInitialized)
+    if (gComThread == GetCurrentThreadId())
         CoUninitialize();
-    gComInitialized = false;
+    gComThread = 0;
 }
 
 void SuspendHostCursor() {
     if (gPropertySuite && gPropertySuite->setPropertyProc)
-        gPropertySuite->setPropertyProc(kHostSignature, kPropWatchSuspension, 0, 1, nullptr);
+        CallHost(gPropertySuite->setPropertyProc, kHostSignature, kPropWatchSuspension, 0, intptr_t{1},
+                 HostHandle{});
 }
 
 void ReleaseRunServices() {

@@ -2,6 +2,8 @@
 // suites, and COM.
 #pragma once
 
+// Notes where this call's host has its basic suite. At the beginning of every call.
+void FindBasicSuite();
 // Takes the suites that are not held yet. A host that offers none is served all the same.
 void AcquireHostSuites();
 // Gives back the error suite, then the property suite.

@@ -5,23 +5,54 @@
 #include "diag/Log.h"
 #include "plugin/HostServices.h"
 #include "plugin/Selectors.h"
+#include "plugin/record/HostCall.h"
 #include "plugin/record/HostHandles.h"
 #include "plugin/record/PluginState.h"
 #include "storage/AppFolders.h"
 
+#include <atomic>
 #include <windows.h>
 
 namespace {
 
-bool gFirstCallDone;
+// What one call has of its own, while it lasts.
+struct CallRecords {
+    int16_t selector;
+    FilterRecord *filterRecord;
+    AboutRecord *aboutRecord;
+    intptr_t *data;
+    HostResult *result;
+    ParameterSet *parameters;
+    uint8_t *dialogPending;
+};
 
-void StoreCallRecords(int16_t selector, void *record, intptr_t *data, HostResult *result) {
-    gFilterRecord = selector == kSelectorAbout ? nullptr : static_cast<FilterRecord *>(record);
-    gAboutRecord = selector == kSelectorAbout ? static_cast<AboutRecord *>(record) : nullptr;
-    gData = data;
-    gResult = result;
-    *gResult = kNoError;
-    SetLastError(0);
+bool gFirstCallDone;
+int16_t gSelector;                 // being served
+std::atomic<DWORD> gServingThread; // 0: no call is being served
+
+CallRecords SaveRecords() {
+    return {gSelector, gFilterRecord, gAboutRecord, gData, gResult, gParameters, gDialogPending};
+}
+
+void SetRecords(const CallRecords &call) {
+    gSelector = call.selector;
+    gFilterRecord = call.filterRecord;
+    gAboutRecord = call.aboutRecord;
+    gData = call.data;
+    gResult = call.result;
+    gParameters = call.parameters;
+    gDialogPending = call.dialogPending;
+}
+
+CallRecords RecordsOfCall(int16_t selector, void *record, intptr_t *data, HostResult *result) {
+    const bool isAbout = selector == kSelectorAbout;
+    return {selector,
+            isAbout ? nullptr : static_cast<FilterRecord *>(record),
+            isAbout ? static_cast<AboutRecord *>(record) : nullptr,
+            data,
+            result,
+            nullptr,
+            nullptr};
 }
 
 // Teardown deletes the section, so the call after it makes a new one.
@@ -34,18 +65,24 @@ HostResult CreateSection() {
     return kMemFullErr;
 }
 
-// The host's window may be another one in a later run; the log is set up once for the process, and goes on
-// with the first call after a teardown.
+bool MayShowNothing() {
+    const PIDescriptorParameters *script = gFilterRecord ? gFilterRecord->descriptorParameters : nullptr;
+    return script && script->playInfo == kPlaySilent;
+}
+
+// The host's window and thread may be others in a later call; the log is set up once for the process, and
+// goes on with the first call after a teardown. A run that may show nothing has no thread whose reports are
+// shown.
 void PrepareProcess() {
     void *parent = ParentWindow();
+    const DWORD thread = MayShowNothing() ? 0 : GetCurrentThreadId();
     if (gFirstCallDone) {
-        if (IsReportOwnerThread())
-            SetReportOwnerWindow(parent);
+        SetReportOwner(parent, thread);
         ContinueLog();
         return;
     }
     InitAppFolders(kShortProductName, kProductName);
-    OpenLog(parent, GetCurrentThreadId());
+    OpenLog(parent, thread);
     gFirstCallDone = true;
 }
 
@@ -82,6 +119,17 @@ void RunSelector(int16_t selector) {
         UnlockHandles();
 }
 
+// Nothing of ours throws, but the runtime may when memory is short.
+void RunSelectorGuarded(int16_t selector) {
+    try {
+        RunSelector(selector);
+    } catch (...) {
+        *gResult = kMemFullErr;
+        if (gFilterRecord)
+            UnlockHandles();
+    }
+}
+
 // A thread may still be inside the section; what it has to say belongs into the log.
 void TearDown() {
     PassThroughBufferUsageSection();
@@ -89,31 +137,51 @@ void TearDown() {
     DeleteBufferUsageSection();
 }
 
-// Nothing of ours throws, but the runtime may when memory is short.
-void RunSelectorGuarded(int16_t selector) {
-    try {
-        RunSelector(selector);
-    } catch (...) {
-        *gResult = kMemFullErr;
-        if (gFilterRecord) {
-            ReleaseRunServices();
-            UnlockHandles();
-        }
-    }
+void ServeCall(int16_t selector) {
+    ForgetHostFailure();
+    FindBasicSuite();
+    *gResult = CreateSection();
+    PrepareProcess();
+    if (*gResult == kNoError)
+        RunSelectorGuarded(selector);
+    if (*gResult == kNoError)
+        *gResult = HostFailure();
+    if (*gResult != kNoError)
+        ReleaseRunServices();
+    if (*gResult != kNoError || selector == kSelectorAbout || selector == kSelectorFinish)
+        TearDown();
+}
+
+// A host that shows a box or a progress bar pumps messages, and may call again from there. The box has
+// nothing of a run, so one of the two may be About; two runs at once there cannot be. Log, section and
+// services stay with the outer call.
+void ServeInnerCall(const CallRecords &outer, int16_t selector) {
+    *gResult = kNoError;
+    if (selector == kSelectorAbout || outer.selector == kSelectorAbout)
+        RunSelectorGuarded(selector);
+    else
+        *gResult = kFilterBadParameters;
 }
 
 } // namespace
 
 extern "C" void PluginMain(int16_t selector, void *record, intptr_t *data, int16_t *result) {
     HostResult unwantedResult = kNoError;
-    StoreCallRecords(selector, record, data, result ? result : &unwantedResult);
-    *gResult = CreateSection();
-    PrepareProcess();
-    if (*gResult == kNoError)
-        RunSelectorGuarded(selector);
+    const CallRecords call = RecordsOfCall(selector, record, data, result ? result : &unwantedResult);
+    DWORD servingThread = 0;
+    const bool isOuter = gServingThread.compare_exchange_strong(servingThread, GetCurrentThreadId());
+    if (!isOuter && servingThread != GetCurrentThreadId()) {
+        *call.result = kFilterBadParameters;
+        return;
+    }
+    const CallRecords outer = SaveRecords();
+    SetRecords(call);
+    SetLastError(0);
+    if (isOuter)
+        ServeCall(selector);
     else
-        ReleaseRunServices();
-    if (*gResult != kNoError || selector == kSelectorAbout || selector == kSelectorFinish)
-        TearDown();
-    gResult = nullptr;
+        ServeInnerCall(outer, selector);
+    SetRecords(outer);
+    if (isOuter)
+        gServingThread = 0;
 }

@@ -4,6 +4,7 @@
 #include "plugin/HostServices.h"
 #include "plugin/parameters/PersistentBlock.h"
 #include "plugin/parameters/Scripting.h"
+#include "plugin/record/HostCall.h"
 #include "plugin/record/HostHandles.h"
 #include "plugin/record/HostRectangles.h"
 #include "plugin/record/PluginState.h"
@@ -51,6 +52,8 @@ HostResult Start() {
     RestorePersistentBlock();
     bool showDialog = true;
     if (const HostResult result = ReadScriptParameters(&showDialog))
+        return result;
+    if (const HostResult result = HostFailure())
         return result;
     return FilterImage(showDialog);
 }

@@ -2,6 +2,7 @@
 
 #include "engine/SystemThreads.h"
 #include "engine/table/LightSourceTable.h"
+#include "plugin/record/HostCall.h"
 #include "plugin/record/HostImage.h"
 #include "plugin/record/HostProgress.h"
 #include "plugin/record/PluginState.h"
@@ -66,11 +67,14 @@ IntRect TileAt(const ImageBuffer &image, int32_t number) {
 
 // `number` counts the tiles from 0; one step of the progress lies before the first.
 HostResult WriteDrawnTile(const ImageBuffer &image, int32_t number, int32_t progressTotal) {
-    ReportProgress(number + 1, progressTotal);
-    if (const HostResult result = WriteTile(image, TileAt(image, number)))
-        return result;
-    ReportProgress(number + 2, progressTotal);
-    return HasUserCancelled() ? kUserCanceledErr : kNoError;
+    HostResult result = ReportProgress(number + 1, progressTotal);
+    if (result == kNoError)
+        result = WriteTile(image, TileAt(image, number));
+    if (result == kNoError)
+        result = ReportProgress(number + 2, progressTotal);
+    if (result == kNoError && HasUserCancelled())
+        result = kUserCanceledErr;
+    return result == kNoError ? HostFailure() : result;
 }
 
 } // namespace
@@ -80,7 +84,8 @@ HostResult WriteDrawnTile(const ImageBuffer &image, int32_t number, int32_t prog
 HostResult RenderAndWriteTiles(const RenderSettings &settings, ImageBuffer *image) {
     const int32_t count = CountTiles(image->width) * CountTiles(image->height);
     ReportProgress(0, count + 1);
-    ReportProgress(1, count + 1);
+    if (const HostResult result = ReportProgress(1, count + 1))
+        return result;
     TileDrawing drawing{settings, image, RenderThreads(0), {}, false, {}, nullptr};
     BeginTile(TileAt(*image, 0), false, &drawing);
     for (int32_t number = 0; number < count; ++number) {

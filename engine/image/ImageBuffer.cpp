@@ -85,8 +85,14 @@ HostResult AllocateImageBuffer(int32_t imageMode, int32_t bytesPerSample, int32_
 
 void FreeImageBuffer(ImageBuffer *buffer) {
     CountedFree(buffer->pixels, static_cast<size_t>(buffer->pixelBytes));
-    CountedFree(buffer->mask, static_cast<size_t>(buffer->maskBytes));
+    FreeImageMask(buffer);
     *buffer = ImageBuffer{};
+}
+
+void FreeImageMask(ImageBuffer *buffer) {
+    CountedFree(buffer->mask, static_cast<size_t>(buffer->maskBytes));
+    buffer->mask = nullptr;
+    buffer->maskBytes = 0;
 }
 
 uint32_t ReadSample(const ImageBuffer &buffer, const uint8_t *plane, int64_t index) {

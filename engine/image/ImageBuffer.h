@@ -48,6 +48,8 @@ HostResult AllocateUnclearedImageBuffer(int32_t imageMode, int32_t bytesPerSampl
                                         bool *maskFailed);
 // Frees what the buffer owns and sets it to all zero. A zeroed buffer may be passed.
 void FreeImageBuffer(ImageBuffer *buffer);
+// Frees the mask alone.
+void FreeImageMask(ImageBuffer *buffer);
 
 inline int32_t PlaneCount(const ImageBuffer &b) {
     return b.colorPlanes + b.transparencyPlanes;

@@ -15,9 +15,11 @@ constexpr ParameterBlock MakeIdentityBlock() {
 
 constexpr ParameterBlock kIdentity = MakeIdentityBlock();
 
+// The switch of a foreign block may have any value.
 ParameterSet SetOfBlock(const ParameterBlock &block) {
     ParameterSet set;
     std::memcpy(&set, block.bytes, sizeof(set));
+    set.outputSpikesOnly = set.outputSpikesOnly != 0;
     return set;
 }
 

@@ -1,6 +1,7 @@
 #include "plugin/parameters/PersistentBlock.h"
 
 #include "plugin/parameters/ParameterAccessor.h"
+#include "plugin/record/HostCall.h"
 #include "plugin/record/PluginState.h"
 #include "render/ParameterSet.h"
 #include "storage/AppFolders.h"
@@ -22,7 +23,7 @@ struct BlockSuites {
 const void *AcquireSuite(const char *name, int32_t version) {
     const SPBasicSuite *basic = gFilterRecord->sSPBasic;
     const void *suite = nullptr;
-    if (!basic || !basic->AcquireSuite || basic->AcquireSuite(name, version, &suite) != 0)
+    if (!basic || !basic->AcquireSuite || CallHost(basic->AcquireSuite, name, version, &suite) != 0)
         return nullptr;
     return suite;
 }
@@ -30,7 +31,7 @@ const void *AcquireSuite(const char *name, int32_t version) {
 void ReleaseSuite(const void *suite, const char *name, int32_t version) {
     const SPBasicSuite *basic = gFilterRecord->sSPBasic;
     if (suite && basic && basic->ReleaseSuite)
-        basic->ReleaseSuite(name, version);
+        CallHost(basic->ReleaseSuite, name, version);
 }
 
 void ReleaseBlockSuites(const BlockSuites &suites) {
@@ -62,21 +63,21 @@ HostResult GetBlock(const ActionDescriptorSuite &actions, ActionDescriptor descr
     HostBoolean hasKey = 0;
     FourCharCode type = 0;
     int32_t length = 0;
-    if (const HostResult result = actions.HasKey(descriptor, kKeyBlock, &hasKey))
+    if (const HostResult result = CallHost(actions.HasKey, descriptor, kKeyBlock, &hasKey))
         return result;
     if (!hasKey)
         return kErrPlugInPropertyUndefined;
-    if (const HostResult result = actions.GetType(descriptor, kKeyBlock, &type))
+    if (const HostResult result = CallHost(actions.GetType, descriptor, kKeyBlock, &type))
         return result;
     if (type != kTypeRawData)
         return kErrPlugInPropertyUndefined;
-    if (const HostResult result = actions.GetDataLength(descriptor, kKeyBlock, &length))
+    if (const HostResult result = CallHost(actions.GetDataLength, descriptor, kKeyBlock, &length))
         return result;
     if (length < static_cast<int32_t>(sizeof(ParameterSet)) ||
         length > static_cast<int32_t>(kParameterBlockSize))
         return kErrPlugInPropertyUndefined;
     ParameterBlock found{};
-    if (const HostResult result = actions.GetData(descriptor, kKeyBlock, found.bytes))
+    if (const HostResult result = CallHost(actions.GetData, descriptor, kKeyBlock, found.bytes))
         return result;
     *block = found;
     return kNoError;
@@ -86,12 +87,12 @@ HostResult FetchBlock(const BlockSuites &suites, ParameterBlock *block) {
     if (!suites.registry->Get || !HasReadCalls(*suites.actions))
         return kErrPlugInHostInsufficient;
     ActionDescriptor descriptor = nullptr;
-    if (const HostResult result = suites.registry->Get(kScopeGuid, &descriptor))
+    if (const HostResult result = CallHost(suites.registry->Get, kScopeGuid, &descriptor))
         return result;
     if (!descriptor)
         return kErrPlugInPropertyUndefined;
     const HostResult result = GetBlock(*suites.actions, descriptor, block);
-    suites.actions->Free(descriptor);
+    CallHost(suites.actions->Free, descriptor);
     return result;
 }
 
@@ -130,12 +131,12 @@ bool RegisterBlock(const BlockSuites &suites, const ParameterBlock &block) {
     if (!suites.registry->Register || !actions.Make || !actions.Free || !actions.PutData)
         return false;
     ActionDescriptor descriptor = nullptr;
-    if (actions.Make(&descriptor) != kNoError || !descriptor)
+    if (CallHost(actions.Make, &descriptor) != kNoError || !descriptor)
         return false;
     const bool stored =
-        actions.PutData(descriptor, kKeyBlock, kParameterBlockSize, block.bytes) == kNoError &&
-        suites.registry->Register(kScopeGuid, descriptor, kPersistent) == kNoError;
-    actions.Free(descriptor);
+        CallHost(actions.PutData, descriptor, kKeyBlock, kParameterBlockSize, block.bytes) == kNoError &&
+        CallHost(suites.registry->Register, kScopeGuid, descriptor, kPersistent) == kNoError;
+    CallHost(actions.Free, descriptor);
     return stored;
 }
 

@@ -2,6 +2,7 @@
 
 #include "diag/ErrorReport.h"
 #include "plugin/interface/ScriptKeys.h"
+#include "plugin/record/HostCall.h"
 #include "plugin/record/PluginState.h"
 
 #include <algorithm>
@@ -77,9 +78,10 @@ bool GetNumber(const ScriptReader &reader, FourCharCode type, double *value) {
     FourCharCode unit = 0;
     if (type == kTypeUnitFloat)
         return reader.procs->getUnitFloatProc &&
-               reader.procs->getUnitFloatProc(reader.descriptor, &unit, value) == kNoError;
+               CallHost(reader.procs->getUnitFloatProc, reader.descriptor, &unit, value) == kNoError;
     if (type == kTypeFloat)
-        return reader.procs->getFloatProc && reader.procs->getFloatProc(reader.descriptor, value) == kNoError;
+        return reader.procs->getFloatProc &&
+               CallHost(reader.procs->getFloatProc, reader.descriptor, value) == kNoError;
     return false;
 }
 
@@ -94,7 +96,7 @@ bool ReadNumber(const ScriptReader &reader, FourCharCode key, FourCharCode type,
 bool ReadNumberOfPoints(const ScriptReader &reader, FourCharCode type, int16_t *field) {
     int32_t value = 0;
     if (type != kTypeInteger || !reader.procs->getIntegerProc ||
-        reader.procs->getIntegerProc(reader.descriptor, &value) != kNoError)
+        CallHost(reader.procs->getIntegerProc, reader.descriptor, &value) != kNoError)
         return false;
     *field = NarrowToField(value);
     return true;
@@ -103,7 +105,7 @@ bool ReadNumberOfPoints(const ScriptReader &reader, FourCharCode type, int16_t *
 bool ReadOutputSpikesOnly(const ScriptReader &reader, FourCharCode type, uint8_t *field) {
     HostBoolean value = 0;
     if (type != kTypeBoolean || !reader.procs->getBooleanProc ||
-        reader.procs->getBooleanProc(reader.descriptor, &value) != kNoError)
+        CallHost(reader.procs->getBooleanProc, reader.descriptor, &value) != kNoError)
         return false;
     *field = value != 0;
     return true;
@@ -113,7 +115,7 @@ bool ReadOutputSpikesOnly(const ScriptReader &reader, FourCharCode type, uint8_t
 bool ReadEffect(const ScriptReader &reader, FourCharCode type, uint32_t *field) {
     FourCharCode value = 0;
     if ((type != kTypeEnumerated && type != kTypeEffect) || !reader.procs->getEnumeratedProc ||
-        reader.procs->getEnumeratedProc(reader.descriptor, &value) != kNoError)
+        CallHost(reader.procs->getEnumeratedProc, reader.descriptor, &value) != kNoError)
         return false;
     *field = value;
     return true;
@@ -137,22 +139,23 @@ HostResult ReadDescriptorInto(const PIDescriptorParameters &script, ParameterSet
     *valuesFit = false;
     const ReadDescriptorProcs *procs = script.readDescriptorProcs;
     KeyArray wanted;
-    const ScriptReader reader = {procs, procs->openReadDescriptorProc(script.descriptor, wanted.keys)};
+    const ScriptReader reader = {procs,
+                                 CallHost(procs->openReadDescriptorProc, script.descriptor, wanted.keys)};
     if (!reader.descriptor)
         return kParamErr;
     *valuesFit = true;
     FourCharCode key = 0, type = 0;
     int32_t flags = 0;
-    for (int32_t i = 0; i < kMaxKeysRead && procs->getKeyProc(reader.descriptor, &key, &type, &flags) != 0;
-         ++i)
+    for (int32_t i = 0;
+         i < kMaxKeysRead && CallHost(procs->getKeyProc, reader.descriptor, &key, &type, &flags) != 0; ++i)
         *valuesFit = ReadKey(reader, key, type, set) && *valuesFit;
-    return procs->closeReadDescriptorProc(reader.descriptor);
+    return CallHost(procs->closeReadDescriptorProc, reader.descriptor);
 }
 
 void DisposeScript(PIDescriptorParameters *script) {
     const HandleProcs *handles = gFilterRecord->handleProcs;
     if (handles && handles->disposeProc)
-        handles->disposeProc(script->descriptor);
+        CallHost(handles->disposeProc, script->descriptor);
     script->descriptor = nullptr;
 }
 

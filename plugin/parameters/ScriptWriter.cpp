@@ -1,6 +1,7 @@
 #include "plugin/parameters/Scripting.h"
 
 #include "plugin/interface/ScriptKeys.h"
+#include "plugin/record/HostCall.h"
 #include "plugin/record/PluginState.h"
 
 namespace {
@@ -13,7 +14,7 @@ struct ScriptWriter {
 // A value that the host cannot take is missing from the record; the others are still worth having.
 void PutUnitFloat(const ScriptWriter &writer, FourCharCode key, FourCharCode unit, double value) {
     if (writer.procs->putUnitFloatProc)
-        writer.procs->putUnitFloatProc(writer.descriptor, key, unit, &value);
+        CallHost(writer.procs->putUnitFloatProc, writer.descriptor, key, unit, &value);
 }
 
 void PutPercent(const ScriptWriter &writer, FourCharCode key, int16_t value) {
@@ -22,15 +23,15 @@ void PutPercent(const ScriptWriter &writer, FourCharCode key, int16_t value) {
 
 void PutSet(const ScriptWriter &writer, const ParameterSet &set) {
     if (writer.procs->putBooleanProc)
-        writer.procs->putBooleanProc(writer.descriptor, kKeyOutputSpikesOnly, set.outputSpikesOnly);
+        CallHost(writer.procs->putBooleanProc, writer.descriptor, kKeyOutputSpikesOnly, set.outputSpikesOnly);
     if (writer.procs->putEnumeratedProc)
-        writer.procs->putEnumeratedProc(writer.descriptor, kKeyEffect, kTypeEffect, set.effectType);
+        CallHost(writer.procs->putEnumeratedProc, writer.descriptor, kKeyEffect, kTypeEffect, set.effectType);
     PutPercent(writer, kKeyThreshold, set.threshold);
     PutPercent(writer, kKeyIntensity, set.intensity);
     PutPercent(writer, kKeyLength, set.length);
     PutUnitFloat(writer, kKeyAngle, kUnitAngle, set.angle * 0.1);
     if (writer.procs->putIntegerProc)
-        writer.procs->putIntegerProc(writer.descriptor, kKeyNumberOfPoints, set.numberOfPoints);
+        CallHost(writer.procs->putIntegerProc, writer.descriptor, kKeyNumberOfPoints, set.numberOfPoints);
     PutPercent(writer, kKeySpikeSharpness, set.spikeSharpness);
     PutPercent(writer, kKeySaturation, set.colorSaturation);
     PutPercent(writer, kKeyRainbowIntensity, set.rainbowIntensity);
@@ -44,9 +45,9 @@ void PutSet(const ScriptWriter &writer, const ParameterSet &set) {
 void CloseInto(const ScriptWriter &writer, PIDescriptorParameters *script) {
     const HandleProcs *handles = gFilterRecord->handleProcs;
     if (script->descriptor && handles && handles->disposeProc)
-        handles->disposeProc(script->descriptor);
+        CallHost(handles->disposeProc, script->descriptor);
     HostHandle written = nullptr;
-    const HostResult closed = writer.procs->closeWriteDescriptorProc(writer.descriptor, &written);
+    const HostResult closed = CallHost(writer.procs->closeWriteDescriptorProc, writer.descriptor, &written);
     script->descriptor = closed == kNoError ? written : nullptr;
     script->recordInfo = kRecordDialogOptional;
 }
@@ -58,7 +59,7 @@ HostResult WriteScriptParameters() {
     const WriteDescriptorProcs *procs = script ? script->writeDescriptorProcs : nullptr;
     if (!procs || !procs->openWriteDescriptorProc || !procs->closeWriteDescriptorProc)
         return kNoError;
-    const ScriptWriter writer = {procs, procs->openWriteDescriptorProc()};
+    const ScriptWriter writer = {procs, CallHost(procs->openWriteDescriptorProc)};
     if (!writer.descriptor)
         return kErrMissingParameter;
     PutSet(writer, *gParameters);

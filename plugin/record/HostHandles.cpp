@@ -1,5 +1,6 @@
 #include "plugin/record/HostHandles.h"
 
+#include "plugin/record/HostCall.h"
 #include "plugin/record/PluginState.h"
 #include "render/ParameterSet.h"
 
@@ -9,6 +10,7 @@ namespace {
 
 constexpr int32_t kParametersHandleSize = sizeof(ParameterSet);
 constexpr int32_t kDataHandleSize = 1;
+constexpr HostBoolean kMoveHigh = 1;
 
 HostHandle ParametersHandle() {
     return gFilterRecord->parameters;
@@ -18,34 +20,26 @@ HostHandle DataHandle() {
     return gData ? reinterpret_cast<HostHandle>(*gData) : nullptr;
 }
 
-// A host without the size procedure is believed: it made the handle for this filter.
-bool IsHandleUsable(HostHandle handle, int32_t size) {
-    if (!handle)
-        return false;
-    const HandleProcs *procs = gFilterRecord->handleProcs;
-    return !procs || !procs->getSizeProc || procs->getSizeProc(handle) >= size;
-}
-
 HostHandle NewHandle(int32_t size) {
     const HandleProcs *procs = gFilterRecord->handleProcs;
-    return procs && procs->newProc ? procs->newProc(size) : nullptr;
+    return procs && procs->newProc ? CallHost(procs->newProc, size) : nullptr;
 }
 
 void DisposeHandle(HostHandle handle) {
     const HandleProcs *procs = gFilterRecord->handleProcs;
     if (handle && procs && procs->disposeProc)
-        procs->disposeProc(handle);
+        CallHost(procs->disposeProc, handle);
 }
 
 char *LockHandle(HostHandle handle) {
     const HandleProcs *procs = gFilterRecord->handleProcs;
-    return procs && procs->lockProc ? procs->lockProc(handle, 1) : nullptr;
+    return procs && procs->lockProc ? CallHost(procs->lockProc, handle, kMoveHigh) : nullptr;
 }
 
 void UnlockHandle(HostHandle handle) {
     const HandleProcs *procs = gFilterRecord->handleProcs;
     if (handle && procs && procs->unlockProc)
-        procs->unlockProc(handle);
+        CallHost(procs->unlockProc, handle);
 }
 
 // A handle of a foreign size may have moved here from another filter or an older version: it is replaced.
@@ -70,6 +64,18 @@ HostResult MakeDataHandle() {
 
 } // namespace
 
+// Hosts without the size procedure, and those whose procedure answers 0 for handles of their own, do not
+// know.
+bool IsHandleUsable(HostHandle handle, int32_t size) {
+    if (!handle)
+        return false;
+    const HandleProcs *procs = gFilterRecord->handleProcs;
+    if (!procs || !procs->getSizeProc)
+        return true;
+    const int32_t answer = CallHost(procs->getSizeProc, handle);
+    return answer <= 0 || answer >= size;
+}
+
 bool HaveBothHandles() {
     return IsHandleUsable(ParametersHandle(), kParametersHandleSize) &&
            IsHandleUsable(DataHandle(), kDataHandleSize);
@@ -78,6 +84,8 @@ bool HaveBothHandles() {
 HostResult LockHandles() {
     if (!HaveBothHandles())
         return kFilterBadParameters;
+    if (!gFilterRecord->handleProcs)
+        return kErrPlugInHostInsufficient;
     gParameters = reinterpret_cast<ParameterSet *>(LockHandle(ParametersHandle()));
     gDialogPending = reinterpret_cast<uint8_t *>(LockHandle(DataHandle()));
     return gParameters && gDialogPending ? kNoError : kMemFullErr;
@@ -93,6 +101,8 @@ void UnlockHandles() {
 }
 
 HostResult SetUpHandles() {
+    if (!gFilterRecord->handleProcs)
+        return kErrPlugInHostInsufficient;
     HostResult result = MakeParametersHandle();
     if (const HostResult dataResult = MakeDataHandle())
         result = dataResult;

@@ -1,6 +1,7 @@
 #include "plugin/record/HostImage.h"
 
 #include "diag/ErrorReport.h"
+#include "plugin/record/HostCall.h"
 #include "plugin/record/HostRectangles.h"
 #include "plugin/record/PluginState.h"
 
@@ -19,7 +20,7 @@ struct TileSize {
     int32_t width, height;
 };
 
-int32_t ColorPlanes() {
+int32_t ColorPlanesOfMode() {
     return IsGrayMode(gFilterRecord->imageMode) ? 1 : 3;
 }
 
@@ -53,11 +54,28 @@ bool HasInputCounts() {
            r.inInvertedLayerMasks != 0 || r.inNonLayerPlanes != 0;
 }
 
+// One channel or a layer mask of a colour image comes alone, and is filtered like a grey image. A host that
+// counts nothing at all means what the mode implies.
+int32_t ColorPlanes() {
+    const FilterRecord &r = *gFilterRecord;
+    const int32_t counted = r.inLayerPlanes > 0 ? r.inLayerPlanes : r.inNonLayerPlanes;
+    const int32_t offered = counted > 0 ? counted : r.planes;
+    return offered > 0 && offered < ColorPlanesOfMode() ? 1 : ColorPlanesOfMode();
+}
+
 // A host that fills in none of the counts still includes transparency in the number of planes.
 int32_t TransparencyPlanes() {
     if (HasInputCounts())
         return std::max<int32_t>(gFilterRecord->inTransparencyMask, 0);
-    return gFilterRecord->planes > ColorPlanes() ? 1 : 0;
+    return gFilterRecord->planes > ColorPlanesOfMode() ? 1 : 0;
+}
+
+// The host's mode, or the grey one of the same depth when not all of its colours are there.
+int32_t ImageMode() {
+    if (ColorPlanes() == ColorPlanesOfMode())
+        return gFilterRecord->imageMode;
+    const int32_t size = BytesPerSample();
+    return size == 1 ? kModeGray8 : size == 2 ? kModeGray16 : kModeGray32;
 }
 
 // A flat image counts its colours as non-layer planes, which is no extra plane.
@@ -67,12 +85,13 @@ bool HasUnsupportedPlanes() {
     return r.inLayerMasks > 0 || r.inInvertedLayerMasks > 0 || r.inNonLayerPlanes > ordinary;
 }
 
-// Protected transparency, for one, is read but never written.
-int32_t OutputPlanes() {
+// Protected transparency, for one, is read but never written. A host that counts nothing takes what was read.
+int32_t OutputPlanes(const ImageBuffer &image) {
     const FilterRecord &r = *gFilterRecord;
     const int32_t counted = int32_t{r.outLayerPlanes} + r.outTransparencyMask + r.outLayerMasks +
                             r.outInvertedLayerMasks + r.outNonLayerPlanes;
-    return counted > 0 ? counted : r.planes;
+    const int32_t offered = counted > 0 ? counted : r.planes;
+    return offered > 0 ? std::min(offered, PlaneCount(image)) : PlaneCount(image);
 }
 
 void ReportImage(uint32_t siteCode, const char *title, const char *text) {
@@ -102,7 +121,7 @@ TileSize HostTileSize() {
 
 HostResult Advance() {
     HostResult (*advance)() = gFilterRecord->advanceState;
-    return advance ? advance() : kErrPlugInHostInsufficient;
+    return advance ? CallHost(advance) : kErrPlugInHostInsufficient;
 }
 
 // What the host gave for a request of `width` × `height` samples: hosts exist whose advance succeeds without
@@ -123,10 +142,14 @@ PlaneRows RowsInPlane(const ImageBuffer &buffer, uint8_t *plane, int32_t bytesPe
     return {plane + (y * buffer.width + x) * bytesPerSample, int64_t{buffer.width} * bytesPerSample};
 }
 
-void CopyRows(uint8_t *to, int64_t toStride, const uint8_t *from, int64_t fromStride, int64_t rowBytes,
-              int32_t rows) {
-    for (int32_t row = 0; row < rows; ++row, to += toStride, from += fromStride)
-        std::memcpy(to, from, static_cast<size_t>(rowBytes));
+// The host's rows may lie where there is no memory.
+HostResult CopyRows(uint8_t *to, int64_t toStride, const uint8_t *from, int64_t fromStride, int64_t rowBytes,
+                    int32_t rows) {
+    RunGuarded([=]() mutable {
+        for (int32_t row = 0; row < rows; ++row, to += toStride, from += fromStride)
+            std::memcpy(to, from, static_cast<size_t>(rowBytes));
+    });
+    return HostFailure();
 }
 
 HostResult CopyTileIn(ImageBuffer *buffer, int32_t plane, const IntRect &tile) {
@@ -135,18 +158,21 @@ HostResult CopyTileIn(ImageBuffer *buffer, int32_t plane, const IntRect &tile) {
     if (!IsBufferUsable(data, gFilterRecord->inRowBytes, rowBytes))
         return kErrPlugInHostInsufficient;
     const PlaneRows to = RowsInPlane(*buffer, buffer->planes[plane], buffer->bytesPerSample, tile);
-    CopyRows(to.first, to.stride, data, gFilterRecord->inRowBytes, rowBytes, tile.bottom - tile.top);
-    return kNoError;
+    return CopyRows(to.first, to.stride, data, gFilterRecord->inRowBytes, rowBytes, tile.bottom - tile.top);
 }
 
+// Hosts speak of a mask and then have none: the run goes on without.
 HostResult CopyMaskIn(ImageBuffer *buffer, const IntRect &tile) {
     const int64_t rowBytes = tile.right - tile.left;
     const auto *data = static_cast<const uint8_t *>(gFilterRecord->maskData);
+    if (!data) {
+        FreeImageMask(buffer);
+        return kNoError;
+    }
     if (!IsBufferUsable(data, gFilterRecord->maskRowBytes, rowBytes))
         return kErrPlugInHostInsufficient;
     const PlaneRows to = RowsInPlane(*buffer, buffer->mask, 1, tile);
-    CopyRows(to.first, to.stride, data, gFilterRecord->maskRowBytes, rowBytes, tile.bottom - tile.top);
-    return kNoError;
+    return CopyRows(to.first, to.stride, data, gFilterRecord->maskRowBytes, rowBytes, tile.bottom - tile.top);
 }
 
 // The mask comes with the first plane only.
@@ -190,8 +216,8 @@ HostResult CopyTileOut(const ImageBuffer &image, int32_t plane, const IntRect &t
     if (!IsBufferUsable(data, gFilterRecord->outRowBytes, rowBytes))
         return kErrPlugInHostInsufficient;
     const PlaneRows from = RowsInPlane(image, image.planes[plane], image.bytesPerSample, tile);
-    CopyRows(data, gFilterRecord->outRowBytes, from.first, from.stride, rowBytes, tile.bottom - tile.top);
-    return kNoError;
+    return CopyRows(data, gFilterRecord->outRowBytes, from.first, from.stride, rowBytes,
+                    tile.bottom - tile.top);
 }
 
 HostResult WritePlane(const ImageBuffer &image, int32_t plane, const IntRect &tile) {
@@ -206,8 +232,8 @@ HostResult WritePlane(const ImageBuffer &image, int32_t plane, const IntRect &ti
 HostResult DescribeBuffer(const IntRect &area, bool wantMask, ImageBuffer *buffer) {
     bool maskFailed = false;
     const HostResult result =
-        AllocateUnclearedImageBuffer(gFilterRecord->imageMode, BytesPerSample(),
-                                     std::min(TransparencyPlanes(), 1), area, wantMask, buffer, &maskFailed);
+        AllocateUnclearedImageBuffer(ImageMode(), BytesPerSample(), std::min(TransparencyPlanes(), 1), area,
+                                     wantMask, buffer, &maskFailed);
     if (result != kNoError && maskFailed)
         ReportImage(331, kTitleExiting, "Could not allocate memory for an image mask.");
     else if (result != kNoError)
@@ -243,7 +269,7 @@ HostResult WriteTile(const ImageBuffer &image, const IntRect &tile) {
     RequestInput(kEmptyRect);
     RequestMask(kEmptyRect);
     RequestOutput(tile);
-    const int32_t planes = std::min(PlaneCount(image), OutputPlanes());
+    const int32_t planes = OutputPlanes(image);
     HostResult result = kNoError;
     for (int32_t plane = 0; plane < planes && result == kNoError; ++plane)
         result = WritePlane(image, plane, tile);

@@ -1,14 +1,16 @@
 #include "plugin/record/HostProgress.h"
 
+#include "plugin/record/HostCall.h"
 #include "plugin/record/PluginState.h"
 
-void ReportProgress(int32_t done, int32_t total) {
+HostResult ReportProgress(int32_t done, int32_t total) {
     void (*progressProc)(int32_t, int32_t) = gFilterRecord->progressProc;
     if (progressProc)
-        progressProc(done, total);
+        CallHost(progressProc, done, total);
+    return HostFailure();
 }
 
 bool HasUserCancelled() {
     HostBoolean (*abortProc)() = gFilterRecord->abortProc;
-    return abortProc && abortProc() != 0;
+    return abortProc && CallHost(abortProc) != 0;
 }

@@ -2,7 +2,10 @@
 // served all the same.
 #pragma once
 
+#include "diag/ResultCodes.h"
+
 #include <cstdint>
 
-void ReportProgress(int32_t done, int32_t total);
+// An error when the host itself broke down meanwhile.
+HostResult ReportProgress(int32_t done, int32_t total);
 bool HasUserCancelled();

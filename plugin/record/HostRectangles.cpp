@@ -14,6 +14,32 @@ HostRect ToHostRect(const IntRect &r) {
             static_cast<int16_t>(r.right)};
 }
 
+IntRect ShortFilterArea() {
+    const HostRect r = gFilterRecord->filterRect;
+    return {r.left, r.top, r.right, r.bottom};
+}
+
+IntRect LongFilterArea() {
+    const HostRect32 &r = gFilterRecord->bigDocumentData->filterRect32;
+    return {r.left, r.top, r.right, r.bottom};
+}
+
+// Hosts hand out a big-document record that they have not filled in. Which of the two forms they read is
+// anyone's guess, so they are asked in both.
+bool IsLongAreaMissing() {
+    return IsEmptyRect(LongFilterArea()) && !IsEmptyRect(ShortFilterArea());
+}
+
+// `shortRect` and `longRect` are the same request in the two forms.
+void Request(const IntRect &area, HostRect FilterRecord::*shortRect,
+             HostRect32 BigDocumentStruct::*longRect) {
+    const bool usesLong = Uses32BitCoordinates();
+    if (usesLong)
+        gFilterRecord->bigDocumentData->*longRect = ToHostRect32(area);
+    if (!usesLong || IsLongAreaMissing())
+        gFilterRecord->*shortRect = ToHostRect(area);
+}
+
 } // namespace
 
 bool Uses32BitCoordinates() {
@@ -22,33 +48,19 @@ bool Uses32BitCoordinates() {
 }
 
 IntRect FilterArea() {
-    if (Uses32BitCoordinates()) {
-        const HostRect32 &r = gFilterRecord->bigDocumentData->filterRect32;
-        return {r.left, r.top, r.right, r.bottom};
-    }
-    const HostRect r = gFilterRecord->filterRect;
-    return {r.left, r.top, r.right, r.bottom};
+    return Uses32BitCoordinates() && !IsLongAreaMissing() ? LongFilterArea() : ShortFilterArea();
 }
 
 void RequestInput(const IntRect &area) {
-    if (Uses32BitCoordinates())
-        gFilterRecord->bigDocumentData->inRect32 = ToHostRect32(area);
-    else
-        gFilterRecord->inRect = ToHostRect(area);
+    Request(area, &FilterRecord::inRect, &BigDocumentStruct::inRect32);
 }
 
 void RequestOutput(const IntRect &area) {
-    if (Uses32BitCoordinates())
-        gFilterRecord->bigDocumentData->outRect32 = ToHostRect32(area);
-    else
-        gFilterRecord->outRect = ToHostRect(area);
+    Request(area, &FilterRecord::outRect, &BigDocumentStruct::outRect32);
 }
 
 void RequestMask(const IntRect &area) {
-    if (Uses32BitCoordinates())
-        gFilterRecord->bigDocumentData->maskRect32 = ToHostRect32(area);
-    else
-        gFilterRecord->maskRect = ToHostRect(area);
+    Request(area, &FilterRecord::maskRect, &BigDocumentStruct::maskRect32);
 }
 
 void RequestNothing() {

@@ -25,7 +25,7 @@ struct Watch {
     std::atomic<bool> failLater;
     int64_t comInitializations;
     HRESULT comResult;
-    bool refuseSections;
+    bool refuseSections, refuseThreads;
     std::atomic<int64_t> events, enteredSection, closedHandle, deletedSection;
     DialogBoxFunction *openOtherDialog;
     int mainDialogs;
@@ -73,6 +73,8 @@ template <typename... Arguments, HANDLE(WINAPI *function)(Arguments...)> struct 
 
 uintptr_t WatchedBeginThread(void *security, unsigned stack, unsigned(WINAPI *start)(void *), void *argument,
                              unsigned flags, unsigned *id) {
+    if (gWatch.refuseThreads)
+        return 0;
     const uintptr_t handle = _beginthreadex(security, stack, start, argument, flags, id);
     gWatch.handles += handle != 0;
     return handle;
@@ -184,13 +186,13 @@ void ModuleFixture::SetUp() {
     gWatch.events = gWatch.enteredSection = gWatch.closedHandle = gWatch.deletedSection = 0;
     gWatch.comInitializations = 0;
     gWatch.comResult = S_OK;
-    gWatch.refuseSections = false;
+    gWatch.refuseSections = gWatch.refuseThreads = false;
     std::string why;
     ASSERT_TRUE(host::LoadFilterModule(ModulePath(), &module, &why)) << why;
     HookModule(module.module, &hooks);
     const auto keepBox = [this](const host::ShownBox &box) {
         boxes.push_back(box);
-        return IDOK;
+        return boxAnswer;
     };
     host::CatchBoxes(module.module, keepBox, true);
     gWatch.mainDialogs = 0;
@@ -260,6 +262,10 @@ void ModuleFixture::SetComResult(HRESULT result) {
 
 void ModuleFixture::RefuseCriticalSections(bool refuse) {
     gWatch.refuseSections = refuse;
+}
+
+void ModuleFixture::RefuseThreads() {
+    gWatch.refuseThreads = true;
 }
 
 ParameterSet ModuleFixture::SetInHandle() const {

@@ -51,6 +51,9 @@ protected:
     // InitializeCriticalSectionAndSpinCount fails from now on, or no longer.
     void RefuseCriticalSections(bool refuse);
 
+    // The system starts no thread for the module from now on.
+    void RefuseThreads();
+
     // The bytes of the parameters handle as a set, all zero without one.
     ParameterSet SetInHandle() const;
     // The dialog-pending byte, -1 without a data handle.
@@ -66,6 +69,7 @@ protected:
     host::FilterModule module;
     host::FilterHost filterHost;
     std::vector<host::ShownBox> boxes; // message boxes and dialogs, in order
+    INT_PTR boxAnswer = IDOK;
 
 private:
     void EndModuleRun();

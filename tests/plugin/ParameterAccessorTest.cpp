@@ -55,6 +55,8 @@ TEST_F(ParameterAccess, CommitTakesVersionAndFields) {
     set.version[3] = 9;
     set.threshold = 12;
     std::memcpy(block->bytes, &set, sizeof(set));
+    set.outputSpikesOnly = 1;
+    block->bytes[28] = 7;    // as a switch
     block->bytes[30] = 0xEE; // padding
     EXPECT_EQ(Access(kCommitBlock, block.get()), 1u);
     EXPECT_EQ(current, set);

@@ -52,7 +52,7 @@ TEST_F(SelectorCall, ParametersMakesBothHandlesAndAsksForTheDialog) {
 // refuse them.
 TEST_F(SelectorCall, HandlesOfTheRightSizeAreKeptAndOthersReplaced) {
     const auto bytes = [](size_t size) { return std::vector<uint8_t>(size, 0x7E); };
-    const std::pair<size_t, size_t> sizes[] = {{40, 1}, {8, 1}, {39, 1}, {0, 1}, {40, 0}};
+    const std::pair<size_t, size_t> sizes[] = {{40, 1}, {8, 1}, {39, 1}};
     for (const auto &[parametersSize, dataSize] : sizes) {
         SCOPED_TRACE(::testing::Message() << parametersSize << ' ' << dataSize);
         const bool isGood = parametersSize == 40 && dataSize == 1;
@@ -160,7 +160,9 @@ TEST_F(SelectorCall, NullArgumentsAreAnErrorAndNoCrash) {
         FilterRecord empty = {};
         result = 99;
         module.entry(selector, &empty, nullptr, &result);
-        EXPECT_EQ(result, selector == kSelectorContinue ? kNoError : kFilterBadParameters) << selector;
+        const int16_t results[] = {kErrPlugInHostInsufficient, kErrPlugInHostInsufficient,
+                                   kFilterBadParameters, kNoError, kFilterBadParameters};
+        EXPECT_EQ(result, results[selector - 1]) << selector;
         module.entry(selector, &empty, &data, nullptr);
         module.entry(selector, nullptr, nullptr, nullptr);
     }
@@ -181,7 +183,9 @@ TEST_F(SelectorCall, AboutShowsTheProductAndItsVersion) {
     for (const char *link : {"Help page", "Web site", "Support", "nexorvanta-software.example"})
         EXPECT_NE(boxes[0].text.find(link), std::string::npos) << link;
     ExpectCleanHost();
-    EXPECT_EQ(Run().code, kNoError); // the section is back, the log is not
+    EXPECT_EQ(Run().code, kNoError); // the section is back, and the log
+    EXPECT_TRUE(LogText().ends_with(".\n") && LogText().find("Log opened", 100) != std::string::npos)
+        << LogText();
     ExpectCleanHost();
 }
 
@@ -290,6 +294,8 @@ TEST_F(SelectorCall, FirstCallMakesFoldersAndOneLog) {
     EXPECT_EQ(LogText().rfind("Brillatrix Pro version 1.0.0.0 (64 bit Release) Log opened on ", 0), 0u)
         << LogText();
     EXPECT_EQ(Run().code, kNoError);
+    const size_t firstRun = LogText().size();
     EXPECT_EQ(Run().code, kNoError);
+    EXPECT_EQ(LogText().find("Brillatrix Pro version", firstRun), firstRun); // each run is logged
     EXPECT_FALSE(Exists(folder / "user\\Nexorvanta\\Brillatrix\\Logs\\Brillatrix Pro_01.log"));
 }

@@ -1,0 +1,180 @@
+// Hosts that leave things out, count wrongly, move their tables or call at odd times: the picture is the
+// usual one, and where there can be none the host is told.
+#include "engine/image/ImageBuffer.h"
+#include "tests/plugin/ModuleFixture.h"
+#include "tests/plugin/NightDocument.h"
+
+#include <cstring>
+#include <functional>
+#include <thread>
+#include <windows.h>
+
+namespace {
+
+class OddHost : public ModuleFixture {
+protected:
+    // A run on a fresh host, on a picture whose lights all are wanted.
+    host::RunResult RunOn(const host::Document &document) {
+        host::CloseHost(filterHost);
+        boxes.clear();
+        filterHost.document = document;
+        filterHost.script = ScriptOf(kDefaultParameters);
+        return Run();
+    }
+    host::Document night = MakeNight({});
+};
+
+void EmptyPlaneCounts(FilterRecord &r) {
+    r.planes = r.outLayerPlanes = r.outTransparencyMask = r.outNonLayerPlanes = 0;
+}
+
+} // namespace
+
+TEST_F(OddHost, WhatItLeavesOutOrGetsWrongChangesNothing) {
+    static FilterRecord *record;
+    static HostResult (*advance)();
+    static BigDocumentStruct unfilled;
+    static SPBasicSuite tables[2];
+    const std::pair<const char *, void (*)(FilterRecord &)> cases[] = {
+        {"handles whose size it does not know",
+         [](FilterRecord &r) { r.handleProcs->getSizeProc = [](HostHandle) { return 0; }; }},
+        {"a mask without data",
+         [](FilterRecord &r) {
+             record = &r;
+             advance = r.advanceState;
+             r.advanceState = []() -> HostResult {
+                 const HostResult result = advance();
+                 record->maskData = nullptr;
+                 return result;
+             };
+         }},
+        {"a long filter rectangle not filled in",
+         [](FilterRecord &r) { r.bigDocumentData->filterRect32 = {}; }},
+        {"a big-document record that it never looks at",
+         [](FilterRecord &r) { (unfilled = {}, r.bigDocumentData = &unfilled); }},
+        {"output planes not counted", EmptyPlaneCounts},
+        {"no planes counted",
+         [](FilterRecord &r) { (EmptyPlaneCounts(r), r.inLayerPlanes = r.inNonLayerPlanes = 0); }},
+        {"a basic suite that moves", [](FilterRecord &r) {
+             static bool second;
+             SPBasicSuite &table = tables[second = !second];
+             table = *r.sSPBasic;
+             tables[!second] = {};
+             r.sSPBasic = &table;
+         }}};
+    const host::Document expected = FilteredNight(night, kDefaultParameters);
+    host::Document masked = night;
+    masked.mask.assign(240 * 180, 0);
+    for (const auto &[what, meddle] : cases) {
+        SCOPED_TRACE(what);
+        filterHost.settings.adjustRecord = [&](int16_t, FilterRecord &r) { meddle(r); };
+        EXPECT_EQ(RunOn(what == cases[1].first ? masked : night).code, kNoError);
+        EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
+        EXPECT_TRUE(boxes.empty());
+        ExpectCleanHost();
+    }
+    filterHost.settings.adjustRecord = nullptr;
+    SetComResult(RPC_E_CHANGED_MODE); // COM is there, and not ours to end
+    EXPECT_EQ(RunOn(night).code, kNoError);
+    EXPECT_EQ(host::CallAbout(filterHost), kNoError);
+    ExpectCleanHost();
+}
+
+TEST_F(OddHost, OnePlaneOfAColourImageIsFilteredLikeAGreyOne) {
+    for (const int32_t depth : {8, 16, 32}) {
+        const host::Document grey = MakeNight({.depth = depth, .colourPlanes = 1});
+        filterHost.settings.imageMode = static_cast<int16_t>(depth == 8    ? kModeRgb8
+                                                             : depth == 16 ? kModeRgb16
+                                                                           : kModeRgb32);
+        EXPECT_EQ(RunOn(grey).code, kNoError);
+        EXPECT_EQ(DifferentSamples(filterHost.document, FilteredNight(grey, kDefaultParameters)), 0) << depth;
+        ExpectCleanHost();
+    }
+}
+
+// A host that shows a progress bar pumps messages meanwhile, and its menu has About in it, or another run.
+TEST_F(OddHost, MayCallFromInsideACall) {
+    const host::Document expected = FilteredNight(night, kDefaultParameters);
+    const auto callInside = [this] {
+        AboutRecord about = {};
+        FilterRecord record = {};
+        intptr_t data = 0;
+        int16_t result = 99;
+        boxAnswer = boxAnswer == IDOK ? -1 : IDOK; // every second one cannot be opened
+        module.entry(kSelectorAbout, &about, &data, &result);
+        EXPECT_EQ(result, boxAnswer == IDOK ? kNoError : kUserCanceledErr);
+        for (const int16_t selector : {kSelectorParameters, kSelectorStart, kSelectorFinish}) {
+            module.entry(selector, &record, &data, &result);
+            EXPECT_EQ(result, kFilterBadParameters);
+        }
+        std::thread([&] { module.entry(kSelectorAbout, &about, &data, &result); }).join();
+        EXPECT_EQ(result, kFilterBadParameters);
+    };
+    filterHost.settings.onProgress = [&](int32_t, int32_t) { callInside(); };
+    filterHost.settings.isCancelled = [&] { return (callInside(), false); };
+    EXPECT_EQ(RunOn(night).code, kNoError);
+    EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
+    EXPECT_FALSE(boxes.empty());
+    EXPECT_EQ(LogText().find("Log opened", 100), std::string::npos);
+    ExpectCleanHost();
+    EXPECT_EQ(Held(), (HeldObjects{0, 0, 0, 0}));
+
+    filterHost.settings.onProgress = nullptr;
+    filterHost.settings.isCancelled = nullptr;
+    filterHost.document = night;
+    boxAnswer = IDOK;
+    host::CatchBoxes(module.module, [this](const host::ShownBox &) { return (Run(), IDOK); });
+    int16_t result = 99;
+    AboutRecord about = {};
+    module.entry(kSelectorAbout, &about, nullptr, &result);
+    EXPECT_EQ(result, kNoError);
+    EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
+    EXPECT_EQ(Held(), (HeldObjects{0, 0, 0, 0}));
+}
+
+TEST_F(OddHost, BoxesFollowTheThreadOfTheRunAndWhatItMayShow) {
+    const auto runFailing = [this](int16_t playInfo) {
+        filterHost.settings.playInfo = playInfo;
+        filterHost.settings.failures["advanceState"] = {.nth = 1, .code = kMemFullErr};
+        RunOn(night);
+        EXPECT_NE(LogText().rfind("Line 360: User Message"), std::string::npos);
+        host::CloseHost(filterHost);
+        return boxes.size();
+    };
+    EXPECT_EQ(runFailing(kPlayDontDisplay), 1u);
+    size_t shown = 99;
+    std::thread([&] { shown = runFailing(kPlayDontDisplay); }).join();
+    EXPECT_EQ(shown, 1u);
+    EXPECT_EQ(runFailing(kPlaySilent), 0u);
+    EXPECT_EQ(runFailing(kPlayDontDisplay), 1u);
+}
+
+// A call without a record and an About that fails end the run: what Prepare took is given back.
+TEST_F(OddHost, MayEndARunByACallThatFails) {
+    for (const bool byAbout : {false, true}) {
+        Open();
+        EXPECT_EQ(host::CallSelector(filterHost, kSelectorParameters), kNoError);
+        EXPECT_EQ(host::CallSelector(filterHost, kSelectorPrepare), kNoError);
+        EXPECT_EQ(Held().comInitializations, 1);
+        int16_t result = 99;
+        intptr_t data = host::DataWord(filterHost);
+        boxAnswer = -1;
+        if (byAbout)
+            result = host::CallAbout(filterHost);
+        else
+            module.entry(kSelectorStart, nullptr, &data, &result);
+        EXPECT_EQ(result, byAbout ? kUserCanceledErr : kFilterBadParameters);
+        filterHost.log.violations.clear(); // the host knows nothing of the call without a record
+        ExpectCleanHost();
+        host::CloseHost(filterHost);
+    }
+}
+
+// Without the task there is no table, and a dialog would only wait for it.
+TEST_F(OddHost, NoDialogOpensWhenTheSearchForLightsCannotStart) {
+    RefuseThreads();
+    filterHost.settings.playInfo = kPlayDisplay;
+    EXPECT_EQ(RunOn(night).code, kErrMissingParameter);
+    EXPECT_EQ(MainDialogs(), 0);
+    ExpectCleanHost();
+}
