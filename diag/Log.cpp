@@ -226,8 +226,7 @@ void OpenLog(NativeWindow ownerWindow, uint32_t ownerThreadId) {
     if (gLogState.setUpDone)
         return;
     gLogState.setUpDone = true;
-    gLogState.ownerWindow = static_cast<HWND>(ownerWindow);
-    gLogState.ownerThread = ownerThreadId;
+    SetReportOwner(ownerWindow, ownerThreadId);
     FormTraceSetupPath();
     if (const HANDLE file = MakeLogFile())
         UseLogFile(file);
@@ -254,6 +253,11 @@ void CloseLog() {
     char now[kLongTimeCapacity];
     FormatLocalTime(now, sizeof now, kLongTimeFormat);
     WriteLastLine("\n%s Log closed %s.\n", kLogName, now);
+}
+
+void SetReportOwner(NativeWindow window, uint32_t threadId) {
+    gLogState.ownerThread = threadId;
+    SetReportOwnerWindow(window);
 }
 
 NativeWindow SetReportOwnerWindow(NativeWindow window) {

@@ -25,6 +25,9 @@ void ContinueLog();
 void WriteLogLine(const char *format, ...) BX_PRINTF(1, 2);
 void CloseLog();
 
+// Both change when the host calls from elsewhere. Thread 0: no message box is shown. The calling thread must
+// be the only one that shows any.
+void SetReportOwner(NativeWindow window, uint32_t threadId);
 // The window that message boxes belong to; returns the previous one. Owner thread.
 NativeWindow SetReportOwnerWindow(NativeWindow window);
 bool IsReportOwnerThread();
