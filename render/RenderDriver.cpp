@@ -182,7 +182,7 @@ bool DrawEffect(RenderJob *job, const WorkerThreads &threads) {
     const int32_t given = NeedColors(std::clamp(threads.count, 1, kMaxBandWorkers));
     if (given == 0) {
         ReportLowMemory();
-        return true;
+        return false;
     }
     DrawBands(job, {given, threads.start, threads.join});
     return flaresReady && job->abort.load(std::memory_order_relaxed) == 0;

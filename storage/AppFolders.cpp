@@ -135,11 +135,11 @@ bool InitProductCommonFolder(const char *fullName) {
 }
 
 bool InitCommonFolders(const char *fullName) {
-    const bool found = GetCommonDataFolder(kCommonDataName, gCommonDataFolder, sizeof gCommonDataFolder);
-    if (!found)
-        ReportError(DebugReport(kSiteCommonFolder), kStopIcon, kTitleUnexpected,
-                    "GetCommonDataFolder() failed to initialize the common data directory.");
-    return InitProductCommonFolder(fullName) && found;
+    if (GetCommonDataFolder(kCommonDataName, gCommonDataFolder, sizeof gCommonDataFolder))
+        return InitProductCommonFolder(fullName);
+    ReportError(DebugReport(kSiteCommonFolder), kStopIcon, kTitleUnexpected,
+                "GetCommonDataFolder() failed to initialize the common data directory.");
+    return false;
 }
 
 } // namespace

@@ -49,7 +49,7 @@ void BlendPixel(uint32_t mode, const Tint &source, WorkingPixel *pixel) {
     case kBlendAdd:
         return BlendAdd(source, pixel);
     default:
-        ReportError({kUnknownModeSite, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+        ReportError({kUnknownModeSite, kUserMessage, 0}, kStopIcon, kTitleUnexpected,
                     "Blending mode not implemented.");
     }
 }

@@ -120,7 +120,7 @@ TEST(ProxyUpdateTask, AChangeWhileTheSurroundingsRenderStartsQuietlyToo) {
             return std::any_of(run.messages.begin(), run.messages.end(),
                                [](const SentMessage &m) { return m.wParam > 3 && m.lParam == 2; });
         }));
-        EXPECT_FALSE(IsRegionFilled(gProxyUpdate.InvalidateDisplayRegion));
+        EXPECT_FALSE(IsRegionFilled(gProxies.InvalidateDisplayRegion));
     }
 }
 
@@ -261,8 +261,8 @@ TEST(ProxyUpdateTask, FailingCreationsAreReportedAndOnlyTheThreadsAndTheImagesAr
         {"CreateRectRgn", 2, 657, "Could not create ValidHostProxyRegion."},
         {"SetRectRgn", 1, 660, "Could not set empty rectangle into ValidHostProxyRegion."},
         {"SetRectRgn", 2, 664, "Could not set HostProxyImage rectangle into ValidHostProxyRegion."},
-        {"CreateRectRgn", 3, 388, "Could not create InvalidateDisplayRegion."},
-        {"CreateRectRgn", 4, 383, "Could not create WorkRegion."},
+        {"CreateRectRgn", 3, 383, "Could not create WorkRegion."},
+        {"CreateRectRgn", 4, 388, "Could not create InvalidateDisplayRegion."},
         {"CreateRectRgn", 5, 393, "Could not create ValidScaledProxyRegion."},
         {"CreateRectRgn", 6, 398, "Could not create InvalidWorkRegion."},
         {"CreateRectRgn", 7, 403, "Could not create TempRegion."},

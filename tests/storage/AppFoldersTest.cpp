@@ -71,13 +71,13 @@ TEST_F(AppFolders, AFolderThatTheShellRefusesStaysEmptyAndTheOthersAreSet) {
     EXPECT_STREQ(gLogFolderPath, "");
     EXPECT_STRNE(gProductCommonFolder, "");
 
-    gCommonDataFolder[0] = '\0';
+    gCommonDataFolder[0] = gProductCommonFolder[0] = '\0';
     gShellFolders = {folder / "Local", "", S_FALSE, -1};
     EXPECT_FALSE(InitAppFolders("Brillatrix", "Brillatrix Pro"));
     EXPECT_EQ(Messages(), (Strings{"SHGetFolderPath failed with GetFolderResult = '1' and  Last Error = '5'",
                                    "GetCommonDataFolder() failed to initialize the common data directory."}));
     EXPECT_TRUE(Exists(gLogFolder));
-    EXPECT_STREQ(gProductCommonFolder, "\\Brillatrix Pro");
+    EXPECT_STREQ(gProductCommonFolder, ""); // not one in the root of the drive
 }
 
 // A user called "\u0100lpha" where the code page makes "Alpha" of it, and "\u65E5" of which it makes "?": the

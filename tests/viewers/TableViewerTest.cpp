@@ -255,8 +255,13 @@ TEST_F(TableViewerTest, EveryFailureOfACopyIsReportedAndGivesItsBlockBack) {
             EXPECT_EQ(report.title, "Debug:  Unexpected Error");
             EXPECT_EQ(report.messageBoxFlags, kStopIcon);
         }
-        // The selection's own memory: the indices, then the text.
-        for (int64_t n = 1; n <= 2; ++n) {
+        // The selection's own memory: the indices, then the text, then room for its end: with 17 items of
+        // 4096 bytes the text is full.
+        SendMessageA(list, LB_RESETCONTENT, 0, 0);
+        for (int i = 0; i < 17; ++i)
+            SendMessageA(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(std::string(4094, 'x').c_str()));
+        TypeCtrl(list, kCtrlA);
+        for (int64_t n = 1; n <= 3; ++n) {
             FailAllocation(n, false);
             TypeCtrl(list, kCtrlC);
             FailAllocation(0, false);

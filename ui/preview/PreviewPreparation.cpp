@@ -24,8 +24,12 @@ constexpr RegionStep kLimitToEffect{850,
                                     "Could not combine ValidScaledProxyRegion with ValidEffectProxyRegion."};
 constexpr RegionStep kLimitToScaledEffect{
     858, "Could not combine ValidScaledProxyRegion with ValidScaledEffectProxyRegion."};
+constexpr RegionStep kLimitToHost{853, "Could not combine ValidScaledProxyRegion with ValidHostProxyRegion."};
+constexpr RegionStep kLimitToScaledHost{
+    861, "Could not combine ValidScaledProxyRegion with ValidScaledHostProxyRegion."};
 constexpr RegionStep kSetFresh{862, "Could not set rectangle into FreshRegion."};
 constexpr RegionStep kLimitFresh{865, "Could not combine FreshRegion with TempRegion."};
+constexpr RegionStep kFindStale{868, "Could not combine TempRegion with ValidScaledProxyRegion."};
 constexpr uint32_t kSiteStore = 870;
 
 // What the scaled proxy may take, so that with a copy of itself while its window moves, and with the effect
@@ -105,11 +109,12 @@ void RestrictToLayer(const PreviewRequest &request, double renderingZoom) {
     const HRGN layer = request.previewOn ? gProxies.ValidEffectProxyRegion : gProxies.ValidHostProxyRegion;
     const HRGN scaled = gProxies.ValidScaledProxyRegion;
     if (renderingZoom == kFullZoom) {
-        CombineRegions(scaled, scaled, layer, RGN_AND, kLimitToEffect);
+        CombineRegions(scaled, scaled, layer, RGN_AND, request.previewOn ? kLimitToEffect : kLimitToHost);
         return;
     }
     HRGN scaledLayer = ScaleRegion(layer, renderingZoom);
-    CombineRegions(scaled, scaled, scaledLayer, RGN_AND, kLimitToScaledEffect);
+    CombineRegions(scaled, scaled, scaledLayer, RGN_AND,
+                   request.previewOn ? kLimitToScaledEffect : kLimitToScaledHost);
     DeleteRegion(&scaledLayer);
 }
 
@@ -134,7 +139,7 @@ void UpdateFresh(const PreviewRequest &request) {
     SetRegionRect(gProxies.TempRegion, gProxies.window, kSetTemp);
     CombineRegions(gProxies.FreshRegion, gProxies.FreshRegion, gProxies.TempRegion, RGN_AND, kLimitFresh);
     CombineRegions(gProxies.TempRegion, gProxies.ScaledProxyRegion, gProxies.ValidScaledProxyRegion, RGN_DIFF,
-                   kLimitTemp);
+                   kFindStale);
     HRGN stale = request.zoom < kFullZoom ? ScaleRegion(gProxies.TempRegion, request.zoom) : nullptr;
     CombineRegions(gProxies.FreshRegion, gProxies.FreshRegion, stale ? stale : gProxies.TempRegion, RGN_DIFF,
                    kLimitFresh);

@@ -9,6 +9,7 @@ PreviewProxies gProxies;
 namespace {
 
 constexpr RegionStep kCreateWork{383, "Could not create WorkRegion."};
+constexpr RegionStep kCreateInvalidateDisplay{388, "Could not create InvalidateDisplayRegion."};
 constexpr RegionStep kCreateValidScaled{393, "Could not create ValidScaledProxyRegion."};
 constexpr RegionStep kCreateInvalidWork{398, "Could not create InvalidWorkRegion."};
 constexpr RegionStep kCreateTemp{403, "Could not create TempRegion."};
@@ -32,6 +33,7 @@ void CutRect(HRGN region, const IntRect &rect, const RegionStep &step) {
 
 void CreateProxyRegions() {
     gProxies.WorkRegion = CreateRegion(kCreateWork);
+    gProxies.InvalidateDisplayRegion = CreateRegion(kCreateInvalidateDisplay);
     gProxies.ValidScaledProxyRegion = CreateRegion(kCreateValidScaled);
     gProxies.InvalidWorkRegion = CreateRegion(kCreateInvalidWork);
     gProxies.TempRegion = CreateRegion(kCreateTemp);
@@ -78,8 +80,9 @@ void CreatePreviewProxies() {
 }
 
 void DeletePreviewRegions() {
-    for (HRGN *region : {&gProxies.WorkRegion, &gProxies.ValidScaledProxyRegion, &gProxies.InvalidWorkRegion,
-                         &gProxies.TempRegion, &gProxies.ScaledProxyRegion, &gProxies.FreshRegion})
+    for (HRGN *region : {&gProxies.WorkRegion, &gProxies.InvalidateDisplayRegion,
+                         &gProxies.ValidScaledProxyRegion, &gProxies.InvalidWorkRegion, &gProxies.TempRegion,
+                         &gProxies.ScaledProxyRegion, &gProxies.FreshRegion})
         DeleteRegion(region);
 }
 

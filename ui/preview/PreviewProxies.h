@@ -20,14 +20,15 @@ struct PreviewProxies {
     ImageBuffer EffectProxyImage; // of the same form; its pixels are the task's only
     PixelStore scaledProxy;       // written by the task under the lock, so the task reads it without
 
-    HRGN ValidHostProxyRegion;   // document
-    HRGN ValidEffectProxyRegion; // document; part of the one above
-    HRGN ScaledProxyRegion;      // rendered: the window that the scaled proxy is kept for
-    HRGN ValidScaledProxyRegion; // rendered; in the window, and in what is valid of the layer shown
-    HRGN FreshRegion;            // scaled: pixels of the scaled proxy that show the valid ones above
-    HRGN WorkRegion;             // what of a tile is still to be done; task only
-    HRGN InvalidWorkRegion;      // the part of it whose effect must be rendered, document; task only
-    HRGN TempRegion;             // scratch of whoever holds the lock
+    HRGN ValidHostProxyRegion;    // document
+    HRGN ValidEffectProxyRegion;  // document; part of the one above
+    HRGN ScaledProxyRegion;       // rendered: the window that the scaled proxy is kept for
+    HRGN ValidScaledProxyRegion;  // rendered; in the window, and in what is valid of the layer shown
+    HRGN FreshRegion;             // scaled: pixels of the scaled proxy that show the valid ones above
+    HRGN WorkRegion;              // what of a tile is still to be done; task only
+    HRGN InvalidWorkRegion;       // the part of it whose effect must be rendered, document; task only
+    HRGN InvalidateDisplayRegion; // client pixels to repaint at the next flush; task only
+    HRGN TempRegion;              // scratch of whoever holds the lock
 
     TileBitmap tileBitmap;
 

@@ -14,6 +14,7 @@
 namespace {
 
 constexpr RegionStep kSetTile{905, "Could not set rectangle into TempRegion."};
+constexpr RegionStep kSetInvalid{906, "Could not set rectangle into InvalidWorkRegion."};
 constexpr RegionStep kFindFresh{908, "Could not combine WorkRegion and TempRegion."};
 constexpr RegionStep kFindEffect{911, "Could not combine WorkRegion and ValidEffectProxyRegion."};
 constexpr RegionStep kFindHost{914, "Could not combine WorkRegion and ValidHostProxyRegion."};
@@ -102,7 +103,7 @@ void MergePieces(TileWork *work) {
     const IntRect box = RegionBox(gProxies.InvalidWorkRegion);
     InvalidateEffect(box);
     gProxies.lightSourcesOf = gProxies.effectChanges; // no source has changed
-    SetRegionRect(gProxies.InvalidWorkRegion, box, kSetTile);
+    SetRegionRect(gProxies.InvalidWorkRegion, box, kSetInvalid);
     FreeRegionRects(&work->missing);
     GetRegionRects(gProxies.InvalidWorkRegion, &work->missing);
 }

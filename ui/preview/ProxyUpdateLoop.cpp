@@ -40,7 +40,7 @@ bool IsViewNew(const Serving &serving) {
 }
 
 void Flush(const Serving &serving) {
-    const HRGN region = gProxyUpdate.InvalidateDisplayRegion;
+    const HRGN region = gProxies.InvalidateDisplayRegion;
     if (IsViewNew(serving)) {
         InvalidateRect(gProxyUpdate.display, nullptr, FALSE);
         gProxyUpdate.flushedZoom = gProxyUpdate.working.zoom;
@@ -58,7 +58,7 @@ Serving BeginServing() {
     serving.visible = VisibleImage(request);
     serving.total = CountTiles(serving.visible, PreviewTileSize(request.zoom, serving.visible));
     serving.isQuiet = true;
-    if (!IsRegionFilled(gProxyUpdate.InvalidateDisplayRegion))
+    if (!IsRegionFilled(gProxies.InvalidateDisplayRegion))
         gProxyUpdate.quietSince = request.requestTime;
     PreparePreview(request);
     return serving;
@@ -72,7 +72,7 @@ void AddToDisplayRegion(const Serving &serving, const IntRect &tile) {
         return;
     if (SetRegionRect(gProxies.TempRegion, {tile.left + dx, tile.top + dy, tile.right + dx, tile.bottom + dy},
                       kSetTile))
-        CombineRegions(gProxyUpdate.InvalidateDisplayRegion, gProxyUpdate.InvalidateDisplayRegion,
+        CombineRegions(gProxies.InvalidateDisplayRegion, gProxies.InvalidateDisplayRegion,
                        gProxies.TempRegion, RGN_OR, kAddTile);
     UnlockPreview();
 }

@@ -25,10 +25,9 @@ struct ProxyUpdateTask {
 
     // The task's own.
     PreviewRequest working;
-    HRGN InvalidateDisplayRegion; // client pixels to repaint at the next flush
-    double flushedZoom;           // of the last flush; 0: none yet
-    IntRect flushedView;          // likewise, the scaled plane behind the display
-    uint32_t quietSince;          // GetTickCount of the first request whose tiles wait for a flush
+    double flushedZoom;  // of the last flush; 0: none yet
+    IntRect flushedView; // likewise, the scaled plane behind the display
+    uint32_t quietSince; // GetTickCount of the first request whose tiles wait for a flush
 };
 
 extern ProxyUpdateTask gProxyUpdate;

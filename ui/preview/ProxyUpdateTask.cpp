@@ -14,7 +14,6 @@ namespace {
 
 constexpr uint32_t kSiteParametersEvent = 344, kSiteTerminateEvent = 350, kSiteExitEvent = 356,
                    kSiteMutex = 362, kSiteThread = 475;
-constexpr RegionStep kCreateInvalidateDisplay{388, "Could not create InvalidateDisplayRegion."};
 
 constexpr DWORD kTableWaitSlice = 50; // milliseconds
 constexpr uint32_t kPreviewFloor = 65535;
@@ -40,7 +39,6 @@ void CreateTaskObjects() {
     gProxyUpdate.NewRenderingParametersMutex = CreateMutexA(nullptr, FALSE, nullptr);
     if (!gProxyUpdate.NewRenderingParametersMutex)
         ReportSystemError(kSiteMutex, "Could not create NewRenderingParametersMutex.");
-    gProxyUpdate.InvalidateDisplayRegion = CreateRegion(kCreateInvalidateDisplay);
 }
 
 void CloseAndForget(HANDLE *handle) {
@@ -106,7 +104,6 @@ void ReleaseEverything() {
     CloseAndForget(&gProxyUpdate.ParametersAvailableEvent);
     CloseAndForget(&gProxyUpdate.ProxyUpdateTerminateEvent);
     CloseAndForget(&gProxyUpdate.ProxyUpdateTaskExitEvent);
-    DeleteRegion(&gProxyUpdate.InvalidateDisplayRegion);
     DeletePreviewRegions();
     DeleteTileBitmap(&gProxies.tileBitmap);
     CloseAndForget(&gProxyUpdate.NewRenderingParametersMutex);

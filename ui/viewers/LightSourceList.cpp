@@ -35,23 +35,26 @@ void FreeSelectionText(SelectionText *selection) {
     *selection = SelectionText{};
 }
 
+void ReportNoMemory() {
+    ReportError({kSiteGather, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                "Could not allocate memory for the selection.");
+}
+
+// False, reported, when memory ran out.
 bool AppendText(const char *text, size_t length, SelectionText *selection) {
     if (selection->allocated - selection->length < length) {
         const size_t grown = selection->allocated * 2 + length + kGrowth;
         void *moved = CountedRealloc(selection->text, selection->allocated, grown);
-        if (!moved)
+        if (!moved) {
+            ReportNoMemory();
             return false;
+        }
         selection->text = static_cast<char *>(moved);
         selection->allocated = grown;
     }
     memcpy(selection->text + selection->length, text, length);
     selection->length += length;
     return true;
-}
-
-void ReportNoMemory() {
-    ReportError({kSiteGather, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
-                "Could not allocate memory for the selection.");
 }
 
 // Asks the list box itself, past its subclasses: they cost far more than the answer, and there may be tens of
@@ -77,10 +80,8 @@ bool GatherItems(HWND list, const int *items, int count, SelectionText *selectio
             break;
         item[length] = '\r';
         item[length + 1] = '\n';
-        if (!AppendText(item, static_cast<size_t>(length) + 2, selection)) {
-            ReportNoMemory();
+        if (!AppendText(item, static_cast<size_t>(length) + 2, selection))
             return false;
-        }
     }
     return AppendText("", 1, selection);
 }
