@@ -2,6 +2,7 @@
 
 #include "diag/ErrorReport.h"
 #include "engine/TableBuild.h"
+#include "engine/detect/BandOrder.h"
 
 #include <windows.h>
 
@@ -68,7 +69,7 @@ void CloseTerminationEvent(WorkerContext *worker) {
 
 unsigned __stdcall AnalyzeSection(void *argument) {
     auto *worker = static_cast<WorkerContext *>(argument);
-    ScanBand(worker);
+    ScanBandAhead(worker);
     SetEvent(worker->terminationEvent);
     return 0;
 }
@@ -134,6 +135,8 @@ HostResult RunWorkers() {
             WaitForSingleObject(thread, INFINITE);
             CloseAndForget(&thread);
         }
+    if (result == kNoError)
+        SettleBands(&gBuild.shared);
     return result;
 }
 

@@ -27,6 +27,8 @@ HostResult AllocateWorkers(TableBuild *build) {
 HostResult InitializeWorkers(int32_t workers, TableBuild *build) {
     IntRect bands[kMaxWorkers];
     build->workerCount = std::clamp(workers, 1, kMaxWorkers);
+    build->shared.workers = build->workers;
+    build->shared.workerCount = build->workerCount;
     PlanBands(build->shared.image.bounds, build->workerCount, bands);
     HostResult result = kNoError;
     for (int32_t i = 0; result == kNoError && i < build->workerCount; ++i) {
@@ -54,7 +56,9 @@ void ResetTableBuild(const std::atomic<uint8_t> *cancel, const ImageLock &imageL
     build->shared.imageLock = imageLock;
     build->shared.rowsDone = 0;
     build->shared.rowsTotal = 0;
-    build->shared.fills = 0;
+    build->shared.workers = nullptr;
+    build->shared.workerCount = 0;
+    build->shared.news = 0;
     build->hooks = hooks;
     build->documentBounds = IntRect{};
     build->workers = nullptr;

@@ -1,6 +1,6 @@
 brillatrix_test(engine_tests
     LIBS engine recording_diag
-    SOURCES engine/AnalysisImageTest.cpp engine/DetectionTest.cpp engine/ImageBufferTest.cpp
+    SOURCES engine/AnalysisImageTest.cpp engine/BandOrderTest.cpp engine/DetectionTest.cpp engine/ImageBufferTest.cpp
         engine/LightSourceTableTest.cpp engine/TableBuildTest.cpp engine/TestImages.cpp)
 
 if(WIN32)

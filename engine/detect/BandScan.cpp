@@ -1,33 +1,85 @@
 #include "engine/detect/CandidateAnalysis.h"
 #include "engine/detect/Detection.h"
+#include "engine/detect/EarlierMarks.h"
 
 namespace {
 
+// A worker that scans ahead looks at no more rows than its band has, so many times over: what it has not
+// brought to an end by then is scanned in order.
+constexpr int64_t kScansAhead = 2;
+
 // A candidate has at least seven tenths of the largest brightness. The product wraps in 32 bits: meant so.
-uint32_t CandidateBrightness(const AnalysisImage &image) {
-    return image.maxBrightness * 7u / 10;
+uint32_t CandidateBrightness(uint32_t maxBrightness) {
+    return maxBrightness * 7u / 10;
 }
 
 bool IsCandidate(const PixelSample &p, uint32_t threshold) {
-    return IsPixelSelected(p) && PixelBrightness(p) >= threshold;
+    return uint64_t{p.red} + p.green + p.blue >= uint64_t{3} * threshold && IsPixelSelected(p);
 }
 
-// False when cancelled.
-bool ScanRow(WorkerContext *worker, int32_t y, uint32_t threshold) {
-    const DetectionShared &shared = *worker->shared;
+bool IsCancelled(const WorkerContext &worker) {
+    return worker.shared->cancel->load(std::memory_order_relaxed) != 0;
+}
+
+void CountRow(WorkerContext *worker, int32_t y) {
+    if (y < worker->nextRow)
+        return; // scanned before
+    worker->nextRow = y + 1;
+    worker->shared->rowsDone.fetch_add(1, std::memory_order_relaxed);
+}
+
+// False when cancelled or outdated.
+bool ScanRow(WorkerContext *worker, int32_t y) {
+    const BandPicture &picture = worker->picture;
+    const uint32_t threshold = CandidateBrightness(picture.maxBrightness);
+    const bool isInside = y >= picture.bounds.top && y < picture.bounds.bottom; // else nothing is selected
+    NoteRows(picture, y, y);
     for (int32_t x = worker->band.left; x < worker->band.right; ++x) {
-        if (shared.cancel->load(std::memory_order_relaxed))
+        if (IsCancelled(*worker))
             return false;
-        if (IsCandidate(FetchPixel(shared.image, x, y), threshold))
-            AnalyzeCandidate(worker, x, y);
+        if (!isInside ||
+            !IsCandidate(picture.rows[y - picture.bounds.top][x - picture.bounds.left], threshold))
+            continue;
+        AnalyzeCandidate(worker, x, y);
+        if (picture.hasOwnRows && (worker->ahead.isOutdated || !KeepUpWithEarlierBands(worker)))
+            return false;
     }
+    CountRow(worker, y);
+    return true;
+}
+
+// Scans until something earlier changes. True when the band is done, or it is no use to go on.
+bool ScanUntilOutdated(WorkerContext *worker, int64_t *rowsLeft) {
+    for (int32_t y = worker->band.top; y < worker->band.bottom; ++y) {
+        if (--*rowsLeft < 0 || worker->result != kNoError)
+            return true;
+        if (!ScanRow(worker, y))
+            return IsCancelled(*worker);
+        if (HasMissedMarks(*worker))
+            return false;
+    }
+    if (!KeepUpWithEarlierBands(worker) || HasMissedMarks(*worker))
+        return false;
+    worker->ahead.isComplete = worker->result == kNoError;
     return true;
 }
 
 } // namespace
 
 void ScanBand(WorkerContext *worker) {
-    const uint32_t threshold = CandidateBrightness(worker->shared->image);
-    for (int32_t y = worker->band.top; y < worker->band.bottom && ScanRow(worker, y, threshold); ++y)
-        worker->shared->rowsDone.fetch_add(1, std::memory_order_relaxed);
+    for (int32_t y = worker->band.top; y < worker->band.bottom; ++y)
+        if (!ScanRow(worker, y))
+            return;
+}
+
+void ScanBandAhead(WorkerContext *worker) {
+    if (worker->shared->workerCount < 2) {
+        ScanBand(worker);
+        return;
+    }
+    PrepareAheadScan(worker);
+    int64_t rowsLeft = kScansAhead * (int64_t{worker->band.bottom} - worker->band.top);
+    do
+        StartOver(worker);
+    while (!ScanUntilOutdated(worker, &rowsLeft));
 }

@@ -19,8 +19,9 @@ struct Pixel {
     int32_t x, y;
 };
 
-bool IsLocalMaximum(const AnalysisImage &image, Pixel at) {
+bool IsLocalMaximum(const BandPicture &image, Pixel at) {
     const uint32_t brightness = PixelBrightness(FetchPixel(image, at.x, at.y));
+    NoteRows(image, at.y - 1, at.y + 1);
     for (const DirectionStep &step : kDirectionSteps)
         // Pixels outside the bounds have brightness 0 and never count.
         if (PixelBrightness(FetchPixel(image, at.x + step.dx, at.y + step.dy)) > brightness)
@@ -36,11 +37,10 @@ bool IsAlreadyFound(const LightSourceTable &table, Pixel at) {
 // more than `tolerance` deviations. Returns the deviation before the replacement, -1.0 when there is no
 // radius.
 double MeasureCleanProfile(WorkerContext *worker, Pixel at, double tolerance, RadialProfile *profile) {
-    const DetectionShared &shared = *worker->shared;
-    const uint32_t state = PictureState(shared);
+    const uint32_t state = worker->picture.state;
     if (!RecallProfile(*worker, at.x, at.y, state, profile)) {
-        const PixelSample reference = FetchPixel(shared.image, at.x, at.y);
-        if (MeasureProfile(shared.image, at.x, at.y, profile))
+        const PixelSample reference = FetchPixel(worker->picture, at.x, at.y);
+        if (MeasureProfile(worker->picture, at.x, at.y, profile))
             RememberProfile(*worker, at.x, at.y, state, *profile);
         else
             FillFlatArea(worker, at.x, at.y, reference);
@@ -53,9 +53,9 @@ double MeasureCleanProfile(WorkerContext *worker, Pixel at, double tolerance, Ra
 // Where the profile at a pixel says the centre is: the nearest whole pixel. A step out of the bounds is not
 // taken.
 MeasuredPixel MeasureStep(WorkerContext *worker, Pixel at) {
-    const IntRect &bounds = worker->shared->image.bounds;
+    const IntRect &bounds = worker->picture.bounds;
     MeasuredPixel step{};
-    step.state = PictureState(*worker->shared);
+    step.state = worker->picture.state;
     RadialProfile profile;
     MeasureCleanProfile(worker, at, kRecenterTolerance, &profile);
     LightSourcePosition center;
@@ -74,7 +74,7 @@ MeasuredPixel StepFrom(WorkerContext *worker, Pixel at) {
     MeasuredPixel *entry = MemoEntry(*worker, at.x, at.y);
     if (!entry)
         return MeasureStep(worker, at);
-    if (entry->state != PictureState(*worker->shared))
+    if (entry->state != worker->picture.state)
         *entry = MeasureStep(worker, at);
     return *entry;
 }
@@ -96,7 +96,7 @@ bool Recenter(WorkerContext *worker, Pixel *at) {
 
 bool IsRefused(const WorkerContext &worker, Pixel at) {
     const MeasuredPixel *entry = MemoEntry(worker, at.x, at.y);
-    return entry && entry->isRefused && entry->state == PictureState(*worker.shared);
+    return entry && entry->isRefused && entry->state == worker.picture.state;
 }
 
 // `state` is the picture's when the spot was measured.
@@ -107,7 +107,7 @@ void RememberRefusal(const WorkerContext &worker, Pixel at, uint32_t state) {
 }
 
 bool PassesPreCheck(WorkerContext *worker, Pixel *at) {
-    return IsLocalMaximum(worker->shared->image, *at) && !IsAlreadyFound(worker->table, *at) &&
+    return IsLocalMaximum(worker->picture, *at) && !IsAlreadyFound(worker->table, *at) &&
            Recenter(worker, at) && !IsAlreadyFound(worker->table, *at) && !IsRefused(*worker, *at);
 }
 
@@ -137,7 +137,7 @@ bool MeasureRingMean(const WorkerContext &worker, int32_t index, const LightSour
                      int32_t *mean) {
     ShapeStatistics statistics;
     if (index >= worker.ringCount ||
-        !worker.rings[index].sample(&worker.rings[index], worker.shared->image, center, &statistics))
+        !worker.rings[index].sample(&worker.rings[index], worker.picture, center, &statistics))
         return false;
     // Marked pixels can lift a mean above the signed range; it then wraps.
     *mean = static_cast<int32_t>(static_cast<int64_t>(statistics.mean));
@@ -149,7 +149,7 @@ uint32_t MeasureBrightness(const WorkerContext &worker, int32_t index, const Lig
                            double radius) {
     uint32_t level = kFullIntensity;
     double contrast;
-    if (MeasureContrast(worker.disks, worker.diskCount, index, worker.shared->image, center, &contrast))
+    if (MeasureContrast(worker.disks, worker.diskCount, index, worker.picture, center, &contrast))
         level = static_cast<uint32_t>(contrast) << 8;
     const uint32_t squared = Mul(level, level);
     const double size = std::sqrt(radius / kLargestRadius);
@@ -169,7 +169,7 @@ uint32_t ColorWeight(uint32_t channel, uint32_t largest) {
 } // namespace
 
 bool PassesRingContrast(const WorkerContext &worker, const LightSourcePosition &center, double radius) {
-    if (!RectContains(worker.shared->image.bounds, center.X, center.Y))
+    if (!RectContains(worker.picture.bounds, center.X, center.Y))
         return false;
     const auto k = static_cast<int32_t>(radius * 4 + 0.5);
     const int32_t d = k < 24 ? k / 5 + 2 : k / 9 + 4;
@@ -181,7 +181,7 @@ bool PassesRingContrast(const WorkerContext &worker, const LightSourcePosition &
         !MeasureRingMean(worker, k + d + 11, center, &farOutside))
         return false;
     const int64_t darkest = std::min(outside, farOutside);
-    const int64_t brightest = static_cast<int32_t>(worker.shared->image.maxBrightness);
+    const int64_t brightest = static_cast<int32_t>(worker.picture.maxBrightness);
     if ((brightest - inside) * 11 < (brightest - darkest) * 10)
         return true;
     return k < 10 && (inside - darkest) * (10 - k) > brightest;
@@ -192,7 +192,7 @@ void MeasureColorLevels(const WorkerContext &worker, const LightSourcePosition &
     const auto k = static_cast<int32_t>(radius * 4 + 0.5);
     uint32_t color[3] = {kFullIntensity, kFullIntensity, kFullIntensity};
     if (k < worker.ringCount)
-        SampleRingColor(&worker.rings[k], worker.shared->image, center, color);
+        SampleRingColor(&worker.rings[k], worker.picture, center, color);
     const uint32_t brightness = MeasureBrightness(worker, k, center, radius);
     const uint32_t largest = std::max({color[0], color[1], color[2]});
     for (int i = 0; i < 3; ++i)
@@ -205,7 +205,7 @@ void AnalyzeCandidate(WorkerContext *worker, int32_t x, int32_t y) {
     double radius;
     if (!PassesPreCheck(worker, &at))
         return;
-    const uint32_t state = PictureState(*worker->shared);
+    const uint32_t state = worker->picture.state;
     if (!MeasureSpot(worker, at, &center, &radius) || !PassesRingContrast(*worker, center, radius) ||
         !RefineRadius(*worker, &center, &radius)) {
         RememberRefusal(*worker, at, state);
@@ -213,7 +213,7 @@ void AnalyzeCandidate(WorkerContext *worker, int32_t x, int32_t y) {
     }
     uint32_t levels[3];
     MeasureColorLevels(*worker, center, radius, levels);
-    const AnalysisImage &image = worker->shared->image;
+    const BandPicture &image = worker->picture;
     if (!RectContains(image.bounds, center.X, center.Y))
         return;
     const bool enabled = IsPixelSelected(FetchPixel(image, center.X, center.Y));

@@ -1,7 +1,11 @@
 // Light source detection: one worker scans one horizontal band of the analysis image and collects what it
-// finds in a table of its own.
+// finds in a table of its own. Tables and marks are those of the bands scanned one after another, from the
+// first to the last, on one picture. Several workers scan ahead at once: each takes over what earlier bands
+// mark meanwhile, and what a mark came too late for is scanned again in the end (BandOrder.h).
 #pragma once
 
+#include "engine/detect/BandPicture.h"
+#include "engine/detect/Bands.h"
 #include "engine/detect/ShapeSampler.h"
 #include "engine/image/AnalysisImage.h"
 #include "engine/table/LightSourceTable.h"
@@ -9,21 +13,42 @@
 #include <atomic>
 #include <cstdint>
 
-// Guards writes to the analysis image. Null functions: nothing to guard, the workers run one after another.
+// Guards marking: the picture's samples, or the logs of what is marked ahead. Null functions: nothing to
+// guard, the workers run one after another.
 struct ImageLock {
     void (*lock)(void *owner);
     void (*unlock)(void *owner);
     void *owner;
 };
 
-// What the workers of one run share. The image is read without a lock and written under imageLock.
+struct WorkerContext;
+
+// What the workers of one run share. The image is read without a lock; while several workers run it stays as
+// it is, and each worker's marks are published in its log.
 struct DetectionShared {
     AnalysisImage image;
     const std::atomic<uint8_t> *cancel; // polled between pixels; only ever goes from 0 to 1 during a run
     ImageLock imageLock;
     std::atomic<uint32_t> rowsDone;  // `RowsDone`: rows that the workers have finished
     std::atomic<uint32_t> rowsTotal; // `RowsTotal`: rows of the analysis image
-    std::atomic<uint32_t> fills;     // flat areas that have been marked
+    WorkerContext *workers;          // in the order of their bands; null where there is but one
+    int32_t workerCount;
+    std::atomic<uint32_t> news; // changes with every log; written under imageLock
+};
+
+// A scan of one band while earlier bands are still being scanned.
+struct AheadScan {
+    bool wasStarted;
+    bool isComplete;    // it came to the end of the band
+    bool isOutdated;    // an earlier band has changed what was looked at
+    uint32_t starts;    // each start takes all marks back; written under imageLock
+    RowRange window;    // marks of earlier bands are taken over in these rows
+    bool hasPassedOver; // such marks outside the window
+    uint32_t seenNews;
+    struct {
+        uint32_t starts;
+        size_t count;    // of the log's pixels
+    } seen[kMaxWorkers]; // what was taken over from each earlier band
 };
 
 // One worker. Owned by the run that made it; used by one thread at a time.
@@ -41,6 +66,9 @@ struct WorkerContext {
     int32_t diskCount;
     ShapeRecord *rings;
     int32_t ringCount;
+    int32_t nextRow; // rows above it are counted as done
+    BandPicture picture;
+    AheadScan ahead;
     LightSourceTable table;
     void *terminationEvent; // set when the worker ends; null where workers have no threads
     void *spare;            // the worker's memo (SpotMemo.h), or null; freed at clean-up
@@ -50,5 +78,10 @@ struct WorkerContext {
     HostResult result; // kMemFullErr when an allocation failed on the way
 };
 
-// Scans the worker's band until its end or until the run is cancelled. Any thread.
+// Scans the worker's band until its end or until the run is cancelled, and marks in what its picture shows.
+// Any thread, while no other worker runs.
 void ScanBand(WorkerContext *worker);
+
+// The same for one of several workers that run at once, each on a thread of its own. What it finds may be
+// incomplete or outdated until SettleBands (BandOrder.h).
+void ScanBandAhead(WorkerContext *worker);

@@ -1,87 +1,89 @@
 #include "engine/detect/FloodFill.h"
 
-#include "diag/BufferUsage.h"
 #include "diag/ErrorReport.h"
-
-#include <cstdlib>
+#include "engine/detect/EarlierMarks.h"
 
 namespace {
 
 constexpr uint32_t kSiteFillList = 1081;
-constexpr size_t kGrowthPositions = 32768;
 
-struct FillPosition {
-    int32_t x, y;
+// The colours of an area: each channel at most `span` above `least`.
+struct AreaColors {
+    uint32_t least[3], span[3];
 };
 
-// Positions that are marked but whose neighbours have not been looked at. Owner: FillFlatArea.
-struct FillList {
-    FillPosition *positions;
-    size_t count, allocatedBytes;
-};
-
-bool PushPosition(FillList *list, FillPosition position) {
-    if (list->count == list->allocatedBytes / sizeof(FillPosition)) {
-        const size_t newBytes = list->allocatedBytes + kGrowthPositions * sizeof(FillPosition);
-        void *grown = CountedRealloc(list->positions, list->allocatedBytes, newBytes);
-        if (!grown)
-            return false;
-        list->positions = static_cast<FillPosition *>(grown);
-        list->allocatedBytes = newBytes;
+AreaColors ColorsAround(const PixelSample &reference) {
+    const uint32_t channels[3] = {reference.red, reference.green, reference.blue};
+    AreaColors colors;
+    for (int i = 0; i < 3; ++i) {
+        colors.least[i] = channels[i] - (channels[i] >> 3);
+        colors.span[i] = 2 * (channels[i] >> 3);
     }
-    list->positions[list->count++] = position;
-    return true;
+    return colors;
 }
 
-bool IsChannelNear(uint32_t value, uint32_t reference) {
-    return std::abs(int64_t{value} - int64_t{reference}) <= (reference >> 3);
+bool BelongsToArea(const PixelSample &p, const AreaColors &colors) {
+    // What lies below the least value wraps to a large one.
+    return p.selectionLevel != 0 && p.red - colors.least[0] <= colors.span[0] &&
+           p.green - colors.least[1] <= colors.span[1] && p.blue - colors.least[2] <= colors.span[2];
 }
 
-bool BelongsToArea(const PixelSample &p, const PixelSample &reference) {
-    return p.selectionLevel != 0 && IsChannelNear(p.red, reference.red) &&
-           IsChannelNear(p.green, reference.green) && IsChannelNear(p.blue, reference.blue);
+// One fill. Its pixels are the last of the log, which is also the list of those above and below which nobody
+// has looked yet.
+struct Fill {
+    BandPicture *picture;
+    AreaColors colors;
+
+    bool Takes(int32_t x, int32_t y) const {
+        return RectContains(picture->bounds, x, y) &&
+               BelongsToArea(picture->rows[y - picture->bounds.top][x - picture->bounds.left], colors);
+    }
+};
+
+// These return false without memory. The first marks a pixel and what belongs to the area right and left of
+// it.
+bool MarkRun(const Fill &fill, MarkedPixel at) {
+    BandPicture *picture = fill.picture;
+    bool hasMemory = MarkBandPixel(picture, at, &picture->own);
+    for (int32_t x = at.x + 1; hasMemory && fill.Takes(x, at.y); ++x)
+        hasMemory = MarkBandPixel(picture, {x, at.y}, &picture->own);
+    for (int32_t x = at.x - 1; hasMemory && fill.Takes(x, at.y); --x)
+        hasMemory = MarkBandPixel(picture, {x, at.y}, &picture->own);
+    NoteRows(*picture, at.y - 1, at.y + 1);
+    return hasMemory;
 }
 
-// False when the list could not grow.
-bool MarkAndPush(AnalysisImage *image, FillPosition position, FillList *list) {
-    MarkPixel(image, position.x, position.y);
-    return PushPosition(list, position);
-}
-
-bool SpreadFrom(AnalysisImage *image, FillPosition from, const PixelSample &reference, FillList *list) {
-    const FillPosition neighbors[] = {
-        {from.x + 1, from.y}, {from.x - 1, from.y}, {from.x, from.y + 1}, {from.x, from.y - 1}};
-    for (const FillPosition &n : neighbors)
-        // Outside the bounds nothing is selected.
-        if (BelongsToArea(FetchPixel(*image, n.x, n.y), reference) && !MarkAndPush(image, n, list))
-            return false;
-    return true;
-}
-
-bool FillFrom(AnalysisImage *image, FillPosition seed, const PixelSample &reference, FillList *list) {
-    bool hasMemory = MarkAndPush(image, seed, list);
-    while (hasMemory && list->count > 0)
-        hasMemory = SpreadFrom(image, list->positions[--list->count], reference, list);
+bool FillFrom(BandPicture *picture, MarkedPixel seed, const PixelSample &reference) {
+    const Fill fill{picture, ColorsAround(reference)};
+    size_t next = picture->own.count;
+    ++picture->state;
+    bool hasMemory = MarkRun(fill, seed);
+    for (; hasMemory && next < picture->own.count; ++next) {
+        const MarkedPixel from = picture->own.pixels[next];
+        for (const int32_t y : {from.y - 1, from.y + 1})
+            hasMemory = hasMemory && (!fill.Takes(from.x, y) || MarkRun(fill, {from.x, y}));
+    }
     return hasMemory;
 }
 
 } // namespace
 
 void FillFlatArea(WorkerContext *worker, int32_t x, int32_t y, const PixelSample &reference) {
-    FillList list{};
-    const ImageLock &imageLock = worker->shared->imageLock;
-    if (imageLock.lock)
-        imageLock.lock(imageLock.owner);
-    const bool isNew = !IsPixelMarked(FetchPixel(worker->shared->image, x, y));
-    const bool hasMemory = FillFrom(&worker->shared->image, FillPosition{x, y}, reference, &list);
-    if (isNew) // a marked seed spreads nowhere
-        worker->shared->fills.fetch_add(1, std::memory_order_relaxed);
-    if (imageLock.unlock)
-        imageLock.unlock(imageLock.owner);
-    CountedFree(list.positions, list.allocatedBytes);
+    BandPicture *picture = &worker->picture;
+    if (IsPixelMarked(FetchPixel(*picture, x, y)))
+        return; // it spreads nowhere
+    bool hasMemory = true;
+    LockImage(*worker->shared);
+    worker->ahead.isOutdated = picture->hasOwnRows && !TakeEarlierMarks(worker);
+    if (!worker->ahead.isOutdated) {
+        hasMemory = FillFrom(picture, MarkedPixel{x, y}, reference);
+        PublishMarks(worker->shared);
+    }
+    UnlockImage(*worker->shared);
     if (hasMemory)
         return;
     worker->result = kMemFullErr;
-    ReportError({kSiteFillList, kUserMessage, 0}, kStopIcon, kTitleExiting,
-                "Unable to allocate memory for a flood fill list.");
+    if (!picture->hasOwnRows) // else it is tried again, in order
+        ReportError({kSiteFillList, kUserMessage, 0}, kStopIcon, kTitleExiting,
+                    "Unable to allocate memory for a flood fill list.");
 }

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -18,21 +20,22 @@ constexpr int64_t kDarkeningDivisor = 35;
 
 // One profile while it is measured. The extremes and the colour run on from direction to direction.
 struct ProfileWalk {
-    const AnalysisImage *image;
+    const BandPicture *picture;
     PixelSample reference;
     int64_t unit;
     int64_t darkest, brightest;
+    int64_t darkened; // an edge is looked for where it is darker than this
     bool colorVaries;
     int64_t b[kMaxSteps + 1]; // brightness at each step of the direction at hand
 };
 
-// The fall of brightness at step k: from average a1 to a2 (difference d1), and then onwards (difference d2).
+// The fall of brightness at step k: from average a1 to a2.
 struct EdgeTest {
-    int64_t a1, a2, d2;
-    int64_t limit;
-    double offset;           // distance of the edge's inner end, pixels
-    int32_t slopeUnit;       // distance between a1 and a2, pixels
-    int64_t diagonalDivisor; // 100 × slopeUnit × √2
+    int64_t a1, a2;
+    int64_t limitTimes, limitParts; // it must be more than limitTimes / limitParts, rounded down
+    double offset;                  // distance of the edge's inner end, pixels
+    int32_t slopeUnit;              // distance between a1 and a2, pixels
+    int64_t diagonalDivisor;        // 100 × slopeUnit × √2
 };
 
 bool ChannelVaries(uint32_t value, uint32_t reference) {
@@ -53,24 +56,24 @@ int64_t Mean3(const int64_t *b) {
 
 // Wider averages, further apart, the longer the walk: a large spot has a soft edge.
 EdgeTest EdgeTestAt(const int64_t *b, int32_t k, int64_t unit) {
-    if (k == 2)
-        return EdgeTest{b[0], b[1], b[1] - b[2], unit, 0.0, 1, 141};
-    if (k == 3) {
-        const int64_t middle = Mean2(b + 1);
-        return EdgeTest{Mean2(b), middle, middle - Mean2(b + 2), 10 * unit / 17, 0.5, 1, 141};
-    }
-    if (k <= 7) {
-        // The second difference starts one step further on than the first ends: meant so.
-        const int64_t onwards = Mean2(b + k - 2) - Mean2(b + k - 1);
-        return EdgeTest{Mean2(b + k - 4), Mean2(b + k - 3), onwards, 10 * unit / 24, k - 3.5, 1, 141};
-    }
-    if (k <= 11) {
-        const int64_t middle = Mean3(b + k - 4);
-        return EdgeTest{Mean3(b + k - 6), middle, middle - Mean3(b + k - 2), 10 * unit / 35, k - 5.0, 2, 283};
-    }
-    const int64_t middle = Mean3(b + k - 5);
-    return EdgeTest{
-        Mean3(b + k - 8), middle, middle - Mean3(b + k - 2), 10 * unit / (k + 33), k - 7.0, 3, 424};
+    if (k >= 12)
+        return EdgeTest{Mean3(b + k - 8), Mean3(b + k - 5), 10 * unit, k + 33, k - 7.0, 3, 424};
+    if (k >= 8)
+        return EdgeTest{Mean3(b + k - 6), Mean3(b + k - 4), 10 * unit, 35, k - 5.0, 2, 283};
+    if (k >= 4)
+        return EdgeTest{Mean2(b + k - 4), Mean2(b + k - 3), 10 * unit, 24, k - 3.5, 1, 141};
+    if (k == 3)
+        return EdgeTest{Mean2(b), Mean2(b + 1), 10 * unit, 17, 0.5, 1, 141};
+    return EdgeTest{b[0], b[1], unit, 1, 0.0, 1, 141};
+}
+
+// How the fall goes on after a2.
+int64_t FallOnwards(const int64_t *b, int32_t k, int64_t a2) {
+    if (k >= 8)
+        return a2 - Mean3(b + k - 2);
+    if (k >= 4) // starts one step further on than the first fall ends: meant so
+        return Mean2(b + k - 2) - Mean2(b + k - 1);
+    return k == 3 ? a2 - Mean2(b + 2) : a2 - b[2];
 }
 
 // Where between a1 and a2 the brightness passes the middle of the spot's range.
@@ -86,18 +89,26 @@ double EdgeRadius(const EdgeTest &edge, bool isDiagonal, int64_t middle) {
 // Looks for an edge that ends at step k.
 bool FindEdge(const ProfileWalk &walk, int32_t k, bool isDiagonal, float *radius) {
     // cppcheck-suppress arrayIndexOutOfBoundsCond ; callers stay within the array
-    if (k < 2 || std::min(walk.b[k], walk.darkest) >= walk.brightest - walk.brightest / kDarkeningDivisor)
+    if (k < 2 || std::min(walk.b[k], walk.darkest) >= walk.darkened)
         return false;
     const EdgeTest edge = EdgeTestAt(walk.b, k, walk.unit);
-    int64_t d1 = edge.a1 - edge.a2, d2 = edge.d2;
-    if (isDiagonal) {
+    int64_t d1 = edge.a1 - edge.a2;
+    if (d1 * edge.limitParts <= edge.limitTimes)
+        return false;
+    int64_t d2 = FallOnwards(walk.b, k, edge.a2);
+    if (isDiagonal) { // makes d1 smaller: what was refused above is refused here too
         d1 = d1 * 100 / edge.diagonalDivisor;
         d2 = d2 * 100 / edge.diagonalDivisor;
     }
-    if (d1 <= edge.limit || d1 - d2 <= edge.limit)
+    if (d1 * edge.limitParts <= edge.limitTimes || (d1 - d2) * edge.limitParts <= edge.limitTimes)
         return false;
     *radius = static_cast<float>(EdgeRadius(edge, isDiagonal, (walk.darkest + walk.brightest) / 2));
     return true;
+}
+
+void NoteBrightest(int64_t brightness, ProfileWalk *walk) {
+    walk->brightest = brightness;
+    walk->darkened = brightness - brightness / kDarkeningDivisor;
 }
 
 // How many steps, at most kMaxSteps, stay inside the bounds along one axis.
@@ -107,17 +118,53 @@ int32_t StepsInside(int32_t position, int32_t step, int32_t begin, int32_t end) 
     return std::min(kMaxSteps, step > 0 ? end - 1 - position : position - begin);
 }
 
+// Compares red and green in one go: most steps in a wide spot are no more than this.
 bool HasSameColor(const PixelSample &a, const PixelSample &b) {
-    return a.red == b.red && a.green == b.green && a.blue == b.blue;
+    uint64_t redGreenA, redGreenB;
+    static_assert(offsetof(PixelSample, green) == 4 && offsetof(PixelSample, blue) == 8);
+    memcpy(&redGreenA, &a, sizeof redGreenA);
+    memcpy(&redGreenB, &b, sizeof redGreenB);
+    return redGreenA == redGreenB && a.blue == b.blue;
 }
 
-// Takes the steps over pixels that look like the centre: they hold no edge and no other colour. `p` is the
-// centre. Returns the first step not taken; the brightness of those before it is kept as far back as an edge
-// test looks.
-int32_t SkipSameColor(ProfileWalk *walk, const PixelSample *p, int64_t stride, int32_t steps) {
+// The same for steps along a row.
+int32_t CountSameColorInRow(const PixelSample *p, const PixelSample &reference, int32_t dx, int32_t steps) {
+    int32_t count = 0;
+    while (count < steps && HasSameColor(*(p += dx), reference))
+        ++count;
+    return count;
+}
+
+// A pixel on the way from the centre outwards. The position may leave the bounds, the reading must not.
+struct PixelCursor {
+    const PixelSample *const *row;
+    int32_t column;
+    DirectionStep step;
+
+    void Advance(int32_t steps) {
+        row += steps * step.dy;
+        column += steps * step.dx;
+    }
+    const PixelSample &Next() {
+        Advance(1);
+        return (*row)[column];
+    }
+};
+
+// Takes the steps over pixels that look like the centre, where the cursor is: they hold no edge and no other
+// colour. Returns the first step not taken, which the cursor then is before; the brightness of those taken is
+// kept as far back as an edge test looks.
+int32_t SkipSameColor(ProfileWalk *walk, PixelCursor *cursor, int32_t steps) {
     int32_t k = 1;
-    for (p += stride; k <= steps && HasSameColor(*p, walk->reference); p += stride)
-        ++k;
+    if (cursor->step.dy == 0) {
+        k += CountSameColorInRow(*cursor->row + cursor->column, walk->reference, cursor->step.dx, steps);
+        cursor->Advance(k - 1);
+    } else {
+        while (k <= steps && HasSameColor(cursor->Next(), walk->reference))
+            ++k;
+        if (k <= steps)
+            cursor->Advance(-1);
+    }
     for (int32_t i = std::max(k - kEdgeReach, 1); i < k; ++i)
         walk->b[i] = walk->b[0];
     if (k > 1)
@@ -127,26 +174,35 @@ int32_t SkipSameColor(ProfileWalk *walk, const PixelSample *p, int64_t stride, i
 
 enum class WalkEnd { kEdge, kOutOfBounds, kNoEdge };
 
-WalkEnd WalkDirection(ProfileWalk *walk, int32_t x, int32_t y, int32_t direction, float *radius) {
-    const DirectionStep step = kDirectionSteps[direction];
-    const IntRect &bounds = walk->image->bounds;
-    const int64_t width = bounds.right - bounds.left;
-    const int32_t steps = std::min(StepsInside(x, step.dx, bounds.left, bounds.right),
-                                   StepsInside(y, step.dy, bounds.top, bounds.bottom));
-    const PixelSample *p = walk->image->samples + (y - bounds.top) * width + (x - bounds.left);
-    const int64_t stride = step.dy * width + step.dx;
-    const int32_t first = SkipSameColor(walk, p, stride, steps);
-    p += stride * (first - 1);
-    for (int32_t k = first; k <= steps; ++k) {
-        p += stride;
-        walk->b[k] = PixelBrightness(*p);
-        walk->colorVaries = walk->colorVaries || ColorVaries(*p, walk->reference);
-        if (FindEdge(*walk, k, direction % 2 != 0, radius))
+// Walks on from step k. *k becomes the last step taken.
+WalkEnd WalkOn(ProfileWalk *walk, PixelCursor cursor, int32_t steps, int32_t *k, float *radius) {
+    const bool isDiagonal = cursor.step.dx != 0 && cursor.step.dy != 0;
+    for (; *k <= steps; ++*k) {
+        const PixelSample &p = cursor.Next();
+        const int64_t brightness = PixelBrightness(p);
+        walk->b[*k] = brightness;
+        walk->colorVaries = walk->colorVaries || ColorVaries(p, walk->reference);
+        if (FindEdge(*walk, *k, isDiagonal, radius))
             return WalkEnd::kEdge;
-        walk->brightest = std::max(walk->brightest, walk->b[k]);
-        walk->darkest = std::min(walk->darkest, walk->b[k]);
+        if (brightness > walk->brightest)
+            NoteBrightest(brightness, walk);
+        walk->darkest = std::min(walk->darkest, brightness);
     }
     return steps < kMaxSteps ? WalkEnd::kOutOfBounds : WalkEnd::kNoEdge;
+}
+
+WalkEnd WalkDirection(ProfileWalk *walk, int32_t x, int32_t y, int32_t direction, float *radius) {
+    const DirectionStep step = kDirectionSteps[direction];
+    const BandPicture &picture = *walk->picture;
+    const IntRect &bounds = picture.bounds;
+    const int32_t steps = std::min(StepsInside(x, step.dx, bounds.left, bounds.right),
+                                   StepsInside(y, step.dy, bounds.top, bounds.bottom));
+    PixelCursor cursor{picture.rows + (y - bounds.top), x - bounds.left, step};
+    int32_t k = SkipSameColor(walk, &cursor, steps);
+    const WalkEnd end = WalkOn(walk, cursor, steps, &k, radius);
+    const int32_t furthest = y + std::min(k, steps) * step.dy;
+    NoteRows(picture, furthest, furthest);
+    return end;
 }
 
 // Mean of a side's valid radii: the straight one, then the two diagonals beside it. False when there is none.
@@ -177,13 +233,14 @@ void SplitQuarters(double value, int32_t *whole, int32_t *quarter) {
 
 } // namespace
 
-bool MeasureProfile(const AnalysisImage &image, int32_t x, int32_t y, RadialProfile *profile) {
+bool MeasureProfile(const BandPicture &picture, int32_t x, int32_t y, RadialProfile *profile) {
     ProfileWalk walk;
-    walk.image = &image;
-    walk.reference = FetchPixel(image, x, y);
-    walk.unit = image.maxBrightness / kUnitDivisor;
+    walk.picture = &picture;
+    walk.reference = FetchPixel(picture, x, y);
+    NoteRows(picture, y, y);
+    walk.unit = picture.maxBrightness / kUnitDivisor;
     walk.b[0] = PixelBrightness(walk.reference);
-    walk.brightest = walk.b[0];
+    NoteBrightest(walk.b[0], &walk);
     walk.darkest = kLargestMinimum;
     walk.colorVaries = false;
     std::fill_n(profile->radii, kDirections, -1.0f);

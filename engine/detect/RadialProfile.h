@@ -2,7 +2,7 @@
 // from it.
 #pragma once
 
-#include "engine/image/AnalysisImage.h"
+#include "engine/detect/BandPicture.h"
 #include "engine/table/LightSourceTable.h"
 
 #include <cstdint>
@@ -28,7 +28,7 @@ struct ProfileStatistics {
 // Measures the spot around the pixel (x, y), which must lie inside the bounds. False when the spot is a flat
 // bright area: it goes on for more than 137 pixels without an edge or a change of colour; all radii are then
 // -1.
-bool MeasureProfile(const AnalysisImage &image, int32_t x, int32_t y, RadialProfile *profile);
+bool MeasureProfile(const BandPicture &picture, int32_t x, int32_t y, RadialProfile *profile);
 
 // Mean and deviation of the radii that are not negative. With a tolerance, each radius that differs from the
 // first mean by more is replaced by that mean in the profile and left out.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 
 namespace {
 
@@ -24,7 +25,7 @@ struct CachedContrast {
 };
 
 // False when the index is out of range.
-bool UpdateContrast(const AnalysisImage &image, const LightSourcePosition &center, int32_t index,
+bool UpdateContrast(const BandPicture &image, const LightSourcePosition &center, int32_t index,
                     CachedContrast *c) {
     if (index >= c->count)
         return false;
@@ -46,7 +47,7 @@ SizeContrasts MakeSizeContrasts(const WorkerContext &worker) {
                          CachedContrast{worker.rings, worker.ringCount, -1, 0.0}};
 }
 
-bool UpdateSizeContrasts(const AnalysisImage &image, const LightSourcePosition &center, double radius,
+bool UpdateSizeContrasts(const BandPicture &image, const LightSourcePosition &center, double radius,
                          SizeContrasts *c) {
     const int32_t k = std::max(static_cast<int32_t>(radius * 4 + 0.5), 0);
     return UpdateContrast(image, center, k / 2 + 1, &c->inside) &&
@@ -79,7 +80,7 @@ bool RefineSize(const WorkerContext &worker, const LightSourcePosition &center, 
     SizeContrasts contrasts = MakeSizeContrasts(worker);
     SizeChange previous = SizeChange::kNone;
     for (int32_t i = 0; i < kSizeIterations; ++i) {
-        if (!UpdateSizeContrasts(worker.shared->image, center, *radius, &contrasts))
+        if (!UpdateSizeContrasts(worker.picture, center, *radius, &contrasts))
             break;
         const SizeChange change = ChangeRadius(contrasts, radius);
         const bool turnedBack = change == SizeChange::kShrink && previous == SizeChange::kGrowth;
@@ -113,15 +114,25 @@ LightSourcePosition Neighbor(LightSourcePosition p, const DirectionStep &step, b
     return p;
 }
 
-// Finds the neighbouring position with the best rim contrast; false when none is better than *best.
+// Whether two positions, both in whole pixels or both of any kind, are the same or neighbours.
+bool AreNeighbors(const LightSourcePosition &a, const LightSourcePosition &b, bool inWholePixels) {
+    const int32_t reach = inWholePixels ? 4 : 1; // quarters
+    return std::abs(4 * (int64_t{a.X} - b.X) + a.XQuarter - b.XQuarter) <= reach &&
+           std::abs(4 * (int64_t{a.Y} - b.Y) + a.YQuarter - b.YQuarter) <= reach;
+}
+
+// Finds the neighbouring position with the best rim contrast; false when none is better than *best. What was
+// measured around the centre before this one, if there was one, cannot be better.
 bool FindBetterPosition(const WorkerContext &worker, int32_t index, bool inWholePixels,
-                        const LightSourcePosition &center, LightSourcePosition *choice, double *best) {
+                        const LightSourcePosition &center, const LightSourcePosition *before,
+                        LightSourcePosition *choice, double *best) {
     bool found = false;
     for (const DirectionStep &step : kDirectionSteps) {
         const LightSourcePosition position = Neighbor(center, step, inWholePixels);
+        if (before && AreNeighbors(position, *before, inWholePixels))
+            continue;
         double contrast;
-        if (!MeasureContrast(worker.rings, worker.ringCount, index, worker.shared->image, position,
-                             &contrast) ||
+        if (!MeasureContrast(worker.rings, worker.ringCount, index, worker.picture, position, &contrast) ||
             !(contrast > *best + kContrastGain))
             continue;
         *choice = position;
@@ -131,21 +142,42 @@ bool FindBetterPosition(const WorkerContext &worker, int32_t index, bool inWhole
     return found;
 }
 
-// True when the centre moved.
-bool RefinePosition(const WorkerContext &worker, double radius, LightSourcePosition *center) {
+// Where a position step came to rest.
+struct RestingPlace {
+    bool isKnown;
+    int32_t index;
+    bool inWholePixels;
+    LightSourcePosition center;
+};
+
+bool IsAtRest(const RestingPlace &rest, int32_t index, bool inWholePixels,
+              const LightSourcePosition &center) {
+    return rest.isKnown && rest.index == index && rest.inWholePixels == inWholePixels &&
+           rest.center.X == center.X && rest.center.XQuarter == center.XQuarter &&
+           rest.center.Y == center.Y && rest.center.YQuarter == center.YQuarter;
+}
+
+// True when the centre moved. A step that would begin where the last one came to rest is not taken again.
+bool RefinePosition(const WorkerContext &worker, double radius, LightSourcePosition *center,
+                    RestingPlace *rest) {
     // Truncated where every other index of a radius is rounded: meant so.
     const auto index = static_cast<int32_t>(radius * 4);
+    const bool inWholePixels = radius >= 0;
+    if (IsAtRest(*rest, index, inWholePixels, *center))
+        return false;
     double best = 0.0;
-    MeasureContrast(worker.rings, worker.ringCount, index, worker.shared->image, *center, &best);
-    bool moved = false;
-    for (int32_t pass = 0; pass < kPositionPasses; ++pass) {
-        LightSourcePosition choice;
-        if (!FindBetterPosition(worker, index, radius >= 0, *center, &choice, &best))
+    MeasureContrast(worker.rings, worker.ringCount, index, worker.picture, *center, &best);
+    LightSourcePosition before, choice;
+    int32_t pass = 0;
+    for (; pass < kPositionPasses; ++pass) {
+        if (!FindBetterPosition(worker, index, inWholePixels, *center, pass > 0 ? &before : nullptr, &choice,
+                                &best))
             break;
+        before = *center;
         *center = choice;
-        moved = true;
     }
-    return moved;
+    *rest = RestingPlace{pass < kPositionPasses, index, inWholePixels, *center};
+    return pass > 0;
 }
 
 } // namespace
@@ -155,7 +187,7 @@ LightSourcePosition NearestWholePixel(const LightSourcePosition &position) {
                                position.Y + (position.YQuarter >= 2 ? 1 : 0), 0};
 }
 
-bool MeasureContrast(ShapeRecord *shapes, int32_t count, int32_t index, const AnalysisImage &image,
+bool MeasureContrast(ShapeRecord *shapes, int32_t count, int32_t index, const BandPicture &image,
                      const LightSourcePosition &center, double *contrast) {
     ShapeStatistics statistics;
     if (index < 0 || index >= count || !shapes[index].sample(&shapes[index], image, center, &statistics))
@@ -169,10 +201,11 @@ bool RefineRadius(const WorkerContext &worker, LightSourcePosition *center, doub
         *center = NearestWholePixel(*center);
     const auto limit = static_cast<int32_t>(*radius + 8);
     int32_t rounds = 0;
+    RestingPlace rest{};
     bool changed = true;
     while (changed && rounds < limit) {
         const bool resized = RefineSize(worker, *center, radius);
-        const bool moved = RefinePosition(worker, *radius, center);
+        const bool moved = RefinePosition(worker, *radius, center, &rest);
         changed = resized || moved;
         ++rounds;
     }

@@ -10,7 +10,7 @@ LightSourcePosition NearestWholePixel(const LightSourcePosition &position);
 
 // Contrast of a shape of the array at an index; false when the index is out of range or the shape cannot
 // measure.
-bool MeasureContrast(ShapeRecord *shapes, int32_t count, int32_t index, const AnalysisImage &image,
+bool MeasureContrast(ShapeRecord *shapes, int32_t count, int32_t index, const BandPicture &image,
                      const LightSourcePosition &center, double *contrast);
 
 // Alternates size and position steps until neither changes anything. False when a large spot does not settle;

@@ -26,23 +26,36 @@ ShapeGeometry MakeGeometry(float radius, bool isRing, int32_t phase) {
     return ShapeGeometry{inner * inner, outer * outer, outer / 4 + 1, phase % 4, phase / 4};
 }
 
-bool BelongsTo(const ShapeGeometry &g, int32_t dx, int32_t dy) {
-    const int32_t x = 4 * dx - g.xQuarter, y = 4 * dy - g.yQuarter;
-    const int32_t distance = x * x + y * y;
-    return distance >= g.innerSquared && distance < g.outerSquared;
+// The pixels of a row nearer than a radius: from `left` on, before `right`; none when those meet.
+struct Chord {
+    int32_t left, right;
+};
+
+// `squaresLeft`: the squared radius less the square of the row's distance, in quarter pixels.
+Chord ChordOf(int32_t squaresLeft, int32_t xQuarter) {
+    if (squaresLeft <= 0)
+        return Chord{0, 0};
+    const auto furthest = static_cast<int32_t>(std::sqrt(static_cast<double>(squaresLeft - 1)));
+    // Arithmetic shifts: to the next whole pixel below.
+    return Chord{(xQuarter - furthest + 3) >> 2, ((xQuarter + furthest) >> 2) + 1};
 }
 
 // Hands every run of the shape to `put`, top to bottom and left to right.
 template <typename Put> void TraceRuns(const ShapeGeometry &g, Put put) {
-    for (int32_t dy = -g.reach; dy <= g.reach; ++dy)
-        for (int32_t dx = -g.reach; dx <= g.reach; ++dx) {
-            if (!BelongsTo(g, dx, dy))
-                continue;
-            const int32_t left = dx;
-            while (BelongsTo(g, dx, dy))
-                ++dx;
-            put(ShapeRun{static_cast<int16_t>(dy), static_cast<int16_t>(left), static_cast<int16_t>(dx)});
-        }
+    for (int32_t dy = -g.reach; dy <= g.reach; ++dy) {
+        const int32_t y = 4 * dy - g.yQuarter;
+        const Chord outer = ChordOf(g.outerSquared - y * y, g.xQuarter);
+        const Chord hole = ChordOf(g.innerSquared - y * y, g.xQuarter);
+        const auto putRun = [&put, dy](int32_t left, int32_t right) {
+            if (left < right)
+                put(ShapeRun{static_cast<int16_t>(dy), static_cast<int16_t>(left),
+                             static_cast<int16_t>(right)});
+        };
+        const bool hasHole = hole.left < hole.right;
+        putRun(outer.left, hasHole ? hole.left : outer.right);
+        if (hasHole)
+            putRun(hole.right, outer.right);
+    }
 }
 
 void AppendRun(SubShape *sub, const ShapeRun &run) {
@@ -69,9 +82,8 @@ void RasterizeSubShape(const ShapeGeometry &geometry, SubShape *sub) {
     *sub = made;
 }
 
-const PixelSample *PixelAt(const AnalysisImage &image, int32_t x, int32_t y) {
-    const int64_t width = image.bounds.right - image.bounds.left;
-    return image.samples + (y - image.bounds.top) * width + (x - image.bounds.left);
+const PixelSample *PixelAt(const BandPicture &image, int32_t x, int32_t y) {
+    return image.rows[y - image.bounds.top] + (x - image.bounds.left);
 }
 
 bool LiesInside(const IntRect &box, const IntRect &bounds, int32_t x, int32_t y) {
@@ -86,7 +98,7 @@ template <typename Visit> void VisitSpan(const PixelSample *p, int32_t length, V
 
 // Only the pixels inside the bounds; returns how many.
 template <typename Visit>
-int64_t VisitClippedRun(const ShapeRun &run, const AnalysisImage &image, int32_t x, int32_t y, Visit visit) {
+int64_t VisitClippedRun(const ShapeRun &run, const BandPicture &image, int32_t x, int32_t y, Visit visit) {
     const int32_t left = std::max(x + run.left, image.bounds.left);
     const int32_t right = std::min(x + run.right, image.bounds.right);
     if (left >= right || !RectContains(image.bounds, left, y + run.dy))
@@ -96,7 +108,7 @@ int64_t VisitClippedRun(const ShapeRun &run, const AnalysisImage &image, int32_t
 }
 
 template <typename Visit>
-int64_t VisitSubShape(const SubShape &sub, const AnalysisImage &image, int32_t x, int32_t y, Visit visit) {
+int64_t VisitSubShape(const SubShape &sub, const BandPicture &image, int32_t x, int32_t y, Visit visit) {
     const bool isWhole = LiesInside(sub.box, image.bounds, x, y);
     int64_t visited = isWhole ? sub.pixelCount : 0;
     for (uint32_t i = 0; i < sub.runCount; ++i) {
@@ -112,14 +124,16 @@ int64_t VisitSubShape(const SubShape &sub, const AnalysisImage &image, int32_t x
 // Hands every pixel of the shape inside the bounds to `visit`, row by row, left to right; returns how many.
 // Without the memory to keep the runs they are traced each time.
 template <typename Visit>
-int64_t VisitPixels(ShapeRecord *shape, bool isRing, const AnalysisImage &image,
+int64_t VisitPixels(ShapeRecord *shape, bool isRing, const BandPicture &image,
                     const LightSourcePosition &center, Visit visit) {
     const int32_t phase = center.XQuarter + 4 * center.YQuarter;
     SubShape *sub = &shape->subShapes[phase];
+    const ShapeGeometry geometry = MakeGeometry(*shape->radius, isRing, phase);
+    NoteRows(image, center.Y - geometry.reach, center.Y + geometry.reach);
+    if (!sub->runs)
+        RasterizeSubShape(geometry, sub);
     if (sub->runs)
         return VisitSubShape(*sub, image, center.X, center.Y, visit);
-    const ShapeGeometry geometry = MakeGeometry(*shape->radius, isRing, phase);
-    RasterizeSubShape(geometry, sub);
     int64_t visited = 0;
     TraceRuns(geometry, [&](const ShapeRun &run) {
         visited += VisitClippedRun(run, image, center.X, center.Y, visit);
@@ -127,7 +141,7 @@ int64_t VisitPixels(ShapeRecord *shape, bool isRing, const AnalysisImage &image,
     return visited;
 }
 
-bool SampleBrightness(ShapeRecord *shape, bool isRing, const AnalysisImage &image,
+bool SampleBrightness(ShapeRecord *shape, bool isRing, const BandPicture &image,
                       const LightSourcePosition &center, ShapeStatistics *out) {
     double sum = 0.0, squares = 0.0;
     const int64_t count = VisitPixels(shape, isRing, image, center, [&sum, &squares](const PixelSample &p) {
@@ -144,17 +158,17 @@ bool SampleBrightness(ShapeRecord *shape, bool isRing, const AnalysisImage &imag
 
 } // namespace
 
-bool SampleDisk(ShapeRecord *shape, const AnalysisImage &image, const LightSourcePosition &center,
+bool SampleDisk(ShapeRecord *shape, const BandPicture &image, const LightSourcePosition &center,
                 ShapeStatistics *out) {
     return SampleBrightness(shape, false, image, center, out);
 }
 
-bool SampleRing(ShapeRecord *shape, const AnalysisImage &image, const LightSourcePosition &center,
+bool SampleRing(ShapeRecord *shape, const BandPicture &image, const LightSourcePosition &center,
                 ShapeStatistics *out) {
     return SampleBrightness(shape, true, image, center, out);
 }
 
-bool SampleRingColor(ShapeRecord *shape, const AnalysisImage &image, const LightSourcePosition &center,
+bool SampleRingColor(ShapeRecord *shape, const BandPicture &image, const LightSourcePosition &center,
                      uint32_t color[3]) {
     double sums[3] = {0.0, 0.0, 0.0};
     const int64_t count = VisitPixels(shape, true, image, center, [&sums](const PixelSample &p) {

@@ -1,7 +1,7 @@
 // Mean, deviation and mean colour of the analysis image over disks and rings around a quarter-pixel position.
 #pragma once
 
-#include "engine/image/AnalysisImage.h"
+#include "engine/detect/BandPicture.h"
 #include "engine/table/LightSourceTable.h"
 
 #include <cstddef>
@@ -35,20 +35,20 @@ struct ShapeStatistics {
 // the bounds; *out is then left alone. A record is used by one thread only.
 struct ShapeRecord {
     SubShape subShapes[kSubShapesPerShape];
-    bool (*sample)(ShapeRecord *shape, const AnalysisImage &image, const LightSourcePosition &center,
+    bool (*sample)(ShapeRecord *shape, const BandPicture &image, const LightSourcePosition &center,
                    ShapeStatistics *out);
     const float *radius; // in pixels, a multiple of 0.25
 };
 static_assert(sizeof(ShapeRecord) == 656);
 
 // The sampling operations of a record.
-bool SampleDisk(ShapeRecord *shape, const AnalysisImage &image, const LightSourcePosition &center,
+bool SampleDisk(ShapeRecord *shape, const BandPicture &image, const LightSourcePosition &center,
                 ShapeStatistics *out);
-bool SampleRing(ShapeRecord *shape, const AnalysisImage &image, const LightSourcePosition &center,
+bool SampleRing(ShapeRecord *shape, const BandPicture &image, const LightSourcePosition &center,
                 ShapeStatistics *out);
 
 // Mean red, green and blue over a ring, truncated; false as for `sample`.
-bool SampleRingColor(ShapeRecord *shape, const AnalysisImage &image, const LightSourcePosition &center,
+bool SampleRingColor(ShapeRecord *shape, const BandPicture &image, const LightSourcePosition &center,
                      uint32_t color[3]);
 
 // How much a shape's brightness stands out: mean − 2 × deviation, never below 0.

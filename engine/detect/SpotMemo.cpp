@@ -20,7 +20,7 @@ SpotMemo *MemoOf(const WorkerContext &worker) {
 } // namespace
 
 void AttachSpotMemo(WorkerContext *worker) {
-    const IntRect &bounds = worker->shared->image.bounds;
+    const IntRect &bounds = worker->picture.bounds;
     const size_t pixels =
         static_cast<size_t>(bounds.right - bounds.left) * static_cast<size_t>(bounds.bottom - bounds.top);
     const size_t bytes = sizeof(SpotMemo) + pixels * sizeof(MeasuredPixel);
@@ -35,7 +35,7 @@ MeasuredPixel *MemoEntry(const WorkerContext &worker, int32_t x, int32_t y) {
     SpotMemo *memo = MemoOf(worker);
     if (!memo)
         return nullptr;
-    const IntRect &bounds = worker.shared->image.bounds;
+    const IntRect &bounds = worker.picture.bounds;
     auto *entries = reinterpret_cast<MeasuredPixel *>(memo + 1);
     return &entries[int64_t{y - bounds.top} * (bounds.right - bounds.left) + (x - bounds.left)];
 }

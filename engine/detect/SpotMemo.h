@@ -7,7 +7,7 @@
 #include "engine/detect/Detection.h"
 #include "engine/detect/RadialProfile.h"
 
-// One pixel. Good only while `state` is the picture's; see PictureState.
+// One pixel. Good only while `state` is the picture's.
 struct MeasuredPixel {
     uint32_t state;
     int32_t dx : 12, dy : 12; // the step towards the centre that the profile points to; 0, 0: it stays
@@ -18,11 +18,6 @@ static_assert(sizeof(MeasuredPixel) == 8 && kAnalysisLongerSide + 2 < 2048);
 
 // Gives the worker its memo in `spare`. Without the memory for it everything is measured each time.
 void AttachSpotMemo(WorkerContext *worker);
-
-// Changes whenever pixels are marked; never 0.
-inline uint32_t PictureState(const DetectionShared &shared) {
-    return shared.fills.load(std::memory_order_relaxed) + 1;
-}
 
 // The entry of a pixel inside the bounds; null without a memo.
 MeasuredPixel *MemoEntry(const WorkerContext &worker, int32_t x, int32_t y);

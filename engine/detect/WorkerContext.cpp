@@ -72,14 +72,24 @@ HostResult InitializeWorkerContext(uint32_t index, const IntRect &band, Detectio
     *worker = WorkerContext{};
     worker->index = index;
     worker->band = band;
+    worker->nextRow = band.top;
     worker->shared = shared;
     const HostResult result = AllocateBuffers(worker);
-    if (result == kNoError) {
-        FillShapes(worker);
-        AttachLightSourceGrid(shared->image.bounds, kGridCellSize, &worker->table);
-        AttachSpotMemo(worker);
-    }
-    return result;
+    if (result != kNoError)
+        return result;
+    if (!AttachBandPicture(shared->image, &worker->picture))
+        return kMemFullErr;
+    FillShapes(worker);
+    AttachLightSourceGrid(shared->image.bounds, kGridCellSize, &worker->table);
+    AttachSpotMemo(worker);
+    return kNoError;
+}
+
+void EmptyWorkerTable(WorkerContext *worker) {
+    FreeLightSourceGrid(&worker->table);
+    worker->table.Count = 0;
+    AttachLightSourceGrid(worker->shared->image.bounds, kGridCellSize, &worker->table);
+    worker->result = kNoError;
 }
 
 void ReleaseWorkerContext(WorkerContext *worker) {
@@ -88,6 +98,7 @@ void ReleaseWorkerContext(WorkerContext *worker) {
     CountedFree(worker->DiskParamsBuff, worker->diskParamsBytes);
     CountedFree(worker->RingParamsBuff, worker->ringParamsBytes);
     CountedFree(worker->spare, worker->spareBytes);
+    FreeBandPicture(&worker->picture);
     FreeTableRecords(&worker->table);
     *worker = WorkerContext{};
 }

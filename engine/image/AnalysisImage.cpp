@@ -18,17 +18,23 @@ bool IsSourceUsable(const ImageBuffer &source) {
            int64_t{source.bounds.bottom} - source.bounds.top == source.height;
 }
 
+// A thin area just left of or above the origin would vanish, since both its edges go toward the origin.
 IntRect ReduceBounds(const IntRect &bounds, double scale) {
-    return IntRect{static_cast<int32_t>(bounds.left / scale), static_cast<int32_t>(bounds.top / scale),
-                   static_cast<int32_t>((bounds.right + scale - kEdgeSlack) / scale),
-                   static_cast<int32_t>((bounds.bottom + scale - kEdgeSlack) / scale)};
+    IntRect r{static_cast<int32_t>(bounds.left / scale), static_cast<int32_t>(bounds.top / scale),
+              static_cast<int32_t>((bounds.right + scale - kEdgeSlack) / scale),
+              static_cast<int32_t>((bounds.bottom + scale - kEdgeSlack) / scale)};
+    r.right = std::max(r.right, r.left + 1);
+    r.bottom = std::max(r.bottom, r.top + 1);
+    return r;
 }
 
 uint32_t LargestBrightness(const AnalysisImage &image, size_t pixels) {
-    uint32_t largest = 0;
-    for (size_t i = 0; i < pixels; ++i)
-        largest = std::max(largest, PixelBrightness(image.samples[i]));
-    return largest;
+    uint64_t largest = 0; // sum of channels
+    for (size_t i = 0; i < pixels; ++i) {
+        const PixelSample &p = image.samples[i];
+        largest = std::max(largest, uint64_t{p.red} + p.green + p.blue);
+    }
+    return static_cast<uint32_t>(largest / 3);
 }
 
 HostResult FillSamples(const ImageBuffer &source, const std::atomic<uint8_t> &cancel,
@@ -50,8 +56,6 @@ HostResult PrepareAnalysisImage(const ImageBuffer &source, const std::atomic<uin
     AnalysisImage image{};
     image.scale = longerSide <= kAnalysisLongerSide ? 1.0 : longerSide * kScalePerPixel;
     image.bounds = image.scale == 1.0 ? source.bounds : ReduceBounds(source.bounds, image.scale);
-    if (IsEmptyRect(image.bounds))
-        return kParamErr;
     const auto width = static_cast<size_t>(image.bounds.right - image.bounds.left);
     const size_t pixels = width * static_cast<size_t>(image.bounds.bottom - image.bounds.top);
     image.sampleBytes = pixels * sizeof(PixelSample);
@@ -77,6 +81,5 @@ void MarkPixel(AnalysisImage *image, int32_t x, int32_t y) {
     if (!RectContains(image->bounds, x, y))
         return;
     const int64_t width = image->bounds.right - image->bounds.left;
-    image->samples[(y - image->bounds.top) * width + (x - image->bounds.left)] =
-        PixelSample{0xFFFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFFu, 0};
+    image->samples[(y - image->bounds.top) * width + (x - image->bounds.left)] = kMarkedSample;
 }

@@ -42,7 +42,9 @@ inline PixelSample FetchPixel(const AnalysisImage &image, int32_t x, int32_t y) 
     return image.samples[(y - image.bounds.top) * width + (x - image.bounds.left)];
 }
 
-// Takes the pixel out of detection: white, covered, not selected. Callers hold the analysis-image mutex.
+// What a pixel that is taken out of detection becomes: white, covered, not selected.
+constexpr PixelSample kMarkedSample = {0xFFFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFFu, 0};
+// No other thread may use the image meanwhile.
 void MarkPixel(AnalysisImage *image, int32_t x, int32_t y);
 inline bool IsPixelMarked(const PixelSample &p) {
     return p.red == 0xFFFFFFFFu;

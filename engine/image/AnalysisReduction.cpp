@@ -42,9 +42,9 @@ AxisWindow WindowAt(int32_t analysisPixel, double scale, int32_t imageBegin, int
     AxisWindow w;
     w.begin = std::max<double>(center - scale / 2, imageBegin);
     w.end = std::min<double>(center + scale / 2, imageEnd);
-    if (!(w.begin < w.end)) {
-        w.begin = imageEnd - 1;
-        w.end = imageEnd;
+    if (!(w.begin < w.end)) { // beside the image: its nearest pixel
+        w.begin = center < imageBegin ? imageBegin : imageEnd - 1;
+        w.end = w.begin + 1;
     }
     w.first = static_cast<int32_t>(std::floor(w.begin));
     w.count = static_cast<int32_t>(std::ceil(w.end)) - w.first;

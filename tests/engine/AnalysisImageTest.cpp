@@ -4,19 +4,38 @@
 #include "diag/BufferUsage.h"
 #include "tests/engine/TestImages.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
 
 using AnalysisImageTest = EngineTest;
 
-TEST_F(AnalysisImageTest, AWindowWithNoPixelTakesTheLastColumn) {
-    // The first analysis column of this picture points four document pixels left of it.
-    TestImage image(kModeGray8, 1, 0, IntRect{1003, 0, 1003 + 3960, 1});
-    image.buffer.planes[0][3959] = 200;
-    const TestWorker worker(image.buffer);
-    ASSERT_EQ(worker.shared.image.bounds.left, 303);
-    EXPECT_EQ(FetchPixel(worker.shared.image, 303, 0).red, WorkingFrom8(200));
+TEST_F(AnalysisImageTest, AWindowWithNoPixelTakesTheNearestColumnOrRow) {
+    // The first analysis pixel of this picture points four document pixels before it.
+    for (const bool isTall : {false, true}) {
+        const IntRect wide = {1003, 0, 1003 + 3960, 1}, tall = {0, 1003, 1, 1003 + 3960};
+        TestImage image(kModeGray8, 1, 0, isTall ? tall : wide, false);
+        image.buffer.pixels[0] = 90;
+        image.buffer.pixels[3959] = 200;
+        const TestWorker worker(image.buffer);
+        const IntRect &bounds = worker.shared.image.bounds;
+        ASSERT_EQ(isTall ? bounds.top : bounds.left, 303);
+        EXPECT_EQ(FetchPixel(worker.shared.image, bounds.left, bounds.top).red, WorkingFrom8(90));
+    }
+}
+
+TEST_F(AnalysisImageTest, AThinPictureBesideTheOriginKeepsAPixel) {
+    for (int32_t top = -28; top <= 1; ++top)
+        for (const bool isTall : {false, true}) {
+            const IntRect wide = {0, top, 32767, top + 1}, tall = {top, 0, top + 1, 32767};
+            TestImage image(kModeGray8, 1, 0, isTall ? tall : wide, false);
+            std::fill_n(image.buffer.pixels, image.buffer.pixelBytes, uint8_t{70});
+            const TestWorker worker(image.buffer);
+            const IntRect &bounds = worker.shared.image.bounds;
+            EXPECT_EQ((bounds.right - bounds.left) * (bounds.bottom - bounds.top), 1200) << top;
+            EXPECT_EQ(FetchPixel(worker.shared.image, bounds.left, bounds.top).red, WorkingFrom8(70)) << top;
+        }
 }
 
 TEST_F(AnalysisImageTest, NothingIsReadOrMarkedOutsideAndThePictureKeepsItsSamples) {

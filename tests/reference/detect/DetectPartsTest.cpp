@@ -91,9 +91,9 @@ TEST(DetectionSteps, ProfilesStatisticsAndCentres) {
         Random random(80, i);
         Analysis analysis =
             PickRays(&random, static_cast<int32_t>(random.OneOf({3, 12, 30, 30, 60, 60, 136, 137, 140})));
-        std::vector<PixelSample> samples = analysis.samples;
+        const Worker worker(analysis);
         RadialProfile product{};
-        const bool notFlat = MeasureProfile(ViewOf(analysis, &samples), 0, 0, &product);
+        const bool notFlat = MeasureProfile(worker.context.picture, 0, 0, &product);
         reference::Profile expected = reference::MeasureProfile(&analysis, 0, 0);
         ASSERT_EQ(notFlat, reference::Fetch(analysis, 0, 0).selectionLevel != 0) << "case " << i;
         flat += !notFlat;

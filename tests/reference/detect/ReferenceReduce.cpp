@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace reference {
 
@@ -41,14 +42,16 @@ struct Window {
     std::vector<double> weights;
 };
 
-// A window without pixels takes the last one, on whichever side it lies.
+// A window without pixels takes the one that lies nearest to it.
 Window WindowOf(int32_t position, double scale, int32_t low, int32_t high) {
     const auto pixel = static_cast<int64_t>(position * scale + 0.5);
     const double centre = static_cast<double>(pixel) + 0.5;
     const double from = std::max<double>(centre - scale / 2, low),
                  to = std::min<double>(centre + scale / 2, high);
-    if (from >= to)
-        return {high - 1, {1.0}};
+    if (from >= to) {
+        const double toFirst = std::abs(low + 0.5 - centre), toLast = std::abs(high - 0.5 - centre);
+        return {toFirst < toLast ? low : high - 1, {1.0}};
+    }
     Window window{static_cast<int64_t>(std::floor(from)), {}};
     for (int64_t x = window.first; static_cast<double>(x) < to; ++x) {
         const double left = std::max(from, static_cast<double>(x));
@@ -79,10 +82,16 @@ PixelSample AverageSample(const ImageBuffer &image, const Window &across, const 
             Average(sums[3], weight), Average(sums[4], weight)};
 }
 
+// Both ends of an axis in reduced pixels; never the same.
+std::pair<int32_t, int32_t> ReducedSpan(int32_t low, int32_t high, double s) {
+    const auto from = static_cast<int32_t>(low / s), to = static_cast<int32_t>((high + s - 1e-11) / s);
+    return {from, to > from ? to : from + 1};
+}
+
 IntRect ReducedBounds(const IntRect &bounds, double s) {
-    return {static_cast<int32_t>(bounds.left / s), static_cast<int32_t>(bounds.top / s),
-            static_cast<int32_t>((bounds.right + s - 1e-11) / s),
-            static_cast<int32_t>((bounds.bottom + s - 1e-11) / s)};
+    const auto [left, right] = ReducedSpan(bounds.left, bounds.right, s);
+    const auto [top, bottom] = ReducedSpan(bounds.top, bounds.bottom, s);
+    return {left, top, right, bottom};
 }
 
 } // namespace
