@@ -16,7 +16,7 @@ for effect in "Standard Star" "Hollywood Star" "Religious Cross" "Hyper Star" "N
     *) points=6 ;;
     esac
     for photo in launchpad_dusk deep_field earth_night; do
-        "$root/brillatrix" --quiet --effect "$effect" --points $points --length 65 "$photos/$photo.jpg" "$work/out.png"
+        "$root/brillatrix" --quiet --overwrite --effect "$effect" --points $points --length 65 "$photos/$photo.jpg" "$work/out.png"
         case $photo in
         launchpad_dusk) crop=400x260+60+167 ;;
         deep_field) crop=500x325+400+0 ;;
@@ -32,5 +32,5 @@ for effect in "Standard Star" "Hollywood Star" "Religious Cross" "Hyper Star" "N
     for photo in launchpad_dusk deep_field earth_night; do set -- "$@" "$work/$photo-$effect.png"; done
 done
 montage "$@" -tile 3x7 -geometry +3+3 -background black -quality 88 "$root/docs/contact-sheet.jpg"
-"$root/brillatrix" --quiet --length 60 "$photos/launchpad_dusk.jpg" "$work/demo.png"
+"$root/brillatrix" --quiet --overwrite --length 60 "$photos/launchpad_dusk.jpg" "$work/demo.png"
 convert "$work/demo.png" -quality 90 "$root/docs/launchpad_dusk_stars.jpg"

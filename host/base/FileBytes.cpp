@@ -53,10 +53,74 @@ bool ReadWholeFile(const std::wstring &path, Bytes *bytes, std::string *why) {
     return done;
 }
 
+std::wstring TemporaryPath(const std::wstring &path, uint32_t processId) {
+    return path + L"." + std::to_wstring(processId) + L".tmp";
+}
+
+bool DoesFileExist(const std::wstring &path) {
+    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool CheckOutputPlace(const std::wstring &path, std::string *why) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    const bool isThere = attributes != INVALID_FILE_ATTRIBUTES;
+    if (isThere && (attributes & FILE_ATTRIBUTE_DIRECTORY)) {
+        *why = "it is a folder";
+        return false;
+    }
+    if (isThere && (attributes & FILE_ATTRIBUTE_READONLY)) {
+        *why = "it is write-protected";
+        return false;
+    }
+    OutputFile file;
+    if (!BeginOutput(path, &file, why))
+        return false;
+    DiscardOutput(&file);
+    return true;
+}
+
+// The file that a link stands for, so that the link itself stays.
+static std::wstring LinkTarget(const std::wstring &path) {
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_REPARSE_POINT))
+        return path;
+    const HANDLE file = CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                    nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return path;
+    std::wstring target(32768, L'\0');
+    const DWORD length = GetFinalPathNameByHandleW(file, target.data(), static_cast<DWORD>(target.size()),
+                                                   FILE_NAME_NORMALIZED);
+    CloseHandle(file);
+    target.resize(length < target.size() ? length : 0);
+    return target.empty() ? path : target;
+}
+
+// Who may read and write the file that is replaced may do so with the new one.
+static void CopyAccess(const std::wstring &from, const std::wstring &to) {
+    DWORD needed = 0;
+    GetFileSecurityW(from.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &needed);
+    std::vector<uint8_t> rules(needed);
+    if (needed > 0 &&
+        GetFileSecurityW(from.c_str(), DACL_SECURITY_INFORMATION, rules.data(), needed, &needed))
+        SetFileSecurityW(to.c_str(), DACL_SECURITY_INFORMATION, rules.data());
+}
+
+// A replaced file keeps its access rules, attributes and streams where the file system knows how.
+static bool PutInPlace(const std::wstring &temporary, const std::wstring &path) {
+    if (DoesFileExist(path)) {
+        CopyAccess(path, temporary);
+        if (!IsUnderWine() && ReplaceFileW(path.c_str(), temporary.c_str(), nullptr,
+                                           REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr))
+            return true;
+    }
+    return MoveFileExW(temporary.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+}
+
 bool BeginOutput(const std::wstring &path, OutputFile *file, std::string *why) {
     OutputFile begun;
-    begun.path = path;
-    begun.temporaryPath = path + L"." + std::to_wstring(GetCurrentProcessId()) + L".tmp";
+    begun.path = LinkTarget(path);
+    begun.temporaryPath = TemporaryPath(begun.path, GetCurrentProcessId());
     begun.handle = CreateFileW(begun.temporaryPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                FILE_ATTRIBUTE_NORMAL, nullptr);
     if (begun.handle == INVALID_HANDLE_VALUE)
@@ -111,8 +175,7 @@ bool CommitOutputFile(OutputFile *file, std::string *why) {
     if (!isFlushed)
         FailWithError(why);
     CloseOutput(file);
-    const bool isMoved = isFlushed && MoveFileExW(file->temporaryPath.c_str(), file->path.c_str(),
-                                                  MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+    const bool isMoved = isFlushed && PutInPlace(file->temporaryPath, file->path);
     if (isFlushed && !isMoved)
         FailWithError(why);
     if (!isMoved)

@@ -19,6 +19,12 @@ struct OutputFile {
     std::wstring temporaryPath;
 };
 
+// Where a process writes a file that is not finished.
+std::wstring TemporaryPath(const std::wstring &path, uint32_t processId);
+// Before work: false with a reason when a file of that name could not be written. Leaves nothing.
+bool CheckOutputPlace(const std::wstring &path, std::string *why);
+bool DoesFileExist(const std::wstring &path);
+
 bool BeginOutput(const std::wstring &path, OutputFile *file, std::string *why);
 bool AppendOutput(OutputFile *file, const void *bytes, size_t length, std::string *why);
 // Puts the finished file in its place, over an older one. After a failure nothing is left of it.

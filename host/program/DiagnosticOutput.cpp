@@ -3,7 +3,7 @@
 #include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
 #include "host/pictures/PictureFiles.h"
-#include "host/program/Console.h"
+#include "host/base/Console.h"
 #include "host/program/LightFiles.h"
 
 namespace host {
@@ -16,17 +16,8 @@ static std::wstring PicturePath(const Options &options, uint32_t choice) {
 }
 
 static bool CanWrite(const std::wstring &path, OutputFailure *failure) {
-    OutputFile file;
-    if (!BeginOutput(NativePath(path), &file, &failure->why)) {
-        failure->path = path;
-        return false;
-    }
-    DiscardOutput(&file);
-    const DWORD attributes = GetFileAttributesW(NativePath(path).c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY))
-        return true;
-    *failure = {path, "it is a folder"};
-    return false;
+    failure->path = path;
+    return CheckOutputPlace(NativePath(path), &failure->why);
 }
 
 static bool MakeFolder(const std::wstring &path, OutputFailure *failure) {

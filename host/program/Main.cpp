@@ -1,5 +1,6 @@
 // Start of brillatrix.exe.
-#include "host/program/Console.h"
+#include "host/base/Console.h"
+#include "host/program/PhotoRun.h"
 #include "host/program/Program.h"
 
 #include <windows.h>

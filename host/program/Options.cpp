@@ -1,236 +1,328 @@
 #include "host/program/Options.h"
 
 #include "host/base/SystemText.h"
+#include "host/program/ParameterOptions.h"
 #include "host/program/Parameters.h"
+#include "host/program/Spelling.h"
 #include "plugin/interface/ScriptKeys.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
 
 namespace host {
 
-constexpr double kLargestValue = 1e6; // of a number on the command line, either sign
+constexpr int32_t kLongestTimeout = 86400; // seconds
+constexpr int32_t kMostJobs = 64, kMostMemory = 1000000;
 
-const char kHelpText[] =
-    "Usage: brillatrix [options] PHOTO OUT\n"
-    "       brillatrix --lights ... PHOTO\n"
-    "Adds stars to the lights of PHOTO and writes the result to OUT.\n"
-    "\n"
-    "Reads png, jpg, tif, bmp, ppm, pgm, pfm; writes by OUT's ending at the photo's own depth.\n"
-    "\n"
-    "What is not given is the default, so that a command always means the same picture:\n"
-    "  --effect NAME            standard, hollywood, cross, hyper, north, vector, burst; or efT0 .. efT6\n"
-    "  --threshold N            how many lights get stars, by brightness (50)\n"
-    "  --intensity N            brightness of the stars (50)\n"
-    "  --length N               length of the spikes (50)\n"
-    "  --angle DEGREES          turn of the stars (15)\n"
-    "  --points N               number of spikes (6)\n"
-    "  --sharpness N            sharpness of the spikes (50)\n"
-    "  --saturation N           colour of the stars (30)\n"
-    "  --rainbow N              rainbow along the spikes (50)\n"
-    "  --rainbow-frequency N    how often its colours repeat (50)\n"
-    "  --secondary N            brightness of the small spikes between (15)\n"
-    "  --flare N                brightness of the soft glow (30)\n"
-    "  --effects-only           the stars alone, on black\n"
-    "  --settings FILE.sss      all parameters from a saved set; options given here go before it\n"
-    "  --last                   all parameters of the last run instead of the defaults\n"
-    "\n"
-    "  --dialog                 choose the parameters in the filter's dialog; Cancel writes nothing\n"
-    "  --mask IMAGE             only lights where IMAGE is white; of the photo's size\n"
-    "  --roi LEFT,TOP,RIGHT,BOTTOM\n"
-    "                           filter this rectangle alone; right and bottom are exclusive\n"
-    "  --plugin FILE            the filter module (BrillatrixX64.8bf beside this program)\n"
-    "  --filter FILE.8bf        run another 64-bit filter with its own default parameters; with --dialog "
-    "its\n"
-    "                           windows open, without they are answered with OK; --about tells its name\n"
-    "  --quiet                  errors only, no progress bar and no notes\n"
-    "\n"
-    "What the filter found; OUT may then be left out:\n"
-    "  --lights                 print the table of the lights, brightest first\n"
-    "  --lights-csv FILE        write it with positions, diameters, colours, ranks and states\n"
-    "  --lights-svg FILE        draw it, of the photo's size, to be laid over the photo\n"
-    "  --debug-images DIR       write four pictures: analysis, selection, lights and star .png\n"
-    "  --show-lights            open the table in a window\n"
-    "  --show-debug             open the pictures in a window\n"
-    "\n"
-    "  --about                  what the filter module says about itself\n"
-    "  --help, --version\n"
-    "\n"
-    "Exit status: 0 done, 2 wrong usage, 3 a file could not be read or written,\n"
-    "4 the plug-in reported an error, 5 cancelled, 6 there is no screen for a window.\n";
+// Where an option may stand.
+enum CommandSet : unsigned {
+    kSingle = 1,
+    kMany = 2,
+    kInPlace = 4,
+    kAnywhere = kSingle | kMany | kInPlace,
+};
 
-// Plain decimal numbers only: no hexadecimal, no infinity.
-static bool ParseNumber(const std::wstring &text, double *number) {
-    if (text.empty() || text.find_first_not_of(L"0123456789+-.eE") != std::wstring::npos)
-        return false;
-    wchar_t *end = nullptr;
-    const double parsed = std::wcstod(text.c_str(), &end);
-    if (*end != 0 || !std::isfinite(parsed) || std::fabs(parsed) > kLargestValue)
-        return false;
-    *number = parsed;
+// One option at work: its name as it was typed, and its value.
+struct GivenOption {
+    std::wstring name, value;
+    std::string *why;
+};
+
+static bool Refuse(const GivenOption &given, const std::string &what) {
+    return Fail(given.why, ToUtf8(given.name) + " " + what + ", not \"" + ToUtf8(given.value) + "\"");
+}
+
+static BatchOptions &Batch(Options &options) {
+    return options.batch;
+}
+
+template <auto Member> static bool TakeText(Options &options, const GivenOption &given) {
+    options.*Member = given.value;
+    return true;
+}
+template <auto Member> static bool TakeBatchText(Options &options, const GivenOption &given) {
+    Batch(options).*Member = given.value;
+    return true;
+}
+template <auto Member> static bool AddBatchText(Options &options, const GivenOption &given) {
+    (Batch(options).*Member).push_back(given.value);
+    return true;
+}
+template <auto Member, bool Value = true> static bool TakeSwitch(Options &options, const GivenOption &) {
+    options.*Member = Value;
+    return true;
+}
+template <auto Member> static bool TakeBatchSwitch(Options &options, const GivenOption &) {
+    Batch(options).*Member = true;
+    return true;
+}
+template <ProgramTask Task> static bool TakeTask(Options &options, const GivenOption &) {
+    options.task = Task;
     return true;
 }
 
-static bool ParseWhole(const std::wstring &text, int32_t *number) {
-    double parsed;
-    if (!ParseNumber(text, &parsed) || parsed != std::floor(parsed))
-        return false;
-    *number = static_cast<int32_t>(parsed);
-    return true;
-}
-
-static bool ParseRectangle(const std::wstring &text, Rectangle *rectangle) {
-    int32_t edges[4];
-    size_t at = 0;
-    for (int i = 0; i < 4; i++) {
-        const size_t comma = text.find(L',', at);
-        if ((comma == std::wstring::npos) != (i == 3) || !ParseWhole(text.substr(at, comma - at), &edges[i]))
-            return false;
-        at = comma + 1;
-    }
-    *rectangle = {edges[0], edges[1], edges[2], edges[3]};
-    return !IsEmpty(*rectangle);
-}
-
-struct NumberOption {
-    const wchar_t *name;
-    uint32_t key;
-};
-
-static const NumberOption kPercentOptions[] = {
-    {L"--threshold", kKeyThreshold},
-    {L"--intensity", kKeyIntensity},
-    {L"--length", kKeyLength},
-    {L"--sharpness", kKeySpikeSharpness},
-    {L"--saturation", kKeySaturation},
-    {L"--rainbow", kKeyRainbowIntensity},
-    {L"--rainbow-frequency", kKeyRainbowFrequency},
-    {L"--secondary", kKeySecondaryIntensity},
-    {L"--flare", kKeySoftFlareBrightness},
-};
-
-static const NumberOption *FindPercentOption(const std::wstring &name) {
-    const auto found = std::find_if(std::begin(kPercentOptions), std::end(kPercentOptions),
-                                    [&](const NumberOption &option) { return name == option.name; });
-    return found == std::end(kPercentOptions) ? nullptr : found;
-}
-
-static bool TakeNumberOption(const std::wstring &name, const std::wstring &text, Options *options,
-                             std::string *why) {
-    double number;
+static bool TakeWholeBetween(const GivenOption &given, int32_t least, int32_t most, int32_t *number) {
     int32_t whole;
-    if (name == L"--points") {
-        if (!ParseWhole(text, &whole))
-            return Fail(why, "--points needs a whole number, not \"" + ToUtf8(text) + "\"");
-        options->values.push_back(IntegerValue(kKeyNumberOfPoints, whole));
-        return true;
-    }
-    if (!ParseNumber(text, &number))
-        return Fail(why, ToUtf8(name) + " needs a number, not \"" + ToUtf8(text) + "\"");
-    if (name == L"--angle")
-        options->values.push_back(UnitFloatValue(kKeyAngle, kUnitAngle, number));
-    else
-        options->values.push_back(UnitFloatValue(FindPercentOption(name)->key, kUnitPercent, number));
+    if (!ParseWhole(given.value, &whole) || whole < least || whole > most)
+        return Refuse(given, "goes from " + std::to_string(least) + " to " + std::to_string(most));
+    *number = whole;
     return true;
 }
-
-static bool TakeOtherOption(const std::wstring &name, const std::wstring &text, Options *options,
-                            std::string *why) {
-    if (text.empty())
-        return Fail(why, ToUtf8(name) + " needs a value");
-    if (name == L"--effect") {
-        uint32_t code;
-        if (!FindEffect(ToUtf8(text), &code))
-            return Fail(why,
-                        "there is no effect \"" + ToUtf8(text) +
-                            "\"; the effects are standard, hollywood, cross, hyper, north, vector, burst");
-        options->values.push_back(EnumeratedValue(kKeyEffect, kTypeEffect, code));
-    } else if (name == L"--roi") {
-        Rectangle rectangle;
-        if (!ParseRectangle(text, &rectangle))
-            return Fail(why, "--roi needs LEFT,TOP,RIGHT,BOTTOM with something inside, not \"" +
-                                 ToUtf8(text) + "\"");
-        options->roi = rectangle;
-    } else if (name == L"--settings") {
-        options->settings = text;
-    } else if (name == L"--mask") {
-        options->mask = text;
-    } else if (name == L"--filter") {
-        options->filter = text;
-    } else if (name == L"--lights-csv") {
-        options->lightsCsv = text;
-    } else if (name == L"--lights-svg") {
-        options->lightsSvg = text;
-    } else if (name == L"--debug-images") {
-        options->debugImages = text;
-    } else {
-        options->plugin = text;
-    }
-    return true;
+template <auto Member, int32_t Most> static bool TakeBatchWhole(Options &options, const GivenOption &given) {
+    return TakeWholeBetween(given, 1, Most, &(Batch(options).*Member));
+}
+static bool TakeQuality(Options &options, const GivenOption &given) {
+    return TakeWholeBetween(given, 1, 100, &options.write.quality);
 }
 
-struct SwitchOption {
+template <typename Value> struct Choice {
     const wchar_t *name;
-    bool Options::*value;
+    Value value;
 };
 
-static const SwitchOption kSwitchOptions[] = {
-    {L"--last", &Options::useLast},           {L"--quiet", &Options::isQuiet},
-    {L"--dialog", &Options::showDialog},      {L"--lights", &Options::printLights},
-    {L"--show-lights", &Options::showLights}, {L"--show-debug", &Options::showDebug},
-};
-
-static bool TakeFlag(const std::wstring &name, Options *options) {
-    for (const SwitchOption &option : kSwitchOptions)
-        if (name == option.name) {
-            options->*option.value = true;
+template <typename Value, size_t Count>
+static bool TakeChoice(const GivenOption &given, const Choice<Value> (&choices)[Count], Value *value) {
+    std::string names;
+    for (const Choice<Value> &choice : choices) {
+        if (given.value == choice.name) {
+            *value = choice.value;
             return true;
         }
-    if (name == L"--effects-only")
-        options->values.push_back(BooleanValue(kKeyOutputSpikesOnly, true));
-    else if (name == L"--about")
-        options->task = ProgramTask::kAbout;
-    else if (name == L"--help")
-        options->task = ProgramTask::kHelp;
-    else if (name == L"--version")
-        options->task = ProgramTask::kVersion;
-    else
-        return false;
+        names += (names.empty() ? "" : ", ") + ToUtf8(choice.name);
+    }
+    return Refuse(given, "takes one of " + names);
+}
+
+static bool TakeSubsampling(Options &options, const GivenOption &given) {
+    static constexpr Choice<Subsampling> kChoices[] = {{L"444", Subsampling::k444},
+                                                       {L"420", Subsampling::k420}};
+    return TakeChoice(given, kChoices, &options.write.subsampling);
+}
+
+static bool TakeCompression(Options &options, const GivenOption &given) {
+    static constexpr Choice<int> kChoices[] = {{L"none", kVipsTiffNone},         {L"lzw", kVipsTiffLzw},
+                                               {L"deflate", kVipsTiffDeflate},   {L"zstd", kVipsTiffZstd},
+                                               {L"packbits", kVipsTiffPackBits}, {L"jpeg", kVipsTiffJpeg}};
+    return TakeChoice(given, kChoices, &options.write.compression);
+}
+
+static bool TakeDepth(Options &options, const GivenOption &given) {
+    static constexpr Choice<int32_t> kChoices[] = {{L"8", 8}, {L"16", 16}, {L"32", 32}};
+    return TakeChoice(given, kChoices, &options.depth);
+}
+
+static bool TakeMetadata(Options &options, const GivenOption &given) {
+    static constexpr Choice<MetadataChoice> kChoices[] = {{L"keep", MetadataChoice::kKeep},
+                                                          {L"no-gps", MetadataChoice::kNoPlace},
+                                                          {L"none", MetadataChoice::kNone}};
+    return TakeChoice(given, kChoices, &options.write.metadata);
+}
+
+static bool TakeExisting(Options &options, const GivenOption &given) {
+    static constexpr Choice<ExistingRule> kChoices[] = {{L"fail", ExistingRule::kFail},
+                                                        {L"skip", ExistingRule::kSkip},
+                                                        {L"overwrite", ExistingRule::kOverwrite},
+                                                        {L"number", ExistingRule::kNumber}};
+    return TakeChoice(given, kChoices, &Batch(options).existing);
+}
+
+static bool TakeOnError(Options &options, const GivenOption &given) {
+    static constexpr Choice<bool> kChoices[] = {{L"continue", false}, {L"stop", true}};
+    return TakeChoice(given, kChoices, &Batch(options).stopsOnError);
+}
+
+static bool TakeProgress(Options &options, const GivenOption &given) {
+    static constexpr Choice<ProgressForm> kChoices[] = {{L"auto", ProgressForm::kAutomatic},
+                                                        {L"plain", ProgressForm::kPlain},
+                                                        {L"none", ProgressForm::kNone}};
+    return TakeChoice(given, kChoices, &Batch(options).progress);
+}
+
+static bool TakeJson(Options &options, const GivenOption &given) {
+    Batch(options).writesJson = true;
+    Batch(options).json = given.value;
     return true;
 }
 
-static bool IsValueOption(const std::wstring &name) {
-    static const wchar_t *const kOthers[] = {L"--effect",     L"--roi",        L"--settings",
-                                             L"--mask",       L"--plugin",     L"--filter",
-                                             L"--lights-csv", L"--lights-svg", L"--debug-images"};
-    return std::find(std::begin(kOthers), std::end(kOthers), name) != std::end(kOthers);
+static bool TakeSilent(Options &options, const GivenOption &) {
+    options.isQuiet = options.isSilent = Batch(options).isSilent = true;
+    return true;
 }
 
-static bool IsNumberOption(const std::wstring &name) {
-    return name == L"--angle" || name == L"--points" || FindPercentOption(name) != nullptr;
+static bool TakePreset(Options &options, const GivenOption &given) {
+    options.preset = Batch(options).presetName = given.value;
+    return true;
 }
 
-// One option at arguments[*at]; moves *at to its last word. A value follows as the next word or behind "=".
-static bool TakeOption(const std::vector<std::wstring> &arguments, size_t *at, Options *options,
-                       std::string *why) {
-    const std::wstring &word = arguments[*at];
-    const size_t equals = word.find(L'=');
-    const std::wstring name = word.substr(0, equals);
-    if (!IsNumberOption(name) && !IsValueOption(name)) {
-        if (equals == std::wstring::npos && TakeFlag(name, options))
-            return true;
-        return Fail(why, "unknown option " + ToUtf8(word));
+static bool TakeEffectsOnly(Options &options, const GivenOption &) {
+    options.values.push_back(BooleanValue(kKeyOutputSpikesOnly, true));
+    return true;
+}
+
+static bool TakeEffect(Options &options, const GivenOption &given) {
+    uint32_t code;
+    if (!FindEffect(ToUtf8(given.value), &code))
+        return Fail(given.why,
+                    "there is no effect \"" + ToUtf8(given.value) +
+                        "\"; the effects are standard, hollywood, cross, hyper, north, vector, burst");
+    options.values.push_back(EnumeratedValue(kKeyEffect, kTypeEffect, code));
+    return true;
+}
+
+static bool TakeRoi(Options &options, const GivenOption &given) {
+    int32_t edges[4];
+    size_t at = 0;
+    bool isGood = true;
+    for (int i = 0; i < 4 && isGood; i++) {
+        const size_t comma = given.value.find(L',', at);
+        isGood = (comma == std::wstring::npos) == (i == 3) &&
+                 ParseWhole(given.value.substr(at, comma - at), &edges[i]);
+        at = comma + 1;
     }
-    std::wstring value;
+    if (!isGood || edges[0] >= edges[2] || edges[1] >= edges[3])
+        return Refuse(given, "needs LEFT,TOP,RIGHT,BOTTOM with something inside");
+    options.roi = Rectangle{edges[0], edges[1], edges[2], edges[3]};
+    return true;
+}
+
+enum class ValueNeed { kNone, kNeeded, kJsonFile };
+
+struct OptionRow {
+    const wchar_t *name;
+    unsigned commands;
+    ValueNeed need;
+    bool (*take)(Options &options, const GivenOption &given);
+    bool isOfPhoto = true; // a batch's workers are told of it
+};
+
+static constexpr ValueNeed kNo = ValueNeed::kNone, kYes = ValueNeed::kNeeded;
+static const OptionRow kRows[] = {
+    {L"--effect", kAnywhere, kYes, TakeEffect},
+    {L"--effects-only", kAnywhere, kNo, TakeEffectsOnly},
+    {L"--settings", kAnywhere, kYes, TakeText<&Options::settings>},
+    {L"--preset-file", kAnywhere, kYes, TakeText<&Options::settings>},
+    {L"--preset", kAnywhere, kYes, TakePreset},
+    {L"--save-preset", kAnywhere, kYes, TakeText<&Options::savePreset>, false},
+    {L"--list-presets", kAnywhere, kNo, TakeTask<ProgramTask::kPresets>, false},
+    {L"--last", kAnywhere, kNo, TakeSwitch<&Options::useLast>},
+    {L"--dialog", kSingle | kInPlace, kNo, TakeSwitch<&Options::showDialog>},
+    {L"--mask", kAnywhere, kYes, TakeText<&Options::mask>},
+    {L"--roi", kAnywhere, kYes, TakeRoi},
+    {L"--plugin", kAnywhere, kYes, TakeText<&Options::plugin>},
+    {L"--filter", kAnywhere, kYes, TakeText<&Options::filter>},
+    {L"--overwrite", kSingle, kNo, TakeSwitch<&Options::overwrites>},
+    {L"--no-backup", kInPlace, kNo, TakeSwitch<&Options::keepsNoBackup>},
+    {L"--quality", kAnywhere, kYes, TakeQuality},
+    {L"--subsampling", kAnywhere, kYes, TakeSubsampling},
+    {L"--compression", kAnywhere, kYes, TakeCompression},
+    {L"--depth", kAnywhere, kYes, TakeDepth},
+    {L"--metadata", kAnywhere, kYes, TakeMetadata},
+    {L"--strict", kAnywhere, kNo, TakeSwitch<&Options::isStrict>},
+    {L"--no-strict", kAnywhere, kNo, TakeSwitch<&Options::isStrict, false>},
+    {L"--quiet", kAnywhere, kNo, TakeSwitch<&Options::isQuiet>},
+    {L"--silent", kAnywhere, kNo, TakeSilent},
+    {L"--lights", kSingle, kNo, TakeSwitch<&Options::printLights>},
+    {L"--lights-csv", kSingle, kYes, TakeText<&Options::lightsCsv>},
+    {L"--lights-svg", kSingle, kYes, TakeText<&Options::lightsSvg>},
+    {L"--debug-images", kSingle, kYes, TakeText<&Options::debugImages>},
+    {L"--show-lights", kSingle, kNo, TakeSwitch<&Options::showLights>},
+    {L"--show-debug", kSingle, kNo, TakeSwitch<&Options::showDebug>},
+    {L"--about", kSingle, kNo, TakeTask<ProgramTask::kAbout>},
+    {L"--help", kAnywhere, kNo, TakeTask<ProgramTask::kHelp>},
+    {L"-h", kAnywhere, kNo, TakeTask<ProgramTask::kHelp>},
+    {L"--version", kAnywhere, kNo, TakeTask<ProgramTask::kVersion>},
+    {L"-V", kAnywhere, kNo, TakeTask<ProgramTask::kVersion>},
+    {L"--out", kMany, kYes, TakeBatchText<&BatchOptions::outFolder>, false},
+    {L"--name", kMany, kYes, TakeBatchText<&BatchOptions::namePattern>, false},
+    {L"--recursive", kMany, kNo, TakeBatchSwitch<&BatchOptions::isRecursive>, false},
+    {L"--include", kMany, kYes, AddBatchText<&BatchOptions::includes>, false},
+    {L"--exclude", kMany, kYes, AddBatchText<&BatchOptions::excludes>, false},
+    {L"--existing", kMany, kYes, TakeExisting, false},
+    {L"--jobs", kMany, kYes, TakeBatchWhole<&BatchOptions::jobs, kMostJobs>, false},
+    {L"--memory", kMany, kYes, TakeBatchWhole<&BatchOptions::memory, kMostMemory>, false},
+    {L"--on-error", kMany, kYes, TakeOnError, false},
+    {L"--timeout", kMany, kYes, TakeBatchWhole<&BatchOptions::timeout, kLongestTimeout>, false},
+    {L"--resume", kMany, kNo, TakeBatchSwitch<&BatchOptions::resumes>, false},
+    {L"--dry-run", kMany, kNo, TakeBatchSwitch<&BatchOptions::isDryRun>, false},
+    {L"--json", kMany, ValueNeed::kJsonFile, TakeJson, false},
+    {L"--progress", kMany, kYes, TakeProgress, false},
+    {L"--failed", kMany, kYes, TakeBatchText<&BatchOptions::failedList>, false},
+};
+
+static const OptionRow *FindRow(const std::wstring &name) {
+    const auto found = std::find_if(std::begin(kRows), std::end(kRows),
+                                    [&](const OptionRow &row) { return name == row.name; });
+    return found == std::end(kRows) ? nullptr : found;
+}
+
+static bool FailUnknown(const std::wstring &word, const std::wstring &name, std::string *why) {
+    std::vector<std::wstring> names = ListParameterOptions();
+    for (const OptionRow &row : kRows)
+        names.push_back(row.name);
+    const std::wstring nearest = FindRow(name) ? L"" : NearestWord(name, names);
+    return Fail(why, "unknown option " + ToUtf8(word) +
+                         (nearest.empty() ? "" : "; did you mean " + ToUtf8(nearest) + "?"));
+}
+
+static unsigned CommandBit(ProgramTask command) {
+    return command == ProgramTask::kBatch || command == ProgramTask::kWorker ? kMany
+           : command == ProgramTask::kInPlace                                ? kInPlace
+                                                                             : kSingle;
+}
+
+// A word that can only be the file: options have one of their own for it.
+static bool IsJsonFile(const std::wstring &word) {
+    return word == L"-" || word.ends_with(L".json") || word.ends_with(L".jsonl") ||
+           word.ends_with(L".ndjson");
+}
+
+// A command line being read.
+struct Reading {
+    const std::vector<std::wstring> &arguments;
+    size_t at;
+    ProgramTask command; // how the options' places are judged
+    Options options;
+    std::vector<std::wstring> files;
+    std::string *why;
+};
+
+static bool TakeValue(Reading *reading, ValueNeed need, size_t equals, GivenOption *given) {
+    const std::vector<std::wstring> &arguments = reading->arguments;
+    const bool hasNext = reading->at + 1 < arguments.size();
     if (equals != std::wstring::npos)
-        value = word.substr(equals + 1);
-    else if (*at + 1 < arguments.size())
-        value = arguments[++*at];
-    else
-        return Fail(why, ToUtf8(name) + " needs a value");
-    return IsNumberOption(name) ? TakeNumberOption(name, value, options, why)
-                                : TakeOtherOption(name, value, options, why);
+        given->value = arguments[reading->at].substr(equals + 1);
+    else if (need == ValueNeed::kJsonFile && !(hasNext && IsJsonFile(arguments[reading->at + 1])))
+        given->value = L"-";
+    else if (hasNext)
+        given->value = arguments[++reading->at];
+    return !given->value.empty() || Fail(reading->why, ToUtf8(given->name) + " needs a value");
+}
+
+// One option; moves `at` to its last word. A value follows as the next word or behind "=".
+static bool TakeOption(Reading *reading) {
+    const size_t first = reading->at;
+    const std::wstring word = reading->arguments[first];
+    const size_t equals = word.find(L'=');
+    GivenOption given{word.substr(0, equals), L"", reading->why};
+    const OptionRow *row = FindRow(given.name);
+    const bool isParameter = IsParameterOption(given.name);
+    const ValueNeed need = row ? row->need : ValueNeed::kNeeded;
+    if ((!row && !isParameter) || (need == ValueNeed::kNone && equals != std::wstring::npos))
+        return FailUnknown(word, given.name, reading->why);
+    if (row && !(row->commands & CommandBit(reading->command)))
+        return Fail(reading->why, ToUtf8(given.name) + " does not go with this command");
+    if (need != ValueNeed::kNone && !TakeValue(reading, need, equals, &given))
+        return false;
+    if (!row || row->isOfPhoto)
+        reading->options.photoWords.insert(
+            reading->options.photoWords.end(), reading->arguments.begin() + static_cast<ptrdiff_t>(first),
+            reading->arguments.begin() + static_cast<ptrdiff_t>(reading->at) + 1);
+    if (row)
+        return row->take(reading->options, given);
+    DescriptorValue value;
+    if (!ParseParameter(given.name, given.value, &value, reading->why))
+        return false;
+    reading->options.values.push_back(value);
+    return true;
 }
 
 bool WantsDebugPictures(const Options &options) {
@@ -254,48 +346,88 @@ static bool CheckFilter(const Options &options, std::string *why) {
         return Fail(why, "--plugin and --filter exclude each other");
     if (WantsDiagnostics(options))
         return Fail(why, "the lights are those of the star filter; --filter runs another one");
-    if (!options.values.empty() || !options.settings.empty() || options.useLast)
+    if (!options.values.empty() || !options.settings.empty() || !options.preset.empty() || options.useLast)
         return Fail(why, "the parameters are those of the star filter; --filter runs another one");
     return true;
 }
 
-static bool CheckTogether(const Options &options, const std::vector<std::wstring> &files, std::string *why) {
+static bool CheckTogether(const Options &options, std::string *why) {
     if (!CheckFilter(options, why))
         return false;
-    if (options.task != ProgramTask::kFilter)
-        return true;
-    if (files.empty())
-        return Fail(why, WantsDiagnostics(options) ? "PHOTO is missing" : "PHOTO and OUT are missing");
-    if (files.size() < 2 && !WantsDiagnostics(options))
-        return Fail(why, "OUT is missing");
-    if (files.size() > 2)
-        return Fail(why, "one PHOTO and one OUT, not also \"" + ToUtf8(files[2]) + "\"");
     if (options.useLast && !options.settings.empty())
         return Fail(why, "--last and --settings exclude each other");
+    if (!options.preset.empty() && (options.useLast || !options.settings.empty()))
+        return Fail(why, "--preset, --settings and --last exclude each other");
     if (!options.lightsCsv.empty() && options.lightsCsv == options.lightsSvg)
         return Fail(why, "--lights-csv and --lights-svg name the same file");
     return true;
 }
 
+static bool TakeOneFile(Options *options, const std::vector<std::wstring> &files, std::string *why) {
+    const bool tells = WantsDiagnostics(*options);
+    if (files.empty() && !options->savePreset.empty()) {
+        options->task = ProgramTask::kPresets;
+        return true;
+    }
+    if (files.empty())
+        return Fail(why, tells ? "PHOTO is missing" : "PHOTO and OUT are missing");
+    if (files.size() < 2 && !tells)
+        return Fail(why, "OUT is missing");
+    if (files.size() > 2)
+        return Fail(why, "one PHOTO and one OUT, not also \"" + ToUtf8(files[2]) + "\"");
+    if (files[0].empty() || files.back().empty())
+        return Fail(why, files[0].empty() ? "PHOTO is empty" : "OUT is empty");
+    options->photo = files[0];
+    options->out = files.size() > 1 ? files[1] : L"";
+    return true;
+}
+
+static bool TakeFiles(Options *options, const std::vector<std::wstring> &files, std::string *why) {
+    switch (options->task) {
+    case ProgramTask::kFilter:
+        return TakeOneFile(options, files, why);
+    case ProgramTask::kBatch:
+        options->batch.inputs = files;
+        return !files.empty() || Fail(why, "there is no INPUT: a file, a folder, a pattern, @LIST or -");
+    case ProgramTask::kInPlace:
+        options->photos = files;
+        return !files.empty() || Fail(why, "PHOTO is missing");
+    default:
+        return true;
+    }
+}
+
+static const Choice<ProgramTask> kCommands[] = {{L"inplace", ProgramTask::kInPlace},
+                                                {L"help", ProgramTask::kHelp}};
+
+// The first word may be a command; the page of the help that belongs to it has its name.
+static void TakeCommand(Reading *reading) {
+    for (const Choice<ProgramTask> &command : kCommands)
+        if (!reading->arguments.empty() && reading->arguments[0] == command.name) {
+            reading->command = reading->options.task = command.value;
+            reading->options.page = command.value == ProgramTask::kHelp ? "" : ToUtf8(command.name);
+            reading->at = 1;
+        }
+}
+
 bool ParseOptions(const std::vector<std::wstring> &arguments, Options *options, std::string *why) {
-    Options parsed;
-    std::vector<std::wstring> files;
+    Reading reading{arguments, 0, ProgramTask::kFilter, {}, {}, why};
+    TakeCommand(&reading);
     bool onlyFiles = false;
-    for (size_t at = 0; at < arguments.size(); at++) {
-        if (!onlyFiles && arguments[at] == L"--")
+    for (; reading.at < arguments.size(); reading.at++) {
+        const std::wstring &word = arguments[reading.at];
+        if (!onlyFiles && word == L"--")
             onlyFiles = true;
-        else if (onlyFiles || arguments[at].size() < 2 || arguments[at][0] != L'-')
-            files.push_back(arguments[at]);
-        else if (!TakeOption(arguments, &at, &parsed, why))
+        else if (onlyFiles || word.size() < 2 || word[0] != L'-')
+            reading.files.push_back(word);
+        else if (!TakeOption(&reading))
             return false;
     }
-    if (!CheckTogether(parsed, files, why))
+    if (reading.command == ProgramTask::kHelp && !reading.files.empty())
+        reading.options.page = ToUtf8(reading.files[0]);
+    if (!CheckTogether(reading.options, why) || !TakeFiles(&reading.options, reading.files, why))
         return false;
-    if (parsed.task == ProgramTask::kFilter) {
-        parsed.photo = files[0];
-        parsed.out = files.size() > 1 ? files[1] : L"";
-    }
-    *options = std::move(parsed);
+    *options = std::move(reading.options);
     return true;
 }
 

@@ -1,8 +1,10 @@
 // The program's command line.
 #pragma once
 
+#include "host/batch/BatchOptions.h"
 #include "host/filter/Descriptor.h"
 #include "host/filter/Document.h"
+#include "host/pictures/PictureFiles.h"
 
 #include <optional>
 #include <string>
@@ -10,20 +12,30 @@
 
 namespace host {
 
-enum class ProgramTask { kFilter, kAbout, kHelp, kVersion };
+enum class ProgramTask { kFilter, kBatch, kInPlace, kWorker, kAbout, kHelp, kVersion, kPresets };
 
 struct Options {
     ProgramTask task = ProgramTask::kFilter;
+    std::string page; // of the help; empty: the first one
     std::wstring photo;
-    std::wstring out;    // empty: nothing but what a diagnostic caller is told
-    std::wstring plugin; // empty: the module beside the program
-    std::wstring filter; // another filter's module, without the parameters of ours
+    std::wstring out;                 // empty: nothing but what a diagnostic caller is told
+    std::vector<std::wstring> photos; // in place
+    std::wstring plugin;              // empty: the module beside the program
+    std::wstring filter;              // another filter's module, without the parameters of ours
     std::wstring mask;
     std::wstring settings;
+    std::wstring preset;     // a saved set of the parameters folder
+    std::wstring savePreset; // the name for a new one
     std::optional<Rectangle> roi;
     bool useLast = false;
-    bool isQuiet = false;
+    bool overwrites = false;
+    bool keepsNoBackup = false;
+    bool isQuiet = false;  // no progress and no notes but those of losses
+    bool isSilent = false; // not even those
     bool showDialog = false;
+    bool isStrict = true;
+    int32_t depth = 0; // 0: the photo's own
+    WriteOptions write;
     bool printLights = false; // from here on: for a diagnostic caller
     std::wstring lightsCsv;
     std::wstring lightsSvg;
@@ -31,6 +43,8 @@ struct Options {
     bool showLights = false;
     bool showDebug = false;
     std::vector<DescriptorValue> values; // of the parameters given, as a script carries them
+    BatchOptions batch;
+    std::vector<std::wstring> photoWords; // of the command line: what a batch's workers are told
 };
 
 // Whether the run tells about its lights, and whether with pictures.
@@ -41,7 +55,5 @@ bool OpensWindows(const Options &options);
 
 // Arguments without the program's name. False with a sentence for the user.
 bool ParseOptions(const std::vector<std::wstring> &arguments, Options *options, std::string *why);
-
-extern const char kHelpText[];
 
 } // namespace host

@@ -7,6 +7,7 @@
 #include <shlobj.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace host {
 
@@ -89,6 +90,37 @@ bool ReadSettingsFile(const std::wstring &path, Descriptor *parameters, std::str
     }
     *parameters = DescribeParameters(set);
     return true;
+}
+
+static int16_t StoredValue(const Descriptor &parameters, uint32_t key, double scale) {
+    const DescriptorValue *value = FindValue(parameters, key);
+    const double shown = !value ? 0.0 : value->key == kKeyNumberOfPoints ? value->integer : value->real;
+    return static_cast<int16_t>(std::lround(std::clamp(shown * scale, -32768.0, 32767.0)));
+}
+
+std::vector<uint8_t> SettingsFileBytes(const Descriptor &parameters) {
+    static constexpr std::pair<uint32_t, int16_t ParameterSet::*> kFields[] = {
+        {kKeyThreshold, &ParameterSet::threshold},
+        {kKeyIntensity, &ParameterSet::intensity},
+        {kKeyLength, &ParameterSet::length},
+        {kKeyAngle, &ParameterSet::angle},
+        {kKeyNumberOfPoints, &ParameterSet::numberOfPoints},
+        {kKeySpikeSharpness, &ParameterSet::spikeSharpness},
+        {kKeySaturation, &ParameterSet::colorSaturation},
+        {kKeyRainbowIntensity, &ParameterSet::rainbowIntensity},
+        {kKeyRainbowFrequency, &ParameterSet::rainbowFrequency},
+        {kKeySecondaryIntensity, &ParameterSet::secondaryIntensity},
+        {kKeySoftFlareBrightness, &ParameterSet::softFlareBrightness}};
+    ParameterSet set = kDefaultParameters;
+    for (const auto &[key, field] : kFields)
+        set.*field = StoredValue(parameters, key, key == kKeyAngle ? kTenthsPerDegree : 1.0);
+    if (const DescriptorValue *effect = FindValue(parameters, kKeyEffect))
+        set.effectType = effect->code;
+    if (const DescriptorValue *alone = FindValue(parameters, kKeyOutputSpikesOnly))
+        set.outputSpikesOnly = static_cast<decltype(set.outputSpikesOnly)>(alone->integer);
+    std::vector<uint8_t> bytes(kSettingsFileSize);
+    std::memcpy(bytes.data(), &set, sizeof(set));
+    return bytes;
 }
 
 // The host's folder, made when it is missing. Empty when the system has none.

@@ -19,6 +19,8 @@ Descriptor DescribeParameters(const ParameterSet &parameters);
 
 // A saved set. False with a reason when the file is not one.
 bool ReadSettingsFile(const std::wstring &path, Descriptor *parameters, std::string *why);
+// What such a file holds of parameters as DescribeParameters gives them.
+std::vector<uint8_t> SettingsFileBytes(const Descriptor &parameters);
 
 // What this host keeps between runs of the program.
 struct HostMemory {

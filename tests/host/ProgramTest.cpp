@@ -241,8 +241,42 @@ TEST_F(ProgramTest, BoxesAndDroppedThingsBecomeLines) {
     std::string why;
     ASSERT_TRUE(host::WritePicture(folder.File(L"a.png"), MakeTestPicture(9, 9, 8, 3, true), {}, &why));
     EXPECT_TRUE(Holds(Invert({folder.File(L"a.png"), folder.File(L"out.jpg")}).err,
-                      "note: the transparency is dropped"));
-    EXPECT_EQ(Invert({L"--quiet", folder.File(L"a.png"), folder.File(L"out.jpg")}).err, "");
+                      "warning: the transparency is dropped"));
+    for (const wchar_t *option : {L"--quiet", L"--silent"}) {
+        DeleteFileW(folder.File(L"out.jpg").c_str());
+        EXPECT_EQ(Invert({option, folder.File(L"a.png"), folder.File(L"out.jpg")}).err.empty(),
+                  option[2] == L's');
+    }
+}
+
+// A result that is there stays without a word for it, the photo in place has a second name, and a photo that
+// cannot be done stays what it was.
+TEST_F(ProgramTest, NothingIsReplacedUnasked) {
+    const std::wstring in = folder.File(L"in.png"), out = folder.File(L"out.png");
+    std::string why;
+    ASSERT_EQ(Invert({L"--depth", L"16", in, out}).status, 0u);
+    EXPECT_EQ(ReadGood(out).depth, 16);
+    const host::Bytes first = ReadBytes(out), original = ReadBytes(in);
+    const ProgramRun refused = Invert({in, out});
+    EXPECT_EQ(refused.status, 3u);
+    EXPECT_TRUE(Holds(refused.err, "out.png: it exists already; --overwrite replaces it")) << refused.err;
+    EXPECT_EQ(ReadBytes(out), first);
+    const ProgramRun replaced = Invert({L"--overwrite", L"--depth", L"8", out, out});
+    EXPECT_EQ(replaced.status, 0u);
+    EXPECT_TRUE(Holds(replaced.err, "warning: the samples are reduced from 16 to 8 bits")) << replaced.err;
+    EXPECT_EQ(ReadGood(out), photo) << "inverted twice";
+    DeleteFileW(out.c_str());
+    EXPECT_EQ(Invert({L"inplace", in}, L"fail").status, 4u);
+    EXPECT_EQ(ReadBytes(in), original);
+    ExpectFiles({});
+    const ProgramRun some = Invert({L"inplace", in, folder.File(L"absent.png")});
+    EXPECT_EQ(some.status, 7u);
+    EXPECT_TRUE(Holds(some.err, "absent.png")) << some.err;
+    EXPECT_EQ(ReadBytes(folder.File(L"in.png_original")), original);
+    EXPECT_EQ(ReadGood(in).planes[0][3], 255 - photo.planes[0][3]);
+    ASSERT_EQ(Invert({L"inplace", in}).status, 0u);
+    EXPECT_EQ(ReadBytes(folder.File(L"in.png_original")), original) << "the first original stays";
+    ExpectFiles({L"in.png_original"});
 }
 
 // What the system does in the program when its user presses Ctrl+C. Without a console the key cannot be
@@ -298,7 +332,8 @@ protected:
         ASSERT_TRUE(host::WritePicture(folder.File(L"in.png"), photo, {}, &why)) << why;
     }
     host::Picture Filter(std::vector<std::wstring> arguments) {
-        arguments.insert(arguments.end(), {folder.File(L"in.png"), folder.File(L"out.tif")});
+        arguments.insert(arguments.end(),
+                         {L"--overwrite", L"--quiet", folder.File(L"in.png"), folder.File(L"out.tif")});
         const ProgramRun run = Run(arguments);
         EXPECT_EQ(run.status, 0u) << run.err;
         EXPECT_EQ(run.err, "");
@@ -334,6 +369,10 @@ TEST_F(RealFilterTest, MaskRoiAndEffectsOnly) {
     std::string why;
     ASSERT_TRUE(host::WritePicture(folder.File(L"mask.png"), mask, {}, &why)) << why;
     EXPECT_EQ(Filter({L"--mask", folder.File(L"mask.png")}), photo) << "no light is selected";
+    EXPECT_TRUE(Holds(Run({L"--overwrite", L"--mask", folder.File(L"mask.png"), folder.File(L"in.png"),
+                           folder.File(L"out.tif")})
+                          .err,
+                      "note: no lights were found"));
     const host::Picture part = Filter({L"--roi", L"0,0,100,150"});
     for (size_t plane = 0; plane < 3; plane++)
         for (size_t y = 0; y < 150; y++)

@@ -16,8 +16,9 @@ void ShowProgressBar(int32_t done, int32_t total);
 void EndProgressBar();
 
 // From now on Ctrl+C (and closing the console) raises the flag instead of ending the program. A second Ctrl+C
-// ends it at once.
-void WatchForCancel();
+// ends it at once, or with `stopsByItself` raises the second flag, and a third ends it.
+void WatchForCancel(bool stopsByItself = false);
 bool IsCancelled();
+bool MustStopAtOnce();
 
 } // namespace host

@@ -1,4 +1,4 @@
-#include "host/program/Console.h"
+#include "host/base/Console.h"
 
 #include "host/base/SystemText.h"
 
@@ -11,9 +11,13 @@ namespace host {
 
 constexpr int32_t kBarLength = 40;
 
-// Raised on the thread that the system makes for Ctrl+C, read on the program's own.
-static std::atomic<bool> gCancelled{false};
-static int32_t gBarShown = -1; // hundredths; -1: no bar on the line
+constexpr int32_t kStopAtOnce = 2;       // presses of Ctrl+C
+constexpr DWORD kLongestGoodbye = 10000; // milliseconds; the system waits for less
+
+// Counted on the thread that the system makes for Ctrl+C, read on the program's own.
+static std::atomic<int32_t> gCancelPresses{0};
+static int32_t gPressesHandled = kStopAtOnce; // the one of this number ends the program
+static int32_t gBarShown = -1;                // hundredths; -1: no bar on the line
 
 static bool IsConsole(HANDLE handle) {
     DWORD mode;
@@ -58,16 +62,29 @@ void EndProgressBar() {
     Print(STD_ERROR_HANDLE, "\n");
 }
 
-static BOOL WINAPI OnConsoleEvent(DWORD) {
-    return gCancelled.exchange(true) ? FALSE : TRUE;
+// A closed console, the end of a session: the process ends when the handler returns, so it waits for the
+// program to end by itself.
+static BOOL WINAPI OnConsoleEvent(DWORD event) {
+    const int32_t presses = ++gCancelPresses;
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+        gCancelPresses = kStopAtOnce;
+        Sleep(kLongestGoodbye);
+        return TRUE;
+    }
+    return presses < gPressesHandled ? TRUE : FALSE;
 }
 
-void WatchForCancel() {
+void WatchForCancel(bool stopsByItself) {
+    gPressesHandled = stopsByItself ? kStopAtOnce + 1 : kStopAtOnce;
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
 }
 
 bool IsCancelled() {
-    return gCancelled;
+    return gCancelPresses > 0;
+}
+
+bool MustStopAtOnce() {
+    return gCancelPresses >= kStopAtOnce;
 }
 
 } // namespace host

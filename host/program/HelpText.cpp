@@ -1,0 +1,99 @@
+#include "host/program/HelpText.h"
+
+#include "host/program/ParameterOptions.h"
+
+namespace host {
+
+static const char kHead[] = //
+    R"(Usage: brillatrix [options] PHOTO OUT
+       brillatrix inplace [options] PHOTO...    photos replaced; brillatrix help inplace
+       brillatrix --lights ... PHOTO
+Adds stars to the lights of PHOTO and writes the result to OUT, by OUT's ending.
+
+Reads jpg, png, tif, webp, avif, gif, bmp, ppm, pgm, pam, pfm, told by content; writes the same kinds.
+
+  brillatrix --effect hollywood --length 70 night.jpg stars.jpg
+  brillatrix --preset Harbour --depth 16 night.tif stars.tif
+)";
+
+static const char kParameterHead[] = R"(
+What is not given is the default, so that a command always means the same picture:
+)";
+
+static const char kParameterTail[] =
+    R"(  --effects-only           the stars alone, on black
+  --preset NAME            all parameters from a saved set; options given here go before it
+  --list-presets           the saved sets, which are those of the filter's dialog
+  --save-preset NAME       save the parameters; PHOTO and OUT may be left out
+  --settings FILE.sss      all parameters from a set's file (also --preset-file)
+  --last                   all parameters of the last run instead of the defaults
+)";
+
+static const char kWriting[] = R"(
+The file, which is written like the photo's where nothing else is said:
+  --quality 1..100         of jpg, webp, avif (jpg of another kind of photo: 95)
+  --subsampling 444|420    colour of a jpg in full or at half the resolution
+  --compression KIND       of tif: none, lzw, deflate, zstd, packbits, jpeg
+  --depth 8|16|32          bits a sample; 32 are floats
+  --metadata KIND          keep (all), no-gps (not the place), none
+  --no-strict              take a jpg that is damaged in its middle, with a warning; --strict refuses it
+)";
+
+static const char kRun[] =
+    R"(  --mask IMAGE             only lights where IMAGE is white; of the photo's size
+  --roi LEFT,TOP,RIGHT,BOTTOM
+                           filter this rectangle alone; right and bottom are exclusive
+  --plugin FILE            the filter module (BrillatrixX64.8bf beside this program)
+  --filter FILE.8bf        run another 64-bit filter with its own default parameters; with --dialog its
+                           windows open, without they are answered with OK; --about tells its name
+  --quiet                  errors and warnings of loss only
+  --silent                 errors only
+)";
+
+static const char kSingleTail[] = R"(
+What the filter found; OUT may then be left out:
+  --lights                 print the table of the lights, brightest first
+  --lights-csv FILE        write it with positions, diameters, colours, ranks and states
+  --lights-svg FILE        draw it, of the photo's size, to be laid over the photo
+  --debug-images DIR       write four pictures: analysis, selection, lights and star .png
+  --show-lights            open the table in a window
+  --show-debug             open the pictures in a window
+
+  --about                  what the filter module says about itself
+  -h, --help; -V, --version
+)";
+
+static const char kStatuses[] = R"(
+Exit status: 0 done, 2 wrong usage, 3 a file could not be read or written,
+4 the plug-in reported an error, 5 cancelled, 6 there is no screen for a window, 7 some photos failed.
+)";
+
+static const char kInPlace[] = R"(Usage: brillatrix inplace [options] PHOTO...
+Adds stars to photos in their own files, as an external editor does. The photo as it was is kept beside it as
+PHOTO_original; one that is there already stays. Dragging photos onto brillatrix.exe does the same with
+--dialog.
+
+  --no-backup              keep no PHOTO_original
+  --dialog                 choose the parameters on the first photo; the others get the same
+
+Parameters, --mask, --roi, the way of writing, --quiet and --silent are those of "brillatrix --help".
+)";
+
+static std::string FirstPage() {
+    return kHead +
+           (kParameterHead +
+            HelpLine("--effect NAME",
+                     "standard, hollywood, cross, hyper, north, vector, burst; or efT0 .. efT6")) +
+           DescribeParameterOptions() + kParameterTail + kWriting + "\nThe run:\n" +
+           HelpLine("--overwrite", "replace an OUT that exists") +
+           HelpLine("--dialog", "choose the parameters in the filter's dialog; Cancel writes nothing") +
+           kRun + kSingleTail + kStatuses;
+}
+
+std::string HelpText(const std::string &page) {
+    if (page.empty())
+        return FirstPage();
+    return page == "inplace" ? std::string(kInPlace) + kStatuses : "";
+}
+
+} // namespace host

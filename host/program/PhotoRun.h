@@ -1,0 +1,59 @@
+// Photos through the filter, one after another, with the module loaded once.
+#pragma once
+
+#include "host/filter/FilterHost.h"
+#include "host/module/FilterModule.h"
+#include "host/program/Options.h"
+#include "host/program/Parameters.h"
+
+#include <functional>
+#include <string>
+
+namespace host {
+
+enum ExitStatus : int {
+    kExitDone = 0,
+    kExitUsage = 2,
+    kExitFile = 3,
+    kExitPlugin = 4,
+    kExitCancelled = 5,
+    kExitNoScreen = 6,
+    kExitSomeFailed = 7,
+};
+
+enum class NoteKind {
+    kNote,
+    kLoss, // something of the photo is lost
+    kBox,  // what the filter wanted to show
+};
+// Hears what the user should know of a run, at once.
+using NoteTaker = std::function<void(NoteKind kind, const std::string &text)>;
+
+// What stays from photo to photo.
+struct PhotoSession {
+    Options options;
+    NoteTaker say;
+    bool remembersRuns = true; // the parameters and the registry are kept for the next program
+    FilterModule module;
+    HostMemory memory;
+    Descriptor parameters;
+};
+
+struct PhotoOutcome {
+    int status = kExitDone;
+    std::string reason;              // of any other status, a sentence
+    int64_t lights = -1, stars = -1; // -1: the filter does not tell
+};
+
+std::wstring ModulePath(const Options &options);
+// The parameters that the options ask for: the defaults, the last run's or a saved set's; then those given.
+PhotoOutcome GatherParameters(const Options &options, const NoteTaker &say, const HostMemory &memory,
+                              Descriptor *parameters);
+
+// Loads the module and what every photo needs; EndPhotos takes it back, after a failure too.
+PhotoOutcome BeginPhotos(PhotoSession *session);
+void EndPhotos(PhotoSession *session);
+// One photo. An empty `out` writes none.
+PhotoOutcome RunPhoto(PhotoSession &session, const std::wstring &photo, const std::wstring &out);
+
+} // namespace host

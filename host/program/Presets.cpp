@@ -1,0 +1,58 @@
+#include "host/program/Presets.h"
+
+#include "host/base/FileBytes.h"
+#include "host/base/SystemText.h"
+#include "host/program/Parameters.h"
+
+#include <shlobj.h>
+
+#include <algorithm>
+
+namespace host {
+
+constexpr wchar_t kEnding[] = L".sss";
+
+// The filter's own folder.
+static std::wstring PresetFolder() {
+    wchar_t folder[MAX_PATH] = {};
+    if (FAILED(SHGetFolderPathW(nullptr, CSIDL_LOCAL_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder)))
+        return {};
+    return std::wstring(folder) + L"\\Nexorvanta\\Brillatrix\\Parameters";
+}
+
+std::wstring PresetPath(const std::wstring &name) {
+    const std::wstring folder = PresetFolder();
+    return folder.empty() ? L"" : folder + L"\\" + name + kEnding;
+}
+
+std::vector<std::wstring> ListPresets() {
+    std::vector<std::wstring> names;
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW(PresetPath(L"*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return names;
+    do {
+        const std::wstring name = found.cFileName;
+        if (!(found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
+            names.push_back(name.substr(0, name.find_last_of(L'.')));
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+bool SavePreset(const std::wstring &name, const Descriptor &parameters, bool overwrites, std::string *why) {
+    if (name.empty() || name.find_first_of(L"\\/:*?\"<>|") != std::wstring::npos)
+        return Fail(why, "a preset's name is that of a file, without \\ / : * ? \" < > |");
+    const std::wstring path = PresetPath(name);
+    if (path.empty())
+        return Fail(why, "there is no folder for it");
+    if (!overwrites && GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES)
+        return Fail(why, "it exists already; --overwrite replaces it");
+    const int made = SHCreateDirectoryExW(nullptr, PresetFolder().c_str(), nullptr);
+    if (made != ERROR_SUCCESS && made != ERROR_ALREADY_EXISTS && made != ERROR_FILE_EXISTS)
+        return Fail(why, SystemErrorText(static_cast<uint32_t>(made)));
+    return WriteWholeFile(path, SettingsFileBytes(parameters), why);
+}
+
+} // namespace host

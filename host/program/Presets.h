@@ -1,0 +1,18 @@
+// Saved sets of parameters, which the filter's dialog lists too.
+#pragma once
+
+#include "host/filter/Descriptor.h"
+
+#include <string>
+#include <vector>
+
+namespace host {
+
+// The file of a saved set, there or not. Empty when the system has no folder for it.
+std::wstring PresetPath(const std::wstring &name);
+// Sorted names.
+std::vector<std::wstring> ListPresets();
+// False with a reason, for a name that no file can have and when there is one already.
+bool SavePreset(const std::wstring &name, const Descriptor &parameters, bool overwrites, std::string *why);
+
+} // namespace host
