@@ -13,6 +13,7 @@
 #include "ui/preview/PreviewPreparation.h"
 #include "ui/preview/PreviewProxies.h"
 #include "ui/preview/PreviewTiles.h"
+#include "ui/preview/ProxyUpdateState.h"
 #include "ui/preview/ProxyUpdateTask.h"
 
 #include <gtest/gtest.h>
@@ -300,6 +301,7 @@ TEST(PreviewPreparation, RandomSequencesKeepTheRulesAndEndInTheRightPicture) {
     const int rounds = isLong ? 4000 : 200;
     for (int i = 0; i < rounds; ++i) {
         user.Step(run);
+        gProxyUpdate.nanosecondsPerPixel = user.Pick(0, 1) ? 1000.0 : 1.0; // with drafts, and without
         RequestPreview(user.request);
         if (user.Pick(0, 2) == 0)
             Sleep(static_cast<DWORD>(user.Pick(0, 19)));

@@ -5,6 +5,7 @@
 #include "engine/table/LightSourceTable.h"
 #include "render/RenderDriver.h"
 #include "tests/preview/PreviewRun.h"
+#include "tests/support/PreviewState.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/SystemObjects.h"
 #include "ui/preview/PreviewImages.h"
@@ -124,27 +125,68 @@ TEST(ProxyUpdateTask, AChangeWhileTheSurroundingsRenderStartsQuietlyToo) {
     }
 }
 
-// No request lives long enough to be finished, and still the picture follows.
-TEST(ProxyUpdateTask, TilesOfCancelledRequestsAreShownAfterTheQuietTime) {
+// No request lives long enough to be finished, and still the picture follows, each time in one piece.
+TEST(ProxyUpdateTask, DraftsOfTheWholeViewFollowADrag) {
     PreviewRun run(3000, 2000, 200);
     ASSERT_TRUE(run.Start());
-    PreviewRequest request = MakeTestRequest(run.View(16.67, 500, 334));
+    const PreviewGeometry view = run.View(16.67, 500, 334);
+    PreviewRequest request = MakeTestRequest(view);
     ASSERT_TRUE(run.Serve(request));
+    const std::vector<uint32_t> before = run.Paint(view);
     SettledInvalidations();
+    gProxyUpdate.nanosecondsPerPixel =
+        1000; // as on a slow machine: no view is finished before the next request
     const DWORD start = GetTickCount();
-    DWORD shown = 0;
-    while (shown == 0 && GetTickCount() - start < 3000) {
-        request.parameters[kLength] ^= 1;
-        const size_t seen = run.messages.size();
+    std::vector<RECT> invalid;
+    while (GetTickCount() - start < 1500) {
+        request.parameters[kLength] = static_cast<uint16_t>(10 + (request.parameters[kLength] + 7) % 80);
         RequestPreview(request);
-        while (Only(run.messages, kMsgProgress, seen).empty() && GetTickCount() - start < 3000)
-            run.TakeMessages();
-        if (!TakeInvalidations().empty())
-            shown = GetTickCount() - start;
+        Sleep(8);
+        const std::vector<RECT> now = TakeInvalidations();
+        invalid.insert(invalid.end(), now.begin(), now.end());
     }
-    std::printf("shown after %lu ms\n", shown);
-    EXPECT_GE(shown, 350u); // none was finished within the quiet time
-    EXPECT_LT(shown, 1000u);
+    std::printf("%zu drafts in 1.5 s\n", invalid.size());
+    EXPECT_GE(invalid.size(), 5u);
+    for (const RECT &rect : invalid)
+        EXPECT_EQ(rect.right, 0) << "whole";
+    EXPECT_NE(run.Paint(view), before);
+    // At rest it is what a preview made from nothing shows.
+    ASSERT_TRUE(run.WaitUntil([&] { return IsPreviewFinished(request) && !gProxies.draft.pixels; }));
+    const std::vector<uint32_t> atRest = run.Paint(view);
+    ASSERT_TRUE(run.Start());
+    ASSERT_TRUE(run.Serve(request));
+    EXPECT_EQ(run.Paint(view), atRest);
+}
+
+// A request that changes nothing cancels nothing, and after a pan the tile in work is finished and kept.
+TEST(ProxyUpdateTask, WhatIsOfUseIsNotCancelled) {
+    PreviewRun run(900, 700, 10);
+    ASSERT_TRUE(run.Start());
+    PreviewRequest request = MakeTestRequest(run.View(100.0));
+    ASSERT_TRUE(run.Serve(request));
+    const PreviewCancelFlags &cancel = gProxyUpdate.cancel;
+    const auto cancelled = [&](const PreviewRequest &next, const IntRect &tileInWork) {
+        RaiseCancelFlags(0);
+        gProxyUpdate.tileInWork = tileInWork;
+        CancelForRequest(next);
+        return cancel.task + 2 * cancel.stars + 4 * cancel.reduction + 8 * cancel.conversion;
+    };
+    const IntRect seen = VisibleDocument(request), beside{0, 0, 50, 50};
+    EXPECT_EQ(cancelled(request, seen), 0);
+    PreviewRequest other = request;
+    ++other.parameters[kAngle];
+    EXPECT_EQ(cancelled(other, seen), 15);
+    other = request;
+    other.previewOn = 0;
+    EXPECT_EQ(cancelled(other, seen), 15);
+    other = request;
+    other.centerX += 40;
+    EXPECT_EQ(cancelled(other, seen), 1);
+    EXPECT_EQ(cancelled(other, beside), 15);
+    other.zoom = 200.0;
+    other.centerX *= 2;
+    other.centerY *= 2;
+    EXPECT_EQ(cancelled(other, seen), 13);
 }
 
 TEST(ProxyUpdateTask, HidingALightRendersOnlyItsStarAnew) {

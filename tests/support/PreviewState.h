@@ -10,7 +10,7 @@ inline bool IsPreviewFinished(const PreviewRequest &request) {
         return false;
     const PreviewRequest &taken = gProxies.previous;
     const IntRect &a = taken.display, &b = request.display;
-    const bool isTaken = gProxies.hasPrevious && taken.zoom == request.zoom &&
+    const bool isTaken = gProxies.hasPrevious && gProxies.scaledProxy.pixels && taken.zoom == request.zoom &&
                          taken.centerX == request.centerX && taken.centerY == request.centerY &&
                          a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom &&
                          taken.previewOn == request.previewOn && SameEffect(taken, request);

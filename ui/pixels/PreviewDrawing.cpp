@@ -100,6 +100,18 @@ void DrawStrip(const Strip &strip, int32_t top, int32_t bottom, uint32_t *pixels
     }
 }
 
+void OverlayStrip(const Strip &strip, int32_t top, int32_t bottom, uint32_t *pixels, int32_t stride) {
+    uint32_t drawn[kStripWidth];
+    for (int32_t y = top; y < bottom; ++y, pixels += stride) {
+        const int32_t row = StorePosition(DocumentPosition(y, strip.zoom), strip.store);
+        if (row < strip.store.bounds.top || row >= strip.store.bounds.bottom)
+            continue;
+        DrawStoreRow(strip, row, drawn);
+        for (int32_t i = 0; i < strip.count; ++i)
+            pixels[i] = drawn[i] ? drawn[i] : pixels[i];
+    }
+}
+
 } // namespace
 
 void DrawStore(const PixelStore &store, const ImageBuffer &image, bool showsImage, double zoom,
@@ -109,5 +121,17 @@ void DrawStore(const PixelStore &store, const ImageBuffer &image, bool showsImag
         strip.count = std::min(kStripWidth, part.right - left);
         MapColumns(left, &strip);
         DrawStrip(strip, part.top, part.bottom, pixels + (left - part.left), stride);
+    }
+}
+
+void OverlayStore(const PixelStore &store, const ImageBuffer &image, double zoom, const IntRect &part,
+                  uint32_t *pixels, int32_t stride) {
+    if (!store.pixels)
+        return;
+    Strip strip{store, image, false, zoom, 0, {}, {}};
+    for (int32_t left = part.left; left < part.right; left += kStripWidth) {
+        strip.count = std::min(kStripWidth, part.right - left);
+        MapColumns(left, &strip);
+        OverlayStrip(strip, part.top, part.bottom, pixels + (left - part.left), stride);
     }
 }

@@ -9,3 +9,7 @@
 // or black when the image is not to be seen.
 void DrawStore(const PixelStore &store, const ImageBuffer &image, bool showsImage, double zoom,
                const IntRect &part, uint32_t *pixels, int32_t stride);
+
+// Draws over that what the store has of the part, and leaves the rest alone.
+void OverlayStore(const PixelStore &store, const ImageBuffer &image, double zoom, const IntRect &part,
+                  uint32_t *pixels, int32_t stride);

@@ -14,6 +14,28 @@ namespace {
 
 constexpr uint32_t kSiteLayer = 695;
 
+// The newest of what there is lies on top: pixels that are exact, then the draft, then what was exact once.
+void DrawNewest(const PreviewGeometry &geometry, const IntRect &part, uint32_t *pixels) {
+    const ImageBuffer &image = gProxies.HostProxyImage;
+    DrawStore(gProxies.scaledProxy, image, !ShowsEffectsOnly(), geometry.zoom, part, pixels, kTileBitmapSide);
+    if (!gProxies.draft.pixels)
+        return;
+    OverlayStore(gProxies.draft, image, geometry.zoom, part, pixels, kTileBitmapSide);
+    RegionRects fresh{};
+    if (geometry.zoom != gProxies.previous.zoom || !GetRegionRects(gProxies.FreshRegion, &fresh))
+        return;
+    for (uint32_t i = 0; i < fresh.count; ++i) {
+        const RECT &r = fresh.rects[i];
+        const IntRect exact = IntersectRects({r.left, r.top, r.right, r.bottom}, part);
+        if (IsEmptyRect(exact))
+            continue;
+        OverlayStore(gProxies.scaledProxy, image, geometry.zoom, exact,
+                     pixels + int64_t{exact.top - part.top} * kTileBitmapSide + (exact.left - part.left),
+                     kTileBitmapSide);
+    }
+    FreeRegionRects(&fresh);
+}
+
 // Draws one piece, no larger than the tile bitmap; client pixels.
 bool PaintPiece(HDC dc, const IntRect &piece, const PreviewGeometry &geometry) {
     const IntRect visible = VisibleRect(geometry);
@@ -24,9 +46,8 @@ bool PaintPiece(HDC dc, const IntRect &piece, const PreviewGeometry &geometry) {
     if (isDrawn) {
         // The transfer of the piece before may still be pending.
         GdiFlush();
-        DrawStore(gProxies.scaledProxy, gProxies.HostProxyImage, !ShowsEffectsOnly(), geometry.zoom,
-                  {piece.left + dx, piece.top + dy, piece.right + dx, piece.bottom + dy},
-                  gProxies.tileBitmap.pixels, kTileBitmapSide);
+        DrawNewest(geometry, {piece.left + dx, piece.top + dy, piece.right + dx, piece.bottom + dy},
+                   gProxies.tileBitmap.pixels);
         isDrawn = DrawTileBitmap(gProxies.tileBitmap, dc, piece.left, piece.top, piece.right - piece.left,
                                  piece.bottom - piece.top);
     }

@@ -19,8 +19,8 @@ bool PaintPreviewImage(HDC dc, const IntRect &part, const PreviewGeometry &geome
 void SetFilterEffectsInvalidInRect(const IntRect &rect);
 
 // The Hide Effects operations, with the preview's side: SetLightSourceStateAt and SetLightSourceStatesInRect
-// of engine/table/LightSourceTable.h, made so that no render sees half a change, and what the stars of the changed
-// sources cover becomes invalid. The caller then asks for a preview. Use these instead of the engine's while
-// the task runs. Results as the engine's.
+// of engine/table/LightSourceTable.h, made so that no render sees half a change, and what the stars of the
+// changed sources cover becomes invalid. The caller then asks for a preview. Use these instead of the
+// engine's while the task runs. Results as the engine's.
 int32_t ChangeEffectAt(int32_t x, int32_t y, double zoomPercent, int32_t mode);
 int32_t ChangeEffectsInRect(const IntRect &rect, int32_t mode);

@@ -165,6 +165,7 @@ void PrepareRegions(const PreviewRequest &request, const PreviewGeometry &geomet
 void ForgetPictures() {
     if (gProxies.scaledProxy.pixels)
         memset(gProxies.scaledProxy.pixels, 0, gProxies.scaledProxy.bytes);
+    FreeStore(&gProxies.draft);
 }
 
 // Puts a scaled proxy for the window in the place of the one there is. What that shows is taken over, even

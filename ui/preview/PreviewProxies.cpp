@@ -93,6 +93,8 @@ void FreePreviewImages() {
     DeleteRegion(&gProxies.ValidHostProxyRegion);
     FreeImageBuffer(&gProxies.EffectProxyImage);
     FreeStore(&gProxies.scaledProxy);
+    FreeStore(&gProxies.draft);
+    FreeDraftPictures(&gProxies.draftPictures);
     CountedFree(gProxies.lightSources.records, gProxies.lightSourceBytes);
     gProxies = PreviewProxies{};
 }

@@ -4,6 +4,7 @@
 
 #include "engine/image/ImageBuffer.h"
 #include "engine/table/LightSourceTable.h"
+#include "ui/pixels/DraftPictures.h"
 #include "ui/pixels/PreviewGeometry.h"
 #include "ui/pixels/PreviewStore.h"
 #include "ui/pixels/PreviewTileBitmap.h"
@@ -19,6 +20,8 @@ struct PreviewProxies {
     ImageBuffer HostProxyImage;
     ImageBuffer EffectProxyImage; // of the same form; its pixels are the task's only
     PixelStore scaledProxy;       // written by the task under the lock, so the task reads it without
+
+    PixelStore draft; // over it, but for the fresh pixels; none while the exact view is whole
 
     HRGN ValidHostProxyRegion;    // document
     HRGN ValidEffectProxyRegion;  // document; part of the one above
@@ -49,6 +52,9 @@ struct PreviewProxies {
     size_t lightSourceBytes;
     uint32_t lightSourcesOf; // effectChanges when the copy was made
     bool hasLightSources;
+
+    DraftPictures draftPictures; // task only
+    int32_t draftQuality;        // task only; see PreviewDraft.h
 
     HANDLE mutex; // the lock
 };

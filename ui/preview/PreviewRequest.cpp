@@ -32,3 +32,9 @@ bool SameEffect(const PreviewRequest &a, const PreviewRequest &b) {
     return std::equal(std::begin(a.parameters), std::end(a.parameters), std::begin(b.parameters)) &&
            a.effectType == b.effectType && a.effectsOnly == b.effectsOnly;
 }
+
+bool SameView(const PreviewRequest &a, const PreviewRequest &b) {
+    return a.display.left == b.display.left && a.display.top == b.display.top &&
+           a.display.right == b.display.right && a.display.bottom == b.display.bottom &&
+           a.centerX == b.centerX && a.centerY == b.centerY && a.zoom == b.zoom;
+}

@@ -32,3 +32,5 @@ PreviewRequest MakePreviewRequest(const PreviewGeometry &geometry, bool previewO
 RenderSettings SettingsOfRequest(const PreviewRequest &request);
 // Whether two requests show the same effect.
 bool SameEffect(const PreviewRequest &a, const PreviewRequest &b);
+// Whether two requests ask for the same view of it.
+bool SameView(const PreviewRequest &a, const PreviewRequest &b);

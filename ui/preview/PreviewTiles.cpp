@@ -1,6 +1,5 @@
 #include "ui/preview/PreviewTiles.h"
 
-#include "diag/BufferUsage.h"
 #include "engine/SystemThreads.h"
 #include "render/RenderDriver.h"
 #include "ui/pixels/PreviewFilling.h"
@@ -10,6 +9,7 @@
 #include "ui/preview/PreviewStars.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -42,60 +42,60 @@ bool FindMissing(const IntRect &area, HRGN valid, const RegionStep &step) {
            IsRegionFilled(gProxies.WorkRegion);
 }
 
-// The first pixel of WorkRegion, line by line.
-bool FirstMissing(int32_t *x, int32_t *y) {
+// The pixel of WorkRegion nearest to a point.
+bool NearestMissing(const ScaledPoint &from, ScaledPoint *nearest) {
     RegionRects rects{};
     if (!GetRegionRects(gProxies.WorkRegion, &rects))
         return false;
-    const bool isFound = rects.count > 0;
-    if (isFound) {
-        *x = rects.rects[0].left;
-        *y = rects.rects[0].top;
+    int64_t least = std::numeric_limits<int64_t>::max();
+    for (uint32_t i = 0; i < rects.count; ++i) {
+        const RECT &r = rects.rects[i];
+        const ScaledPoint point{std::clamp<int32_t>(from.x, r.left, r.right - 1),
+                                std::clamp<int32_t>(from.y, r.top, r.bottom - 1)};
+        const int64_t dx = int64_t{point.x} - from.x, dy = int64_t{point.y} - from.y;
+        if (dx * dx + dy * dy >= least)
+            continue;
+        least = dx * dx + dy * dy;
+        *nearest = point;
     }
+    const bool isFound = rects.count > 0;
     FreeRegionRects(&rects);
     return isFound;
 }
 
-bool FindTileIn(const IntRect &area, int32_t side, HRGN valid, const RegionStep &step, IntRect *tile) {
-    int32_t x = 0, y = 0;
-    if (IsEmptyRect(area) || !FindMissing(area, valid, step) || !FirstMissing(&x, &y))
+bool FindTileIn(const IntRect &area, int32_t side, HRGN valid, const RegionStep &step,
+                const ScaledPoint &from, IntRect *tile) {
+    ScaledPoint nearest{};
+    if (IsEmptyRect(area) || !FindMissing(area, valid, step) || !NearestMissing(from, &nearest))
         return false;
-    *tile = TileAt(area, side, x, y);
+    *tile = TileAt(area, side, nearest.x, nearest.y);
     return true;
 }
 
-bool FindTileLocked(const PreviewRequest &request, PreviewArea area, IntRect *tile) {
+ScaledPoint DocumentPoint(const ScaledPoint &scaled, double zoom) {
+    return {static_cast<int32_t>(scaled.x * kFullZoom / zoom),
+            static_cast<int32_t>(scaled.y * kFullZoom / zoom)};
+}
+
+ScaledPoint MiddleOf(const PreviewRequest &request) {
+    return {request.centerX, request.centerY};
+}
+
+bool FindTileLocked(const PreviewRequest &request, PreviewArea area, const ScaledPoint &from, IntRect *tile) {
     const IntRect visible = VisibleImage(request);
     const int32_t side = PreviewTileSize(request.zoom, visible);
     switch (area) {
     case PreviewArea::visible:
         return gProxies.scaledProxy.pixels &&
-               FindTileIn(visible, side, gProxies.FreshRegion, kFindFresh, tile);
+               FindTileIn(visible, side, gProxies.FreshRegion, kFindFresh, from, tile);
     case PreviewArea::surroundings: // which may be large around a sliver that is seen
         return gProxies.scaledProxy.pixels && FindTileIn(gProxies.window, std::max(side, kSmallestTile),
-                                                         gProxies.FreshRegion, kFindFresh, tile);
+                                                         gProxies.FreshRegion, kFindFresh, from, tile);
     default:
         return request.previewOn && FindTileIn(gProxies.HostProxyImage.bounds, PreviewTileSize(kFullZoom, {}),
-                                               gProxies.ValidEffectProxyRegion, kFindEffect, tile);
+                                               gProxies.ValidEffectProxyRegion, kFindEffect,
+                                               DocumentPoint(from, request.zoom), tile);
     }
-}
-
-// The table as it is now: the dialog's thread may change states at any time.
-bool CopyLightSources() {
-    const LightSourceTableView table = GetLightSourceTable();
-    if (gProxies.hasLightSources && gProxies.lightSourcesOf == gProxies.effectChanges)
-        return true;
-    const size_t bytes = table.count * sizeof(LightSource);
-    auto *records = static_cast<LightSource *>(CountedAlloc(std::max<size_t>(bytes, 1)));
-    if (!records)
-        return false;
-    CountedFree(gProxies.lightSources.records, gProxies.lightSourceBytes);
-    std::copy_n(table.records, table.count, records);
-    gProxies.lightSources = {records, table.count};
-    gProxies.lightSourceBytes = std::max<size_t>(bytes, 1);
-    gProxies.lightSourcesOf = gProxies.effectChanges;
-    gProxies.hasLightSources = true;
-    return true;
 }
 
 // Takes a rectangle, with whatever is valid in it, to be rendered anew.
@@ -168,23 +168,33 @@ void AddRect(HRGN region, const IntRect &rect, const RegionStep &step) {
         CombineRegions(region, region, gProxies.TempRegion, RGN_OR, step);
 }
 
-// Makes the work valid, unless the dialog's thread has changed a light source meanwhile: then it is done
-// again.
-void FinishWorkLocked(const PreviewRequest &request, const TileWork &work, const PixelStore &piece) {
-    if (work.changesSeen != gProxies.effectChanges)
+// Makes what is done valid, unless the dialog's thread has changed a light source meanwhile: then it is done
+// again. The effect goes first: it serves also a view for which the piece comes too late.
+template <typename Finish> void FinishLocked(const TileWork &work, Finish finish) {
+    if (!LockPreview())
         return;
-    if (request.previewOn) {
+    if (work.changesSeen == gProxies.effectChanges) {
+        finish();
+        CheckPreview();
+    }
+    UnlockPreview();
+}
+
+void FinishEffect(const TileWork &work) {
+    FinishLocked(work, [] {
         CombineRegions(gProxies.ValidEffectProxyRegion, gProxies.ValidEffectProxyRegion,
                        gProxies.InvalidWorkRegion, RGN_OR, kAddEffect);
-        gProxies.isStarBoxKnown = FindStarBox(&gProxies.starBox);
-    }
-    if (!IsEmptyRect(work.scaled)) {
+        gProxies.isStarBoxKnown = AddStarBox(gProxies.isStarBoxKnown, &gProxies.starBox);
+    });
+}
+
+void FinishPiece(const PreviewRequest &request, const TileWork &work, const PixelStore &piece) {
+    FinishLocked(work, [&] {
         CopyStore(piece, &gProxies.scaledProxy);
         AddRect(gProxies.ValidScaledProxyRegion, request.zoom < kFullZoom ? work.document : work.scaled,
                 kAddScaled);
         AddRect(gProxies.FreshRegion, work.scaled, kAddFresh);
-    }
-    CheckPreview();
+    });
 }
 
 } // namespace
@@ -194,11 +204,35 @@ IntRect VisibleImage(const PreviewRequest &request) {
     return IntersectRects(VisibleRect(geometry), ScaledImage(geometry));
 }
 
-bool FindPreviewTile(const PreviewRequest &request, PreviewArea area, PreviewTile *tile) {
+IntRect VisibleDocument(const PreviewRequest &request) {
+    const IntRect visible = VisibleImage(request);
+    return IsEmptyRect(visible)
+               ? visible
+               : IntersectRects(UnscaleRect(visible, request.zoom), gProxies.HostProxyImage.bounds);
+}
+
+double MissingEffect(const PreviewRequest &request) {
+    double pixels = 0.0;
+    RegionRects rects{};
+    if (!request.previewOn || !LockPreview())
+        return 0.0;
+    if (FindMissing(VisibleDocument(request), gProxies.ValidEffectProxyRegion, kFindEffect) &&
+        GetRegionRects(gProxies.WorkRegion, &rects)) {
+        for (uint32_t i = 0; i < rects.count; ++i)
+            pixels += double(rects.rects[i].right - rects.rects[i].left) *
+                      (rects.rects[i].bottom - rects.rects[i].top);
+        FreeRegionRects(&rects);
+    }
+    UnlockPreview();
+    return pixels;
+}
+
+bool FindPreviewTile(const PreviewRequest &request, PreviewArea area, PreviewTile *tile,
+                     const ScaledPoint *from) {
     IntRect rect{};
     if (!LockPreview())
         return false;
-    const bool isFound = FindTileLocked(request, area, &rect);
+    const bool isFound = FindTileLocked(request, area, from ? *from : MiddleOf(request), &rect);
     UnlockPreview();
     if (isFound)
         *tile = {rect, area};
@@ -215,13 +249,15 @@ TileResult RenderPreviewTile(const PreviewRequest &request, const PreviewTile &t
         return TileResult::failed;
     TileResult result = BeginWorkLocked(request, tile, &work) ? TileResult::rendered : TileResult::failed;
     UnlockPreview();
-    if (result == TileResult::rendered && request.previewOn)
+    if (result == TileResult::rendered && work.missing.count > 0) {
         result = RenderMissing(request, work, cancel.stars);
-    if (result == TileResult::rendered && !IsEmptyRect(work.scaled))
+        if (result == TileResult::rendered)
+            FinishEffect(work);
+    }
+    if (result == TileResult::rendered && !IsEmptyRect(work.scaled)) {
         result = MakePiece(request, work, cancel, &piece);
-    if (result == TileResult::rendered && LockPreview()) {
-        FinishWorkLocked(request, work, piece);
-        UnlockPreview();
+        if (result == TileResult::rendered)
+            FinishPiece(request, work, piece);
     }
     FreeStore(&piece);
     FreeRegionRects(&work.missing);

@@ -19,8 +19,14 @@ struct PreviewTile {
     PreviewArea area;
 };
 
-// The next tile of an area that needs work. False when none does.
-bool FindPreviewTile(const PreviewRequest &request, PreviewArea area, PreviewTile *tile);
+struct ScaledPoint {
+    int32_t x, y;
+};
+
+// The tile of an area that needs work and lies nearest to a point; of null to the middle of the view. False
+// when none does.
+bool FindPreviewTile(const PreviewRequest &request, PreviewArea area, PreviewTile *tile,
+                     const ScaledPoint *from = nullptr);
 
 enum class TileResult { rendered, cancelled, failed };
 
@@ -34,5 +40,8 @@ struct PreviewCancelFlags {
 TileResult RenderPreviewTile(const PreviewRequest &request, const PreviewTile &tile,
                              const PreviewCancelFlags &cancel);
 
-// The visible part of the image, scaled; empty when the image lies outside the display.
+// The visible part of the image, scaled and document; empty when the image lies outside the display.
 IntRect VisibleImage(const PreviewRequest &request);
+IntRect VisibleDocument(const PreviewRequest &request);
+// Document pixels of it whose effect is still to be rendered.
+double MissingEffect(const PreviewRequest &request);

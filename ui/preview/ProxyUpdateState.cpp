@@ -27,6 +27,20 @@ void RaiseCancelFlags(uint8_t value) {
     cancel.conversion = value;
 }
 
+// The tile in work goes on while its effect is part of the new view, and its picture while the zoom stays.
+void CancelForRequest(const PreviewRequest &request) {
+    const PreviewRequest &inWork = gProxyUpdate.inWork;
+    if (gProxyUpdate.requests > 0 && SameEffect(request, gProxyUpdate.shared) &&
+        SameView(request, gProxyUpdate.shared) && request.previewOn == gProxyUpdate.shared.previewOn)
+        return;
+    if (!SameEffect(request, inWork) || request.previewOn != inWork.previewOn ||
+        IsEmptyRect(IntersectRects(gProxyUpdate.tileInWork, VisibleDocument(request))))
+        RaiseCancelFlags(1);
+    gProxyUpdate.cancel.task = 1;
+    if (request.zoom != inWork.zoom)
+        gProxyUpdate.cancel.reduction = gProxyUpdate.cancel.conversion = 1;
+}
+
 bool LockRequests() {
     const HANDLE mutex = gProxyUpdate.NewRenderingParametersMutex;
     return mutex && WaitForSingleObject(mutex, INFINITE) != WAIT_FAILED;
@@ -41,7 +55,7 @@ bool TakeRequest() {
         return false;
     const bool isTaken = !gProxyUpdate.isStopping && gProxyUpdate.requests > 0;
     if (isTaken) {
-        gProxyUpdate.working = gProxyUpdate.shared;
+        gProxyUpdate.working = gProxyUpdate.inWork = gProxyUpdate.shared;
         RaiseCancelFlags(0);
     }
     UnlockRequests();

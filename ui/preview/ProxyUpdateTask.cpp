@@ -3,6 +3,7 @@
 #include "diag/ErrorReport.h"
 #include "engine/InitializationTask.h"
 #include "engine/image/FixedPoint.h"
+#include "ui/preview/PreviewDraft.h"
 #include "ui/preview/PreviewProxies.h"
 #include "ui/preview/ProxyUpdateLoop.h"
 #include "ui/preview/ProxyUpdateState.h"
@@ -17,6 +18,8 @@ constexpr uint32_t kSiteParametersEvent = 344, kSiteTerminateEvent = 350, kSiteE
 
 constexpr DWORD kTableWaitSlice = 50; // milliseconds
 constexpr uint32_t kPreviewFloor = 65535;
+constexpr uint32_t kLongestDraft = 200;            // milliseconds
+constexpr double kUsualNanosecondsPerPixel = 15.0; // until a view has been measured
 
 void ReportSystemError(uint32_t site, const char *text) {
     ReportError({site, kSystemError, GetLastError()}, kStopIcon, kTitleUnexpected, "%s", text);
@@ -114,11 +117,25 @@ void ResetTask(HWND display, HWND dialog) {
     gProxyUpdate.display = display;
     gProxyUpdate.dialog = dialog;
     gProxyUpdate.staging = gProxyUpdate.shared = gProxyUpdate.working = PreviewRequest{};
+    gProxyUpdate.inWork = PreviewRequest{};
     gProxyUpdate.requests = 0;
+    gProxyUpdate.tileInWork = IntRect{};
+    gProxyUpdate.stopDraft = 0;
+    gProxyUpdate.draftStartTime = 0;
+    gProxyUpdate.isViewUnfinished = false;
+    gProxyUpdate.nanosecondsPerPixel = kUsualNanosecondsPerPixel;
+    gProxies.draftQuality = kFirstDraft;
     gProxyUpdate.isStopping = false;
     gProxyUpdate.flushedZoom = 0.0;
     gProxyUpdate.flushedView = IntRect{};
     RaiseCancelFlags(0);
+}
+
+// The next one is coarser, and will be quicker than the rest of this one.
+void StopLongDraft() {
+    const uint32_t start = gProxyUpdate.draftStartTime;
+    if (start != 0 && GetTickCount() - start > kLongestDraft)
+        gProxyUpdate.stopDraft = 1;
 }
 
 bool StartThread() {
@@ -151,7 +168,8 @@ void RequestPreview(const PreviewRequest &request) {
     gProxyUpdate.staging.requestTime = GetTickCount();
     if (!LockRequests())
         return;
-    RaiseCancelFlags(1);
+    CancelForRequest(gProxyUpdate.staging);
+    StopLongDraft();
     gProxyUpdate.shared = gProxyUpdate.staging;
     ++gProxyUpdate.requests;
     UnlockRequests();
@@ -165,6 +183,7 @@ void StopProxyUpdateTask() {
     // Under the lock, so that a task that is just taking a request does not clear the flags afterwards.
     const bool isLocked = LockRequests();
     gProxyUpdate.isStopping = true;
+    gProxyUpdate.stopDraft = 1;
     RaiseCancelFlags(1);
     if (isLocked)
         UnlockRequests();

@@ -20,8 +20,8 @@ struct PreviewSource {
 // nothing is left behind and the calls below do nothing. A task that still runs is stopped first.
 bool StartProxyUpdateTask(HWND display, const PreviewSource &source);
 
-// Hands a request over (its time and tile count are filled in here) and cancels the one in work. Never waits
-// for a render.
+// Hands a request over (its time and tile count are filled in here) and cancels of the one in work what it
+// makes useless. Never waits for a render.
 void RequestPreview(const PreviewRequest &request);
 
 // Call it when the display is destroyed. Ends the task, whatever it is doing, and gives everything back.
