@@ -28,18 +28,11 @@ struct ProxyUpdateTask {
 
     // The task's own.
     PreviewRequest working;
-<<<<<<< HEAD
-    double flushedZoom;  // of the last flush; 0: none yet
-    IntRect flushedView; // likewise, the scaled plane behind the display
-    uint32_t quietSince; // GetTickCount of the first request whose tiles wait for a flush
-=======
-    bool isViewUnfinished;        // the last request's exact view
-    double nanosecondsPerPixel;   // that the last exact view took, or took at least
-    HRGN InvalidateDisplayRegion; // client pixels to repaint at the next flush
-    double flushedZoom;           // of the last flush; 0: none yet
-    IntRect flushedView;          // likewise, the scaled plane behind the display
-    uint32_t quietSince;          // GetTickCount of the first request whose tiles wait for a flush
->>>>>>> 6a8167e (Preview: drafts of the whole view follow a drag, and what is of use is not cancelled)
+    bool isViewUnfinished;      // the last request's exact view
+    double nanosecondsPerPixel; // that the last exact view took, or took at least
+    double flushedZoom;         // of the last flush; 0: none yet
+    IntRect flushedView;        // likewise, the scaled plane behind the display
+    uint32_t quietSince;        // GetTickCount of the first request whose tiles wait for a flush
 };
 
 extern ProxyUpdateTask gProxyUpdate;
