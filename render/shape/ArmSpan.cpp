@@ -72,8 +72,11 @@ bool StepReaches(const Arm &arm, int32_t step, uint32_t threshold) {
     const int32_t nearest = static_cast<int32_t>(std::lround(centre / kPixelStep));
     if (nearest >= scanned.from && nearest <= scanned.to && reaches(nearest))
         return true;
-    for (int32_t pixel = scanned.from; pixel <= scanned.to; ++pixel)
-        if (reaches(pixel))
+    // Values fall with the distance from the phase point, so that what reaches is found from the end near it.
+    const bool isFromNear = std::abs(scanned.from * kPixelStep - arm.minorPhase) <=
+                            std::abs(scanned.to * kPixelStep - arm.minorPhase);
+    for (int32_t i = 0; i <= scanned.to - scanned.from; ++i)
+        if (reaches(isFromNear ? scanned.from + i : scanned.to - i))
             return true;
     return false;
 }

@@ -43,6 +43,16 @@ bool IsReported(const std::vector<RecordedReport> &reports, uint32_t site, const
     });
 }
 
+decltype(&StretchDIBits) gStretchDIBits;
+std::atomic<int> gTransfers;
+
+int WINAPI CountTransfer(HDC dc, int x, int y, int width, int height, int fromX, int fromY, int fromWidth,
+                         int fromHeight, const void *bits, const BITMAPINFO *info, UINT usage, DWORD mode) {
+    ++gTransfers;
+    return gStretchDIBits(dc, x, y, width, height, fromX, fromY, fromWidth, fromHeight, bits, info, usage,
+                          mode);
+}
+
 } // namespace
 
 TEST(ProxyUpdateTask, ServesVisibleSurroundingsAndTheRestAndCountsThem) {
@@ -393,7 +403,19 @@ TEST(ProxyUpdateTask, TileBitmapCarriesTheProfileBehindItsHeader) {
     ASSERT_TRUE(run.Start(profile.data(), 3000));
     const PreviewGeometry view = run.View(100.0, 300, 200);
     ASSERT_TRUE(run.Serve(MakeTestRequest(view)));
+    gTransfers = 0; // once, by the task, and not again at each repaint
+    host::ImportHooks hooks;
+    gStretchDIBits =
+        host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "StretchDIBits", CountTransfer, &hooks);
+    ASSERT_NE(gStretchDIBits, nullptr);
     const std::vector<uint32_t> matched = run.Paint(view);
+    EXPECT_EQ(gTransfers, 0);
+    PreviewRequest other = MakeTestRequest(view);
+    ++other.parameters[kLength];
+    ASSERT_TRUE(run.Serve(other) && run.Serve(MakeTestRequest(view)));
+    EXPECT_GT(gTransfers, 0);
+    host::RestoreImports(&hooks);
+    EXPECT_EQ(matched, run.Paint(view));
     ASSERT_TRUE(run.Start());
     ASSERT_TRUE(run.Serve(MakeTestRequest(view)));
     EXPECT_EQ(matched, run.Paint(view));

@@ -23,21 +23,6 @@ void CopyRows(const PixelStore &from, const IntRect &area, PixelStore *to) {
     }
 }
 
-void CopyNearest(const PixelStore &from, PixelStore *to) {
-    for (int32_t y = to->bounds.top; y < to->bounds.bottom; ++y) {
-        const int32_t fromY = MapPixel(y, to->scale, from.scale);
-        if (fromY < from.bounds.top || fromY >= from.bounds.bottom)
-            continue;
-        for (int32_t x = to->bounds.left; x < to->bounds.right; ++x) {
-            const int32_t fromX = MapPixel(x, to->scale, from.scale);
-            if (!RectContains(from.bounds, fromX, fromY))
-                continue;
-            if (const uint32_t pixel = *PixelAt(from, fromX, fromY))
-                *PixelAt(*to, x, y) = pixel;
-        }
-    }
-}
-
 } // namespace
 
 double StoreScale(double zoom) {
@@ -73,5 +58,25 @@ void CopyStore(const PixelStore &from, PixelStore *to) {
     if (from.scale == to->scale)
         CopyRows(from, IntersectRects(from.bounds, to->bounds), to);
     else
-        CopyNearest(from, to);
+        ResampleStore(from, to->bounds, kNeverCancelled, to);
+}
+
+bool ResampleStore(const PixelStore &from, const IntRect &part, const std::atomic<uint8_t> &cancel,
+                   PixelStore *to) {
+    const IntRect area = IntersectRects(part, to->bounds);
+    for (int32_t y = area.top; from.pixels && y < area.bottom; ++y) {
+        if (cancel.load(std::memory_order_relaxed) != 0)
+            return false;
+        const int32_t fromY = MapPixel(y, to->scale, from.scale);
+        if (fromY < from.bounds.top || fromY >= from.bounds.bottom)
+            continue;
+        for (int32_t x = area.left; x < area.right; ++x) {
+            const int32_t fromX = MapPixel(x, to->scale, from.scale);
+            if (!RectContains(from.bounds, fromX, fromY))
+                continue;
+            if (const uint32_t pixel = *PixelAt(from, fromX, fromY))
+                *PixelAt(*to, x, y) = pixel;
+        }
+    }
+    return true;
 }

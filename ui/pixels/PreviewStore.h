@@ -6,6 +6,7 @@
 
 #include "engine/image/Geometry.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -28,6 +29,8 @@ inline uint32_t *PixelAt(const PixelStore &store, int32_t x, int32_t y) {
 
 constexpr uint32_t kStoredAlpha = 0xFF000000;
 
+inline const std::atomic<uint8_t> kNeverCancelled{0};
+
 // The scale that serves a zoom, and the pixels that serve a part of the scaled image.
 double StoreScale(double zoom);
 IntRect StoreBounds(const IntRect &scaledPart, double zoom);
@@ -39,3 +42,6 @@ void FreeStore(PixelStore *store);
 // Puts what `from` has at the places of `to`; pixels that it has not stay as they are. At another scale the
 // nearest pixel is taken.
 void CopyStore(const PixelStore &from, PixelStore *to);
+// The same at another scale in a part of `to`. False when *cancel became non-zero.
+bool ResampleStore(const PixelStore &from, const IntRect &part, const std::atomic<uint8_t> &cancel,
+                   PixelStore *to);

@@ -2,6 +2,7 @@
 
 #include "diag/ErrorReport.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -59,6 +60,18 @@ void MakeTile(HDC display, TileBitmap *bitmap) {
     bitmap->tileBefore = SelectInto(bitmap->tileContext, bitmap->tile);
 }
 
+void MakeMatched(HDC display, TileBitmap *bitmap) {
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof info.bmiHeader, kTileBitmapSide, -kTileBitmapSide, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void *pixels = nullptr;
+    bitmap->matched = CreateDIBSection(display, &info, DIB_RGB_COLORS, &pixels, nullptr, 0);
+    if (!bitmap->matched)
+        ReportCreation(kSiteBitmap, "Could not create a bitmap for the preview.");
+    bitmap->matchedPixels = static_cast<uint32_t *>(pixels);
+    bitmap->matchedContext = CreateContext(display);
+    bitmap->matchedBefore = SelectInto(bitmap->matchedContext, bitmap->matched);
+}
+
 void MakeScreen(HDC display, TileBitmap *bitmap) {
     bitmap->screen = CreateCompatibleBitmap(display, kTileBitmapSide, kTileBitmapSide);
     if (!bitmap->screen)
@@ -70,16 +83,26 @@ void MakeScreen(HDC display, TileBitmap *bitmap) {
         SetICMMode(bitmap->screenContext, ICM_ON);
 }
 
-// Only transfers from memory are matched, transfers between contexts are not. The description is cut to the
-// rows that are drawn: where a part of a bitmap begins is counted from the bottom, even when the top row is
-// first.
-bool DrawMatched(const TileBitmap &bitmap, int32_t width, int32_t height) {
+// Only transfers from memory are matched, transfers between contexts are not. So the piece goes
+// through the screen's format into `matched`. The description is cut to the rows that are matched: where a
+// part of a bitmap begins is counted from the bottom, even when the top row is first.
+bool MatchPiece(const TileBitmap &bitmap, int32_t width, int32_t height, uint32_t *pixels) {
     TileBitmapHeader description;
     const DWORD profileBytes = bitmap.description.header.bV5ProfileSize;
     memcpy(&description, &bitmap.description, sizeof description.header + profileBytes);
+    description.header.bV5Width = width;
     description.header.bV5Height = -height;
-    return StretchDIBits(bitmap.screenContext, 0, 0, width, height, 0, 0, width, height, bitmap.pixels,
-                         InfoOf(description), DIB_RGB_COLORS, SRCCOPY) > 0;
+    if (StretchDIBits(bitmap.screenContext, 0, 0, width, height, 0, 0, width, height, pixels,
+                      InfoOf(description), DIB_RGB_COLORS, SRCCOPY) <= 0)
+        return false;
+    const bool isRead =
+        BitBlt(bitmap.matchedContext, 0, 0, width, height, bitmap.screenContext, 0, 0, SRCCOPY) != 0 &&
+        GdiFlush();
+    for (int32_t y = 0; isRead && y < height; ++y)
+        std::transform(bitmap.matchedPixels + y * kTileBitmapSide,
+                       bitmap.matchedPixels + y * kTileBitmapSide + width, pixels + y * width,
+                       [](uint32_t pixel) { return pixel | kStoredAlpha; });
+    return isRead;
 }
 
 } // namespace
@@ -113,6 +136,8 @@ void CreateTileBitmap(HWND display, const void *iccProfile, uint32_t iccProfileB
     const HDC dc = GetDC(display);
     MakeTile(dc, bitmap);
     MakeScreen(dc, bitmap);
+    if (HasProfile(*bitmap))
+        MakeMatched(dc, bitmap);
     if (dc)
         ReleaseDC(display, dc);
 }
@@ -120,13 +145,30 @@ void CreateTileBitmap(HWND display, const void *iccProfile, uint32_t iccProfileB
 void DeleteTileBitmap(TileBitmap *bitmap) {
     DeleteContext(&bitmap->tileContext, &bitmap->tile, &bitmap->tileBefore);
     DeleteContext(&bitmap->screenContext, &bitmap->screen, &bitmap->screenBefore);
-    bitmap->pixels = nullptr;
+    DeleteContext(&bitmap->matchedContext, &bitmap->matched, &bitmap->matchedBefore);
+    bitmap->pixels = bitmap->matchedPixels = nullptr;
+}
+
+void MatchColors(const TileBitmap &bitmap, PixelStore *store) {
+    if (!bitmap.screenBefore || !bitmap.matchedBefore || !store->pixels)
+        return;
+    PixelStore piece{};
+    if (!AllocateStore({0, 0, kTileBitmapSide, kTileBitmapSide}, store->scale, &piece))
+        return;
+    const IntRect &all = store->bounds;
+    for (int32_t top = all.top; top < all.bottom; top += kTileBitmapSide)
+        for (int32_t left = all.left; left < all.right; left += kTileBitmapSide) {
+            piece.bounds = {left, top, std::min(left + kTileBitmapSide, all.right),
+                            std::min(top + kTileBitmapSide, all.bottom)};
+            const int32_t width = piece.bounds.right - left, height = piece.bounds.bottom - top;
+            CopyStore(*store, &piece);
+            if (MatchPiece(bitmap, width, height, piece.pixels))
+                CopyStore(piece, store);
+        }
+    FreeStore(&piece);
 }
 
 bool DrawTileBitmap(const TileBitmap &bitmap, HDC dc, int32_t x, int32_t y, int32_t width, int32_t height) {
-    if (!bitmap.pixels)
-        return false;
-    if (HasProfile(bitmap) && bitmap.screenBefore && DrawMatched(bitmap, width, height))
-        return BitBlt(dc, x, y, width, height, bitmap.screenContext, 0, 0, SRCCOPY) != 0;
-    return bitmap.tileBefore && BitBlt(dc, x, y, width, height, bitmap.tileContext, 0, 0, SRCCOPY) != 0;
+    return bitmap.pixels && bitmap.tileBefore &&
+           BitBlt(dc, x, y, width, height, bitmap.tileContext, 0, 0, SRCCOPY) != 0;
 }

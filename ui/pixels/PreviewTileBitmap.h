@@ -2,6 +2,8 @@
 // colour space of the image.
 #pragma once
 
+#include "ui/pixels/PreviewStore.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <windows.h>
@@ -22,9 +24,14 @@ struct TileBitmap {
     HBITMAP tile;
     HGDIOBJ tileBefore;
     uint32_t *pixels;  // of `tile`, kTileBitmapSide × kTileBitmapSide, the top row first; null: no bitmap
-    HDC screenContext; // holds `screen`, in the display's own format: colours are matched on the way into it
+    HDC screenContext; // holds `screen`, in the display's own format: colours are matched on the way into it,
+                       // by the task alone
     HBITMAP screen;
     HGDIOBJ screenBefore;
+    HDC matchedContext; // with a profile only: holds `matched`, where the task reads what was matched
+    HBITMAP matched;
+    HGDIOBJ matchedBefore;
+    uint32_t *matchedPixels;
 };
 
 // Describes the bitmap. A profile that is too large is reported and left out.
@@ -34,6 +41,10 @@ void DescribeTileBitmap(const void *iccProfile, uint32_t iccProfileBytes, TileBi
 void CreateTileBitmap(HWND display, const void *iccProfile, uint32_t iccProfileBytes, TileBitmap *bitmap);
 void DeleteTileBitmap(TileBitmap *bitmap);
 
-// Copies the bitmap's top left width × height pixels to (x, y), with its colours matched where the system
-// can. False when there is no bitmap.
+// Brings the pixels of a store from the image's colours to the screen's, where there is a profile and the
+// system can; otherwise they stay.
+void MatchColors(const TileBitmap &bitmap, PixelStore *store);
+
+// Copies the bitmap's top left width × height pixels, which are in the screen's colours, to (x, y). False
+// when there is no bitmap.
 bool DrawTileBitmap(const TileBitmap &bitmap, HDC dc, int32_t x, int32_t y, int32_t width, int32_t height);

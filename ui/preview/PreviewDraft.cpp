@@ -23,7 +23,7 @@ static_assert(kQualities == kCoarsestDraft + 1);
 
 // Milliseconds: a draft that took longer is followed by a coarser one, and one that a finer one would not
 // exceed by a finer one. From 100 % on fewer pixels show more.
-constexpr double kTooSlow = 50.0, kTooSlowFull = 80.0, kFastEnough = 30.0;
+constexpr double kTooSlow = 65.0, kTooSlowFull = 80.0, kFastEnough = 35.0;
 constexpr int32_t kProcessorsForDialog = 1;
 
 double ScaleOf(const PreviewRequest &request, int32_t quality) {
@@ -103,8 +103,10 @@ bool MakeDraft(const PreviewRequest &request, const std::atomic<uint8_t> &stop) 
     const double taken = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
     if (isMade || stop)
         ChooseQuality(request, taken);
-    if (isMade)
+    if (isMade) {
+        MatchColors(gProxies.tileBitmap, &draft);
         ReplaceDraft(draft);
+    }
     return isMade;
 }
 

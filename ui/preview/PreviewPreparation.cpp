@@ -169,16 +169,22 @@ void ForgetPictures() {
 }
 
 // Puts a scaled proxy for the window in the place of the one there is. What that shows is taken over, even
-// from another zoom, until something better is there.
-void ReplaceStore(const IntRect &bounds, double scale) {
+// from another zoom, until something better is there; of another zoom only what is in view. When cancelled
+// the old one stays: the next request comes here again.
+void ReplaceStore(const IntRect &bounds, double scale, const IntRect &inView,
+                  const std::atomic<uint8_t> &cancel) {
     PixelStore store{}, before{};
     if (!AllocateStore(bounds, scale, &store)) {
         ReportError({kSiteStore, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
                     "Could not (re)create the scaled proxy.");
         return;
     }
-    CopyStore(gProxies.scaledProxy, &store);
-    if (LockPreview()) {
+    bool isCopied = true;
+    if (gProxies.scaledProxy.scale == scale)
+        CopyStore(gProxies.scaledProxy, &store);
+    else
+        isCopied = ResampleStore(gProxies.scaledProxy, inView, cancel, &store);
+    if (isCopied && LockPreview()) {
         before = gProxies.scaledProxy;
         gProxies.scaledProxy = store;
         UnlockPreview();
@@ -188,17 +194,18 @@ void ReplaceStore(const IntRect &bounds, double scale) {
     FreeStore(&before);
 }
 
-void PrepareStore(const PreviewRequest &request) {
+void PrepareStore(const PreviewRequest &request, const std::atomic<uint8_t> &cancel) {
     const IntRect bounds = StoreBounds(gProxies.window, request.zoom);
     const double scale = StoreScale(request.zoom);
     const PixelStore &store = gProxies.scaledProxy;
     if (!store.pixels || store.scale != scale || !SameRect(store.bounds, bounds))
-        ReplaceStore(bounds, scale);
+        ReplaceStore(bounds, scale, StoreBounds(VisibleRect(GeometryOfRequest(request)), request.zoom),
+                     cancel);
 }
 
 } // namespace
 
-void PreparePreview(const PreviewRequest &request) {
+void PreparePreview(const PreviewRequest &request, const std::atomic<uint8_t> &cancel) {
     if (!LockPreview())
         return;
     const bool showedPhotograph = !ShowsEffectsOnly();
@@ -206,7 +213,7 @@ void PreparePreview(const PreviewRequest &request) {
     if (showedPhotograph && ShowsEffectsOnly())
         ForgetPictures();
     UnlockPreview();
-    PrepareStore(request);
+    PrepareStore(request, cancel);
     if (!LockPreview())
         return;
     CheckPreview();

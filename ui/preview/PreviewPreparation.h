@@ -2,6 +2,8 @@
 // Task only.
 #pragma once
 
+#include "ui/pixels/PreviewStore.h"
 #include "ui/preview/PreviewRequest.h"
 
-void PreparePreview(const PreviewRequest &request);
+// When *cancel becomes non-zero the scaled proxy may still be the one before.
+void PreparePreview(const PreviewRequest &request, const std::atomic<uint8_t> &cancel = kNeverCancelled);

@@ -103,8 +103,9 @@ bool EnsureEffectImage() {
     if (gProxies.EffectProxyImage.pixels)
         return true;
     const ImageBuffer &host = gProxies.HostProxyImage;
-    if (AllocateImageBuffer(host.imageMode, host.bytesPerSample, host.transparencyPlanes, host.bounds, false,
-                            &gProxies.EffectProxyImage, nullptr) == kNoError)
+    // Only what is valid is ever read, so that nothing need be cleared.
+    if (AllocateUnclearedImageBuffer(host.imageMode, host.bytesPerSample, host.transparencyPlanes,
+                                     host.bounds, false, &gProxies.EffectProxyImage, nullptr) == kNoError)
         return true;
     ReportError({kSiteEffectImage, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
                 "Could not (re)create the EffectProxyImage.");

@@ -158,8 +158,10 @@ TileResult MakePiece(const PreviewRequest &request, const TileWork &work, const 
     if (!AllocateStore(StoreBounds(work.scaled, request.zoom), StoreScale(request.zoom), piece))
         return TileResult::failed;
     const ImageBuffer &layer = request.previewOn ? gProxies.EffectProxyImage : gProxies.HostProxyImage;
-    if (FillStore(layer, cancel, piece))
+    if (FillStore(layer, cancel, piece)) {
+        MatchColors(gProxies.tileBitmap, piece);
         return TileResult::rendered;
+    }
     return cancel ? TileResult::cancelled : TileResult::failed;
 }
 

@@ -74,7 +74,7 @@ Serving BeginServing() {
     serving.isQuiet = true;
     if (!IsRegionFilled(gProxies.InvalidateDisplayRegion))
         gProxyUpdate.quietSince = request.requestTime;
-    PreparePreview(request);
+    PreparePreview(request, gProxyUpdate.cancel.task);
     serving.missing = MissingEffect(request);
     serving.start = Clock::now();
     return serving;
