@@ -47,6 +47,12 @@ HostResult FirstWorkerFailure(const TableBuild &build) {
     return kNoError;
 }
 
+// A failure met before the stop tells more than that there was one.
+HostResult StoppedResult(const TableBuild &build) {
+    const HostResult failure = FirstWorkerFailure(build);
+    return failure != kNoError ? failure : kUserCanceledErr;
+}
+
 } // namespace
 
 void ResetTableBuild(const std::atomic<uint8_t> *cancel, const ImageLock &imageLock, const WorkerHooks &hooks,
@@ -88,13 +94,13 @@ HostResult MergeAndRank(const TableBuild &build, const std::atomic<uint8_t> &tab
                           static_cast<int32_t>(kGridCellSize * build.shared.image.scale), gLightSourceTable);
     for (int32_t i = 0; i < build.workerCount; ++i) {
         if (IsCancelled(build))
-            return kUserCanceledErr;
+            return StoppedResult(build);
         const HostResult merged = MergeWorkerTable(build.workers[i].table, build.shared.image, tableCancel);
         if (merged != kNoError)
             return merged;
     }
     if (IsCancelled(build))
-        return kUserCanceledErr;
+        return StoppedResult(build);
     RankLightSources(tableCancel);
     return FirstWorkerFailure(build);
 }

@@ -40,13 +40,14 @@ bool MayBeReplaced(const wchar_t *path) {
     return false;
 }
 
-// A name beside `path` that nobody else makes: of this process, and not made twice.
+// A name beside `path` that nobody else makes: of this process, and not made twice. A text that is too long
+// is cut, and its whole length told.
 bool FormTemporaryPath(const wchar_t *path, WidePath *temporary) {
     const int folder = static_cast<int>(FileNameOf(path) - path);
     const int printed =
         swprintf(temporary->text, kMaxPath, L"%.*ls%ls%08lx%08x%ls", folder, path, kPrefix,
                  GetCurrentProcessId(), static_cast<unsigned>(GetTickCount() + gTemporaryFiles++), kEnding);
-    if (printed > 0)
+    if (printed > 0 && printed < static_cast<int>(kMaxPath))
         return true;
     SetLastError(ERROR_FILENAME_EXCED_RANGE);
     return ReportFailure(kSiteFolder, "_tcscpy_s", path);

@@ -57,6 +57,7 @@ struct UpdateRequest {
     std::atomic<DWORD> lastError;  // when it was an error
     std::atomic<DWORD> bytesRead;
     ULONGLONG deadline;
+    std::atomic<bool> isUnwanted;       // for good, even when others are wanted again
     char buffer[kMostUpdateAnswer + 1]; // one more than allowed shows that there is more
 };
 
@@ -200,7 +201,7 @@ bool AwaitStep(UpdateRequest *request, DWORD wanted, UpdateAnswer *answer) {
     const ULONGLONG now = GetTickCount64();
     const DWORD left = now < request->deadline ? static_cast<DWORD>(request->deadline - now) : 0;
     const bool inTime = left > 0 && WaitForSingleObject(request->stepped, left) == WAIT_OBJECT_0;
-    if (gUnwanted)
+    if (gUnwanted || request->isUnwanted)
         answer->failure = kUpdateUnwanted;
     else if (!inTime)
         answer->failure = "it took too long";
@@ -303,8 +304,11 @@ void SetWaiting(UpdateRequest *request) {
 void WantUpdateRequests(bool wanted) {
     AcquireSRWLockExclusive(&gWaitingLock);
     gUnwanted = !wanted;
-    if (!wanted && gWaiting && gWaiting->stepped)
-        SetEvent(gWaiting->stepped);
+    if (!wanted && gWaiting) {
+        gWaiting->isUnwanted = true;
+        if (gWaiting->stepped)
+            SetEvent(gWaiting->stepped);
+    }
     ReleaseSRWLockExclusive(&gWaitingLock);
 }
 

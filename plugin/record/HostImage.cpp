@@ -85,11 +85,14 @@ bool HasUnsupportedPlanes() {
     return r.inLayerMasks > 0 || r.inInvertedLayerMasks > 0 || r.inNonLayerPlanes > ordinary;
 }
 
-// Protected transparency, for one, is read but never written. A host that counts nothing takes what was read.
+// Protected transparency, for one, is read but never written: where it is not counted, the plane of its
+// number is another one. A host that counts nothing takes what was read.
 int32_t OutputPlanes(const ImageBuffer &image) {
     const FilterRecord &r = *gFilterRecord;
     const int32_t counted = int32_t{r.outLayerPlanes} + r.outTransparencyMask + r.outLayerMasks +
                             r.outInvertedLayerMasks + r.outNonLayerPlanes;
+    if (r.outLayerPlanes > 0 && r.outTransparencyMask <= 0)
+        return std::min<int32_t>(r.outLayerPlanes, ColorPlanes());
     const int32_t offered = counted > 0 ? counted : r.planes;
     return offered > 0 ? std::min(offered, PlaneCount(image)) : PlaneCount(image);
 }

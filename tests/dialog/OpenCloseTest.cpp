@@ -5,6 +5,7 @@
 #include "ui/window/DialogMessages.h"
 
 #include <algorithm>
+#include <atomic>
 #include <commctrl.h>
 #include <cstring>
 #include <filesystem>
@@ -246,13 +247,21 @@ TEST_F(MainDialog, ARefusedDialogIsACancel) {
 }
 
 // Memory for a flood fill that runs out while the table is being built is reported as fatal, on a thread of
-// the table's. The dialog is gone long before the table's task has ended and tells its code.
+// the table's. The dialog is gone long before the table's task has ended and tells its code, and nobody waits
+// for the rest of the scan, which tries a fill at every white pixel.
 TEST_F(MainDialog, AFatalErrorEndsItOnceWithItsCode) {
     static bool refuseGrowth;
     static int ends;
+    static std::atomic<int> refusals;
     refuseGrowth = false;
-    ends = 0;
-    const auto grow = [](void *old, size_t size) { return refuseGrowth ? nullptr : std::realloc(old, size); };
+    ends = refusals = 0;
+    const auto grow = [](void *old, size_t size) {
+        if (!refuseGrowth)
+            return std::realloc(old, size);
+        ++refusals;
+        Sleep(1);
+        return static_cast<void *>(nullptr);
+    };
     const auto end = [](HWND window, INT_PTR result) -> BOOL {
         ends += 1;
         return EndDialog(window, result);
@@ -281,6 +290,7 @@ TEST_F(MainDialog, AFatalErrorEndsItOnceWithItsCode) {
     });
     refuseGrowth = false;
     EXPECT_EQ(ends, 1);
+    EXPECT_LT(refusals, 5000) << "of the 10,000 that the whole scan meets";
     EXPECT_EQ(dialogResult, IDCANCEL);
     EXPECT_EQ(result.code, kMemFullErr);
     EXPECT_EQ(DifferentSamples(filterHost.document, before), 0);

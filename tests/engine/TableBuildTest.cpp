@@ -150,6 +150,8 @@ TEST_F(TableBuildTest, CancellingBetweenScanAndMergeSkipsTheMerge) {
     EXPECT_GT(build.workers[0].table.Count, 0u);
     cancel = 1;
     EXPECT_EQ(MergeAndRank(build, cancel), kUserCanceledErr);
+    build.workers[0].result = kMemFullErr; // met before the stop
+    EXPECT_EQ(MergeAndRank(build, cancel), kMemFullErr);
     EXPECT_TRUE(GlobalSources().empty());
     ReleaseTableBuild(&build);
     ReleaseTableBuild(&build); // nothing left: harmless

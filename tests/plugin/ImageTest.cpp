@@ -246,7 +246,8 @@ TEST_F(ImageRun, ExtraPlanesAreReportedAndIgnored) {
         {1, 0, 0, 1, PlaneCounts::kLayer, kMasks},        {0, 1, 0, 1, PlaneCounts::kLayer, kMasks},
         {0, 0, 1, 1, PlaneCounts::kLayer, kMasks},        {0, 0, 1, 0, PlaneCounts::kFlat, kMasks},
         {0, 0, 0, 2, PlaneCounts::kLayer, kTransparency}, {0, 0, 0, 1, PlaneCounts::kLayer, nullptr},
-        {0, 0, 0, 0, PlaneCounts::kFlat, nullptr},        {0, 0, 0, 0, PlaneCounts::kFlatAsLayer, nullptr}};
+        {0, 0, 0, 0, PlaneCounts::kFlat, nullptr},        {0, 0, 0, 0, PlaneCounts::kFlatAsLayer, nullptr},
+        {1, 0, 0, 1, PlaneCounts::kProtected, kMasks}};
     const host::Document before = MakeNight({.hasTransparency = true});
     const host::Document expected = FilteredNight(before, Parameters());
     for (const Case &c : cases) {

@@ -178,3 +178,23 @@ TEST_F(OddHost, NoDialogOpensWhenTheSearchForLightsCannotStart) {
     EXPECT_EQ(MainDialogs(), 0);
     ExpectCleanHost();
 }
+
+// A profile is locked like the other handles, four times two of them: also where the host does not know its
+// size.
+TEST_F(OddHost, AProfileIsUsedUnlessItsHandleIsKnownToBeTooSmall) {
+    static int32_t answer;
+    static HostHandle profile;
+    night.iccProfile.assign(500, 7);
+    filterHost.settings.playInfo = kPlayDisplay;
+    filterHost.settings.adjustRecord = [](int16_t, FilterRecord &r) {
+        profile = r.iCCprofileData;
+        r.handleProcs->getSizeProc = [](HostHandle handle) { return handle == profile ? answer : 0; };
+    };
+    for (const auto &[size, locks] : {std::pair{0, 9}, {-1, 9}, {500, 9}, {499, 8}, {1, 8}}) {
+        answer = size;
+        EXPECT_EQ(RunOn(night).code, kNoError);
+        EXPECT_EQ(filterHost.log.calls["lockProc"], locks) << size;
+        EXPECT_EQ(filterHost.log.calls["unlockProc"], locks) << size;
+    }
+    EXPECT_EQ(MainDialogs(), 5);
+}

@@ -106,11 +106,12 @@ bool GiveExtension(HWND dialog, WidePath *path) {
     if (HasParameterSetExtension(path->text))
         return true;
     WidePath given = *path;
-    if (swprintf(given.text, kMaxPath, L"%ls.%ls", path->text, kExtension) < 0) {
+    if (wcslen(path->text) + std::size(kExtension) >= kMaxPath) {
         ReportError({kSiteTooLong, kUserMessage, 0}, kWarningIcon, kTitleWarning,
                     "SaveParametersFile() failed with FilePath = '%s'", DescribePath(path->text).text);
         return false;
     }
+    wcscat(wcscat(given.text, L"."), kExtension);
     *path = given;
     if (GetFileAttributesW(SystemPath(path->text).text) == INVALID_FILE_ATTRIBUTES)
         return true;
