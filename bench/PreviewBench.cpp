@@ -7,6 +7,7 @@
 // one does; how long it was ever kept from doing so is its longest block.
 #include "diag/BufferUsage.h"
 #include "engine/InitializationTask.h"
+#include "engine/table/HideEffects.h"
 #include "engine/table/LightSourceTable.h"
 #include "tests/preview/PreviewRun.h"
 #include "tests/support/RecordingDiag.h"

@@ -7,11 +7,11 @@
 // the counted memory beyond the image's own buffers. Then the preview: milliseconds from one slider change to
 // a finished tile of 1024 × 1024, stamps to rebuild; and the time from a raised abort flag to the return.
 #include "bench/Timing.h"
+#include "bench/plain/PlainRender.h"
 #include "engine/image/FixedPoint.h"
 #include "engine/image/ImageBuffer.h"
 #include "render/RenderDriver.h"
 #include "render/rows/RenderPath.h"
-#include "bench/plain/PlainRender.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/StandardThreads.h"
 

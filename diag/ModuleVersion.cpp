@@ -1,5 +1,7 @@
 #include "diag/ModuleVersion.h"
 
+#include "diag/ModuleInstance.h"
+
 #include <cstdio>
 #include <cstring>
 #include <windows.h>
@@ -30,9 +32,7 @@ ModuleVersion ReadModuleVersion() {
     // The fixed part of the resource follows three words and the key "VS_VERSION_INFO", on a multiple of
     // four.
     constexpr size_t kFixedInfoOffset = 40;
-    HMODULE module = nullptr;
-    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-                       reinterpret_cast<const char *>(&ReadModuleVersion), &module);
+    const HINSTANCE module = ModuleInstance();
     const HRSRC resource =
         FindResourceA(module, MAKEINTRESOURCEA(VS_VERSION_INFO), MAKEINTRESOURCEA(16)); // RT_VERSION
     if (!resource || SizeofResource(module, resource) < kFixedInfoOffset + sizeof(VS_FIXEDFILEINFO))

@@ -1,6 +1,7 @@
 #include "engine/DebugImages.h"
 
 #include "diag/BufferUsage.h"
+#include "engine/image/AnalysisImage.h"
 
 #include <cstring>
 

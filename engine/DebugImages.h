@@ -1,9 +1,8 @@
-// The analysis image of the last run, kept for a diagnostic caller, and the pictures made of it. Nothing is
-// kept, and nothing of it takes time, unless it was asked for before the run.
+// The analysis image of the last run, kept for a diagnostic caller. Nothing is kept, and nothing of it takes
+// time, unless it was asked for before the run.
 #pragma once
 
-#include "engine/image/AnalysisImage.h"
-#include "engine/table/LightSourceTable.h"
+#include "engine/image/PixelSample.h"
 
 // Owner of everything in it: this module; FreeKeptImage releases it.
 struct KeptImage {
@@ -21,13 +20,3 @@ void KeepFlatAreas(const AnalysisImage &image);
 // Host's thread, while no run is on.
 const KeptImage &GetKeptImage();
 void FreeKeptImage();
-
-// The pictures have the size of the kept image; something must be kept. `bgra` has four bytes for each pixel,
-// from the top row down: blue, green, red, 255.
-void DrawAnalysisPicture(const KeptImage &kept, uint8_t *bgra);
-// The same: red where it is not selected, blue where it is not covered, striped green on flat areas.
-void DrawShadedPicture(const KeptImage &kept, uint8_t *bgra);
-// The lights as circles of their radius and colour on the darkened picture: dashed when hidden, grey when
-// their brightness is below the cut and nothing else gives them a star. Lights are in document pixels.
-void DrawLightsPicture(const KeptImage &kept, const LightSourceTableView &lights, uint32_t cutLevel,
-                       uint8_t *bgra);

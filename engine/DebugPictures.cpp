@@ -1,4 +1,6 @@
-#include "engine/DebugImages.h"
+#include "engine/DebugPictures.h"
+
+#include "engine/image/ImageBuffer.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,6 +3,8 @@
 #include "diag/ErrorReport.h"
 #include "engine/TableBuild.h"
 #include "engine/detect/BandOrder.h"
+#include "engine/detect/BandScan.h"
+#include "engine/table/LightSourceTable.h"
 
 #include <windows.h>
 

@@ -1,6 +1,8 @@
 #include "engine/SerialBuild.h"
 
 #include "engine/TableBuild.h"
+#include "engine/detect/BandScan.h"
+#include "engine/table/LightSourceTable.h"
 
 HostResult BuildLightSourceTable(const ImageBuffer &image, int workers, const std::atomic<uint8_t> &cancel) {
     FreeTableRecords(gLightSourceTable);

@@ -3,8 +3,10 @@
 #include "diag/BufferUsage.h"
 #include "engine/DebugImages.h"
 #include "engine/detect/WorkerContext.h"
+#include "engine/image/AnalysisImage.h"
 #include "engine/image/FixedPoint.h"
 #include "engine/table/LightSourceGrid.h"
+#include "engine/table/LightSourceTable.h"
 
 #include <algorithm>
 

@@ -4,6 +4,7 @@
 #include "engine/detect/Bands.h"
 #include "engine/detect/Detection.h"
 #include "engine/image/ImageBuffer.h"
+#include "engine/image/WorkerThreads.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,6 +1,7 @@
 #include "plugin/DiagnosticRequests.h"
 
 #include "engine/table/LightSourceTable.h"
+#include "engine/table/LightSourceText.h"
 #include "render/KeptRun.h"
 
 #include <algorithm>

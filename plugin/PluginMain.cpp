@@ -1,8 +1,9 @@
 // The entry that the host calls for every selector, on its own thread.
 #include "diag/BufferUsage.h"
 #include "diag/ErrorReport.h"
-#include "diag/ProductName.h"
 #include "diag/Log.h"
+#include "diag/ProductName.h"
+#include "diag/ProductName.h"
 #include "plugin/HostServices.h"
 #include "plugin/Selectors.h"
 #include "plugin/record/HostCall.h"

@@ -1,6 +1,7 @@
 #include "render/KeptRun.h"
 
 #include "engine/DebugImages.h"
+#include "engine/DebugPictures.h"
 #include "engine/image/FixedPoint.h"
 #include "render/RenderDriver.h"
 #include "render/StampPicture.h"

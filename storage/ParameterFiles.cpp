@@ -1,9 +1,9 @@
 #include "storage/ParameterFiles.h"
 
 #include "diag/ErrorReport.h"
+#include "diag/WidePath.h"
 #include "storage/AppFolders.h"
 #include "storage/AtomicFile.h"
-#include "diag/WidePath.h"
 
 #include <cerrno>
 #include <cstdio>

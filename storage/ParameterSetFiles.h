@@ -2,8 +2,8 @@
 #pragma once
 
 #include "diag/Log.h"
-#include "storage/ParameterBlock.h"
 #include "diag/WidePath.h"
+#include "storage/ParameterBlock.h"
 
 // The parameters folder. False, reported, when there is none.
 bool GetUserParametersFolder(WidePath *folder);

@@ -1,6 +1,6 @@
 # The update notice against a small server on this machine. update_module is the notice alone in a module, so that it
 # can be unloaded.
-set(update_sources ../web/UpdateNotice.cpp ../web/UpdateRecord.cpp ../web/UpdateRequest.cpp ../plugin/record/PluginState.cpp diag/TestVersion.rc)
+set(update_sources ../web/UpdateNotice.cpp ../web/UpdateRecord.cpp ../web/UpdateRequest.cpp diag/TestVersion.rc)
 add_library(update_module MODULE update/UpdateModule.cpp ${update_sources})
 target_link_libraries(update_module PRIVATE brillatrix_options storage diag)
 set_target_properties(update_module PROPERTIES PREFIX "")

@@ -1,5 +1,5 @@
-#include "engine/image/FixedPoint.h"
 #include "bench/plain/PlainStamps.h"
+#include "engine/image/FixedPoint.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,12 +1,12 @@
 #include "bench/plain/PlainRender.h"
 
+#include "bench/plain/PixelAccess.h"
+#include "bench/plain/PlainStamps.h"
 #include "engine/image/FixedPoint.h"
 #include "render/OutputBase.h"
 #include "render/shape/AngleTables.h"
 #include "render/stamp/SourceTint.h"
 #include "render/stamp/StampLayer.h"
-#include "bench/plain/PixelAccess.h"
-#include "bench/plain/PlainStamps.h"
 
 #include <algorithm>
 #include <limits>

@@ -1,10 +1,10 @@
+#include "bench/plain/PlainStamps.h"
 #include "engine/image/FixedPoint.h"
 #include "render/shape/AngleTables.h"
 #include "render/shape/EffectTypes.h"
 #include "render/shape/Rainbow.h"
 #include "render/stamp/SecondarySpikes.h"
 #include "render/stamp/StarBuilder.h"
-#include "bench/plain/PlainStamps.h"
 
 #include <algorithm>
 #include <cmath>

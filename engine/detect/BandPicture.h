@@ -4,7 +4,7 @@
 // those can make a difference to what it found. A worker that scans alone marks in the shared picture.
 #pragma once
 
-#include "engine/image/AnalysisImage.h"
+#include "engine/image/PixelSample.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,5 +1,6 @@
+#include "engine/detect/BandScan.h"
+
 #include "engine/detect/CandidateAnalysis.h"
-#include "engine/detect/Detection.h"
 #include "engine/detect/EarlierMarks.h"
 
 namespace {

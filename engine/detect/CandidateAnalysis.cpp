@@ -5,6 +5,7 @@
 #include "engine/detect/RadiusRefinement.h"
 #include "engine/detect/SpotMemo.h"
 #include "engine/image/FixedPoint.h"
+#include "engine/table/LightSourceTable.h"
 
 #include <algorithm>
 #include <cmath>

@@ -7,8 +7,8 @@
 #include "engine/detect/BandPicture.h"
 #include "engine/detect/Bands.h"
 #include "engine/detect/ShapeSampler.h"
-#include "engine/image/AnalysisImage.h"
-#include "engine/table/LightSourceTable.h"
+#include "engine/image/PixelSample.h"
+#include "engine/table/LightSource.h"
 
 #include <atomic>
 #include <cstdint>
@@ -77,11 +77,3 @@ struct WorkerContext {
     DetectionShared *shared;
     HostResult result; // kMemFullErr when an allocation failed on the way
 };
-
-// Scans the worker's band until its end or until the run is cancelled, and marks in what its picture shows.
-// Any thread, while no other worker runs.
-void ScanBand(WorkerContext *worker);
-
-// The same for one of several workers that run at once, each on a thread of its own. What it finds may be
-// incomplete or outdated until SettleBands (BandOrder.h).
-void ScanBandAhead(WorkerContext *worker);

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "engine/detect/BandPicture.h"
-#include "engine/table/LightSourceTable.h"
+#include "engine/table/LightSource.h"
 
 #include <cstdint>
 

@@ -6,6 +6,7 @@
 
 #include "engine/detect/Detection.h"
 #include "engine/detect/RadialProfile.h"
+#include "engine/image/AnalysisImage.h"
 
 // One pixel. Good only while `state` is the picture's.
 struct MeasuredPixel {

@@ -4,6 +4,7 @@
 #include "diag/ErrorReport.h"
 #include "engine/detect/SpotMemo.h"
 #include "engine/table/LightSourceGrid.h"
+#include "engine/table/LightSourceTable.h"
 
 #include <cstring>
 

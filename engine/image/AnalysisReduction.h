@@ -1,7 +1,12 @@
 // Reads an image buffer as pixel samples, and reduces it to the analysis image by exact area average.
 #pragma once
 
-#include "engine/image/AnalysisImage.h"
+#include "engine/image/ImageBuffer.h"
+#include "engine/image/PixelSample.h"
+#include "engine/image/WorkerThreads.h"
+
+#include <atomic>
+#include <cstdint>
 
 // Reads the pixels of document row y into `row`, buffer.width of them.
 void ReadSampleRow(const ImageBuffer &buffer, int32_t y, PixelSample *row);

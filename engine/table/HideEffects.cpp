@@ -1,5 +1,7 @@
 // Switching single stars off and on. The state before a change is kept, so that the opposite mode brings it
 // back.
+#include "engine/table/HideEffects.h"
+
 #include "engine/table/LightSourceTable.h"
 
 #include <algorithm>

@@ -2,7 +2,8 @@
 // take n² steps, minutes for a picture of glitter. A table works the same with and without a grid.
 #pragma once
 
-#include "engine/table/LightSourceTable.h"
+#include "engine/image/Geometry.h"
+#include "engine/table/LightSource.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,3 +1,5 @@
+#include "engine/table/LightSourceText.h"
+
 #include "engine/table/LightSourceTable.h"
 
 #include <cmath>

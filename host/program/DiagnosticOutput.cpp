@@ -1,9 +1,9 @@
 #include "host/program/DiagnosticOutput.h"
 
+#include "host/base/Console.h"
 #include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
 #include "host/pictures/PictureFiles.h"
-#include "host/base/Console.h"
 #include "host/program/LightFiles.h"
 
 namespace host {

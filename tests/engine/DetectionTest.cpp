@@ -1,6 +1,7 @@
 // What lights are found, told by what was painted; and one worker's failures, cancelling and wild positions.
 #include "engine/detect/Detection.h"
 
+#include "engine/detect/BandScan.h"
 #include "engine/detect/CandidateAnalysis.h"
 #include "engine/detect/FloodFill.h"
 #include "engine/detect/RadiusRefinement.h"

@@ -2,7 +2,9 @@
 #include "engine/table/LightSourceTable.h"
 
 #include "diag/BufferUsage.h"
+#include "engine/table/HideEffects.h"
 #include "engine/table/LightSourceGrid.h"
+#include "engine/table/LightSourceText.h"
 #include "tests/engine/TestImages.h"
 
 #include <cmath>

@@ -3,6 +3,7 @@
 
 #include "diag/BufferUsage.h"
 #include "engine/SerialBuild.h"
+#include "engine/detect/BandScan.h"
 #include "engine/image/FixedPoint.h"
 #include "tests/engine/TestImages.h"
 

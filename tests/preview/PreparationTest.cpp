@@ -2,6 +2,7 @@
 // dialog does, with the rules checked after every step.
 #include "diag/BufferUsage.h"
 #include "engine/InitializationTask.h"
+#include "engine/table/HideEffects.h"
 #include "engine/table/LightSourceTable.h"
 #include "render/RenderDriver.h"
 #include "tests/preview/PreviewRun.h"

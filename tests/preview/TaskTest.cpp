@@ -2,6 +2,7 @@
 #include "diag/BufferUsage.h"
 #include "engine/InitializationTask.h"
 #include "engine/image/FixedPoint.h"
+#include "engine/table/HideEffects.h"
 #include "engine/table/LightSourceTable.h"
 #include "render/RenderDriver.h"
 #include "tests/preview/PreviewRun.h"

@@ -1,4 +1,6 @@
 // The Hide Effects and Show Hidden Effects tools on a table of known lights.
+#include "engine/table/HideEffects.h"
+#include "engine/table/LightSourceTable.h"
 #include "tests/view/ViewFixture.h"
 #include "ui/display/PreviewDisplayState.h"
 

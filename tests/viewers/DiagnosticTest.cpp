@@ -1,4 +1,5 @@
 // A diagnostic caller and the finished module.
+#include "engine/table/LightSource.h"
 #include "plugin/interface/DiagnosticInterface.h"
 #include "plugin/interface/HostInterface.h"
 #include "resources/ResourceIds.h"

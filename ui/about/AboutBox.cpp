@@ -1,12 +1,12 @@
 #include "ui/about/AboutBox.h"
 
+#include "diag/ModuleInstance.h"
 #include "diag/ModuleVersion.h"
 #include "resources/ResourceIds.h"
 #include "ui/about/LinkButton.h"
 #include "ui/window/ControlStyle.h"
 #include "ui/window/DpiScope.h"
 #include "ui/window/MessageBoxOwner.h"
-#include "ui/window/ModuleInstance.h"
 #include "ui/window/ScaledBitmap.h"
 #include "ui/window/WaitCursor.h"
 #include "web/MakerAddresses.h"

@@ -1,8 +1,8 @@
 #include "ui/about/UpdateLink.h"
 
+#include "diag/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
 #include "ui/about/LinkButton.h"
-#include "ui/window/ModuleInstance.h"
 #include "web/MakerAddresses.h"
 #include "web/UpdateNotice.h"
 

@@ -1,5 +1,6 @@
 #include "ui/dialog/DialogKeyboard.h"
 
+#include "diag/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
 #include "ui/dialog/DialogWheel.h"
 #include "ui/dialog/MainDialogState.h"
@@ -7,7 +8,6 @@
 #include "ui/display/PreviewDisplayMouse.h"
 #include "ui/display/PreviewDisplayState.h"
 #include "ui/fields/ParameterTable.h"
-#include "ui/window/ModuleInstance.h"
 
 #include <algorithm>
 #include <iterator>

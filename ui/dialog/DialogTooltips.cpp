@@ -1,10 +1,10 @@
 #include "ui/dialog/DialogTooltips.h"
 
+#include "diag/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
 #include "ui/fields/ParameterControls.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/view/ViewTools.h"
-#include "ui/window/ModuleInstance.h"
 #include "ui/window/Tooltips.h"
 
 #include <commctrl.h>

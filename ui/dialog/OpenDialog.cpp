@@ -1,12 +1,12 @@
 #include "ui/dialog/OpenDialog.h"
 
+#include "diag/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
 #include "ui/dialog/MainDialog.h"
 #include "ui/display/PreviewDisplay.h"
 #include "ui/fields/FieldClass.h"
 #include "ui/window/ControlStyle.h"
 #include "ui/window/DpiScope.h"
-#include "ui/window/ModuleInstance.h"
 
 #include <commctrl.h>
 

@@ -10,7 +10,6 @@
 #include "ui/display/PreviewDisplayState.h"
 #include "ui/view/ViewMenu.h"
 #include "ui/window/DialogMessages.h"
-#include "ui/window/ModuleInstance.h"
 
 #include <commctrl.h>
 #include <windowsx.h>

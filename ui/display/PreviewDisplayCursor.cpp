@@ -1,10 +1,10 @@
 #include "ui/display/PreviewDisplayCursor.h"
 
+#include "diag/ModuleInstance.h"
 #include "resources/ResourceIds.h"
 #include "ui/display/PreviewDisplayMarks.h"
 #include "ui/display/PreviewDisplayState.h"
 #include "ui/view/ViewTools.h"
-#include "ui/window/ModuleInstance.h"
 
 namespace {
 

@@ -1,5 +1,6 @@
 #include "ui/display/PreviewDisplayMarks.h"
 
+#include "engine/table/HideEffects.h"
 #include "engine/table/LightSourceTable.h"
 #include "ui/display/PreviewDisplayState.h"
 #include "ui/view/ViewTools.h"

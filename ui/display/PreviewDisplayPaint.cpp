@@ -1,6 +1,7 @@
 #include "ui/display/PreviewDisplayPaint.h"
 
 #include "diag/ErrorReport.h"
+#include "engine/table/HideEffects.h"
 #include "engine/table/LightSourceTable.h"
 #include "ui/display/PreviewDisplayMarks.h"
 #include "ui/display/PreviewDisplayState.h"

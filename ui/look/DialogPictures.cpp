@@ -1,11 +1,11 @@
 #include "ui/look/DialogPictures.h"
 
+#include "diag/ModuleInstance.h"
 #include "render/ParameterSet.h"
 #include "resources/DialogControlIds.h"
 #include "resources/ResourceIds.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/view/ViewTools.h"
-#include "ui/window/ModuleInstance.h"
 #include "ui/window/ScaledBitmap.h"
 
 #include <algorithm>

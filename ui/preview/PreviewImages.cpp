@@ -2,6 +2,7 @@
 
 #include "diag/BufferUsage.h"
 #include "diag/ErrorReport.h"
+#include "engine/table/HideEffects.h"
 #include "engine/table/LightSourceTable.h"
 #include "ui/pixels/PreviewDrawing.h"
 #include "ui/preview/PreviewInvariants.h"

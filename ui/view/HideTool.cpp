@@ -1,5 +1,6 @@
 #include "ui/view/HideTool.h"
 
+#include "engine/table/HideEffects.h"
 #include "engine/table/LightSourceTable.h"
 #include "ui/preview/PreviewImages.h"
 #include "ui/view/ViewCursor.h"

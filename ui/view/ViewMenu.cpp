@@ -1,9 +1,9 @@
 #include "ui/view/ViewMenu.h"
 
 #include "diag/ErrorReport.h"
+#include "diag/ModuleInstance.h"
 #include "resources/ResourceIds.h"
 #include "ui/view/ViewTools.h"
-#include "ui/window/ModuleInstance.h"
 
 #include <windowsx.h>
 

@@ -3,6 +3,7 @@
 #include "diag/BufferUsage.h"
 #include "diag/ErrorReport.h"
 #include "engine/table/LightSourceTable.h"
+#include "engine/table/LightSourceText.h"
 #include "ui/window/ClipboardCopy.h"
 
 #include <algorithm>

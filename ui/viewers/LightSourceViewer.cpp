@@ -2,6 +2,7 @@
 
 #include "engine/InitializationTask.h"
 #include "engine/table/LightSourceTable.h"
+#include "engine/table/LightSourceText.h"
 #include "resources/ResourceIds.h"
 #include "ui/viewers/LightSourceList.h"
 #include "ui/window/MessageBoxOwner.h"

@@ -1,7 +1,7 @@
 #include "ui/window/ControlStyle.h"
 
+#include "diag/ModuleInstance.h"
 #include "resources/ResourceIds.h"
-#include "ui/window/ModuleInstance.h"
 
 #include <windows.h>
 

@@ -1,7 +1,7 @@
 #include "ui/window/ScaledBitmap.h"
 
+#include "diag/ModuleInstance.h"
 #include "resources/ResourceIds.h"
-#include "ui/window/ModuleInstance.h"
 
 HBITMAP LoadFittingBitmap(int pictureId, int count, SIZE room, SIZE *size) {
     for (int step = count; step > 0; --step) {

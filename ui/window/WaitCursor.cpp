@@ -1,7 +1,7 @@
 #include "ui/window/WaitCursor.h"
 
+#include "diag/ModuleInstance.h"
 #include "resources/ResourceIds.h"
-#include "ui/window/ModuleInstance.h"
 
 void ShowWaitCursor() {
     SetCursor(LoadCursorA(ModuleInstance(), MAKEINTRESOURCEA(kWaitCursorId)));

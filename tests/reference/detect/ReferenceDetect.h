@@ -1,6 +1,7 @@
 // The yardstick's detection: one band after another, each pixel measured from scratch.
 #pragma once
 
+#include "engine/detect/BandScan.h"
 #include "tests/reference/detect/ReferenceTable.h"
 
 #include <cstdint>

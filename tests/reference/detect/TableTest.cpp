@@ -1,4 +1,6 @@
 // The light source table against the yardstick: adding, merging, ranking, hiding, text.
+#include "engine/table/HideEffects.h"
+#include "engine/table/LightSourceText.h"
 #include "tests/reference/Cases.h"
 #include "tests/reference/detect/ReferenceTable.h"
 #include "tests/support/RecordingDiag.h"

@@ -1,4 +1,4 @@
-#include "ui/window/ModuleInstance.h"
+#include "diag/ModuleInstance.h"
 
 HINSTANCE ModuleInstance() {
     static const char inThisModule = 0;
