@@ -6,6 +6,7 @@
 #include "engine/image/Geometry.h"
 #include "engine/table/LightSourceTable.h"
 #include "render/RenderDriver.h"
+#include "render/RenderState.h"
 #include "render/shape/AngleTables.h"
 
 #include <atomic>

@@ -11,6 +11,7 @@
 #include "plugin/record/PluginState.h"
 #include "render/KeptRun.h"
 #include "render/RenderDriver.h"
+#include "render/RenderState.h"
 #include "render/shape/AngleTables.h"
 
 #include <algorithm>

@@ -4,6 +4,7 @@
 #include "engine/DebugPictures.h"
 #include "engine/image/FixedPoint.h"
 #include "render/RenderDriver.h"
+#include "render/RenderState.h"
 #include "render/StampPicture.h"
 
 namespace {

@@ -9,16 +9,10 @@
 #include <atomic>
 #include <cstdint>
 
-// Drops all stamps' entries and memo tables' contents; call at the start of each run, after the image
-// geometry is known. FreeRenderState gives all memory back; both may be called at any time while no render
-// runs.
-void ResetRenderState();
-void FreeRenderState();
-
 // Renders `target` (document coordinates) into `output`, an image of the same mode and depth as `source`
-// whose bounds hold the target; or `source` itself, which is then drawn into. gPreciseMode and gFloor must be set. Light sources are in document pixels.
-// `settings` are clamped. The `threads`, at most 16, share the rows; the picture does not depend on their
-// number, and none of them runs any more on return. False when
+// whose bounds hold the target; or `source` itself, which is then drawn into. gPreciseMode and gFloor must be
+// set. Light sources are in document pixels. `settings` are clamped. The `threads`, at most 16, share the
+// rows; the picture does not depend on their number, and none of them runs any more on return. False when
 // *abort became non-zero before the end, or a stamp set has no builder; what was blended so far stays.
 // Renders never overlap: one thread at a time.
 bool RenderEffect(const RenderSettings &settings, const ImageBuffer &source, const IntRect &target,

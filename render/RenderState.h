@@ -2,11 +2,14 @@
 // under. It is written by the one thread that renders, while its workers are not running; unlocked.
 #pragma once
 
-#include "render/RenderDriver.h"
-#include "render/rows/RenderPath.h"
+#include "render/rows/RowLoops.h"
 #include "render/shape/SoftFlare.h"
 #include "render/shape/StampContext.h"
 #include "render/stamp/StarStamp.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
 
 constexpr int32_t kPhases = 4;                       // sub-pixel phases per axis, quarter pixels
 constexpr int32_t kStampsPerSet = kPhases * kPhases; // indexed px × 4 + py
@@ -52,3 +55,9 @@ void FreeColors(ColorTables *colors);
 // must have a builder.
 const StarStamp &NeedStarStamp(int32_t px, int32_t py);
 const FlareStamp &NeedFlareStamp(int32_t px, int32_t py);
+
+// Drops all stamps' entries and memo tables' contents; call at the start of each run, after the image
+// geometry is known. FreeRenderState gives all memory back; both may be called at any time while no render
+// runs.
+void ResetRenderState();
+void FreeRenderState();

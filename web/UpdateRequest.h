@@ -1,16 +1,10 @@
 // One question to the maker's update service, with a limit on the time that it takes.
 #pragma once
 
+#include "web/UpdateService.h"
+
 #include <cstddef>
 #include <cstdint>
-
-struct UpdateService {
-    const char *address;      // "https://host/path"
-    bool allowsPlainLoopback; // also "http://127.0.0.1:port/path", straight and past any proxy
-};
-
-// The service of this build: the maker's. Tests have one of their own.
-UpdateService CurrentUpdateService();
 
 constexpr uint32_t kUpdateTimeLimit = 5000; // milliseconds, from the beginning to the last byte
 constexpr size_t kMostUpdateAnswer = 64;    // characters

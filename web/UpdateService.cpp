@@ -1,6 +1,6 @@
-// The update service that this build asks.
+#include "web/UpdateService.h"
+
 #include "web/MakerAddresses.h"
-#include "web/UpdateRequest.h"
 
 UpdateService CurrentUpdateService() {
     return {kUpdateAddress, false};

@@ -3,6 +3,8 @@
 
 #include "engine/image/ImageBuffer.h"
 #include "engine/table/LightSourceTable.h"
+#include "render/RenderDriver.h"
+#include "render/RenderState.h"
 #include "render/shape/RenderSettings.h"
 
 namespace plain {

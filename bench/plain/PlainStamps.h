@@ -4,6 +4,7 @@
 #pragma once
 
 #include "render/shape/StampContext.h"
+#include "render/stamp/StarBuilder.h"
 
 #include <cstdint>
 #include <vector>

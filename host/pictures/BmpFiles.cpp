@@ -1,8 +1,9 @@
 // BMP, through the system's own codec.
 #include <initguid.h>
 
+#include "host/pictures/BmpFiles.h"
+
 #include "host/base/SystemText.h"
-#include "host/pictures/PictureFormat.h"
 
 #include <wincodec.h>
 

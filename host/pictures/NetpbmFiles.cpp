@@ -1,7 +1,8 @@
 // PPM, PGM and PAM (binary, 8 and 16 bit) and PFM (32-bit float). Samples of another maximum than 255 or
 // 65535 are scaled to the full range of 8 or 16 bits.
+#include "host/pictures/NetpbmFiles.h"
+
 #include "host/base/SystemText.h"
-#include "host/pictures/PictureFormat.h"
 
 #include <algorithm>
 #include <cctype>

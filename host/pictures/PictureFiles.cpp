@@ -1,8 +1,12 @@
 #include "host/pictures/PictureFiles.h"
 
 #include "host/base/SystemText.h"
-#include "host/pictures/PictureFormat.h"
+#include "host/pictures/BmpFiles.h"
+#include "host/pictures/NetpbmFiles.h"
+#include "host/pictures/PictureKind.h"
 #include "host/pictures/VipsLibrary.h"
+#include "host/pictures/VipsReader.h"
+#include "host/pictures/VipsWriter.h"
 
 #include <algorithm>
 #include <new>

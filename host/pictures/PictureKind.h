@@ -34,4 +34,25 @@ struct PictureOrigin {
 // bytes that are no picture of a known kind, or one that is refused by name.
 bool TellPictureKind(const Bytes &file, PictureOrigin *origin, std::string *why);
 
+enum class MetadataChoice { kKeep, kNoPlace, kNone };
+enum class Subsampling { kAsInput, k444, k420 };
+// Compressions of a TIFF, by the picture library's numbers.
+enum TiffCompressionChoice {
+    kVipsTiffAsInput = -1,
+    kVipsTiffNone = 0,
+    kVipsTiffJpeg = 1,
+    kVipsTiffDeflate = 2,
+    kVipsTiffPackBits = 3,
+    kVipsTiffLzw = 5,
+    kVipsTiffZstd = 7
+};
+
+// What is not said is as in the input's file, where that is of the same kind.
+struct WriteOptions {
+    int32_t quality = 0; // 1..100; 0: not said
+    Subsampling subsampling = Subsampling::kAsInput;
+    int compression = kVipsTiffAsInput;
+    MetadataChoice metadata = MetadataChoice::kKeep;
+};
+
 } // namespace host

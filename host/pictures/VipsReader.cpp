@@ -1,13 +1,20 @@
 // JPEG, PNG, TIFF, WebP, AVIF and GIF, through the picture library.
+#include "host/pictures/VipsReader.h"
+
 #include "host/base/SystemText.h"
 #include "host/pictures/ExifTree.h"
-#include "host/pictures/PictureFormat.h"
 #include "host/pictures/VipsLibrary.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace host {
+
+// Whether a profile belongs to pictures of so many colour planes.
+static bool DoesProfileFit(const Bytes &profile, int32_t colourPlanes) {
+    return profile.size() >= 128 &&
+           std::memcmp(profile.data() + 16, colourPlanes == 3 ? "RGB " : "GRAY", 4) == 0;
+}
 
 constexpr int32_t kRowsAtOnce = 128;
 

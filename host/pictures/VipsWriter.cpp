@@ -1,9 +1,10 @@
 // JPEG, PNG, TIFF, WebP, AVIF and GIF, through the picture library.
+#include "host/pictures/VipsWriter.h"
+
 #include "host/base/SystemText.h"
 #include "host/pictures/ExifTree.h"
 #include "host/pictures/IptcBlock.h"
 #include "host/pictures/JpegSegments.h"
-#include "host/pictures/PictureFormat.h"
 #include "host/pictures/VipsLibrary.h"
 
 #include <algorithm>

@@ -7,6 +7,7 @@
 #include "host/pictures/PictureDepth.h"
 #include "host/pictures/PictureFiles.h"
 #include "host/program/DiagnosticOutput.h"
+#include "host/program/PhotoDocument.h"
 #include "host/program/Presets.h"
 #include "host/program/ResultText.h"
 

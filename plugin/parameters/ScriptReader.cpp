@@ -1,4 +1,4 @@
-#include "plugin/parameters/Scripting.h"
+#include "plugin/parameters/ScriptReader.h"
 
 #include "diag/ErrorReport.h"
 #include "plugin/interface/ScriptKeys.h"

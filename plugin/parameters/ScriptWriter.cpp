@@ -1,4 +1,4 @@
-#include "plugin/parameters/Scripting.h"
+#include "plugin/parameters/ScriptWriter.h"
 
 #include "plugin/interface/ScriptKeys.h"
 #include "plugin/record/HostCall.h"

@@ -1,7 +1,8 @@
 // Blends eight pixels at a time; the same integers as the portable form. Nothing defined in a header is
 // called here: a copy of it compiled for AVX2 could be the one that the linker keeps for every caller.
-#include "render/rows/Avx2Loops.h"
-#include "render/rows/PortableLoops.h"
+#include "render/rows/BlendAvx2.h"
+
+#include "render/rows/BlendPortable.h"
 
 #include <immintrin.h>
 

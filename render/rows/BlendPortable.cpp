@@ -1,6 +1,7 @@
+#include "render/rows/BlendPortable.h"
+
 #include "engine/image/FixedPoint.h"
 #include "engine/image/ImageBuffer.h"
-#include "render/rows/PortableLoops.h"
 
 namespace {
 

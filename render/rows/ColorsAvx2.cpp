@@ -1,7 +1,7 @@
 // The colours of one light source by state of the rainbow, a state at a time with a lane for each channel.
 // Nothing defined in a header is called here: a copy of it compiled for AVX2 could be the one that the linker
 // keeps for every caller.
-#include "render/rows/Avx2Loops.h"
+#include "render/rows/ColorsAvx2.h"
 
 #include <immintrin.h>
 

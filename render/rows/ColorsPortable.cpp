@@ -1,6 +1,7 @@
+#include "render/rows/ColorsPortable.h"
+
 #include "engine/image/FixedPoint.h"
 #include "render/rows/PixelBlender.h"
-#include "render/rows/PortableLoops.h"
 
 namespace {
 

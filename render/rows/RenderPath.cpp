@@ -1,8 +1,12 @@
 #include "render/rows/RenderPath.h"
 
 #include "diag/Compiler.h"
-#include "render/rows/Avx2Loops.h"
-#include "render/rows/PortableLoops.h"
+#include "render/rows/BlendAvx2.h"
+#include "render/rows/BlendPortable.h"
+#include "render/rows/ColorsAvx2.h"
+#include "render/rows/ColorsPortable.h"
+#include "render/rows/RowsAvx2.h"
+#include "render/rows/RowsPortable.h"
 
 const RenderPath kPortablePath = {"portable",
                                   FillArmPortable,

@@ -1,7 +1,8 @@
 // Rows of arms and flares, eight pixels at a time; the same steps, in the same order and precision, as in the
 // portable form, so the integers are the same. Nothing defined in a header is called here: a copy of it
 // compiled for AVX2 could be the one that the linker keeps for every caller.
-#include "render/rows/Avx2Loops.h"
+#include "render/rows/RowsAvx2.h"
+
 #include "render/shape/FixedPower.h"
 
 #include <immintrin.h>

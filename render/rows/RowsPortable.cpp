@@ -1,7 +1,6 @@
-#include "render/rows/RenderPath.h"
+#include "render/rows/RowsPortable.h"
 
 #include "engine/image/FixedPoint.h"
-#include "render/rows/PortableLoops.h"
 #include "render/shape/FixedPower.h"
 
 #include <algorithm>

@@ -4,6 +4,7 @@
 #include "engine/image/Geometry.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -46,4 +47,17 @@ bool StarStampsServe(const StampContext &built, const StampContext &wanted) {
 
 bool FlareStampsServe(const StampContext &built, const StampContext &wanted) {
     return SameFrame(built, wanted);
+}
+
+double StarSharpnessFactor(const StampContext &context) {
+    const double edge = std::pow(context.settings.spikeSharpness / 100.0, 3.5) + 0.003;
+    return edge * 500000.0 / context.diagonal / context.settings.scale;
+}
+
+double StarWidthFactor(const StampContext &context) {
+    return context.settings.scale * 0.005;
+}
+
+uint32_t SpikeBrightness(int32_t intensityPercent) {
+    return static_cast<uint32_t>(std::pow(intensityPercent / 100.0, 2.8) * kFractionOne);
 }

@@ -20,3 +20,9 @@ StampContext MakeStampContext(const RenderSettings &settings);
 // Whether stamps built under one context serve another.
 bool StarStampsServe(const StampContext &built, const StampContext &wanted);
 bool FlareStampsServe(const StampContext &built, const StampContext &wanted);
+
+// Factors that all arms of a star share.
+double StarSharpnessFactor(const StampContext &context);
+double StarWidthFactor(const StampContext &context);
+// A percentage of intensity as the brightness of an arm.
+uint32_t SpikeBrightness(int32_t intensityPercent);

@@ -1,7 +1,6 @@
 #include "render/stamp/SecondarySpikes.h"
 
 #include "render/shape/EffectTypes.h"
-#include "render/stamp/StarBuilder.h"
 
 int32_t ListSecondarySpikes(const StampContext &context, ArmShape *shapes) {
     const RenderSettings &settings = context.settings;

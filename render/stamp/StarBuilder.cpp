@@ -23,19 +23,6 @@ int32_t ListPrimaryArms(const StampContext &context, ArmShape *shapes) {
 
 } // namespace
 
-double StarSharpnessFactor(const StampContext &context) {
-    const double edge = std::pow(context.settings.spikeSharpness / 100.0, 3.5) + 0.003;
-    return edge * 500000.0 / context.diagonal / context.settings.scale;
-}
-
-double StarWidthFactor(const StampContext &context) {
-    return context.settings.scale * 0.005;
-}
-
-uint32_t SpikeBrightness(int32_t intensityPercent) {
-    return static_cast<uint32_t>(std::pow(intensityPercent / 100.0, 2.8) * kFractionOne);
-}
-
 bool DrawStar(const StampContext &context, const std::atomic<uint8_t> &abort, StarTables *tables,
               StarStamp *stamp, int32_t px, int32_t py) {
     EmptyStamp(stamp);

@@ -6,12 +6,6 @@
 #include <atomic>
 #include <cstdint>
 
-// Factors that all arms of a star share.
-double StarSharpnessFactor(const StampContext &context);
-double StarWidthFactor(const StampContext &context);
-// A percentage of intensity as the brightness of an arm.
-uint32_t SpikeBrightness(int32_t intensityPercent);
-
 // Empties the stamp and draws the star of phase (px, py), each 0..3. False when memory ran out (reported),
 // the stamp then keeps what was drawn so far; or when *abort became non-zero between two arms, the stamp is
 // then empty.

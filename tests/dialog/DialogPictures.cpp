@@ -3,6 +3,7 @@
 #include "tests/dialog/DialogFixture.h"
 
 #include "host/pictures/PictureFiles.h"
+#include "host/program/PhotoDocument.h"
 
 namespace {
 

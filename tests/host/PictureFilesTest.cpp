@@ -4,6 +4,7 @@
 #include "host/pictures/ExifTree.h"
 #include "host/pictures/JpegSegments.h"
 #include "host/pictures/VipsLibrary.h"
+#include "host/program/PhotoDocument.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "host/filter/FilterHost.h"
+#include "host/module/FilterModule.h"
 #include "host/module/ModuleImports.h"
 #include "host/module/ShownBoxes.h"
 #include "render/ParameterSet.h"

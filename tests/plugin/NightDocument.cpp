@@ -4,6 +4,7 @@
 #include "engine/image/FixedPoint.h"
 #include "engine/table/LightSourceTable.h"
 #include "render/RenderDriver.h"
+#include "render/RenderState.h"
 #include "render/shape/AngleTables.h"
 #include "tests/support/NightScene.h"
 #include "tests/support/TestImage.h"

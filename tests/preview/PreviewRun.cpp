@@ -2,6 +2,7 @@
 
 #include "engine/InitializationTask.h"
 #include "render/RenderDriver.h"
+#include "render/RenderState.h"
 #include "render/shape/AngleTables.h"
 #include "tests/support/NightScene.h"
 #include "ui/preview/PreviewImages.h"

@@ -5,6 +5,7 @@
 #include "engine/table/HideEffects.h"
 #include "engine/table/LightSourceTable.h"
 #include "render/RenderDriver.h"
+#include "render/RenderState.h"
 #include "tests/preview/PreviewRun.h"
 #include "tests/support/PreviewState.h"
 #include "tests/support/RecordingDiag.h"

@@ -1,6 +1,7 @@
 #include "tests/support/PhotoImage.h"
 
 #include "host/pictures/PictureFiles.h"
+#include "host/program/PhotoDocument.h"
 
 #include <cstring>
 #include <string>

@@ -1,6 +1,7 @@
 #include "diag/BufferUsage.h"
 #include "engine/DebugImages.h"
 #include "engine/image/FixedPoint.h"
+#include "render/RenderState.h"
 #include "render/StampPicture.h"
 #include "render/shape/AngleTables.h"
 #include "tests/support/RecordingDiag.h"

@@ -1,4 +1,4 @@
-// The exchange of the current parameter set with the host's scripting system. Needs locked handles.
+// The current parameter set from the host's scripting system. Needs locked handles.
 #pragma once
 
 #include "diag/ResultCodes.h"
@@ -7,6 +7,3 @@
 // the dialog is wanted: the dialog-pending byte, or what the script asks for. Messages to the user are shown
 // here. Returns the host result of Start, kErrMissingParameter when showDialog is null.
 HostResult ReadScriptParameters(bool *showDialog);
-
-// Finish: records the current set as the host's new descriptor. kErrMissingParameter when none can be opened.
-HostResult WriteScriptParameters();

@@ -1,0 +1,66 @@
+// The renderer's inner loops: pixels of one row of an arm or a flare, and their blending. There are two forms
+// of each, with the same integers: a portable one and one for processors with AVX2.
+#pragma once
+
+#include "render/shape/ArmSpan.h"
+#include "render/shape/Rainbow.h"
+#include "render/shape/SoftFlare.h"
+
+#include <cstdint>
+
+// Rows are worked on in pieces of at most this many pixels. Buffers for them have room for eight more.
+constexpr int32_t kRowPiece = 512;
+constexpr int32_t kRowRoom = kRowPiece + 8;
+
+// A piece of one row of an arm: `count` pixels from `from` on, as offsets from the source's pixel.
+struct ArmPiece {
+    const Arm *arm;
+    const uint16_t *stateOfDistance; // one more than the arm's values
+    bool precise;
+    int32_t row, from, count;
+};
+
+struct FlarePiece {
+    const FlareStamp *flare;
+    const ValueTable *values;
+    int32_t row, from, count;
+};
+
+// A light source's colour at one state of the rainbow, as the blend needs it.
+struct BlendColor {
+    uint32_t largest;    // of the tinted channels
+    uint32_t inverse[3]; // 1.0 less the channel as a share of the largest
+};
+
+// The colours of a light source at `count` states of the rainbow.
+struct ColorPiece {
+    const RainbowFactors *factors; // of these states
+    uint32_t count;
+    const uint32_t *tint; // of the light source: three fractions
+    bool precise;
+};
+
+// A row of values to be blended into samples side by side.
+struct BlendPiece {
+    const uint32_t *values;
+    const uint16_t *states; // of each value; null: all have state 0
+    int32_t count;
+    int32_t room;             // samples from the first on that belong to the same row; at least `count`
+    const BlendColor *colors; // by state
+    uint32_t tintValue;       // strength of the light source, a fraction
+    uint32_t leastValue;      // smaller values do not reach the threshold in any colour
+    uint32_t threshold;       // products of colour and value below it are not drawn; at least 1
+    bool precise;
+    int32_t planes;   // 1 (grey) or 3
+    void *samples[3]; // the row's first sample in each plane
+};
+
+// The functions write up to seven values past `count`, and a blend may rewrite samples past it, inside
+// `room`, with what they are. Pieces of different rows may be worked on at the same time.
+struct RenderPath {
+    const char *name;
+    void (*fillArm)(const ArmPiece &piece, uint32_t *values, uint16_t *states);
+    void (*fillFlare)(const FlarePiece &piece, uint32_t *values);
+    void (*makeColors)(const ColorPiece &piece, BlendColor *colors);
+    void (*blend[3])(const BlendPiece &piece); // samples of 1, 2 and 4 bytes
+};
