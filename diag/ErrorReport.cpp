@@ -1,8 +1,9 @@
 #include "diag/ErrorReport.h"
 
 #include "diag/FormattedText.h"
-#include "diag/Log.h"
+#include "diag/LogLines.h"
 #include "diag/LogState.h"
+#include "diag/ReportOwner.h"
 
 #include <cstring>
 #include <windows.h>

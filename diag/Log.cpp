@@ -2,6 +2,7 @@
 
 #include "diag/ErrorReport.h"
 #include "diag/FormattedText.h"
+#include "diag/LogLines.h"
 #include "diag/LogRotation.h"
 #include "diag/LogState.h"
 #include "diag/ModuleVersion.h"
@@ -15,90 +16,11 @@
 const char *gLogFolderPath = "";
 const char *gProductCommonFolderPath = "";
 
-LogState gLogState;
-
 namespace {
 
 constexpr uint32_t kSiteTracePath = 240, kSiteCreateLog = 260, kSiteNoLogFile = 265;
 constexpr char kLongTimeFormat[] = "on %A, %B %d, %Y at %H:%M:%S";
 constexpr size_t kLongTimeCapacity = 128;
-
-// Held while a line is written and while the file changes, so that lines stay whole and none follows the
-// last.
-SRWLOCK gLogLock = SRWLOCK_INIT;
-
-bool IsLogOpen() {
-    AcquireSRWLockShared(&gLogLock);
-    const bool open = gLogState.file != nullptr;
-    ReleaseSRWLockShared(&gLogLock);
-    return open;
-}
-
-LogIdentity IdentifyLog(HANDLE file) {
-    BY_HANDLE_FILE_INFORMATION info = {};
-    GetFileInformationByHandle(file, &info);
-    return {info.dwVolumeSerialNumber, info.nFileIndexHigh, info.nFileIndexLow, info.nFileSizeHigh,
-            info.nFileSizeLow};
-}
-
-void WriteToLog(const wchar_t *text, int length, bool closing) {
-    AcquireSRWLockExclusive(&gLogLock);
-    if (gLogState.file) {
-        DWORD written = 0;
-        WriteFile(gLogState.file, text, static_cast<DWORD>(length) * sizeof(wchar_t), &written, nullptr);
-        FlushFileBuffers(gLogState.file);
-        if (closing) {
-            gLogState.closedLog = IdentifyLog(gLogState.file);
-            CloseHandle(gLogState.file);
-            gLogState.file = nullptr;
-        }
-    }
-    ReleaseSRWLockExclusive(&gLogLock);
-}
-
-// No code page makes more UTF-16 units than it has bytes, so a buffer of the narrow length is always enough.
-// A line cut for want of memory keeps its line end.
-void AppendToLog(const FormattedText &line, bool closing) {
-    constexpr int kLocalLength = 512;
-    wchar_t local[kLocalLength];
-    int length = static_cast<int>(line.length);
-    bool cut = line.cut;
-    wchar_t *wide = local;
-    if (length > kLocalLength) {
-        wide = static_cast<wchar_t *>(malloc(static_cast<size_t>(length) * sizeof(wchar_t)));
-        if (!wide) {
-            wide = local;
-            length = kLocalLength;
-            cut = true;
-        }
-    }
-    const int wideLength = MultiByteToWideChar(CP_ACP, 0, line.text, length, wide, length);
-    if (cut && wideLength > 0)
-        wide[wideLength - 1] = L'\n';
-    WriteToLog(wide, wideLength, closing);
-    if (wide != local)
-        free(wide);
-}
-
-void AppendFormatted(bool closing, const char *format, va_list arguments) {
-    const DWORD lastError = GetLastError();
-    if (IsLogOpen()) {
-        FormattedText line;
-        FormatText(&line, format, arguments);
-        AppendToLog(line, closing);
-        FreeText(&line);
-    }
-    SetLastError(lastError);
-}
-
-void WriteLastLine(const char *format, ...) BX_PRINTF(1, 2);
-
-void WriteLastLine(const char *format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    AppendFormatted(true, format, arguments);
-    va_end(arguments);
-}
 
 void FormTraceSetupPath() {
     if (!gProductCommonFolderPath || !*gProductCommonFolderPath)
@@ -213,9 +135,7 @@ void WriteLogHeader() {
 }
 
 void UseLogFile(HANDLE file) {
-    AcquireSRWLockExclusive(&gLogLock);
-    gLogState.file = file;
-    ReleaseSRWLockExclusive(&gLogLock);
+    SetLogFile(file);
     gLogState.hasLog = true;
     WriteLogHeader();
 }
@@ -242,30 +162,8 @@ void ContinueLog() {
         UseLogFile(file);
 }
 
-void WriteLogLine(const char *format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    AppendFormatted(false, format, arguments);
-    va_end(arguments);
-}
-
 void CloseLog() {
     char now[kLongTimeCapacity];
     FormatLocalTime(now, sizeof now, kLongTimeFormat);
-    WriteLastLine("\n%s Log closed %s.\n", kLogName, now);
-}
-
-void SetReportOwner(NativeWindow window, uint32_t threadId) {
-    gLogState.ownerThread = threadId;
-    SetReportOwnerWindow(window);
-}
-
-NativeWindow SetReportOwnerWindow(NativeWindow window) {
-    const HWND previous = gLogState.ownerWindow;
-    gLogState.ownerWindow = static_cast<HWND>(window);
-    return previous;
-}
-
-bool IsReportOwnerThread() {
-    return gLogState.ownerThread == GetCurrentThreadId();
+    WriteLastLogLine("\n%s Log closed %s.\n", kLogName, now);
 }

@@ -1,12 +1,9 @@
-// The log file of the current run, and who owns the message boxes.
+// The log file of the current run.
 #pragma once
 
-#include "diag/Compiler.h"
+#include "diag/ReportOwner.h"
 
 #include <cstdint>
-
-// Native window handle, opaque here so that portable code may include this header.
-using NativeWindow = void *;
 
 constexpr char kLogName[] = "Brillatrix Pro";
 
@@ -21,13 +18,4 @@ void OpenLog(NativeWindow ownerWindow, uint32_t ownerThreadId);
 // is gone, another is begun if its place is free, without rotation. Nothing happens while a log is open, and
 // when OpenLog has made none. Host's thread.
 void ContinueLog();
-// Appends one formatted piece of text, whole and flushed. Any thread.
-void WriteLogLine(const char *format, ...) BX_PRINTF(1, 2);
 void CloseLog();
-
-// Both change when the host calls from elsewhere. Thread 0: no message box is shown. The calling thread must
-// be the only one that shows any.
-void SetReportOwner(NativeWindow window, uint32_t threadId);
-// The window that message boxes belong to; returns the previous one. Owner thread.
-NativeWindow SetReportOwnerWindow(NativeWindow window);
-bool IsReportOwnerThread();

@@ -1,14 +1,13 @@
 #include "engine/InitializationTask.h"
 
 #include "diag/ErrorReport.h"
+#include "engine/SystemThreads.h"
 #include "engine/TableBuild.h"
 #include "engine/detect/BandOrder.h"
 #include "engine/detect/BandScan.h"
 #include "engine/table/LightSourceTable.h"
 
 #include <windows.h>
-
-#include <process.h>
 
 #include <atomic>
 #include <cerrno>
@@ -25,7 +24,7 @@ constexpr unsigned kTaskStackBytes = 8192;
 // Made and closed on the host's thread, while neither the task nor a waiter runs. Read by any thread.
 HANDLE gCompletionEvent; // manual-reset; set once, as the task's last act; the only publication of the table
 HANDLE gImageMutex;      // guards writes to the analysis image
-HANDLE gThread;          // the task's thread
+void *gThread;           // the task's thread
 
 // Set by the host's thread, polled by the task and its workers; only ever from 0 to 1 during a run.
 std::atomic<uint8_t> gCancel;      // stops the workers and the task
@@ -69,37 +68,24 @@ void CloseTerminationEvent(WorkerContext *worker) {
     CloseAndForget(&worker->terminationEvent);
 }
 
-unsigned __stdcall AnalyzeSection(void *argument) {
+// One worker of the run. It stays where it is until its thread has been joined.
+struct BandThread {
+    WorkerTask task;
+    void *thread; // null when none was to be had
+};
+
+void AnalyzeSection(void *argument) {
     auto *worker = static_cast<WorkerContext *>(argument);
     ScanBandAhead(worker);
     SetEvent(worker->terminationEvent);
-    return 0;
 }
 
-HANDLE StartThread(unsigned(__stdcall *body)(void *), unsigned stackBytes, void *argument) {
-    return reinterpret_cast<HANDLE>(_beginthreadex(nullptr, stackBytes, body, argument, 0, nullptr));
-}
-
-unsigned __stdcall RunTask(void *argument) {
-    const auto *task = static_cast<const WorkerTask *>(argument);
-    task->run(task->argument);
-    return 0;
-}
-
-void *StartReducer(const WorkerTask *task) {
-    return StartThread(RunTask, 0, const_cast<WorkerTask *>(task));
-}
-
-void JoinReducer(void *thread) {
-    WaitForSingleObject(thread, INFINITE);
-    CloseHandle(thread);
-}
-
-void StartWorkers(HANDLE *threads) {
+void StartWorkers(BandThread *bands) {
     for (int32_t i = 0; i < gBuild.workerCount; ++i) {
         WorkerContext *worker = &gBuild.workers[i];
-        threads[i] = StartThread(AnalyzeSection, 0, worker);
-        if (threads[i])
+        bands[i].task = {AnalyzeSection, worker};
+        bands[i].thread = StartSystemThread(&bands[i].task, 0);
+        if (bands[i].thread)
             continue;
         ReportError({kSiteWorker, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
                     "Could not initiate AnalyzeSection() task : %s", strerror(errno));
@@ -127,25 +113,21 @@ HostResult WaitForTerminationEvents() {
 // Returns only when no worker thread runs any more, whatever the wait for their events said: the contexts are
 // freed next, and the module may be unloaded soon after.
 HostResult RunWorkers() {
-    HANDLE threads[kMaxWorkers] = {};
-    StartWorkers(threads);
+    BandThread bands[kMaxWorkers] = {};
+    StartWorkers(bands);
     const HostResult result = WaitForTerminationEvents();
     if (result != kNoError)
         gCancel = 1;
-    for (HANDLE &thread : threads)
-        if (thread) {
-            WaitForSingleObject(thread, INFINITE);
-            CloseAndForget(&thread);
-        }
+    for (const BandThread &band : bands)
+        if (band.thread)
+            JoinSystemThread(band.thread);
     if (result == kNoError)
         SettleBands(&gBuild.shared);
     return result;
 }
 
 int32_t WorkerCount() {
-    SYSTEM_INFO system;
-    GetSystemInfo(&system);
-    return WorkerCountForProcessors(system.dwNumberOfProcessors);
+    return WorkerCountForProcessors(static_cast<uint32_t>(ProcessorCount()));
 }
 
 HostResult BuildTable() {
@@ -158,14 +140,15 @@ HostResult BuildTable() {
     return result;
 }
 
-unsigned __stdcall InitializeDataTask(void *) {
+void InitializeDataTask(void *) {
     const HostResult result = BuildTable();
     // Stopping is no failure: who stops the task wants no table.
     if (result != kNoError && result != kUserCanceledErr)
         gResult = result;
     SetEvent(gCompletionEvent);
-    return 0;
 }
+
+constexpr WorkerTask kTask = {InitializeDataTask, nullptr};
 
 bool CreateTaskObjects() {
     gImageMutex = CreateMutexA(nullptr, FALSE, nullptr);
@@ -180,7 +163,7 @@ bool CreateTaskObjects() {
 }
 
 bool StartTask() {
-    gThread = StartThread(InitializeDataTask, kTaskStackBytes, nullptr);
+    gThread = StartSystemThread(&kTask, kTaskStackBytes);
     if (gThread)
         return true;
     ReportSystemError(kSiteThread, "Could not initiate light source table initialization");
@@ -198,9 +181,7 @@ void StartLightSourceTableInit(const ImageBuffer &image) {
     gResult = kNoError;
     gImage = image;
     ResetTableBuild(&gCancel, ImageLock{LockImage, UnlockImage, nullptr},
-                    WorkerHooks{CreateTerminationEvent,
-                                CloseTerminationEvent,
-                                {WorkerCount(), StartReducer, JoinReducer}},
+                    WorkerHooks{CreateTerminationEvent, CloseTerminationEvent, SystemThreads(WorkerCount())},
                     &gBuild);
     if (!CreateTaskObjects() || !StartTask())
         gResult = kErrMissingParameter;
@@ -240,6 +221,6 @@ void *LightSourceTableThread() {
 
 void CloseLightSourceTableThread() {
     if (gThread)
-        WaitForSingleObject(gThread, INFINITE);
-    CloseAndForget(&gThread);
+        JoinSystemThread(gThread);
+    gThread = nullptr;
 }

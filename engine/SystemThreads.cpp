@@ -15,20 +15,31 @@ unsigned __stdcall RunTask(void *argument) {
 }
 
 void *StartThread(const WorkerTask *task) {
-    return reinterpret_cast<void *>(
-        _beginthreadex(nullptr, 0, RunTask, const_cast<WorkerTask *>(task), 0, nullptr));
-}
-
-void JoinThread(void *thread) {
-    WaitForSingleObject(thread, INFINITE);
-    CloseHandle(thread);
+    return StartSystemThread(task, 0);
 }
 
 } // namespace
 
-WorkerThreads RenderThreads(int32_t spared) {
+int32_t ProcessorCount() {
     SYSTEM_INFO system;
     GetSystemInfo(&system);
-    const auto processors = static_cast<int32_t>(std::min<DWORD>(system.dwNumberOfProcessors, 1024));
-    return {std::max(processors - spared, 1), StartThread, JoinThread};
+    return static_cast<int32_t>(std::min<DWORD>(system.dwNumberOfProcessors, 1024));
+}
+
+WorkerThreads SystemThreads(int32_t count) {
+    return {count, StartThread, JoinSystemThread};
+}
+
+WorkerThreads RenderThreads(int32_t spared) {
+    return SystemThreads(std::max(ProcessorCount() - spared, 1));
+}
+
+void *StartSystemThread(const WorkerTask *task, unsigned stackBytes) {
+    return reinterpret_cast<void *>(
+        _beginthreadex(nullptr, stackBytes, RunTask, const_cast<WorkerTask *>(task), 0, nullptr));
+}
+
+void JoinSystemThread(void *thread) {
+    WaitForSingleObject(thread, INFINITE);
+    CloseHandle(thread);
 }

@@ -75,8 +75,7 @@ void ResetTableBuild(const std::atomic<uint8_t> *cancel, const ImageLock &imageL
 
 HostResult PrepareTableBuild(const ImageBuffer &image, int32_t workers, TableBuild *build) {
     const HostResult allocated = AllocateWorkers(build);
-    gPreciseMode = true;
-    gFloor = FloorForBytesPerSample(image.bytesPerSample);
+    UsePreciseMode(image.bytesPerSample);
     if (allocated != kNoError)
         return allocated;
     const HostResult prepared =

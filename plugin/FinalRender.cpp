@@ -45,8 +45,7 @@ HostResult WaitForTable() {
 HostResult RenderAndWrite(ImageBuffer *image) {
     if (const HostResult result = WaitForTable())
         return result;
-    gPreciseMode = true;
-    gFloor = FloorForBytesPerSample(image->bytesPerSample);
+    UsePreciseMode(image->bytesPerSample);
     return RenderAndWriteTiles(MakeRenderSettings(*gParameters, kFullScale), image);
 }
 

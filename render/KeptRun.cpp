@@ -19,11 +19,6 @@ struct KeptRun {
 };
 KeptRun gRun;
 
-void SetPrecision() {
-    gPreciseMode = true;
-    gFloor = FloorForBytesPerSample(gRun.bytesPerSample);
-}
-
 bool HasImage() {
     return gRun.kept && GetKeptImage().image.samples;
 }
@@ -74,7 +69,7 @@ bool FindDebugPicture(int32_t choice, DebugPicturePlace *place) {
         *place = {GetKeptImage().image.bounds, GetKeptImage().image.scale};
         return true;
     }
-    SetPrecision();
+    UsePreciseMode(gRun.bytesPerSample);
     *place = {FindStampArea(gRun.settings), 1.0};
     FreeRenderState();
     return true;
@@ -94,7 +89,7 @@ bool DrawDebugPicture(int32_t choice, const DebugPicturePlace &place, uint8_t *b
         DrawLightsPicture(GetKeptImage(), GetLightSourceTable(), KeptCutLevel(), bgra);
         return true;
     case kStampPicture: {
-        SetPrecision();
+        UsePreciseMode(gRun.bytesPerSample);
         const bool drawn = DrawStampPicture(gRun.settings, place.area, bgra);
         FreeRenderState();
         return drawn;

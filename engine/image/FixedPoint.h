@@ -12,10 +12,14 @@ constexpr uint32_t kFloor16Bit = 4095;
 constexpr uint32_t kFloor32Bit = 2047; // smaller than the 16-bit floor: meant so
 constexpr uint32_t kFloorPreview = 65535;
 
-// Precision mode (true: precise) and visibility floor. Set by the thread that starts a render or builds the
-// table, before it does so; renders never overlap, so neither is locked.
+// Precision mode (true: precise) and visibility floor. One run at a time uses them, so neither is locked.
+// Precise: set by the table's task before it analyses (TableBuild), and by the host's thread before the final
+// render (FinalRender) and a diagnostic caller's pictures (KeptRun), while no preview runs. Fast: set by the
+// preview's task, once the table is complete (ProxyUpdateTask).
 extern bool gPreciseMode;
 extern uint32_t gFloor;
+void UsePreciseMode(int32_t bytesPerSample); // of the image
+void UseFastMode();
 
 inline uint32_t FloorForBytesPerSample(int32_t bytesPerSample) {
     if (bytesPerSample == 2)

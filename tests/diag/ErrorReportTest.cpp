@@ -1,6 +1,7 @@
 #include "diag/ErrorReport.h"
 
 #include "diag/Log.h"
+#include "diag/LogLines.h"
 #include "tests/diag/LogFixture.h"
 
 #include <thread>

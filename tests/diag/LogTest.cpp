@@ -1,6 +1,7 @@
 #include "diag/Log.h"
 
 #include "diag/ErrorReport.h"
+#include "diag/LogLines.h"
 #include "diag/LogState.h"
 #include "tests/diag/LogFixture.h"
 

@@ -17,7 +17,6 @@ constexpr uint32_t kSiteParametersEvent = 344, kSiteTerminateEvent = 350, kSiteE
                    kSiteMutex = 362, kSiteThread = 475;
 
 constexpr DWORD kTableWaitSlice = 50; // milliseconds
-constexpr uint32_t kPreviewFloor = 65535;
 constexpr uint32_t kLongestDraft = 200;            // milliseconds
 constexpr double kUsualNanosecondsPerPixel = 15.0; // until a view has been measured
 
@@ -83,8 +82,7 @@ bool WaitForLightSources() {
 
 // The renderer's mode is set only now: while the table is being built it belongs to the detection.
 void BeginPreviewRendering() {
-    gPreciseMode = false;
-    gFloor = kPreviewFloor;
+    UseFastMode();
     PostMessageA(gProxyUpdate.dialog, kMsgTableReady, 0, 0);
 }
 

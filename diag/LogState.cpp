@@ -1,0 +1,3 @@
+#include "diag/LogState.h"
+
+LogState gLogState;
