@@ -2,6 +2,8 @@
 // which it is stored by the host and in files.
 #pragma once
 
+#include "render/shape/EffectTypes.h"
+#include "render/shape/ParameterTable.h"
 #include "render/shape/RenderSettings.h"
 
 #include <cstddef>
@@ -28,26 +30,7 @@ struct ParameterSet {
 static_assert(sizeof(ParameterSet) == 40 && offsetof(ParameterSet, outputSpikesOnly) == 28 &&
               offsetof(ParameterSet, effectType) == 32 && offsetof(ParameterSet, threshold) == 36);
 
-constexpr ParameterSet kDefaultParameters = {
-    {0, 0, 0, 5}, 50, 50, 150, 6, 50, 30, 50, 50, 15, 30, 0, {0, 0, 0}, kStandardStar, 50, {0, 0}};
-
-// The numeric parameters, in the order in which fields, tables and requests hold them.
-enum Parameter : int32_t {
-    kThreshold,
-    kIntensity,
-    kLength,
-    kAngle,
-    kNumberOfPoints,
-    kSpikeSharpness,
-    kColorSaturation,
-    kRainbowIntensity,
-    kRainbowFrequency,
-    kSecondaryIntensity,
-    kSoftFlareIntensity,
-    kParameterCount,
-};
-
-// Where the record has each.
+// Where the record has each parameter.
 constexpr int16_t ParameterSet::*kParameterFields[kParameterCount] = {&ParameterSet::threshold,
                                                                       &ParameterSet::intensity,
                                                                       &ParameterSet::length,
@@ -59,6 +42,16 @@ constexpr int16_t ParameterSet::*kParameterFields[kParameterCount] = {&Parameter
                                                                       &ParameterSet::rainbowFrequency,
                                                                       &ParameterSet::secondaryIntensity,
                                                                       &ParameterSet::softFlareBrightness};
+
+consteval ParameterSet MakeDefaultParameters() {
+    ParameterSet set{};
+    set.version[3] = 5;
+    set.effectType = kStandardStar;
+    for (int32_t i = 0; i < kParameterCount; ++i)
+        set.*kParameterFields[i] = kParameters[i].defaultValue;
+    return set;
+}
+constexpr ParameterSet kDefaultParameters = MakeDefaultParameters();
 
 // The clamped copy that a render works with; `scale` is the zoom in percent.
 RenderSettings MakeRenderSettings(const ParameterSet &parameters, double scale);

@@ -80,12 +80,8 @@ Parameters, --mask, --roi, the way of writing, --quiet and --silent are those of
 )";
 
 static std::string FirstPage() {
-    return kHead +
-           (kParameterHead +
-            HelpLine("--effect NAME",
-                     "standard, hollywood, cross, hyper, north, vector, burst; or efT0 .. efT6")) +
-           DescribeParameterOptions() + kParameterTail + kWriting + "\nThe run:\n" +
-           HelpLine("--overwrite", "replace an OUT that exists") +
+    return std::string(kHead) + kParameterHead + DescribeParameterOptions() + kParameterTail + kWriting +
+           "\nThe run:\n" + HelpLine("--overwrite", "replace an OUT that exists") +
            HelpLine("--dialog", "choose the parameters in the filter's dialog; Cancel writes nothing") +
            kRun + kSingleTail + kStatuses;
 }

@@ -162,8 +162,7 @@ static bool TakeEffect(Options &options, const GivenOption &given) {
     uint32_t code;
     if (!FindEffect(ToUtf8(given.value), &code))
         return Fail(given.why,
-                    "there is no effect \"" + ToUtf8(given.value) +
-                        "\"; the effects are standard, hollywood, cross, hyper, north, vector, burst");
+                    "there is no effect \"" + ToUtf8(given.value) + "\"; the effects are " + ListEffects());
     options.values.push_back(EnumeratedValue(kKeyEffect, kTypeEffect, code));
     return true;
 }

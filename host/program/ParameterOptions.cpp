@@ -1,7 +1,7 @@
 #include "host/program/ParameterOptions.h"
 
 #include "host/base/SystemText.h"
-#include "plugin/interface/ScriptKeys.h"
+#include "host/program/Parameters.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,35 +30,23 @@ bool ParseWhole(const std::wstring &text, int32_t *number) {
     return true;
 }
 
-struct NumberOption {
-    const char *name;
-    uint32_t key;
-    int32_t least, most, usual;
-    const char *help;
-};
-
-static const NumberOption kNumberOptions[] = {
-    {"--threshold", kKeyThreshold, 0, 100, 50, "how many lights get stars, by brightness"},
-    {"--intensity", kKeyIntensity, 0, 100, 50, "brightness of the stars"},
-    {"--length", kKeyLength, 0, 100, 50, "length of the spikes"},
-    {"--angle", kKeyAngle, -90, 90, 15, "turn of the stars, in degrees"},
-    {"--points", kKeyNumberOfPoints, 1, 32, 6, "number of spikes"},
-    {"--sharpness", kKeySpikeSharpness, 0, 100, 50, "sharpness of the spikes"},
-    {"--saturation", kKeySaturation, -100, 100, 30, "colour of the stars"},
-    {"--rainbow", kKeyRainbowIntensity, 0, 100, 50, "rainbow along the spikes"},
-    {"--rainbow-frequency", kKeyRainbowFrequency, 0, 100, 50, "how often its colours repeat"},
-    {"--secondary", kKeySecondaryIntensity, 0, 100, 15, "brightness of the small spikes between"},
-    {"--flare", kKeySoftFlareBrightness, 0, 100, 30, "brightness of the soft glow"},
-};
-
-static const NumberOption *FindOption(const std::wstring &name) {
-    const auto found = std::find_if(std::begin(kNumberOptions), std::end(kNumberOptions),
-                                    [&](const NumberOption &option) { return ToUtf8(name) == option.name; });
-    return found == std::end(kNumberOptions) ? nullptr : found;
+static std::string NameOf(const ParameterInfo &parameter) {
+    return std::string("--") + parameter.option;
 }
 
-static std::string Range(const NumberOption &option) {
-    return std::to_string(option.least) + ".." + std::to_string(option.most);
+static const ParameterInfo *FindOption(const std::wstring &name) {
+    const auto found =
+        std::find_if(std::begin(kParameters), std::end(kParameters),
+                     [&](const ParameterInfo &parameter) { return ToUtf8(name) == NameOf(parameter); });
+    return found == std::end(kParameters) ? nullptr : found;
+}
+
+static std::string Shown(const ParameterInfo &parameter, int16_t stored) {
+    return std::to_string(static_cast<int32_t>(ShownValue(parameter, stored)));
+}
+
+static std::string Range(const ParameterInfo &parameter, const char *between) {
+    return Shown(parameter, parameter.minimum) + between + Shown(parameter, parameter.maximum);
 }
 
 bool IsParameterOption(const std::wstring &name) {
@@ -67,26 +55,25 @@ bool IsParameterOption(const std::wstring &name) {
 
 bool ParseParameter(const std::wstring &name, const std::wstring &text, DescriptorValue *value,
                     std::string *why) {
-    const NumberOption &option = *FindOption(name);
-    const bool isCount = option.key == kKeyNumberOfPoints;
+    const ParameterInfo &parameter = *FindOption(name);
+    const bool isCount = parameter.unit == ParameterUnit::kCount;
     double number = 0;
     int32_t whole = 0;
     if (isCount ? !ParseWhole(text, &whole) : !ParseNumber(text, &number))
-        return Fail(why, std::string(option.name) + " needs a " + (isCount ? "whole " : "") + "number " +
-                             Range(option) + ", not \"" + ToUtf8(text) + "\"");
+        return Fail(why, NameOf(parameter) + " needs a " + (isCount ? "whole " : "") + "number " +
+                             Range(parameter, "..") + ", not \"" + ToUtf8(text) + "\"");
     const double given = isCount ? whole : number;
-    if (given < option.least || given > option.most)
-        return Fail(why, std::string(option.name) + " goes from " + std::to_string(option.least) + " to " +
-                             std::to_string(option.most) + ", not \"" + ToUtf8(text) + "\"");
-    const uint32_t unit = option.key == kKeyAngle ? kUnitAngle : kUnitPercent;
-    *value = isCount ? IntegerValue(option.key, whole) : UnitFloatValue(option.key, unit, number);
+    if (given < ShownValue(parameter, parameter.minimum) || given > ShownValue(parameter, parameter.maximum))
+        return Fail(why, NameOf(parameter) + " goes from " + Range(parameter, " to ") + ", not \"" +
+                             ToUtf8(text) + "\"");
+    *value = DescribeParameter(parameter, given);
     return true;
 }
 
 std::vector<std::wstring> ListParameterOptions() {
     std::vector<std::wstring> names;
-    for (const NumberOption &option : kNumberOptions)
-        names.push_back(FromUtf8(option.name));
+    for (const ParameterInfo &parameter : kParameters)
+        names.push_back(FromUtf8(NameOf(parameter)));
     return names;
 }
 
@@ -97,10 +84,12 @@ std::string HelpLine(std::string option, const std::string &text) {
 }
 
 std::string DescribeParameterOptions() {
-    std::string lines;
-    for (const NumberOption &option : kNumberOptions)
-        lines += HelpLine(std::string(option.name) + " " + Range(option),
-                          std::string(option.help) + " (" + std::to_string(option.usual) + ")");
+    std::string lines =
+        HelpLine("--effect NAME", ListEffects() + "; or efT0 .. efT" + std::to_string(kEffectTypeCount - 1));
+    for (const ParameterInfo &parameter : kParameters)
+        lines +=
+            HelpLine(NameOf(parameter) + " " + Range(parameter, ".."),
+                     std::string(parameter.help) + " (" + Shown(parameter, parameter.defaultValue) + ")");
     return lines;
 }
 

@@ -18,7 +18,7 @@ bool ParseParameter(const std::wstring &name, const std::wstring &text, Descript
                     std::string *why);
 
 std::vector<std::wstring> ListParameterOptions();
-// Lines of the help, with ranges and defaults.
+// Lines of the help: the effects, then the numbers with ranges and defaults.
 std::string DescribeParameterOptions();
 // A line of the help: the option in a column of its own.
 std::string HelpLine(std::string option, const std::string &text);

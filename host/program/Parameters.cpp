@@ -15,19 +15,7 @@ constexpr size_t kSettingsFileSize = 255;
 constexpr uint32_t kMemoryMagic = 0x52484242; // "BBHR"
 constexpr wchar_t kMemoryName[] = L"\\Registry.bin";
 
-struct EffectName {
-    const char *words[2];
-    uint32_t code;
-};
-
-// "Star" alone names no effect.
-static const EffectName kEffectNames[] = {
-    {{"standard", "star"}, kStandardStar},     {{"hollywood", "star"}, kHollywoodStar},
-    {{"religious", "cross"}, kReligiousCross}, {{"hyper", "star"}, kHyperStar},
-    {{"north", "star"}, kNorthStar},           {{"vector", "star"}, kVectorStar},
-    {{"star", "burst"}, kStarBurst},
-};
-
+// In small letters, without what stands between words.
 static std::string Simplify(const std::string &name) {
     std::string simple;
     for (const char c : name)
@@ -36,44 +24,62 @@ static std::string Simplify(const std::string &name) {
     return simple;
 }
 
+static std::string TextOfCode(uint32_t code) {
+    std::string text;
+    for (int shift = 24; shift >= 0; shift -= 8)
+        text += static_cast<char>(code >> shift & 0xFF);
+    return text;
+}
+
+// By the code, the whole name or one of its two words, but "star" alone names no effect.
+static bool IsCalled(const EffectType &type, const std::string &simple) {
+    const std::string name = ToUtf8(type.name);
+    const size_t blank = std::min(name.find(' '), name.size());
+    return simple == Simplify(TextOfCode(type.code)) || simple == Simplify(name) ||
+           (simple != "star" &&
+            (simple == Simplify(name.substr(0, blank)) || simple == Simplify(name.substr(blank))));
+}
+
 bool FindEffect(const std::string &name, uint32_t *code) {
     const std::string simple = Simplify(name);
-    for (size_t i = 0; i < std::size(kEffectNames); i++) {
-        const EffectName &effect = kEffectNames[i];
-        bool matches = simple == std::string(effect.words[0]) + effect.words[1];
-        for (const char *word : effect.words)
-            matches = matches || (simple == word && simple != "star");
-        if (simple.size() == 4 && simple.starts_with("eft"))
-            matches = static_cast<uint8_t>(simple[3]) == (effect.code & 0xFF);
-        if (matches) {
-            *code = effect.code;
-            return true;
-        }
+    const auto found = std::find_if(std::begin(kEffectTypes), std::end(kEffectTypes),
+                                    [&](const EffectType &type) { return IsCalled(type, simple); });
+    if (simple.empty() || found == std::end(kEffectTypes))
+        return false;
+    *code = found->code;
+    return true;
+}
+
+std::string ListEffects() {
+    std::string list;
+    for (const EffectType &type : kEffectTypes)
+        list += (list.empty() ? "" : ", ") + ToUtf8(type.word);
+    return list;
+}
+
+DescriptorValue DescribeParameter(const ParameterInfo &parameter, double value) {
+    switch (parameter.unit) {
+    case ParameterUnit::kDegrees:
+        return UnitFloatValue(parameter.key, kUnitAngle, value);
+    case ParameterUnit::kCount:
+        return IntegerValue(parameter.key, static_cast<int32_t>(value));
+    default:
+        return UnitFloatValue(parameter.key, kUnitPercent, value);
     }
-    return false;
 }
 
-static DescriptorValue Percent(uint32_t key, int16_t value) {
-    return UnitFloatValue(key, kUnitPercent, static_cast<double>(value));
+double ShownValue(const ParameterInfo &parameter, int16_t stored) {
+    return parameter.unit == ParameterUnit::kDegrees ? stored / kTenthsPerDegree : stored;
 }
 
-Descriptor DescribeParameters(const ParameterSet &p) {
+Descriptor DescribeParameters(const ParameterSet &set) {
     Descriptor described;
-    described.values = {
-        BooleanValue(kKeyOutputSpikesOnly, p.outputSpikesOnly != 0),
-        EnumeratedValue(kKeyEffect, kTypeEffect, p.effectType),
-        Percent(kKeyThreshold, p.threshold),
-        Percent(kKeyIntensity, p.intensity),
-        Percent(kKeyLength, p.length),
-        UnitFloatValue(kKeyAngle, kUnitAngle, p.angle / kTenthsPerDegree),
-        IntegerValue(kKeyNumberOfPoints, p.numberOfPoints),
-        Percent(kKeySpikeSharpness, p.spikeSharpness),
-        Percent(kKeySaturation, p.colorSaturation),
-        Percent(kKeyRainbowIntensity, p.rainbowIntensity),
-        Percent(kKeyRainbowFrequency, p.rainbowFrequency),
-        Percent(kKeySecondaryIntensity, p.secondaryIntensity),
-        Percent(kKeySoftFlareBrightness, p.softFlareBrightness),
-    };
+    described.values = {BooleanValue(kKeyOutputSpikesOnly, set.outputSpikesOnly != 0),
+                        EnumeratedValue(kKeyEffect, kTypeEffect, set.effectType)};
+    for (const ParameterInfo &parameter : kParameters) {
+        const int16_t stored = set.*kParameterFields[parameter.parameter];
+        described.values.push_back(DescribeParameter(parameter, ShownValue(parameter, stored)));
+    }
     return described;
 }
 
@@ -92,28 +98,19 @@ bool ReadSettingsFile(const std::wstring &path, Descriptor *parameters, std::str
     return true;
 }
 
-static int16_t StoredValue(const Descriptor &parameters, uint32_t key, double scale) {
-    const DescriptorValue *value = FindValue(parameters, key);
-    const double shown = !value ? 0.0 : value->key == kKeyNumberOfPoints ? value->integer : value->real;
+static int16_t StoredValue(const Descriptor &parameters, const ParameterInfo &parameter) {
+    const DescriptorValue *value = FindValue(parameters, parameter.key);
+    const double shown = !value                                    ? 0.0
+                         : parameter.unit == ParameterUnit::kCount ? value->integer
+                                                                   : value->real;
+    const double scale = parameter.unit == ParameterUnit::kDegrees ? kTenthsPerDegree : 1.0;
     return static_cast<int16_t>(std::lround(std::clamp(shown * scale, -32768.0, 32767.0)));
 }
 
 std::vector<uint8_t> SettingsFileBytes(const Descriptor &parameters) {
-    static constexpr std::pair<uint32_t, int16_t ParameterSet::*> kFields[] = {
-        {kKeyThreshold, &ParameterSet::threshold},
-        {kKeyIntensity, &ParameterSet::intensity},
-        {kKeyLength, &ParameterSet::length},
-        {kKeyAngle, &ParameterSet::angle},
-        {kKeyNumberOfPoints, &ParameterSet::numberOfPoints},
-        {kKeySpikeSharpness, &ParameterSet::spikeSharpness},
-        {kKeySaturation, &ParameterSet::colorSaturation},
-        {kKeyRainbowIntensity, &ParameterSet::rainbowIntensity},
-        {kKeyRainbowFrequency, &ParameterSet::rainbowFrequency},
-        {kKeySecondaryIntensity, &ParameterSet::secondaryIntensity},
-        {kKeySoftFlareBrightness, &ParameterSet::softFlareBrightness}};
     ParameterSet set = kDefaultParameters;
-    for (const auto &[key, field] : kFields)
-        set.*field = StoredValue(parameters, key, key == kKeyAngle ? kTenthsPerDegree : 1.0);
+    for (const ParameterInfo &parameter : kParameters)
+        set.*kParameterFields[parameter.parameter] = StoredValue(parameters, parameter);
     if (const DescriptorValue *effect = FindValue(parameters, kKeyEffect))
         set.effectType = effect->code;
     if (const DescriptorValue *alone = FindValue(parameters, kKeyOutputSpikesOnly))

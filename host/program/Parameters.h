@@ -13,8 +13,13 @@ namespace host {
 
 // "Hollywood Star", "hollywood" or "efT1", in any case. False for another name.
 bool FindEffect(const std::string &name, uint32_t *code);
+// A word for each, as the program's texts list them.
+std::string ListEffects();
 
-// All 13 keys.
+// A parameter's value in the unit in which scripts and people give it.
+double ShownValue(const ParameterInfo &parameter, int16_t stored);
+DescriptorValue DescribeParameter(const ParameterInfo &parameter, double value);
+// All keys.
 Descriptor DescribeParameters(const ParameterSet &parameters);
 
 // A saved set. False with a reason when the file is not one.

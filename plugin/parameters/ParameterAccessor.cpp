@@ -2,8 +2,10 @@
 
 #include "plugin/record/PluginState.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 namespace {
 
@@ -40,12 +42,9 @@ void CommitSet(ParameterSet set) {
 }
 
 bool HaveEqualFields(const ParameterSet &a, const ParameterSet &b) {
-    return a.intensity == b.intensity && a.length == b.length && a.angle == b.angle &&
-           a.numberOfPoints == b.numberOfPoints && a.spikeSharpness == b.spikeSharpness &&
-           a.colorSaturation == b.colorSaturation && a.rainbowIntensity == b.rainbowIntensity &&
-           a.rainbowFrequency == b.rainbowFrequency && a.secondaryIntensity == b.secondaryIntensity &&
-           a.softFlareBrightness == b.softFlareBrightness && a.outputSpikesOnly == b.outputSpikesOnly &&
-           a.effectType == b.effectType && a.threshold == b.threshold;
+    return a.outputSpikesOnly == b.outputSpikesOnly && a.effectType == b.effectType &&
+           std::all_of(std::begin(kParameterFields), std::end(kParameterFields),
+                       [&](auto field) { return a.*field == b.*field; });
 }
 
 } // namespace

@@ -20,50 +20,14 @@ struct ScriptReader {
     ReadDescriptor descriptor;
 };
 
-// The host overwrites the keys it finds, so every reading has an array of its own.
+// The host overwrites the keys it finds, so every reading has an array of its own; a 0 ends it.
 struct KeyArray {
-    FourCharCode keys[14] = {kKeyOutputSpikesOnly,
-                             kKeyEffect,
-                             kKeyThreshold,
-                             kKeyIntensity,
-                             kKeyLength,
-                             kKeyAngle,
-                             kKeyNumberOfPoints,
-                             kKeySpikeSharpness,
-                             kKeySaturation,
-                             kKeyRainbowIntensity,
-                             kKeyRainbowFrequency,
-                             kKeySecondaryIntensity,
-                             kKeySoftFlareBrightness,
-                             0};
-};
-
-int16_t *NumberField(ParameterSet *set, FourCharCode key) {
-    switch (key) {
-    case kKeyThreshold:
-        return &set->threshold;
-    case kKeyIntensity:
-        return &set->intensity;
-    case kKeyLength:
-        return &set->length;
-    case kKeyAngle:
-        return &set->angle;
-    case kKeySpikeSharpness:
-        return &set->spikeSharpness;
-    case kKeySaturation:
-        return &set->colorSaturation;
-    case kKeyRainbowIntensity:
-        return &set->rainbowIntensity;
-    case kKeyRainbowFrequency:
-        return &set->rainbowFrequency;
-    case kKeySecondaryIntensity:
-        return &set->secondaryIntensity;
-    case kKeySoftFlareBrightness:
-        return &set->softFlareBrightness;
-    default:
-        return nullptr;
+    FourCharCode keys[kParameterCount + 3] = {kKeyOutputSpikesOnly, kKeyEffect};
+    KeyArray() {
+        for (int32_t i = 0; i < kParameterCount; ++i)
+            keys[2 + i] = kParameters[i].key;
     }
-}
+};
 
 // The set keeps what a script gave, as far as its 16 bits hold it.
 int16_t NarrowToField(double value) {
@@ -85,15 +49,15 @@ bool GetNumber(const ScriptReader &reader, FourCharCode type, double *value) {
     return false;
 }
 
-bool ReadNumber(const ScriptReader &reader, FourCharCode key, FourCharCode type, int16_t *field) {
+bool ReadNumber(const ScriptReader &reader, ParameterUnit unit, FourCharCode type, int16_t *field) {
     double value = 0;
     if (!GetNumber(reader, type, &value) || std::isnan(value))
         return false;
-    *field = NarrowToField(key == kKeyAngle ? value * kTenthsPerDegree : value);
+    *field = NarrowToField(unit == ParameterUnit::kDegrees ? value * kTenthsPerDegree : value);
     return true;
 }
 
-bool ReadNumberOfPoints(const ScriptReader &reader, FourCharCode type, int16_t *field) {
+bool ReadCount(const ScriptReader &reader, FourCharCode type, int16_t *field) {
     int32_t value = 0;
     if (type != kTypeInteger || !reader.procs->getIntegerProc ||
         CallHost(reader.procs->getIntegerProc, reader.descriptor, &value) != kNoError)
@@ -127,10 +91,14 @@ bool ReadKey(const ScriptReader &reader, FourCharCode key, FourCharCode type, Pa
         return ReadOutputSpikesOnly(reader, type, &set->outputSpikesOnly);
     if (key == kKeyEffect)
         return ReadEffect(reader, type, &set->effectType);
-    if (key == kKeyNumberOfPoints)
-        return ReadNumberOfPoints(reader, type, &set->numberOfPoints);
-    int16_t *field = NumberField(set, key);
-    return !field || ReadNumber(reader, key, type, field);
+    for (const ParameterInfo &parameter : kParameters) {
+        if (parameter.key != key)
+            continue;
+        int16_t *field = &(set->*kParameterFields[parameter.parameter]);
+        return parameter.unit == ParameterUnit::kCount ? ReadCount(reader, type, field)
+                                                       : ReadNumber(reader, parameter.unit, type, field);
+    }
+    return true;
 }
 
 // Returns the host's verdict, and whether every value found could be taken. A descriptor that cannot be

@@ -17,8 +17,19 @@ void PutUnitFloat(const ScriptWriter &writer, FourCharCode key, FourCharCode uni
         CallHost(writer.procs->putUnitFloatProc, writer.descriptor, key, unit, &value);
 }
 
-void PutPercent(const ScriptWriter &writer, FourCharCode key, int16_t value) {
-    PutUnitFloat(writer, key, kUnitPercent, value);
+void PutParameter(const ScriptWriter &writer, const ParameterInfo &parameter, int16_t value) {
+    switch (parameter.unit) {
+    case ParameterUnit::kPercent:
+        PutUnitFloat(writer, parameter.key, kUnitPercent, value);
+        break;
+    case ParameterUnit::kDegrees:
+        PutUnitFloat(writer, parameter.key, kUnitAngle, value * 0.1);
+        break;
+    case ParameterUnit::kCount:
+        if (writer.procs->putIntegerProc)
+            CallHost(writer.procs->putIntegerProc, writer.descriptor, parameter.key, int32_t{value});
+        break;
+    }
 }
 
 void PutSet(const ScriptWriter &writer, const ParameterSet &set) {
@@ -26,18 +37,8 @@ void PutSet(const ScriptWriter &writer, const ParameterSet &set) {
         CallHost(writer.procs->putBooleanProc, writer.descriptor, kKeyOutputSpikesOnly, set.outputSpikesOnly);
     if (writer.procs->putEnumeratedProc)
         CallHost(writer.procs->putEnumeratedProc, writer.descriptor, kKeyEffect, kTypeEffect, set.effectType);
-    PutPercent(writer, kKeyThreshold, set.threshold);
-    PutPercent(writer, kKeyIntensity, set.intensity);
-    PutPercent(writer, kKeyLength, set.length);
-    PutUnitFloat(writer, kKeyAngle, kUnitAngle, set.angle * 0.1);
-    if (writer.procs->putIntegerProc)
-        CallHost(writer.procs->putIntegerProc, writer.descriptor, kKeyNumberOfPoints, set.numberOfPoints);
-    PutPercent(writer, kKeySpikeSharpness, set.spikeSharpness);
-    PutPercent(writer, kKeySaturation, set.colorSaturation);
-    PutPercent(writer, kKeyRainbowIntensity, set.rainbowIntensity);
-    PutPercent(writer, kKeyRainbowFrequency, set.rainbowFrequency);
-    PutPercent(writer, kKeySecondaryIntensity, set.secondaryIntensity);
-    PutPercent(writer, kKeySoftFlareBrightness, set.softFlareBrightness);
+    for (const ParameterInfo &parameter : kParameters)
+        PutParameter(writer, parameter, set.*kParameterFields[parameter.parameter]);
 }
 
 // Closing with no place for the result would leave it to nobody, so the field is emptied first: it then holds

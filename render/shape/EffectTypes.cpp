@@ -1,7 +1,6 @@
 #include "render/shape/EffectTypes.h"
 
 #include "render/shape/AngleTables.h"
-#include "render/shape/RenderSettings.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -159,38 +158,21 @@ void LayoutStarBurst(const StarLayout &star, ArmList *list) {
     }
 }
 
-struct EffectType {
-    uint32_t code;
-    int32_t presetPoints;
-    void (*layout)(const StarLayout &star, ArmList *list);
+// By index in the table.
+using Layout = void (*)(const StarLayout &star, ArmList *list);
+constexpr Layout kLayouts[] = {
+    LayoutStandardStar, LayoutHollywoodStar, LayoutReligiousCross, LayoutHyperStar,
+    LayoutNorthStar,    LayoutVectorStar,    LayoutStarBurst,
 };
-
-constexpr EffectType kEffectTypes[] = {
-    {kStandardStar, 6, LayoutStandardStar},     {kHollywoodStar, 4, LayoutHollywoodStar},
-    {kReligiousCross, 4, LayoutReligiousCross}, {kHyperStar, 14, LayoutHyperStar},
-    {kNorthStar, 4, LayoutNorthStar},           {kVectorStar, 8, LayoutVectorStar},
-    {kStarBurst, 14, LayoutStarBurst},
-};
-
-const EffectType *FindEffectType(uint32_t code) {
-    for (const EffectType &type : kEffectTypes)
-        if (type.code == code)
-            return &type;
-    return nullptr;
-}
+static_assert(std::size(kLayouts) == std::size(kEffectTypes), "an effect type has no layout");
 
 } // namespace
 
 ArmList LayoutStar(const StarLayout &star) {
     ArmList list;
     list.count = 0;
-    const EffectType *type = FindEffectType(star.effectType);
-    if (type && star.numberOfPoints >= 1 && star.numberOfPoints <= kMaxPoints)
-        type->layout(star, &list);
+    const int32_t type = FindEffectType(star.effectType);
+    if (type >= 0 && star.numberOfPoints >= 1 && star.numberOfPoints <= kMaxPoints)
+        kLayouts[type](star, &list);
     return list;
-}
-
-int32_t PresetPoints(uint32_t effectType) {
-    const EffectType *type = FindEffectType(effectType);
-    return type ? type->presetPoints : 0;
 }

@@ -3,15 +3,6 @@
 
 #include <cstdint>
 
-// Effect types: four-character codes, first character in the high byte.
-constexpr uint32_t kStandardStar = 0x65665430;  // 'efT0'
-constexpr uint32_t kHollywoodStar = 0x65665431; // 'efT1'
-constexpr uint32_t kReligiousCross = 0x65665432;
-constexpr uint32_t kHyperStar = 0x65665433;
-constexpr uint32_t kNorthStar = 0x65665434;
-constexpr uint32_t kVectorStar = 0x65665435;
-constexpr uint32_t kStarBurst = 0x65665436; // 'efT6'
-
 struct RenderSettings {
     double scale;               // zoom in percent; 100.0 is 1:1
     int16_t threshold;          // 0..100

@@ -2,9 +2,11 @@
 
 #include "engine/image/FixedPoint.h"
 #include "engine/image/Geometry.h"
+#include "render/shape/ParameterTable.h"
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -18,9 +20,16 @@ int32_t LimitInQuarters(int32_t pixels, double scale) {
 
 // What both kinds of stamps depend on.
 bool SameFrame(const StampContext &a, const StampContext &b) {
-    return a.settings.length == b.settings.length && a.settings.scale == b.settings.scale &&
-           a.preciseMode == b.preciseMode && a.floor == b.floor && a.imageWidth == b.imageWidth &&
-           a.diagonal == b.diagonal && a.limitX == b.limitX && a.limitY == b.limitY;
+    return a.settings.scale == b.settings.scale && a.preciseMode == b.preciseMode && a.floor == b.floor &&
+           a.imageWidth == b.imageWidth && a.diagonal == b.diagonal && a.limitX == b.limitX &&
+           a.limitY == b.limitY;
+}
+
+// Whether no parameter differs that stamps of this kind, or of both, are built with.
+bool SameParameters(const RenderSettings &a, const RenderSettings &b, StampUse least) {
+    return std::all_of(std::begin(kParameters), std::end(kParameters), [&](const ParameterInfo &p) {
+        return p.stamps < least || a.*p.setting == b.*p.setting;
+    });
 }
 
 } // namespace
@@ -38,15 +47,13 @@ StampContext MakeStampContext(const RenderSettings &settings) {
 }
 
 bool StarStampsServe(const StampContext &built, const StampContext &wanted) {
-    const RenderSettings &a = built.settings, &b = wanted.settings;
-    return SameFrame(built, wanted) && a.intensity == b.intensity && a.angle == b.angle &&
-           a.numberOfPoints == b.numberOfPoints && a.spikeSharpness == b.spikeSharpness &&
-           a.rainbowIntensity == b.rainbowIntensity && a.rainbowFrequency == b.rainbowFrequency &&
-           a.secondaryIntensity == b.secondaryIntensity && a.effectType == b.effectType;
+    return SameFrame(built, wanted) && built.settings.effectType == wanted.settings.effectType &&
+           SameParameters(built.settings, wanted.settings, StampUse::kStars);
 }
 
 bool FlareStampsServe(const StampContext &built, const StampContext &wanted) {
-    return SameFrame(built, wanted);
+    return SameFrame(built, wanted) &&
+           SameParameters(built.settings, wanted.settings, StampUse::kStarsAndFlares);
 }
 
 double StarSharpnessFactor(const StampContext &context) {

@@ -1,7 +1,7 @@
 #include "host/program/Options.h"
 #include "host/program/Parameters.h"
-#include "plugin/interface/ScriptKeys.h"
 #include "tests/host/TestFiles.h"
+#include "tests/support/ParameterKeys.h"
 
 using host::Options;
 

@@ -1,7 +1,7 @@
 #include "tests/plugin/ModuleFixture.h"
 
-#include "plugin/interface/ScriptKeys.h"
 #include "resources/DialogControlIds.h"
+#include "tests/support/ParameterKeys.h"
 
 #include <atomic>
 #include <cstring>

@@ -2,6 +2,7 @@
 #include "host/module/FilterModule.h"
 #include "host/module/ModuleImports.h"
 #include "plugin/interface/ScriptKeys.h"
+#include "render/ParameterSet.h"
 #include "resources/ResourceIds.h"
 #include "tests/plugin/ModuleFixture.h"
 
@@ -94,10 +95,11 @@ TEST_F(BuiltModule, PropertyListAndTerminologyNeverChange) {
               "458c3d919c40cf3e83e24ebd76a2b1ad987e4bd8aa7e3afe31dacbee7751dd4d");
     const std::vector<uint8_t> terms = Resource(L"AETE", kTerminologyId);
     EXPECT_EQ(Sha256(terms), "3b5e6fd03bc4e2616440143a952ff4276598a0b13911ea8a21faad24a7f20808");
-    std::vector<uint32_t> codes = {kTypeEffect, kStandardStar, kHollywoodStar,  kHyperStar,
-                                   kNorthStar,  kVectorStar,   kReligiousCross, kStarBurst};
-    for (const host::DescriptorValue &value : ScriptOf(kDefaultParameters).values)
-        codes.push_back(value.key);
+    std::vector<uint32_t> codes = {kTypeEffect, kKeyOutputSpikesOnly, kKeyEffect};
+    for (const EffectType &type : kEffectTypes)
+        codes.push_back(type.code);
+    for (const ParameterInfo &parameter : kParameters)
+        codes.push_back(parameter.key);
     for (const uint32_t code : codes) {
         const auto *first = reinterpret_cast<const uint8_t *>(&code);
         EXPECT_NE(std::search(terms.begin(), terms.end(), first, first + 4), terms.end()) << code;

@@ -1,6 +1,6 @@
 // Scripting: what a descriptor changes, what the user is told about a bad one, and what is recorded.
-#include "plugin/interface/ScriptKeys.h"
 #include "tests/plugin/ModuleFixture.h"
+#include "tests/support/ParameterKeys.h"
 
 #include <cmath>
 #include <limits>

@@ -1,6 +1,7 @@
 #include "tests/viewers/KeptScene.h"
 
 #include "engine/SerialBuild.h"
+#include "render/shape/EffectTypes.h"
 
 #include <gtest/gtest.h>
 

@@ -7,6 +7,8 @@
 #include "ui/fields/ParameterValue.h"
 #include "ui/window/DialogMessages.h"
 
+#include <array>
+
 namespace {
 
 constexpr uint32_t kSiteUnknownEffect = 292;
@@ -27,14 +29,15 @@ const EffectRow *SelectedEffectRow(HWND dialog) {
     return data == CB_ERR ? nullptr : reinterpret_cast<const EffectRow *>(data);
 }
 
-} // namespace
+// In the order of the table.
+constexpr auto kEffectRows = [] {
+    std::array<EffectRow, kEffectTypeCount> rows{};
+    for (size_t i = 0; i < rows.size(); ++i)
+        rows[i] = {kEffectTypes[i].code, kEffectTypes[i].name, ProposePoints};
+    return rows;
+}();
 
-const EffectRow kEffectRows[kEffectRowCount] = {
-    {kStandardStar, L"Standard Star", ProposePoints},     {kHollywoodStar, L"Hollywood Star", ProposePoints},
-    {kReligiousCross, L"Religious Cross", ProposePoints}, {kHyperStar, L"Hyper Star", ProposePoints},
-    {kNorthStar, L"North Star", ProposePoints},           {kVectorStar, L"Vector Star", ProposePoints},
-    {kStarBurst, L"Star Burst", ProposePoints},
-};
+} // namespace
 
 void FillEffectList(HWND dialog, uint32_t effectType) {
     for (const EffectRow &row : kEffectRows) {
@@ -49,11 +52,7 @@ void ShowEffectType(HWND dialog, uint32_t effectType) {
     const EffectRow *selected = SelectedEffectRow(dialog);
     if (selected && selected->effectType == effectType)
         return;
-    int index = 0;
-    while (index < kEffectRowCount && kEffectRows[index].effectType != effectType)
-        ++index;
-    SendToList(dialog, CB_SETCURSEL,
-               index < kEffectRowCount ? static_cast<WPARAM>(index) : static_cast<WPARAM>(-1), 0);
+    SendToList(dialog, CB_SETCURSEL, static_cast<WPARAM>(FindEffectType(effectType)), 0);
 }
 
 void OnEffectChosen(HWND dialog, ParameterSet *parameters) {

@@ -1,4 +1,4 @@
-// The effect combo box: the seven effect types. Dialog's thread.
+// The effect combo box: a row for each effect type. Dialog's thread.
 #pragma once
 
 #include "render/ParameterSet.h"
@@ -12,9 +12,6 @@ struct EffectRow {
     // Called when the user picks the row; may be null.
     void (*onSelected)(const EffectRow &row, ParameterSet *parameters);
 };
-
-constexpr int kEffectRowCount = 7;
-extern const EffectRow kEffectRows[kEffectRowCount];
 
 // Puts the rows into the list and selects that of an effect type.
 void FillEffectList(HWND dialog, uint32_t effectType);
