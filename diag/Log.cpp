@@ -5,9 +5,9 @@
 #include "diag/LogLines.h"
 #include "diag/LogRotation.h"
 #include "diag/LogState.h"
-#include "diag/ModuleVersion.h"
 #include "diag/ProcessLock.h"
 #include "diag/WidePath.h"
+#include "diag/module/ModuleVersion.h"
 
 #include <cstdio>
 #include <cstdlib>

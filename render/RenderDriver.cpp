@@ -7,6 +7,7 @@
 #include "render/RenderState.h"
 #include "render/shape/AngleTables.h"
 #include "render/shape/FixedPower.h"
+#include "render/shape/ParameterTable.h"
 #include "render/stamp/SourceTint.h"
 #include "render/stamp/StampLayer.h"
 #include "render/stamp/StarBuilder.h"

@@ -5,6 +5,7 @@
 #include "render/RenderState.h"
 #include "render/shape/AngleTables.h"
 #include "render/shape/FixedPower.h"
+#include "render/shape/ParameterTable.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include "diag/ErrorReport.h"
 #include "diag/ProcessLock.h"
-#include "diag/ProductName.h"
+#include "diag/module/ProductName.h"
 #include "storage/AppFolders.h"
 #include "web/UpdateRecord.h"
 #include "web/UpdateRequest.h"

@@ -1,7 +1,7 @@
 // What is kept about the update notice: "UpdateNotice.bin" in the settings folder.
 #pragma once
 
-#include "diag/ModuleVersion.h"
+#include "diag/module/ModuleVersion.h"
 
 #include <cstdint>
 

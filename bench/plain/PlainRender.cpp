@@ -5,6 +5,7 @@
 #include "engine/image/FixedPoint.h"
 #include "render/OutputBase.h"
 #include "render/shape/AngleTables.h"
+#include "render/shape/ParameterTable.h"
 #include "render/stamp/SourceTint.h"
 #include "render/stamp/StampLayer.h"
 

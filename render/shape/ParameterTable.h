@@ -80,3 +80,8 @@ consteval bool IsParameterTableSound() {
     return true;
 }
 static_assert(IsParameterTableSound(), "a parameter has no row, an incomplete one, or one of another place");
+
+// Brings every field into its range (an unknown effect type becomes the Standard Star; a scale that is
+// not a number, or outside 1..100000, becomes 100), so that no value from outside can divide by zero,
+// overflow or hang.
+void ClampRenderSettings(RenderSettings *settings);

@@ -19,8 +19,3 @@ struct RenderSettings {
     bool effectsOnly;
     uint32_t effectType;
 };
-
-// Brings every field into its range above (an unknown effect type becomes the Standard Star; a scale that is
-// not a number, or outside 1..100000, becomes 100), so that no value from outside can divide by zero,
-// overflow or hang.
-void ClampRenderSettings(RenderSettings *settings);

@@ -1,7 +1,7 @@
 #include "ui/about/AboutBox.h"
 
-#include "diag/ModuleInstance.h"
-#include "diag/ModuleVersion.h"
+#include "diag/module/ModuleInstance.h"
+#include "diag/module/ModuleVersion.h"
 #include "resources/ResourceIds.h"
 #include "ui/about/LinkButton.h"
 #include "ui/window/ControlStyle.h"

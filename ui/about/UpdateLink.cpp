@@ -1,6 +1,6 @@
 #include "ui/about/UpdateLink.h"
 
-#include "diag/ModuleInstance.h"
+#include "diag/module/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
 #include "ui/about/LinkButton.h"
 #include "web/MakerAddresses.h"

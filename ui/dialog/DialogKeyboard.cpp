@@ -1,6 +1,6 @@
 #include "ui/dialog/DialogKeyboard.h"
 
-#include "diag/ModuleInstance.h"
+#include "diag/module/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
 #include "ui/dialog/DialogWheel.h"
 #include "ui/dialog/MainDialogState.h"

@@ -1,6 +1,6 @@
 #include "ui/dialog/DialogTooltips.h"
 
-#include "diag/ModuleInstance.h"
+#include "diag/module/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
 #include "ui/fields/ParameterControls.h"
 #include "ui/look/DialogLayout.h"

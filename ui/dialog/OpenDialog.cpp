@@ -1,6 +1,6 @@
 #include "ui/dialog/OpenDialog.h"
 
-#include "diag/ModuleInstance.h"
+#include "diag/module/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
 #include "ui/dialog/MainDialog.h"
 #include "ui/display/PreviewDisplay.h"

@@ -1,6 +1,6 @@
 #include "ui/display/PreviewDisplayCursor.h"
 
-#include "diag/ModuleInstance.h"
+#include "diag/module/ModuleInstance.h"
 #include "resources/ResourceIds.h"
 #include "ui/display/PreviewDisplayMarks.h"
 #include "ui/display/PreviewDisplayState.h"

@@ -1,6 +1,6 @@
 #include "ui/look/DialogPictures.h"
 
-#include "diag/ModuleInstance.h"
+#include "diag/module/ModuleInstance.h"
 #include "render/ParameterSet.h"
 #include "resources/DialogControlIds.h"
 #include "resources/ResourceIds.h"

@@ -1,7 +1,7 @@
 #include "ui/settings/ParameterFileCommands.h"
 
 #include "diag/ErrorReport.h"
-#include "diag/ProductName.h"
+#include "diag/module/ProductName.h"
 #include "resources/DialogControlIds.h"
 #include "storage/ParameterFiles.h"
 #include "storage/ParameterSetFiles.h"

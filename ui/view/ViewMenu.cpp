@@ -1,7 +1,7 @@
 #include "ui/view/ViewMenu.h"
 
 #include "diag/ErrorReport.h"
-#include "diag/ModuleInstance.h"
+#include "diag/module/ModuleInstance.h"
 #include "resources/ResourceIds.h"
 #include "ui/view/ViewTools.h"
 

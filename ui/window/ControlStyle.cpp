@@ -1,6 +1,6 @@
 #include "ui/window/ControlStyle.h"
 
-#include "diag/ModuleInstance.h"
+#include "diag/module/ModuleInstance.h"
 #include "resources/ResourceIds.h"
 
 #include <windows.h>

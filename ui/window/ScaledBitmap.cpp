@@ -1,6 +1,6 @@
 #include "ui/window/ScaledBitmap.h"
 
-#include "diag/ModuleInstance.h"
+#include "diag/module/ModuleInstance.h"
 #include "resources/ResourceIds.h"
 
 HBITMAP LoadFittingBitmap(int pictureId, int count, SIZE room, SIZE *size) {

@@ -1,6 +1,6 @@
 #include "ui/window/WaitCursor.h"
 
-#include "diag/ModuleInstance.h"
+#include "diag/module/ModuleInstance.h"
 #include "resources/ResourceIds.h"
 
 void ShowWaitCursor() {

@@ -1,4 +1,4 @@
-#include "diag/ModuleInstance.h"
+#include "diag/module/ModuleInstance.h"
 
 HINSTANCE ModuleInstance() {
     static const char inThisModule = 0;

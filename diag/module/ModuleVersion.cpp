@@ -1,6 +1,6 @@
-#include "diag/ModuleVersion.h"
+#include "diag/module/ModuleVersion.h"
 
-#include "diag/ModuleInstance.h"
+#include "diag/module/ModuleInstance.h"
 
 #include <cstdio>
 #include <cstring>

@@ -1,7 +1,6 @@
-#include "render/shape/RenderSettings.h"
+#include "render/shape/ParameterTable.h"
 
 #include "render/shape/EffectTypes.h"
-#include "render/shape/ParameterTable.h"
 
 #include <algorithm>
 
