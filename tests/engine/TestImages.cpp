@@ -2,6 +2,7 @@
 
 #include "diag/BufferUsage.h"
 #include "engine/SerialBuild.h"
+#include "engine/image/AnalysisImage.h"
 
 #include <algorithm>
 #include <cmath>

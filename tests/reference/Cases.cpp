@@ -1,6 +1,7 @@
 #include "tests/reference/Cases.h"
 
 #include "engine/image/FixedPoint.h"
+#include "render/shape/EffectTypes.h"
 
 #include <algorithm>
 #include <cmath>

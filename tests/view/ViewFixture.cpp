@@ -1,5 +1,6 @@
 #include "tests/view/ViewFixture.h"
 
+#include "engine/table/HideEffects.h"
 #include "resources/DialogControlIds.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/preview/PreviewImages.h"

@@ -1,5 +1,6 @@
 #include "ui/display/PreviewDisplay.h"
 
+#include "diag/module/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
 #include "storage/UISettings.h"
 #include "ui/display/PreviewDisplayCursor.h"

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "render/shape/EffectTypes.h"
 #include "tests/reference/render/ReferenceBurst.h"
 
 namespace reference {

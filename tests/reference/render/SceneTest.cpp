@@ -2,6 +2,7 @@
 // piece, in tiles and in place.
 #include "engine/image/FixedPoint.h"
 #include "render/RenderDriver.h"
+#include "render/RenderState.h"
 #include "render/rows/RenderPath.h"
 #include "tests/reference/render/ReferenceRender.h"
 #include "tests/reference/render/Scenes.h"
