@@ -1,6 +1,8 @@
 #include "engine/detect/BandOrder.h"
 
+#include "engine/detect/BandScan.h"
 #include "engine/detect/WorkerContext.h"
+#include "engine/image/AnalysisImage.h"
 
 #include <algorithm>
 

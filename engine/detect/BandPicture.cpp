@@ -1,6 +1,7 @@
 #include "engine/detect/BandPicture.h"
 
 #include "diag/BufferUsage.h"
+#include "engine/image/AnalysisImage.h"
 
 #include <cstring>
 

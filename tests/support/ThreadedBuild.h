@@ -4,6 +4,7 @@
 #include "engine/TableBuild.h"
 #include "engine/detect/BandOrder.h"
 #include "engine/image/BandWorkers.h"
+#include "engine/table/LightSourceTable.h"
 #include "tests/support/StandardThreads.h"
 
 #include <mutex>

@@ -1,8 +1,8 @@
 #include "ui/fields/FieldClass.h"
 
 #include "diag/ErrorReport.h"
-#include "diag/ModuleInstance.h"
 #include "diag/SystemLibrary.h"
+#include "diag/module/ModuleInstance.h"
 
 namespace {
 
