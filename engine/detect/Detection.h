@@ -4,6 +4,7 @@
 // mark meanwhile, and what a mark came too late for is scanned again in the end (BandOrder.h).
 #pragma once
 
+#include "diag/ResultCodes.h"
 #include "engine/detect/BandPicture.h"
 #include "engine/detect/Bands.h"
 #include "engine/detect/ShapeSampler.h"

@@ -3,6 +3,7 @@
 
 #include "engine/TableBuild.h"
 #include "engine/detect/BandOrder.h"
+#include "engine/detect/BandScan.h"
 #include "engine/image/BandWorkers.h"
 #include "engine/table/LightSourceTable.h"
 #include "tests/support/StandardThreads.h"
