@@ -138,30 +138,42 @@ void TearDown() {
     DeleteBufferUsageSection();
 }
 
+// With *gResult still 0. What a run holds is given back when it fails.
+void ServeRun(int16_t selector) {
+    RunSelectorGuarded(selector);
+    if (*gResult == kNoError)
+        *gResult = HostFailure();
+    if (*gResult != kNoError)
+        ReleaseRunServices();
+}
+
 void ServeCall(int16_t selector) {
     ForgetHostFailure();
     FindBasicSuite();
     *gResult = CreateSection();
     PrepareProcess();
     if (*gResult == kNoError)
-        RunSelectorGuarded(selector);
-    if (*gResult == kNoError)
-        *gResult = HostFailure();
-    if (*gResult != kNoError)
+        ServeRun(selector);
+    else
         ReleaseRunServices();
     if (*gResult != kNoError || selector == kSelectorAbout || selector == kSelectorFinish)
         TearDown();
 }
 
 // A host that shows a box or a progress bar pumps messages, and may call again from there. The box has
-// nothing of a run, so one of the two may be About; two runs at once there cannot be. Log, section and
-// services stay with the outer call.
+// nothing of a run, so one of the two may be About; two runs at once there cannot be. Log and section stay
+// with the outer call, services and what the host failed in with the run.
 void ServeInnerCall(const CallRecords &outer, int16_t selector) {
     *gResult = kNoError;
-    if (selector == kSelectorAbout || outer.selector == kSelectorAbout)
+    if (selector == kSelectorAbout) {
         RunSelectorGuarded(selector);
-    else
+    } else if (outer.selector == kSelectorAbout) {
+        FindBasicSuite();
+        ServeRun(selector);
+        ForgetHostFailure();
+    } else {
         *gResult = kFilterBadParameters;
+    }
 }
 
 } // namespace

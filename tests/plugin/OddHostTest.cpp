@@ -118,17 +118,31 @@ TEST_F(OddHost, MayCallFromInsideACall) {
     EXPECT_EQ(LogText().find("Log opened", 100), std::string::npos);
     ExpectCleanHost();
     EXPECT_EQ(Held(), (HeldObjects{0, 0, 0, 0}));
+}
 
-    filterHost.settings.onProgress = nullptr;
-    filterHost.settings.isCancelled = nullptr;
-    filterHost.document = night;
-    boxAnswer = IDOK;
-    host::CatchBoxes(module.module, [this](const host::ShownBox &) { return (Run(), IDOK); });
+// About may be the first call, from a host that tells it nothing, and a run inside it may break down.
+TEST_F(OddHost, MayBeginRunsInsideAbout) {
+    int16_t codes[] = {99, 99, 99};
+    const auto runInside = [&](const host::ShownBox &) {
+        codes[0] = RunOn(night).code;
+        filterHost.settings.onProgress = [](int32_t, int32_t) { RaiseException(0xE06D7363, 0, 0, nullptr); };
+        codes[1] = RunOn(night).code;
+        EXPECT_TRUE(filterHost.log.violations.empty());
+        EXPECT_EQ(Held().comInitializations, 1) << "the box's own";
+        filterHost.settings.onProgress = nullptr;
+        codes[2] = RunOn(night).code;
+        return IDOK;
+    };
+    host::CatchBoxes(module.module, runInside);
     int16_t result = 99;
     AboutRecord about = {};
     module.entry(kSelectorAbout, &about, nullptr, &result);
     EXPECT_EQ(result, kNoError);
-    EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
+    EXPECT_EQ(codes[0], kNoError);
+    EXPECT_EQ(codes[1], kErrPlugInHostInsufficient);
+    EXPECT_EQ(codes[2], kNoError);
+    EXPECT_EQ(DifferentSamples(filterHost.document, FilteredNight(night, kDefaultParameters)), 0);
+    ExpectCleanHost();
     EXPECT_EQ(Held(), (HeldObjects{0, 0, 0, 0}));
 }
 
