@@ -117,6 +117,10 @@ static bool PutInPlace(const std::wstring &temporary, const std::wstring &path) 
     return MoveFileExW(temporary.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
 }
 
+void RemoveTemporary(const std::wstring &path, uint32_t processId) {
+    DeleteFileW(TemporaryPath(LinkTarget(path), processId).c_str());
+}
+
 bool BeginOutput(const std::wstring &path, OutputFile *file, std::string *why) {
     OutputFile begun;
     begun.path = LinkTarget(path);

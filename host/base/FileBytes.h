@@ -21,6 +21,8 @@ struct OutputFile {
 
 // Where a process writes a file that is not finished.
 std::wstring TemporaryPath(const std::wstring &path, uint32_t processId);
+// Of a process that has ended.
+void RemoveTemporary(const std::wstring &path, uint32_t processId);
 // Before work: false with a reason when a file of that name could not be written. Leaves nothing.
 bool CheckOutputPlace(const std::wstring &path, std::string *why);
 bool DoesFileExist(const std::wstring &path);

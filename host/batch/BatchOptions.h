@@ -27,7 +27,8 @@ struct BatchOptions {
     bool writesJson = false;
     std::wstring json; // empty or "-": standard output
     ProgressForm progress = ProgressForm::kAutomatic;
-    bool isSilent = false; // no closing line
+    bool isQuiet = false;  // no bar, no closing line, no notes but those of losses
+    bool isSilent = false; // not even those
     std::wstring failedList;
 };
 

@@ -6,6 +6,7 @@ namespace host {
 
 static const char kHead[] = //
     R"(Usage: brillatrix [options] PHOTO OUT
+       brillatrix batch [options] INPUT...      many photos; brillatrix help batch
        brillatrix inplace [options] PHOTO...    photos replaced; brillatrix help inplace
        brillatrix --lights ... PHOTO
 Adds stars to the lights of PHOTO and writes the result to OUT, by OUT's ending.
@@ -14,6 +15,7 @@ Reads jpg, png, tif, webp, avif, gif, bmp, ppm, pgm, pam, pfm, told by content; 
 
   brillatrix --effect hollywood --length 70 night.jpg stars.jpg
   brillatrix --preset Harbour --depth 16 night.tif stars.tif
+  brillatrix batch --out stars --jobs 2 *.jpg
 )";
 
 static const char kParameterHead[] = R"(
@@ -64,8 +66,39 @@ What the filter found; OUT may then be left out:
 )";
 
 static const char kStatuses[] = R"(
-Exit status: 0 done, 2 wrong usage, 3 a file could not be read or written,
+Exit status: 0 done, 2 wrong usage, 3 a file could not be read or written (batch: every photo failed),
 4 the plug-in reported an error, 5 cancelled, 6 there is no screen for a window, 7 some photos failed.
+)";
+
+static const char kBatch[] = R"(Usage: brillatrix batch [options] INPUT...
+Adds stars to many photos. INPUT is a file, a folder, a pattern such as night*.jpg, @LIST (a file with one
+name a line) or - (names on standard input).
+
+  brillatrix batch --out stars --preset Harbour photos
+  brillatrix batch --recursive --exclude "*_stars.*" --name "{n:04}_{name}.{ext}" --out stars photos
+  brillatrix batch --resume --out stars photos          goes on after Ctrl+C
+
+Which photos, and where to:
+  --recursive              folders with their sub-folders, which come again below --out
+  --include GLOB, --exclude GLOB
+                           only, or all but, the files of such names; may be given again
+  --out DIR                folder of the results, made when it is missing (beside each photo)
+  --name PATTERN           ({name}_stars.{ext}); also {dir}, {n} or {n:04}, {preset}, {date}
+  --existing RULE          of results that are there: fail (before any work), skip, overwrite, number
+
+How:
+  --jobs 1..64             photos at a time (one a processor)
+  --memory MB              for all of them together, by the photos' sizes (half of what is free)
+  --on-error continue|stop what one failed photo means for those that are not begun (continue)
+  --timeout SECONDS        at most so long a photo
+  --resume                 leave out what an earlier, unfinished batch has done
+  --dry-run                only tell what would be done
+  --json [FILE|-]          a line a photo: input, output, status, reason, notes, lights, stars, milliseconds
+  --failed FILE            names of the failed photos, to be taken again with @FILE
+  --progress KIND          auto (a bar on a terminal), plain (a line a photo), none
+
+Ctrl+C finishes the photos in work, and again stops at once. What was done stays, and --resume goes on.
+Parameters, --mask, --roi, the way of writing, --quiet and --silent are those of "brillatrix --help".
 )";
 
 static const char kInPlace[] = R"(Usage: brillatrix inplace [options] PHOTO...
@@ -89,6 +122,8 @@ static std::string FirstPage() {
 std::string HelpText(const std::string &page) {
     if (page.empty())
         return FirstPage();
+    if (page == "batch")
+        return std::string(kBatch) + kStatuses;
     return page == "inplace" ? std::string(kInPlace) + kStatuses : "";
 }
 

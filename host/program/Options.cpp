@@ -143,8 +143,13 @@ static bool TakeJson(Options &options, const GivenOption &given) {
     return true;
 }
 
+static bool TakeQuiet(Options &options, const GivenOption &) {
+    options.isQuiet = Batch(options).isQuiet = true;
+    return true;
+}
+
 static bool TakeSilent(Options &options, const GivenOption &) {
-    options.isQuiet = options.isSilent = Batch(options).isSilent = true;
+    options.isQuiet = options.isSilent = Batch(options).isQuiet = Batch(options).isSilent = true;
     return true;
 }
 
@@ -217,7 +222,7 @@ static const OptionRow kRows[] = {
     {L"--metadata", kAnywhere, kYes, TakeMetadata},
     {L"--strict", kAnywhere, kNo, TakeSwitch<&Options::isStrict>},
     {L"--no-strict", kAnywhere, kNo, TakeSwitch<&Options::isStrict, false>},
-    {L"--quiet", kAnywhere, kNo, TakeSwitch<&Options::isQuiet>},
+    {L"--quiet", kAnywhere, kNo, TakeQuiet},
     {L"--silent", kAnywhere, kNo, TakeSilent},
     {L"--lights", kSingle, kNo, TakeSwitch<&Options::printLights>},
     {L"--lights-csv", kSingle, kYes, TakeText<&Options::lightsCsv>},
@@ -373,7 +378,8 @@ static bool TakeOneFile(Options *options, const std::vector<std::wstring> &files
     if (files.size() < 2 && !tells)
         return Fail(why, "OUT is missing");
     if (files.size() > 2)
-        return Fail(why, "one PHOTO and one OUT, not also \"" + ToUtf8(files[2]) + "\"");
+        return Fail(why, "one PHOTO and one OUT, not also \"" + ToUtf8(files[2]) +
+                             "\"; \"brillatrix batch\" takes many photos");
     if (files[0].empty() || files.back().empty())
         return Fail(why, files[0].empty() ? "PHOTO is empty" : "OUT is empty");
     options->photo = files[0];
@@ -396,8 +402,10 @@ static bool TakeFiles(Options *options, const std::vector<std::wstring> &files, 
     }
 }
 
-static const Choice<ProgramTask> kCommands[] = {{L"inplace", ProgramTask::kInPlace},
-                                                {L"help", ProgramTask::kHelp}};
+static const Choice<ProgramTask> kCommands[] = {{L"batch", ProgramTask::kBatch},
+                                                {L"inplace", ProgramTask::kInPlace},
+                                                {L"help", ProgramTask::kHelp},
+                                                {L"worker", ProgramTask::kWorker}}; // a batch starts those
 
 // The first word may be a command; the page of the help that belongs to it has its name.
 static void TakeCommand(Reading *reading) {

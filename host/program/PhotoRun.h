@@ -1,6 +1,7 @@
 // Photos through the filter, one after another, with the module loaded once.
 #pragma once
 
+#include "host/base/ExitStatus.h"
 #include "host/filter/FilterHost.h"
 #include "host/module/FilterModule.h"
 #include "host/program/Options.h"
@@ -10,16 +11,6 @@
 #include <string>
 
 namespace host {
-
-enum ExitStatus : int {
-    kExitDone = 0,
-    kExitUsage = 2,
-    kExitFile = 3,
-    kExitPlugin = 4,
-    kExitCancelled = 5,
-    kExitNoScreen = 6,
-    kExitSomeFailed = 7,
-};
 
 enum class NoteKind {
     kNote,

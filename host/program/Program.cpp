@@ -4,6 +4,8 @@
 #include "host/base/Display.h"
 #include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
+#include "host/batch/BatchRun.h"
+#include "host/batch/Worker.h"
 #include "host/module/ShownBoxes.h"
 #include "host/program/HelpText.h"
 #include "host/program/InPlace.h"
@@ -68,7 +70,7 @@ static int ShowAbout(const Options &options) {
 static int ShowHelp(const Options &options) {
     const std::string text = HelpText(options.page);
     if (text.empty()) {
-        PrintProblem("there is no command \"" + options.page + "\"; the command is inplace");
+        PrintProblem("there is no command \"" + options.page + "\"; the commands are batch and inplace");
         return kExitUsage;
     }
     PrintOut(text);
@@ -139,6 +141,45 @@ static int ReplacePhotos(const Options &options) {
     return status;
 }
 
+static int RunMany(const Options &options) {
+    if (const int status = options.savePreset.empty() ? kExitDone : SaveParameters(options))
+        return status;
+    std::vector<std::wstring> words = options.photoWords;
+    words.insert(words.begin(), L"worker");
+    return RunBatch(options.batch, words);
+}
+
+static PhotoResult ResultOf(const PhotoOutcome &outcome, PhotoResult told) {
+    told.state = outcome.status == kExitDone        ? PhotoState::kDone
+                 : outcome.status == kExitCancelled ? PhotoState::kCancelled
+                                                    : PhotoState::kFailed;
+    told.status = outcome.status;
+    told.reason = outcome.reason;
+    told.lights = outcome.lights;
+    told.stars = outcome.stars;
+    return told;
+}
+
+// What a photo's run says goes with its result.
+static int ServeBatch(const Options &options) {
+    PhotoResult told;
+    const NoteTaker say = [&told](NoteKind kind, const std::string &text) {
+        (kind == NoteKind::kBox    ? told.boxes
+         : kind == NoteKind::kLoss ? told.losses
+                                   : told.notes)
+            .push_back(text);
+    };
+    PhotoSession session{options, say, false, {}, {}, {}};
+    const PhotoResult begun = ResultOf(BeginPhotos(&session), {});
+    const int status = ServePhotos(begun, [&](const std::wstring &input, const std::wstring &output) {
+        told = {};
+        const PhotoOutcome outcome = RunPhoto(session, input, output);
+        return ResultOf(outcome, told);
+    });
+    EndPhotos(&session);
+    return status;
+}
+
 static int RunTask(const Options &options) {
     switch (options.task) {
     case ProgramTask::kHelp:
@@ -150,6 +191,10 @@ static int RunTask(const Options &options) {
         return ShowAbout(options);
     case ProgramTask::kPresets:
         return UsePresets(options);
+    case ProgramTask::kBatch:
+        return RunMany(options);
+    case ProgramTask::kWorker:
+        return ServeBatch(options);
     case ProgramTask::kInPlace:
         return ReplacePhotos(options);
     default:
@@ -184,7 +229,7 @@ int RunProgram(const std::vector<std::wstring> &arguments) {
         PrintProblem(why + "\nbrillatrix --help tells how it is used");
         return kExitUsage;
     }
-    WatchForCancel();
+    WatchForCancel(options.task == ProgramTask::kBatch);
     try {
         return RunTask(options);
     } catch (const std::bad_alloc &) {

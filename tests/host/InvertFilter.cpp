@@ -1,10 +1,12 @@
 // A small filter to test the host with: it inverts the image tile by tile. The environment variable
-// INVERT_FILTER makes it do something else: "box", "ask", "crash", "slow", "fail", "report", "continue",
-// "norecord", or the same with other services of the host: "twice", "late", "remember", "services".
+// INVERT_FILTER makes it do something else: "box", "ask", "crash", "batch", "slow", "fail", "report",
+// "continue", "norecord", or the same with other services of the host: "twice", "late", "remember",
+// "services".
 #include "tests/host/InvertServices.h"
 
 #include <windows.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -66,12 +68,14 @@ void SpendTime() {
         SetEvent(event);
         CloseHandle(event);
     }
-    Sleep(kSlowTile);
+    char time[16] = {};
+    const bool isGiven = GetEnvironmentVariableA("INVERT_SLOW", time, sizeof(time)) > 0;
+    Sleep(isGiven ? static_cast<DWORD>(std::atoi(time)) : kSlowTile);
 }
 
 HostResult InvertAll(FilterRecord &record) {
     const HostRect32 area = record.bigDocumentData->filterRect32;
-    const bool isSlow = Order() == "slow";
+    const bool isSlow = Order() == "slow" || (Order() == "batch" && area.bottom == 33);
     for (int32_t top = area.top; top < area.bottom; top += record.outTileHeight) {
         for (int32_t left = area.left; left < area.right; left += record.outTileWidth) {
             const int32_t bottom = top + record.outTileHeight, right = left + record.outTileWidth;
@@ -103,7 +107,8 @@ HostResult Start(FilterRecord &record) {
     const std::string order = Order();
     if (order == "box")
         MessageBoxA(nullptr, "Something to say", "Invert", MB_OK);
-    if (order == "crash")
+    // By the height of the photo, so that one of a batch crashes or hangs.
+    if (order == "crash" || (order == "batch" && record.bigDocumentData->imageSize32.v == 31))
         RaiseException(EXCEPTION_ACCESS_VIOLATION, 0, 0, nullptr);
     if (order == "report" && record.errorString) {
         std::memcpy(record.errorString, "\x0bNo good day", 12);

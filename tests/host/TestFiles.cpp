@@ -1,5 +1,6 @@
 #include "tests/host/TestFiles.h"
 
+#include <filesystem>
 #include <windows.h>
 
 #include <cmath>
@@ -30,9 +31,8 @@ std::vector<std::wstring> TestFolder::List() const {
 }
 
 TestFolder::~TestFolder() {
-    for (const std::wstring &name : List())
-        DeleteFileW(File(name).c_str());
-    RemoveDirectoryW(path.c_str());
+    std::error_code failure;
+    std::filesystem::remove_all(path, failure);
 }
 
 std::wstring ProgramFile(const std::wstring &name) {

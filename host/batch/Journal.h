@@ -1,0 +1,33 @@
+// What a batch has done, written down as it goes, so that another run can go on from there.
+#pragma once
+
+#include "host/batch/OutputNames.h"
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+namespace host {
+
+struct Journal {
+    HANDLE file = INVALID_HANDLE_VALUE;
+    std::wstring path;
+};
+
+// Beside the first result.
+std::wstring JournalPath(const BatchOptions &options, const std::vector<BatchPhoto> &photos);
+
+// Marks the photos that an earlier batch with the same words has done as skipped. Nothing to do without a
+// journal. False with a reason when it is another batch's, or cannot be read.
+bool TakeFromJournal(const std::wstring &path, const std::string &words, std::vector<BatchPhoto> *photos,
+                     std::string *why);
+
+// Begins a new one, with the photos that are done already.
+bool BeginJournal(const std::wstring &path, const std::string &words, const std::vector<BatchPhoto> &photos,
+                  Journal *journal, std::string *why);
+void AddToJournal(Journal &journal, const BatchPhoto &photo);
+// Of a batch of which nothing is left to do, no journal stays.
+void EndJournal(Journal *journal, bool isComplete);
+
+} // namespace host
