@@ -24,5 +24,5 @@ fi
 shim="$WINEPREFIX/drive_c/windows/system32/bcryptprimitives.dll"
 [ -f "$shim" ] || x86_64-w64-mingw32-gcc-posix -O2 -s -shared -o "$shim" \
     "$(dirname "$0")/wine-shim/bcryptprimitives.c" -lbcrypt
-wineserver -p </dev/null >/dev/null 2>&1 || true
+wineserver -p60 </dev/null >/dev/null 2>&1 || true
 wine cmd /c exit </dev/null >/dev/null 2>&1
