@@ -56,16 +56,6 @@ CallRecords RecordsOfCall(int16_t selector, void *record, intptr_t *data, HostRe
             nullptr};
 }
 
-// Teardown deletes the section, so the call after it makes a new one.
-HostResult CreateSection() {
-    uint32_t systemError = 0;
-    if (CreateBufferUsageSection(&systemError))
-        return kNoError;
-    ReportError({139, kSystemError, systemError}, kStopIcon, kTitleUnexpected,
-                "Could not create 'BufferUsageSection' critical section.");
-    return kMemFullErr;
-}
-
 bool MayShowNothing() {
     const PIDescriptorParameters *script = gFilterRecord ? gFilterRecord->descriptorParameters : nullptr;
     return script && script->playInfo == kPlaySilent;
@@ -147,15 +137,26 @@ void ServeRun(int16_t selector) {
         ReleaseRunServices();
 }
 
+void RefuseCall(uint32_t systemError) {
+    ReportError({139, kSystemError, systemError}, kStopIcon, kTitleUnexpected,
+                "Could not create 'BufferUsageSection' critical section.");
+    *gResult = kMemFullErr;
+    ReleaseRunServices();
+}
+
+// Teardown deletes the section, so the call after it makes a new one. It is made before the log is open, and
+// what comes of it is told only then.
 void ServeCall(int16_t selector) {
+    uint32_t systemError = 0;
     ForgetHostFailure();
     FindBasicSuite();
-    *gResult = CreateSection();
+    *gResult = kNoError;
+    const bool hasSection = CreateBufferUsageSection(&systemError);
     PrepareProcess();
-    if (*gResult == kNoError)
+    if (hasSection)
         ServeRun(selector);
     else
-        ReleaseRunServices();
+        RefuseCall(systemError);
     if (*gResult != kNoError || selector == kSelectorAbout || selector == kSelectorFinish)
         TearDown();
 }

@@ -268,6 +268,7 @@ TEST_F(SelectorCall, ARefusedCriticalSectionIsAMemoryErrorThatHoldsNothing) {
     Open();
     RefuseCriticalSections(true);
     EXPECT_EQ(Call(kSelectorParameters), kMemFullErr);
+    EXPECT_NE(LogText().find("Line 139: System Error"), std::string::npos);
     EXPECT_NE(LogText().find("Log closed"), std::string::npos);
     RefuseCriticalSections(false);
     ASSERT_EQ(Call(kSelectorParameters), kNoError);
