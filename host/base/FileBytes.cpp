@@ -106,13 +106,14 @@ static void CopyAccess(const std::wstring &from, const std::wstring &to) {
         SetFileSecurityW(to.c_str(), DACL_SECURITY_INFORMATION, rules.data());
 }
 
-// A replaced file keeps its access rules, attributes and streams where the file system knows how.
+// A replaced file keeps its access rules, attributes and streams where the file system knows how. Wine would
+// make other rules of those that it is given, so there they are the user's usual ones.
 static bool PutInPlace(const std::wstring &temporary, const std::wstring &path) {
-    if (DoesFileExist(path)) {
-        CopyAccess(path, temporary);
-        if (!IsUnderWine() && ReplaceFileW(path.c_str(), temporary.c_str(), nullptr,
-                                           REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr))
+    if (DoesFileExist(path) && !IsUnderWine()) {
+        if (ReplaceFileW(path.c_str(), temporary.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr,
+                         nullptr))
             return true;
+        CopyAccess(path, temporary);
     }
     return MoveFileExW(temporary.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
 }
