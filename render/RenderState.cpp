@@ -69,6 +69,7 @@ const FlareStamp &NeedFlareStamp(int32_t px, int32_t py) {
 }
 
 void ResetRenderState() {
+    ForgetLowMemory();
     EmptyStars();
     DropStarTables(&gRenderState.stars.tables);
     EmptyFlares();

@@ -106,10 +106,11 @@ int32_t CountSafeSteps(const Arm &arm, uint32_t threshold) {
 // Walks in the direction of `sign` until the arm has faded out or the limit is passed. Toward larger
 // positions the first step is the centre's, toward smaller ones the next: of two opposite arms only one draws
 // the centre.
-PixelRange WalkArm(const Arm &arm, int32_t sign, uint32_t threshold) {
+PixelRange WalkArm(const Arm &arm, int32_t sign, uint32_t threshold, const std::atomic<uint8_t> &abort) {
     const int32_t first = sign > 0 ? 0 : 1;
     int32_t step = std::max(first, CountSafeSteps(arm, threshold));
-    while (step <= arm.majorLimit && StepReaches(arm, sign * step, threshold))
+    while (step <= arm.majorLimit && abort.load(std::memory_order_relaxed) == 0 &&
+           StepReaches(arm, sign * step, threshold))
         ++step;
     // The step that did not reach is still drawn, but nothing of it is above the threshold.
     return sign > 0 ? PixelRange{first, step - 1} : PixelRange{-(step - 1), -first};
@@ -160,7 +161,7 @@ PixelRange SpanWithin(const Arm &arm, const PixelRange &walked, int32_t row, dou
 } // namespace
 
 Arm MakeArm(const StampContext &context, int32_t px, int32_t py, const ArmShape &shape,
-            const ValueTable *values) {
+            const ValueTable *values, const std::atomic<uint8_t> &abort) {
     const float sx = gSineTable[ReduceAngle(shape.angle)];
     const float sy = -gSineTable[ReduceAngle(ReduceAngle(shape.angle) + kFullTurn / 4)];
     const bool majorIsY = std::fabs(sx) < std::fabs(sy);
@@ -180,7 +181,7 @@ Arm MakeArm(const StampContext &context, int32_t px, int32_t py, const ArmShape 
     arm.back = arm.reach * std::fabs(arm.slope) / arm.stretch;
     arm.values = values;
     arm.largestShare = ShareOfCoverage(std::min(0.5 + arm.halfWidth * 0.25 * arm.edgeSlope, 1.0));
-    arm.walked = WalkArm(arm, major < 0.0 ? -1 : 1, context.floor / 4);
+    arm.walked = WalkArm(arm, major < 0.0 ? -1 : 1, context.floor / 4, abort);
     const PixelRange across = AcrossWalk(arm, arm.walked), along = arm.walked;
     arm.box = majorIsY ? IntRect{across.from, along.from, across.to + 1, along.to + 1}
                        : IntRect{along.from, across.from, along.to + 1, across.to + 1};

@@ -20,6 +20,7 @@
 #include "render/shape/SpikeProfile.h"
 #include "render/shape/StampContext.h"
 
+#include <atomic>
 #include <cstdint>
 
 struct ArmShape {
@@ -54,9 +55,9 @@ struct Arm {
 };
 
 // An arm of the stamp of phase (px, py), with `values` as its brightness along its length. The angle tables
-// and the coverage power must be ready.
+// and the coverage power must be ready. It is worth nothing when *abort has become non-zero by the end.
 Arm MakeArm(const StampContext &context, int32_t px, int32_t py, const ArmShape &shape,
-            const ValueTable *values);
+            const ValueTable *values, const std::atomic<uint8_t> &abort);
 
 // How much of the pixel at minor position `x` the arm covers: 0 or less outside, at most 1. Quarter pixels.
 inline double ArmCoverage(const Arm &arm, double centre, int32_t x) {

@@ -22,13 +22,17 @@ bool TakeBudget(int64_t bytes) {
     return false;
 }
 
+bool IsAborted(const ArmFilling &filling) {
+    return filling.abort.load(std::memory_order_relaxed) != 0;
+}
+
 PixelRange VisibleSpan(const ArmFilling &filling, const PixelRange &walked, int32_t row) {
     return SpanAbove(*filling.arm, walked, row, filling.level);
 }
 
 int64_t CountPixels(const ArmFilling &filling, const PixelRange &walked, const PixelRange &rows) {
     int64_t pixels = 0;
-    for (int32_t row = rows.from; row <= rows.to; ++row) {
+    for (int32_t row = rows.from; row <= rows.to && !IsAborted(filling); ++row) {
         const PixelRange span = VisibleSpan(filling, walked, row);
         pixels += std::max(span.to - span.from + 1, 0);
     }
@@ -74,16 +78,28 @@ uint32_t FillRow(const ArmFilling &filling, int32_t row, const PixelRange &span,
     return first + static_cast<uint32_t>(count - faint);
 }
 
+void FreeRows(KeptArm *kept) {
+    gKeptBytes.fetch_sub(kept->bytes, std::memory_order_relaxed);
+    CountedFree(kept->rows, static_cast<size_t>(kept->bytes));
+    kept->rows = nullptr;
+}
+
 bool FillRows(const ArmFilling &filling, KeptArm *kept) {
     const PixelRange walked = WalkAbove(*filling.arm, filling.level);
     const PixelRange rows = ArmRows(*filling.arm, walked);
-    if (rows.from > rows.to || !AllocateRows(rows, CountPixels(filling, walked, rows), kept))
+    const int64_t pixels = CountPixels(filling, walked, rows);
+    if (IsAborted(filling) || rows.from > rows.to || !AllocateRows(rows, pixels, kept))
         return false;
     kept->level = filling.level;
     kept->range = rows;
     uint32_t first = 0;
-    for (int32_t row = rows.from; row <= rows.to; ++row)
+    for (int32_t row = rows.from; row <= rows.to; ++row) {
+        if (IsAborted(filling)) {
+            FreeRows(kept);
+            return false;
+        }
         first = FillRow(filling, row, VisibleSpan(filling, walked, row), first, kept);
+    }
     kept->rows[rows.to + 1 - rows.from] = {0, first};
     std::fill_n(kept->values + first, kSpare, 0u);
     std::fill_n(kept->states + first, kSpare, uint16_t{0});
@@ -96,16 +112,15 @@ bool KeepArm(const ArmFilling &filling, KeptArm *kept) {
     std::atomic_ref<uint32_t> progress(kept->progress);
     uint32_t now = progress.load(std::memory_order_acquire);
     if (now == kEmpty && progress.compare_exchange_strong(now, kBeingFilled, std::memory_order_acquire)) {
-        now = FillRows(filling, kept) ? kReady : kRefused;
+        // An aborted filling may begin anew.
+        now = FillRows(filling, kept) ? kReady : IsAborted(filling) ? kEmpty : kRefused;
         progress.store(now, std::memory_order_release);
     }
     return now == kReady && kept->level <= filling.level;
 }
 
 void DropKeptArm(KeptArm *kept) {
-    if (kept->rows) {
-        gKeptBytes.fetch_sub(kept->bytes, std::memory_order_relaxed);
-        CountedFree(kept->rows, static_cast<size_t>(kept->bytes));
-    }
+    if (kept->rows)
+        FreeRows(kept);
     *kept = KeptArm{};
 }

@@ -36,10 +36,11 @@ struct ArmFilling {
     const uint16_t *stateOfDistance;
     bool precise;
     uint32_t level; // values below it never show, whatever the light source
+    const std::atomic<uint8_t> &abort;
 };
 
 // Whether the arm's rows, with all values of at least `filling.level`, are ready; fills them when nobody else
-// does and there is room for them. Any thread.
+// does, nothing is aborted, and there is room for them. Any thread.
 bool KeepArm(const ArmFilling &filling, KeptArm *kept);
 // Gives the rows back; no other thread may use them.
 void DropKeptArm(KeptArm *kept);

@@ -34,6 +34,10 @@ struct Laying {
     void (*blendPiece)(const BlendPiece &piece);
 };
 
+bool IsAborted(const Laying &laying) {
+    return laying.target.abort.load(std::memory_order_relaxed) != 0;
+}
+
 // Products of colour and value below it change nothing: they are not drawn, or the sample stays what it is. A
 // product of at most half a byte's step moves a byte's working value by less than that, and by less than 3
 // downwards, so that it is rounded back to the same byte. In fast mode even a product of 0 moves it.
@@ -116,7 +120,7 @@ void LayArm(const Laying &laying, const Arm &arm, const PixelRange &walked, cons
     const IntRect &window = laying.window;
     const PixelRange rows = ArmRows(arm, walked);
     const int32_t last = std::min(rows.to, window.bottom - 1);
-    for (int32_t row = std::max(rows.from, window.top); row <= last; ++row) {
+    for (int32_t row = std::max(rows.from, window.top); row <= last && !IsAborted(laying); ++row) {
         const PixelRange span = SpanAbove(arm, walked, row, laying.leastValue);
         ForEachPiece(std::max(span.from, window.left), std::min(span.to, window.right - 1),
                      [&](int32_t from, int32_t count) {
@@ -131,7 +135,8 @@ void LayKeptArm(const Laying &laying, const Arm &arm, const PixelRange &walked, 
     const IntRect &window = laying.window;
     const PixelRange rows = ArmRows(arm, walked);
     const int32_t last = std::min({rows.to, kept.range.to, window.bottom - 1});
-    for (int32_t row = std::max({rows.from, kept.range.from, window.top}); row <= last; ++row) {
+    for (int32_t row = std::max({rows.from, kept.range.from, window.top}); row <= last && !IsAborted(laying);
+         ++row) {
         const KeptRow *keptRow = kept.rows + (row - kept.range.from);
         const int32_t end = keptRow->from + static_cast<int32_t>(keptRow[1].first - keptRow->first);
         const int32_t from = std::max(keptRow->from, window.left), to = std::min(end, window.right);
@@ -191,7 +196,8 @@ void LayStar(const BandTarget &target, const StarStamp &stamp, const StarTables 
         if (!prepared)
             PrepareColors(laying, tables, tint);
         prepared = true;
-        const ArmFilling filling = {&arm, tables.stateOfDistance, laying.blend.precise, laying.faintestValue};
+        const ArmFilling filling = {&arm, tables.stateOfDistance, laying.blend.precise, laying.faintestValue,
+                                    target.abort};
         if (stamp.keepsRows && stamp.kept && KeepArm(filling, &stamp.kept[i]))
             LayKeptArm(laying, arm, walked, stamp.kept[i]);
         else

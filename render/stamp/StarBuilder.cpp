@@ -5,6 +5,7 @@
 #include "render/stamp/SecondarySpikes.h"
 
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -21,6 +22,10 @@ int32_t ListPrimaryArms(const StampContext &context, ArmShape *shapes) {
     return list.count;
 }
 
+// Since the start of the run: what fails for good would otherwise be told for every light source. A preview,
+// which is only logged, does not keep the final render from telling it.
+bool gIsLowMemoryReported[2];
+
 } // namespace
 
 bool DrawStar(const StampContext &context, const std::atomic<uint8_t> &abort, StarTables *tables,
@@ -33,11 +38,12 @@ bool DrawStar(const StampContext &context, const std::atomic<uint8_t> &abort, St
     if (context.settings.secondaryIntensity > 0)
         count += ListSecondarySpikes(context, shapes + count);
     for (int32_t i = 0; i < count; ++i) {
+        const bool isAdded = AddArm(context, tables, px, py, shapes[i], abort, stamp);
         if (abort.load(std::memory_order_relaxed) != 0) {
             EmptyStamp(stamp);
             return false;
         }
-        if (AddArm(context, tables, px, py, shapes[i], stamp))
+        if (isAdded)
             continue;
         ReportLowMemory();
         return false;
@@ -47,6 +53,12 @@ bool DrawStar(const StampContext &context, const std::atomic<uint8_t> &abort, St
 }
 
 void ReportLowMemory() {
+    if (std::exchange(gIsLowMemoryReported[gPreciseMode], true))
+        return;
     ReportError({kLowMemorySite, kUserMessage, 0}, kWarningIcon, kTitleWarning,
                 "Low memory.  Check image - some effects may not be rendered.");
+}
+
+void ForgetLowMemory() {
+    gIsLowMemoryReported[0] = gIsLowMemoryReported[1] = false;
 }

@@ -114,7 +114,7 @@ IntRect JoinRects(const IntRect &a, const IntRect &b) {
 } // namespace
 
 bool AddArm(const StampContext &context, StarTables *tables, int32_t px, int32_t py, const ArmShape &shape,
-            StarStamp *stamp) {
+            const std::atomic<uint8_t> &abort, StarStamp *stamp) {
     if (shape.length < 1 || shape.brightness < context.floor / 4 || stamp->count == kMaxStampArms)
         return true;
     if (!stamp->arms && !AllocateArms(stamp))
@@ -125,7 +125,7 @@ bool AddArm(const StampContext &context, StarTables *tables, int32_t px, int32_t
         FindValues(context, {inputs, context.floor / 4, FurthestDistance(context)}, tables);
     if (!values)
         return false;
-    const Arm arm = MakeArm(context, px, py, shape, values);
+    const Arm arm = MakeArm(context, px, py, shape, values, abort);
     if (arm.walked.from > arm.walked.to)
         return true;
     stamp->arms[stamp->count++] = arm;

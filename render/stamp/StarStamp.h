@@ -47,7 +47,7 @@ struct StarTables {
 // Appends an arm with its table. Nothing happens when the arm is too short or too faint. False when memory
 // ran out; the stamp is then unchanged.
 bool AddArm(const StampContext &context, StarTables *tables, int32_t px, int32_t py, const ArmShape &shape,
-            StarStamp *stamp);
+            const std::atomic<uint8_t> &abort, StarStamp *stamp);
 // Count 0, an empty box and no kept rows; the arrays stay.
 void EmptyStamp(StarStamp *stamp);
 // Gives the arrays back and leaves an empty stamp.
