@@ -96,10 +96,11 @@ void KeepFrame(Session *session) {
 void TakeTurn(Session *session) {
     RECT invalid;
     const bool isInvalid = GetUpdateRect(session->run.display, &invalid, FALSE);
+    if (isInvalid) // and not all of it: more may have become invalid since
+        ValidateRect(session->run.display, &invalid);
     session->run.TakeMessages();
     if (!isInvalid)
         return;
-    ValidateRect(session->run.display, nullptr);
     const double start = session->Now();
     PaintPreviewImage(session->screen, {invalid.left, invalid.top, invalid.right, invalid.bottom},
                       session->view);

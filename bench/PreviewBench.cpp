@@ -71,7 +71,7 @@ void OpenScreen(Session *session) {
 }
 
 void Paint(Session *session, const RECT &invalid) {
-    ValidateRect(session->run.display, nullptr);
+    ValidateRect(session->run.display, &invalid);
     const Clock::time_point start = Clock::now();
     PaintPreviewImage(session->screen, {invalid.left, invalid.top, invalid.right, invalid.bottom},
                       session->view);

@@ -15,13 +15,22 @@ namespace {
 
 constexpr uint32_t kSiteLayer = 695;
 
+bool HoldsRect(const IntRect &outer, const IntRect &inner) {
+    return outer.left <= inner.left && outer.top <= inner.top && outer.right >= inner.right &&
+           outer.bottom >= inner.bottom;
+}
+
 // The newest of what there is lies on top: pixels that are exact, then the draft, then what was exact once.
 void DrawNewest(const PreviewGeometry &geometry, const IntRect &part, uint32_t *pixels) {
     const ImageBuffer &image = gProxies.HostProxyImage;
-    DrawStore(gProxies.scaledProxy, image, !ShowsEffectsOnly(), geometry.zoom, part, pixels, kTileBitmapSide);
-    if (!gProxies.draft.pixels)
+    const PixelStore &draft = gProxies.draft;
+    const bool hidesAll = draft.pixels && draft.scale == geometry.zoom && HoldsRect(draft.bounds, part);
+    DrawStore(hidesAll ? draft : gProxies.scaledProxy, image, !ShowsEffectsOnly(), geometry.zoom, part,
+              pixels, kTileBitmapSide);
+    if (!draft.pixels)
         return;
-    OverlayStore(gProxies.draft, image, geometry.zoom, part, pixels, kTileBitmapSide);
+    if (!hidesAll)
+        OverlayStore(draft, image, geometry.zoom, part, pixels, kTileBitmapSide);
     RegionRects fresh{};
     if (geometry.zoom != gProxies.previous.zoom || !GetRegionRects(gProxies.FreshRegion, &fresh))
         return;
