@@ -10,7 +10,7 @@ find host plugin ui render web engine storage diag resources -name '*.h' -o -nam
 BEGIN {
     Room("host",      "program batch filter module pictures base", "plugin/interface render resources")
     Room("plugin",    ". parameters record interface",         "ui web render engine storage diag resources")
-    Room("ui",        "dialog settings about viewers look display view preview pixels fields window",
+    Room("ui",        "dialog history settings about viewers look display view preview pixels fields window",
                                                                "web render engine storage diag resources")
     Room("render",    ". stamp rows shape",                    "engine diag")
     Room("web",       ".",                                     "storage diag")

@@ -86,6 +86,7 @@
 #define BX_ID_SOFT_FLARE_MORE 1078
 
 #define BX_DIALOG_ACCELERATORS 190
+#define BX_EDIT_ACCELERATORS 195
 
 // Commands of the accelerator table.
 #define BX_CMD_ANGLE 40048
@@ -115,10 +116,14 @@
 #define BX_CMD_THRESHOLD 40088
 #define BX_CMD_EFFECT 40090
 #define BX_CMD_SHOW 40092
+#define BX_CMD_UNDO 40093
+#define BX_CMD_REDO 40094
+#define BX_CMD_DEFAULTS 40095
 
 #ifndef RC_INVOKED
 constexpr wchar_t kMainDialogName[] = L"BRILLATRIXDIALOG_ADVANCED";
 constexpr int kDialogAcceleratorsId = BX_DIALOG_ACCELERATORS;
+constexpr int kEditAcceleratorsId = BX_EDIT_ACCELERATORS;
 
 constexpr int kPreviewOnId = BX_ID_PREVIEW_ON;
 constexpr int kHelpId = BX_ID_HELP;

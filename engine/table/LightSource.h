@@ -41,3 +41,12 @@ struct LightSourceTableView {
 inline bool IsLightSourceSelected(const LightSource &source, uint32_t cutLevel) {
     return source.State == 2 || (source.State == 1 && source.Brightness > cutLevel);
 }
+
+// The two states of a source in one byte, and back.
+inline uint8_t PackLightState(const LightSource &source) {
+    return static_cast<uint8_t>(source.State | source.SavedState << 4);
+}
+inline void UnpackLightState(uint8_t packed, LightSource *source) {
+    source->State = packed & 15u;
+    source->SavedState = packed >> 4;
+}

@@ -223,10 +223,10 @@ void DialogFixture::DoubleClick(int id) {
     Pump();
 }
 
-void DialogFixture::Key(WORD key, bool ctrl) {
+void DialogFixture::Key(WORD key, bool ctrl, bool shift) {
     if (GetActiveWindow() != dialog)
         SetForegroundWindow(dialog); // another program's window may have come up
-    HoldKeys(false, ctrl);
+    HoldKeys(false, ctrl, shift);
     PostKey(dialog, key);
     HoldKeys(false, false);
 }

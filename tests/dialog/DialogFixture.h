@@ -58,12 +58,13 @@ protected:
     // the control.
     void Click(int id);
     void DoubleClick(int id);
+    HWND ControlAt(POINT screen) const;
     void Drag(int id, POINT from, POINT to) { DragOn(Item(id), from, to, 4); }
     void DragTrackbar(int id, int position) {
         Drag(id, ThumbAt(Item(id), Position(id)), ThumbAt(Item(id), position));
     }
     // To the control with the focus.
-    void Key(WORD key, bool ctrl = false);
+    void Key(WORD key, bool ctrl = false, bool shift = false);
     void Character(wchar_t character);
     // Replaces the text of an edit field, character by character.
     void Type(int editId, const std::string &text);
@@ -98,7 +99,6 @@ private:
     static INT_PTR WINAPI OpenMain(HINSTANCE module, LPCWSTR name, HWND owner, DLGPROC main,
                                    LPARAM parameter);
     void RunScript();
-    HWND ControlAt(POINT screen) const;
 
     Script script;
     std::map<UINT, int> seen;

@@ -17,6 +17,18 @@ protected:
         Ask(over, WM_MOUSEWHEEL, turn, point);
         Pump();
     }
+    void Undo() { Key('Z', true); }
+    void Redo() { Key('Y', true); }
+    // Names and pictures let the click through to the dialog.
+    void DoubleClickOn(HWND control) {
+        RECT place;
+        GetWindowRect(control, &place);
+        POINT point = {place.left + 3, (place.top + place.bottom) / 2};
+        const HWND hit = ControlAt(point);
+        ScreenToClient(hit, &point);
+        PostMessageW(hit, WM_LBUTTONDBLCLK, MK_LBUTTON, PointParam(point.x, point.y));
+        Pump();
+    }
 };
 
 } // namespace
@@ -74,4 +86,84 @@ TEST_F(DialogEditing, WhatLooksSelectedIsReplacedByTyping) {
         }
         PressCancel();
     });
+}
+
+TEST_F(DialogEditing, AHundredStepsAreTakenBackAndMadeAgain) {
+    RunDialog([this] {
+        Settle();
+        constexpr int steps = 60;
+        ParameterSet changed = kDefaultParameters;
+        SetFocus(Item(kEffectCombo));
+        for (int i = 0; i < steps; ++i)
+            for (const int pair : {1, 2}) {
+                changed.*kPairs[pair].value += i % 30 < 15 ? 1 : -1;
+                SetFocus(Item(kPairs[pair].edit));
+                PressKey(Item(kPairs[pair].edit), i % 30 < 15 ? VK_UP : VK_DOWN);
+            }
+        EXPECT_EQ(SetInHandle(), changed);
+        SetFocus(Item(kSettingsCombo)); // which claims the letters, but not these
+        for (int i = 0; i < 2 * steps; ++i)
+            Undo();
+        EXPECT_EQ(SetInHandle(), kDefaultParameters);
+        EXPECT_EQ(Selected(kSettingsCombo), 0) << "the set that fits is shown";
+        Undo();
+        for (int i = 0; i < steps; ++i) {
+            Redo();
+            Key('Z', true, true);
+        }
+        Redo();
+        EXPECT_EQ(SetInHandle(), changed);
+        PressCancel();
+    });
+}
+
+// One step each, whatever it was; all of them back, all of them again, and all of them back.
+TEST_F(DialogEditing, EverySortOfChangeIsOneStep) {
+    std::vector<ParameterSet> states = {kDefaultParameters};
+    RunDialog([&] {
+        Settle();
+        const auto step = [&](const char *what, const Script &change) {
+            change();
+            Settle();
+            EXPECT_NE(SetInHandle(), states.back()) << what;
+            states.push_back(SetInHandle());
+        };
+        const HWND lengthName = GetWindow(Item(kPairs[2].edit), GW_HWNDPREV);
+        step("a drag", [this] { DragTrackbar(kPairs[2].trackbar, 80); });
+        step("another", [this] { DragTrackbar(kPairs[2].trackbar, 20); });
+        step("typing", [this] { Type(kPairs[2].edit, "64"); });
+        step("a name", [&] { DoubleClickOn(lengthName); });
+        EXPECT_EQ(states.back(), kDefaultParameters);
+        step("keys", [this] {
+            for (int i = 0; i < 5; ++i)
+                Key(VK_UP);
+        });
+        step("wheel", [this] { Wheel(kPairs[3].edit, 120); });
+        step("a picture", [this] { DoubleClickOn(Item(1057)); });
+        step("the effect, with its points", [this] { Choose(kEffectCombo, 1); });
+        step("another effect", [this] { Choose(kEffectCombo, 4); });
+        step("the switch", [this] { Click(kEffectsOnly); });
+        step("a set", [this] { Choose(kSettingsCombo, 0); });
+        step("typing again", [this] { Type(kPairs[2].edit, "31"); });
+        step("the defaults", [this] { Key('R', true); });
+        EXPECT_EQ(states.back(), kDefaultParameters);
+        EXPECT_EQ(Selected(kSettingsCombo), 0);
+        EXPECT_EQ(GetFocus(), Item(kPairs[2].edit)) << "the focus stays where the person works";
+        for (size_t i = states.size() - 1; i-- > 0;) {
+            Undo();
+            EXPECT_EQ(SetInHandle(), states[i]) << i;
+            EXPECT_EQ(Text(kPairs[2].edit), kPairs[2].Shown(states[i].length));
+        }
+        for (size_t i = 1; i < states.size(); ++i) {
+            Redo();
+            EXPECT_EQ(SetInHandle(), states[i]) << i;
+        }
+        const RECT display = ClientOf(Item(kDisplay));
+        Click(kHideIcon);
+        Drag(kDisplay, {2, 2}, {display.right - 3, display.bottom - 3});
+        Undo();
+        PressOk();
+    });
+    EXPECT_EQ(DifferentSamples(filterHost.document, FilteredNight(before, kDefaultParameters)), 0)
+        << "the hidden lights are back";
 }

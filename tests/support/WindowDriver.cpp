@@ -97,11 +97,12 @@ LRESULT TurnWheel(HWND window, POINT point, int delta, WPARAM keys) {
     return result;
 }
 
-void HoldKeys(bool alt, bool ctrl) {
+void HoldKeys(bool alt, bool ctrl, bool shift) {
     BYTE keys[256];
     GetKeyboardState(keys);
     keys[VK_MENU] = keys[VK_LMENU] = alt ? 0x80 : 0;
     keys[VK_CONTROL] = keys[VK_LCONTROL] = ctrl ? 0x80 : 0;
+    keys[VK_SHIFT] = keys[VK_LSHIFT] = shift ? 0x80 : 0;
     SetKeyboardState(keys);
 }
 

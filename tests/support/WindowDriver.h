@@ -25,7 +25,7 @@ void DragOn(HWND window, POINT from, POINT to, int steps = 5);
 LRESULT TurnWheel(HWND window, POINT point, int delta, WPARAM keys = 0);
 
 // What the keyboard state says until it is called again.
-void HoldKeys(bool alt, bool ctrl);
+void HoldKeys(bool alt, bool ctrl, bool shift = false);
 void PressKey(HWND window, WPARAM key, int repeatCount = 1);
 void TypeText(HWND window, const char *text);
 // To the control with the focus.

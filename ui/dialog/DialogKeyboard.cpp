@@ -14,7 +14,7 @@
 
 namespace {
 
-HACCEL gAccelerators;
+HACCEL gAccelerators, gEditAccelerators; // the second are nobody's letters and work everywhere
 
 bool IsKeyboardMessage(UINT message) {
     return message >= WM_KEYFIRST && message <= WM_KEYLAST;
@@ -68,13 +68,17 @@ bool TakeSettingsMnemonic(const MSG &message) {
     return true;
 }
 
+bool Translate(HACCEL accelerators, MSG *message) {
+    return accelerators && TranslateAcceleratorW(gMainDialog.window, accelerators, message) != 0;
+}
+
 bool TakeKeyboardMessage(MSG *message) {
     if (GetActiveWindow() != gMainDialog.window)
         return false;
     if (OnPreviewKey(*message) || IsAltOfTool(*message) || TakeSettingsMnemonic(*message))
         return true;
-    return !gMainDialog.comboClaimsKeys && gAccelerators &&
-           TranslateAcceleratorW(gMainDialog.window, gAccelerators, message) != 0;
+    return Translate(gEditAccelerators, message) ||
+           (!gMainDialog.comboClaimsKeys && Translate(gAccelerators, message));
 }
 
 LRESULT CALLBACK FilterMessage(int code, WPARAM wParam, LPARAM lParam) {
@@ -91,6 +95,7 @@ LRESULT CALLBACK FilterMessage(int code, WPARAM wParam, LPARAM lParam) {
 
 void InstallKeyboardHook() {
     gAccelerators = LoadAcceleratorsW(ModuleInstance(), MAKEINTRESOURCEW(kDialogAcceleratorsId));
+    gEditAccelerators = LoadAcceleratorsW(ModuleInstance(), MAKEINTRESOURCEW(kEditAcceleratorsId));
     gMainDialog.hook = SetWindowsHookExW(WH_MSGFILTER, FilterMessage, nullptr, GetCurrentThreadId());
 }
 
@@ -98,7 +103,7 @@ void RemoveKeyboardHook() {
     if (gMainDialog.hook)
         UnhookWindowsHookEx(gMainDialog.hook);
     gMainDialog.hook = nullptr;
-    gAccelerators = nullptr;
+    gAccelerators = gEditAccelerators = nullptr;
 }
 
 // Meant so: once the list of settings has had the focus, only the effect list gives the letters free again,

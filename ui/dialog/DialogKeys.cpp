@@ -2,6 +2,7 @@
 
 #include "resources/DialogControlIds.h"
 #include "ui/fields/ParameterControls.h"
+#include "ui/history/DialogHistory.h"
 #include "ui/settings/SettingsMenu.h"
 #include "ui/view/ViewMenu.h"
 #include "ui/view/ViewTools.h"
@@ -104,6 +105,20 @@ bool OnPanelKey(HWND dialog, int command) {
     return false;
 }
 
+bool OnEditKey(HWND dialog, int command) {
+    switch (command) {
+    case BX_CMD_UNDO:
+    case BX_CMD_REDO:
+        if (command == BX_CMD_UNDO ? UndoDialogStep() : RedoDialogStep())
+            SelectFittingSettings(dialog);
+        return true;
+    case BX_CMD_DEFAULTS:
+        ChooseDefaultSettings(dialog);
+        return true;
+    }
+    return false;
+}
+
 } // namespace
 
 bool OnKeyboardCommand(HWND dialog, int command) {
@@ -112,5 +127,5 @@ bool OnKeyboardCommand(HWND dialog, int command) {
             FocusParameterControl(key.parameter);
             return true;
         }
-    return OnViewKey(dialog, command) || OnPanelKey(dialog, command);
+    return OnViewKey(dialog, command) || OnPanelKey(dialog, command) || OnEditKey(dialog, command);
 }

@@ -12,6 +12,9 @@
 #include "ui/display/PreviewDisplay.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterLabels.h"
+#include "ui/fields/ParameterValue.h"
+#include "ui/history/DialogHistory.h"
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/look/DialogPictures.h"
@@ -23,6 +26,7 @@
 #include <algorithm>
 #include <commctrl.h>
 #include <iterator>
+#include <windowsx.h>
 
 namespace {
 
@@ -104,6 +108,7 @@ void OnDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
 }
 
 void OnParameterChanged(HWND dialog) {
+    NoteDialogState();
     ReselectSettings(dialog);
     PostMessageW(dialog, kMsgRequestPreview, 0, 0);
 }
@@ -112,9 +117,14 @@ void OnParametersReplaced(HWND dialog) {
     RefreshParameterControls();
     ShowEffectType(dialog, DialogParameters()->effectType);
     RefreshCheckBoxes(dialog);
+    ++gFieldGesture; // a set is a step of its own, also when it changes but the value typed last
+    NoteDialogState();
+    ++gFieldGesture;
 }
 
+// Lights that were hidden or shown are seen to here: every such change asks for a preview.
 void OnPreviewRequested() {
+    NoteDialogState();
     RequestPreview(MakePreviewRequest(CurrentPreviewGeometry(), gMainDialog.previewOn, *DialogParameters()));
 }
 
@@ -152,7 +162,8 @@ INT_PTR HandlePrivateMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lP
         OnProgress(dialog, wParam, lParam);
         return TRUE;
     case kMsgTableReady:
-        OnPreviewTableReady();
+        if (OnPreviewTableReady())
+            NoteLightsFound();
         return TRUE;
     }
     return FALSE;
@@ -195,6 +206,8 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_MOUSEWHEEL:
         OnDialogWheel(wParam, lParam);
         return TRUE;
+    case WM_LBUTTONDBLCLK:
+        return OnParameterLabelDoubleClick(dialog, {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
     case WM_CTLCOLORSTATIC:
         return OnCtlColorStatic(reinterpret_cast<HWND>(lParam), reinterpret_cast<HDC>(wParam));
     case WM_DPICHANGED:

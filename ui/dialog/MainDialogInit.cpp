@@ -15,6 +15,7 @@
 #include "ui/fields/ParameterControls.h"
 #include "ui/fields/ParameterTable.h"
 #include "ui/fields/ParameterValue.h"
+#include "ui/history/DialogHistory.h"
 #include "ui/look/CornerIcon.h"
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
@@ -69,6 +70,7 @@ void SetUpControls(HWND dialog) {
         dialog, {gDialogSubject.image, gDialogSubject.iccProfile, gDialogSubject.iccProfileBytes, dialog},
         ShowDialogPicture);
     NameControls(dialog);
+    BeginDialogHistory(dialog, DialogParameters());
 }
 
 // In the middle of the work area of the monitor that the host's window is on.
@@ -142,6 +144,7 @@ void ReleaseMainDialog() {
     if (gMainDialog.boldFont)
         DeleteObject(gMainDialog.boldFont);
     RemoveKeyboardHook();
+    EndDialogHistory();
     FreeParameterSetList(dialog);
     ReleaseCheckBoxes();
     ForgetControlNames(dialog);

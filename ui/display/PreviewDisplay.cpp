@@ -1,6 +1,7 @@
 #include "ui/display/PreviewDisplay.h"
 
 #include "diag/module/ModuleInstance.h"
+#include "engine/InitializationTask.h"
 #include "resources/DialogControlIds.h"
 #include "storage/UISettings.h"
 #include "ui/display/PreviewDisplayCursor.h"
@@ -181,7 +182,10 @@ bool AttachPreviewDisplay(HWND dialog, const PreviewSource &source, ShowToolPict
     return gPreviewDisplay.hasTask;
 }
 
-void OnPreviewTableReady() {
+bool OnPreviewTableReady() {
+    if (gViewTools.tableReady || !gPreviewDisplay.hasTask || !WaitLightSourceTable(nullptr, nullptr, 0))
+        return false;
     EnableEffectTools();
     UpdateLightMarks();
+    return true;
 }

@@ -17,5 +17,6 @@ void UnregisterPreviewDisplayClass();
 // control or the task does not start.
 bool AttachPreviewDisplay(HWND dialog, const PreviewSource &source, ShowToolPicture showPicture);
 
-// The dialog answers kMsgTableReady with this.
-void OnPreviewTableReady();
+// The dialog answers kMsgTableReady with this. True when the table has become ready just now: the message
+// alone, which anybody can send, makes nothing ready.
+bool OnPreviewTableReady();

@@ -85,3 +85,10 @@ void UpdateLightMarks() {
     gPreviewDisplay.marks = marks;
     VisitMarkedLights(marks, gViewTools.view, InvalidateMark, nullptr);
 }
+
+void RefreshHiddenLights() {
+    if (!gPreviewDisplay.window)
+        return;
+    UpdateLightMarks();
+    InvalidateRect(gPreviewDisplay.window, nullptr, FALSE);
+}

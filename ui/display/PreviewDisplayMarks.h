@@ -19,5 +19,7 @@ void InvalidateClient(const IntRect &rect, LONG margin);
 uint32_t EffectiveViewTool();
 // The dragged rectangle, ends included in it; false while there is none to show.
 bool DragRectangle(IntRect *rect);
+// Lights were hidden or shown: what marks them is drawn again.
+void RefreshHiddenLights();
 // Marks what a Hide or Show gesture at the pointer would change, and repaints the marks that changed.
 void UpdateLightMarks();

@@ -115,8 +115,10 @@ void FinishHide(int32_t mode, POINT press, bool isClick, const IntRect &rect) {
         return;
     const bool changed = isClick ? ChangeLightAt(gViewTools.view, {press.x, press.y}, mode)
                                  : ChangeLightsInRect(gViewTools.view, rect, mode);
-    if (changed)
-        AskForPreview();
+    if (!changed)
+        return;
+    AskForPreview();
+    RefreshHiddenLights();
 }
 
 // Takes the rectangle off the display and does what the state stands for; nothing for kNoReleasePoint.

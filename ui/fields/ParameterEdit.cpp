@@ -73,6 +73,7 @@ void SubclassParameterEdit(ParameterControl *row) {
 }
 
 void OnEditSetFocus(ParameterControl *row) {
+    ++gFieldGesture;
     row->editing = true;
     SelectEditText(*row);
     InvalidateRect(row->edit, nullptr, FALSE);

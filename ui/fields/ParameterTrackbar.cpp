@@ -70,6 +70,7 @@ void OnTrackbarKillFocus(ParameterControl *row, HWND nextFocus) {
 }
 
 LPARAM OnTrackbarButtonDown(const ParameterControl &row, LPARAM point) {
+    ++gFieldGesture;
     RECT thumb = {};
     SendMessageA(row.trackbar, TBM_GETTHUMBRECT, 0, reinterpret_cast<LPARAM>(&thumb));
     if (PtInRect(&thumb, {GET_X_LPARAM(point), GET_Y_LPARAM(point)}))
@@ -92,6 +93,7 @@ void OnTrackbarButtonUp(ParameterControl *row) {
     OnTrackbarStepped(row);
     if (!IsBound(*row))
         return;
+    ++gFieldGesture;
     SetFocus(row->edit);
     SelectEditText(*row);
 }

@@ -8,6 +8,8 @@
 #include <commctrl.h>
 #include <richedit.h>
 
+uint32_t gFieldGesture = 0;
+
 int16_t ClampToRow(const ParameterControl &row, int32_t value) {
     return static_cast<int16_t>(
         std::clamp(value, static_cast<int32_t>(row.minimum), static_cast<int32_t>(row.maximum)));

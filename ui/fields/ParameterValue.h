@@ -3,6 +3,10 @@
 
 #include "ui/fields/ParameterTable.h"
 
+// Counts on with every press of the mouse on a trackbar, and with every change of the field that has the
+// focus, so that the changes of one gesture can be told from those of the next.
+extern uint32_t gFieldGesture;
+
 constexpr size_t kNumberTextCapacity = 33; // 32 characters of an edit are read
 
 int16_t ClampToRow(const ParameterControl &row, int32_t value);

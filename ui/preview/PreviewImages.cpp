@@ -91,6 +91,13 @@ int32_t ChangeInRect(const IntRect &rect, int32_t mode) {
     return changed;
 }
 
+void RestoreState(uint8_t packed, bool isShown, LightSource *source) {
+    const uint32_t before = source->State;
+    UnpackLightState(packed, source);
+    if (isShown && source->State != before)
+        InvalidateSource(*source);
+}
+
 } // namespace
 
 bool PaintPreviewImage(HDC dc, const IntRect &part, const PreviewGeometry &geometry) {
@@ -138,4 +145,17 @@ int32_t ChangeEffectsInRect(const IntRect &rect, int32_t mode) {
     CheckPreview();
     UnlockPreview();
     return changed;
+}
+
+void RestoreEffects(const uint8_t *states, uint32_t count) {
+    const LightSourceTableView table = GetLightSourceTable();
+    if (count != table.count)
+        return;
+    const bool isLocked = LockPreview();
+    for (uint32_t i = 0; i < count; ++i)
+        RestoreState(states[i], isLocked, &table.records[i]);
+    if (!isLocked)
+        return;
+    CheckPreview();
+    UnlockPreview();
 }

@@ -24,3 +24,5 @@ void SetFilterEffectsInvalidInRect(const IntRect &rect);
 // engine's while the task runs. Results as the engine's.
 int32_t ChangeEffectAt(int32_t x, int32_t y, double zoomPercent, int32_t mode);
 int32_t ChangeEffectsInRect(const IntRect &rect, int32_t mode);
+// The same for states that all sources had before, packed; nothing when the table has another count.
+void RestoreEffects(const uint8_t *states, uint32_t count);

@@ -13,7 +13,7 @@ constexpr uint32_t kSiteTrackFailed = 1105, kSiteUnexpectedItem = 1111;
 
 enum SettingsMenuItem : UINT { kLoadSettings = 1, kSaveSettings = 2, kDeleteSettings = 3 };
 
-constexpr int kLastUsedRow = 1; // of the dialog's own rows, the second
+constexpr int kDefaultsRow = 0, kLastUsedRow = 1; // the dialog's own
 // No file can have these names: a file's name holds no angle bracket.
 constexpr wchar_t kDefaultsName[] = L"<Default Settings>";
 constexpr wchar_t kLastUsedName[] = L"<Last Used Settings>";
@@ -39,6 +39,8 @@ bool IsListOpen(HWND dialog) {
 
 // Away from the list, so that the keys reach the preview again.
 void LeaveSettingsList(HWND dialog) {
+    if (GetFocus() != GetDlgItem(dialog, kSettingsComboId))
+        return;
     HWND next = GetDlgItem(dialog, kPreviewDisplayId);
     if (!next)
         next = GetDlgItem(dialog, IDOK);
@@ -126,12 +128,21 @@ void FillSettingsList(HWND dialog) {
 // The row that the dialog opens with: the defaults or a saved set if it has the present values, else the set
 // of last time.
 void SelectFittingSettings(HWND dialog) {
+    if (IsCurrentSet(ParameterSetAt(dialog, gSettingsRow)))
+        return SelectParameterSet(dialog, gSettingsRow);
     const int count = static_cast<int>(SendDlgItemMessageW(dialog, kSettingsComboId, CB_GETCOUNT, 0, 0));
     int fitting = IsCurrentSet(ParameterSetAt(dialog, kLastUsedRow)) ? kLastUsedRow : -1;
     for (int row = count - 1; row >= 0; --row)
         if (row != kLastUsedRow && IsCurrentSet(ParameterSetAt(dialog, row)))
             fitting = row;
-    SelectSettingsRow(dialog, fitting);
+    SelectParameterSet(dialog, fitting);
+    if (fitting >= 0)
+        gSettingsRow = fitting;
+}
+
+void ChooseDefaultSettings(HWND dialog) {
+    SelectParameterSet(dialog, kDefaultsRow);
+    OnSettingsChosen(dialog);
 }
 
 void OnSettingsChosen(HWND dialog) {

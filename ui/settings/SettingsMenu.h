@@ -9,8 +9,10 @@ constexpr int kOwnSettingsRows = 2;
 
 // Puts the dialog's own rows and the saved sets into the list; none is selected.
 void FillSettingsList(HWND dialog);
-// Selects the row that has the dialog's present values, if one has.
+// Selects the row that has the dialog's present values, if one has; of several the one chosen last.
 void SelectFittingSettings(HWND dialog);
+// As if the user had picked the row of the defaults.
+void ChooseDefaultSettings(HWND dialog);
 // The user picked a row: its set becomes the current one, and the focus leaves the list. While the list is
 // open it stays, so that the arrow keys can try one set after the other and Enter does not reach the OK
 // button.

@@ -1,0 +1,48 @@
+// What can be taken back in the dialog, and which changes are one step: records and rules without windows.
+// The dialog notes its state after every change; a step is the way from one noted state to the next.
+#pragma once
+
+#include "render/ParameterSet.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+constexpr size_t kUndoSteps = 200;
+// A run of key presses, of turns of the wheel or of typed digits goes on for so long after the last one.
+constexpr uint32_t kRunMilliseconds = 1000;
+
+struct UndoState {
+    ParameterSet parameters;
+    std::vector<uint8_t> lights; // one a light of the table; empty while there is no table
+};
+
+// When and how a change was made.
+struct UndoMoment {
+    uint32_t milliseconds; // of a clock that may run over
+    uint32_t gesture;      // another one for another press of the mouse, and another field
+    bool mouseHeld;        // a drag goes on, however slowly
+    bool listKeyHeld;      // a list is walked through by its keys
+};
+
+struct UndoHistory {
+    std::vector<UndoState> states; // the oldest first; empty before BeginHistory
+    size_t present;
+    int32_t lastKind; // of the change noted last
+    UndoMoment last;
+    bool runIsOpen; // the next change may belong to the same step
+};
+
+void BeginHistory(UndoHistory *history, const UndoState &now);
+// A state that is the present one is no change.
+void NoteState(UndoHistory *history, const UndoState &now, const UndoMoment &moment);
+// The lights are found after the dialog has opened, and none is hidden then: all states get them.
+void NoteFoundLights(UndoHistory *history, const std::vector<uint8_t> &lights);
+
+// The state to show now, which has become the present one; null when there is no step left.
+const UndoState *StepBack(UndoHistory *history);
+const UndoState *StepForward(UndoHistory *history);
+
+bool SameParameters(const ParameterSet &a, const ParameterSet &b);
+// The values, the effect and the switch; nothing else of the record.
+void CopyParameters(const ParameterSet &from, ParameterSet *to);
