@@ -63,7 +63,7 @@ INT_PTR DialogFixture::Watch(DLGPROC real, HWND window, UINT message, WPARAM wPa
         afterMessage(message);
     if (message == WM_INITDIALOG && onInit)
         onInit();
-    if (message == WM_GETMINMAXINFO) // the screen that tests run on is small
+    if (message == WM_GETMINMAXINFO && lParam) // the screen that tests run on is small
         reinterpret_cast<MINMAXINFO *>(lParam)->ptMaxTrackSize = {8000, 8000};
     return result;
 }

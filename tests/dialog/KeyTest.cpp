@@ -122,6 +122,15 @@ TEST_F(DialogKeys, KeysPressButtonsPickToolsAndOpenMenus) {
         GetClientRect(Item(kDisplay), &display);
         const double zoom = std::min((display.right - 2) * 100.0 / 240, (display.bottom - 2) * 100.0 / 180);
         EXPECT_NEAR(_wtof(Text(kZoomText).c_str()), zoom, 0.01);
+        GetWindowRect(dialog, &rect);
+        // What is fitted stays so at another size, until the zoom is changed.
+        Resize(rect.right - rect.left + 50, rect.bottom - rect.top);
+        EXPECT_GT(_wtof(Text(kZoomText).c_str()), zoom + 1);
+        Key(VK_OEM_MINUS, true);
+        const std::wstring chosen = Text(kZoomText);
+        Resize(rect.right - rect.left, rect.bottom - rect.top);
+        EXPECT_EQ(Text(kZoomText), chosen);
+        EXPECT_EQ(ClientOf(Item(kDisplay)).right, display.right);
         Key('0', true);
         GetWindowRect(dialog, &rect);
         SystemParametersInfoA(SPI_GETWORKAREA, 0, &work, 0);

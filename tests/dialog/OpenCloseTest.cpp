@@ -280,6 +280,7 @@ TEST_F(MainDialog, AFatalErrorEndsItOnceWithItsCode) {
     before = filterHost.document;
     HoldTable();
     const host::RunResult result = RunDialog([&] {
+        EnableWindow(dialog, FALSE); // as a box does that is open above it
         refuseGrowth = true;
         ReleaseTable();
         const DWORD start = GetTickCount();
@@ -287,6 +288,9 @@ TEST_F(MainDialog, AFatalErrorEndsItOnceWithItsCode) {
             SendMessageW(dialog, kMsgProgress, 0, 0); // at the first message after the report
         for (int i = 0; i < 3; ++i)
             SendMessageW(dialog, kMsgRequestPreview, 0, 0);
+        EXPECT_FALSE(IsWindowEnabled(hostWindow)) << "the host is still in its call";
+        EnableWindow(dialog, TRUE);
+        EXPECT_TRUE(IsWindowEnabled(hostWindow));
     });
     refuseGrowth = false;
     EXPECT_EQ(ends, 1);

@@ -22,6 +22,18 @@ protected:
         Click(kSettingsIcon);
         gAnswers.menuCommand = kNone;
     }
+    static std::wstring Wide(const std::string &text) { return {text.begin(), text.end()}; }
+    // In the middle of the field, without its arrow.
+    int DarkPixels(int combo) {
+        SetFocus(Item(IDOK));
+        UpdateWindow(Item(combo));
+        const Picture picture = CaptureClient(Item(combo));
+        int dark = 0;
+        for (int y = 5; y < picture.height - 5; ++y)
+            for (int x = 5; x < picture.width / 2; ++x)
+                dark += (PixelAt(picture, x, y) & 0xFF) < 96;
+        return dark;
+    }
     bool IsDeleteGrayed() {
         Pick(kNone);
         return gAnswers.menus.back().items[kDelete].grayed;
@@ -57,6 +69,9 @@ TEST_F(DialogSettings, SaveChooseAndReselect) {
         Choose(kEffectCombo, 3);
         Click(kEffectsOnly);
         EXPECT_EQ(Selected(kSettingsCombo), -1) << "no saved set has these values";
+        EXPECT_EQ(Text(kSettingsCombo), L"(Custom)");
+        EXPECT_EQ(Rows(), 2) << "which is no row";
+        EXPECT_GT(DarkPixels(kSettingsCombo), 30) << "and can be read";
         Pick(kSave, SetFile("Mine"));
         const std::string file = ReadWholeFile(SetFile("Mine"));
         ASSERT_EQ(file.size(), 255u);
@@ -82,6 +97,13 @@ TEST_F(DialogSettings, SaveChooseAndReselect) {
         Type(kPairs[0].edit, "65");
         EXPECT_EQ(Selected(kSettingsCombo), -1);
         Pick(kLoad); // cancelled: the row chosen last is still known
+        Pick(kSave);
+        EXPECT_EQ(gAnswers.offered, Wide(SetFile("Mine")));
+        Pick(kSave, SetFile("Mine"));
+        EXPECT_EQ(Rows(), 3) << "in its place";
+        EXPECT_EQ(ReadWholeFile(SetFile("Mine"))[36], 65);
+        Type(kPairs[0].edit, "64");
+        Pick(kSave, SetFile("Mine"));
         Type(kPairs[0].edit, "64");
         EXPECT_EQ(Selected(kSettingsCombo), row) << "the values are the chosen set's again";
         // While the list is open the keys walk through it: Enter must not reach the OK button.
@@ -162,6 +184,34 @@ TEST_F(DialogSettings, LoadDeleteAndTheGreyedItem) {
     EXPECT_TRUE(IsLogged("TrackPopupMenu() failed with error code 0x579"));
     EXPECT_TRUE(IsLogged("TrackPopupMenu() returned unexpected value 0x4D"));
     EXPECT_EQ(SetInHandle(), other);
+}
+
+TEST_F(DialogSettings, LongNamesShowInFull) {
+    RunDialog([&] {
+        Settle();
+        const std::string name =
+            "Long name of a set that the closed list has no room for, however wide it is";
+        Pick(kSave, SetFile(name));
+        const auto tooltip = [this] {
+            SendMessageW(dialog, WM_SETCURSOR, reinterpret_cast<WPARAM>(Item(kSettingsCombo)),
+                         MAKELPARAM(HTCLIENT, WM_MOUSEMOVE));
+            return TooltipOf(dialog, Item(kSettingsCombo));
+        };
+        EXPECT_NE(tooltip().find("parameters\r\nLong name of a set"), std::string::npos) << tooltip();
+        SetFocus(Item(kSettingsCombo));
+        Ask(kSettingsCombo, CB_SHOWDROPDOWN, TRUE);
+        const HDC dc = GetDC(Item(kSettingsCombo));
+        const HGDIOBJ font = SelectObject(dc, reinterpret_cast<HGDIOBJ>(Ask(kSettingsCombo, WM_GETFONT)));
+        SIZE extent = {};
+        GetTextExtentPoint32A(dc, name.c_str(), static_cast<int>(name.size()), &extent);
+        SelectObject(dc, font);
+        ReleaseDC(Item(kSettingsCombo), dc);
+        EXPECT_GT(Ask(kSettingsCombo, CB_GETDROPPEDWIDTH), extent.cx);
+        Ask(kSettingsCombo, CB_SHOWDROPDOWN, FALSE);
+        Choose(kSettingsCombo, 0);
+        EXPECT_EQ(tooltip(), "Settings (T) - Select a set of saved parameters");
+        PressCancel();
+    });
 }
 
 TEST_F(DialogSettings, WithoutAFolderThereIsNoMenu) {

@@ -24,6 +24,7 @@ BOOL WINAPI OfferMenu(HMENU menu, UINT flags, int x, int y, int, HWND owner, con
 }
 
 BOOL WINAPI PickFile(OPENFILENAMEW *request) {
+    gAnswers.offered = request->lpstrFile;
     if (gAnswers.file.empty() || gAnswers.file.size() >= request->nMaxFile)
         return FALSE;
     wcscpy(request->lpstrFile, gAnswers.file.c_str());

@@ -26,6 +26,7 @@ struct SystemAnswers {
     int menuCommand = 0;       // the item picked; 0 none
     DWORD menuError = 0;       // with no item: the call failed
     std::wstring file;         // the file picked; empty: cancelled
+    std::wstring offered;      // by the file dialog, before the person picks
     bool refuseDialog = false; // the main dialog cannot be opened
     INT_PTR shellAnswer = 33;  // above 32: opened
     std::vector<OfferedMenu> menus;

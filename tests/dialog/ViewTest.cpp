@@ -32,9 +32,17 @@ protected:
         Click(tool);
         Drag(kDisplay, {2, 2}, {toX, Display().bottom - 3});
         Ask(kDisplay, WM_MOUSELEAVE);
-        Pump();
+        withTool = Shown();
+        Click(kPanIcon);
+    }
+    std::wstring State() {
+        Settle();
+        EXPECT_TRUE(IsWindowVisible(Item(kStateLine)));
+        EXPECT_FALSE(IsWindowVisible(Item(kProgressBar)));
+        return Text(kStateLine);
     }
 
+    Picture withTool;    // of the last DragOver, the tool still chosen
     host::Document full; // with the stars of all lights
 };
 
@@ -104,8 +112,15 @@ TEST_F(DialogView, HiddenLightsAreNotRendered) {
             Click(kPreviewBox);
             DragOver(kHideIcon, Display().right - 3);
             EXPECT_EQ(DifferentPixels(Shown(), before), 0);
+            const int rings = DifferentPixels(withTool, before);
+            EXPECT_GT(rings, 200) << "every hidden light is marked";
             EXPECT_TRUE(look() == originals);
             DragOver(kShowIcon, Display().right - 3);
+            EXPECT_EQ(DifferentPixels(Shown(), full), 0);
+            EXPECT_EQ(DifferentPixels(withTool, full), 0) << "none is hidden any more";
+            Key('Z', true); // hidden again
+            EXPECT_EQ(DifferentPixels(Shown(), before), 0);
+            Key('Y', true);
             EXPECT_EQ(DifferentPixels(Shown(), full), 0);
             EXPECT_TRUE(look() == stars);
             DragOver(kHideIcon, Display().right / 2);
@@ -202,4 +217,48 @@ TEST_F(DialogView, AnySizeFromTheMinimumTo4000By3000) {
         },
         false);
     EXPECT_EQ(UISettingsBytes().size(), 52u);
+}
+
+// In words, where the progress stands while there is some.
+TEST_F(DialogView, ALineSaysWhatTheLightsAre) {
+    HoldTable();
+    RunDialog(
+        [&] {
+            Pump(100);
+            EXPECT_FALSE(IsWindowVisible(Item(kStateLine)));
+            EXPECT_TRUE(IsWindowVisible(Item(kProgressBar)));
+            ReleaseTable();
+            const std::wstring all = State(), number = all.substr(0, all.find(L' '));
+            EXPECT_GT(std::stoi(number), 1);
+            EXPECT_EQ(all.find(number + L" lights, "), 0u) << "the rest tells the stars";
+            EXPECT_EQ(all.find(L"hidden"), std::wstring::npos);
+            Type(kPairs[0].edit, "100");
+            const std::wstring shown = number + L" lights, " + number + L" with stars";
+            EXPECT_EQ(State(), shown);
+            Type(kPairs[0].edit, "0");
+            EXPECT_EQ(State(), number + L" lights, 0 with stars");
+            Type(kPairs[0].edit, "100");
+            DragOver(kHideIcon, Display().right - 3);
+            EXPECT_EQ(State(), number + L" lights, 0 with stars, " + number + L" hidden");
+            Key('Z', true);
+            gAnswers.menuCommand = 40003; // 1600 %, a corner of the sky
+            Click(kZoomArrow);
+            SetFocus(Item(kDisplay));
+            Key(VK_HOME);
+            EXPECT_EQ(State(), shown + L", no star in view, Ctrl+O shows all");
+            Key('O', true);
+            EXPECT_EQ(State(), shown);
+            SendMessageW(dialog, kMsgProgress, 1, 4);
+            EXPECT_TRUE(IsWindowVisible(Item(kProgressBar)));
+            EXPECT_FALSE(IsWindowVisible(Item(kStateLine)));
+            PressCancel();
+        },
+        false);
+    filterHost.document = before = host::MakeDocument(240, 180, 8, 3, false);
+    RunDialog(
+        [&] {
+            EXPECT_EQ(State(), L"No lights found");
+            PressCancel();
+        },
+        false);
 }

@@ -240,7 +240,7 @@ TEST_F(ParameterSetList, SavingWritesTheCurrentSetAndListsIt) {
     const auto Save = [&](char mark, const std::wstring &path) {
         gCurrent = MarkedBlock(mark);
         Pick(path);
-        SaveParameterFileDialog(dialog);
+        SaveParameterFileDialog(dialog, {});
         return Marks();
     };
     EXPECT_EQ(Save('c', Wide(L"New \u2605.sss")), "1c");
@@ -278,7 +278,7 @@ TEST_F(ParameterSetList, WhatFailsIsToldAndChangesNothing) {
         gPrompts.fileDialogError = error;
         LoadParameterFileDialog(dialog);
         EXPECT_EQ(LastReport(), error ? "GetOpenFileName() failed with error = '12291'" : "");
-        SaveParameterFileDialog(dialog);
+        SaveParameterFileDialog(dialog, {});
         EXPECT_EQ(LastReport(), error ? "GetSaveFileName() failed with error = '12291'" : "");
     }
     EXPECT_EQ(gPrompts.files.size(), 4u);
@@ -287,14 +287,14 @@ TEST_F(ParameterSetList, WhatFailsIsToldAndChangesNothing) {
     LoadParameterFileDialog(dialog);
     EXPECT_EQ(LastReport(), "LoadParameterStructure() failed with FilePath = '" + (folder / "bad.sss") + "'");
     Pick(Wide(L"missing folder\\x.sss"));
-    SaveParameterFileDialog(dialog);
+    SaveParameterFileDialog(dialog, {});
     EXPECT_EQ(LastReport(),
               "SaveParametersFile() failed with FilePath = '" + (folder / "missing folder\\x.sss") + "'");
     gRefuses = true;
     EXPECT_FALSE(ApplyParameterBlock(dialog, kIdentity));
     TakeReports();
     Pick(Wide(L"x.sss"));
-    SaveParameterFileDialog(dialog);
+    SaveParameterFileDialog(dialog, {});
     EXPECT_EQ(TakeReports().size(), 1u);
     EXPECT_EQ(CurrentMark(), 'c');
     EXPECT_EQ(gReplacedMessages, 0);
@@ -304,7 +304,7 @@ TEST_F(ParameterSetList, WhatFailsIsToldAndChangesNothing) {
     gParametersFolder[0] = '\0';
     FillParameterSetList(dialog);
     LoadParameterFileDialog(dialog);
-    SaveParameterFileDialog(dialog);
+    SaveParameterFileDialog(dialog, {});
     EXPECT_TRUE(gPrompts.files.empty());
     EXPECT_EQ(TakeReports().size(), 6u);
 }
@@ -344,7 +344,7 @@ TEST_F(ParameterSetList, DeletingNeverTakesANamesake) {
     WriteSet(L"One.sss", '1');
     FillParameterSetList(dialog);
     Pick(Elsewhere(L"One.sss"));
-    SaveParameterFileDialog(dialog);
+    SaveParameterFileDialog(dialog, {});
     EXPECT_EQ(Marks(), "-1c");
     for (const auto &[selected, left, inFolder, outside] :
          {std::tuple(0, "-1c", 1u, 1u), {2, "-1", 1u, 0u}, {1, "-", 0u, 0u}}) {
@@ -425,7 +425,9 @@ TEST_F(ParameterSetList, TheSystemsFileDialogsUnderstandTheRequests) {
     wchar_t before[kMaxPath], after[kMaxPath];
     GetCurrentDirectoryW(kMaxPath, before);
     gPrompts.realFileDialogs = true;
-    EXPECT_EQ(Answer(L"By dialog", SaveParameterFileDialog, dialog), L"Save Brillatrix Pro Parameter File");
+    EXPECT_EQ(Answer(
+                  L"By dialog", [](HWND owner) { SaveParameterFileDialog(owner, {}); }, dialog),
+              L"Save Brillatrix Pro Parameter File");
     EXPECT_EQ(folder.Names(), std::vector<std::string>{"By dialog.sss"})
         << "start folder and default extension";
     EXPECT_EQ(Marks(), "c");

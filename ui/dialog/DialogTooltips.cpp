@@ -1,13 +1,17 @@
 #include "ui/dialog/DialogTooltips.h"
 
 #include "diag/module/ModuleInstance.h"
+#include "diag/WidePath.h"
 #include "resources/DialogControlIds.h"
 #include "ui/fields/ParameterControls.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/view/ViewTools.h"
+#include "ui/window/DropDownList.h"
 #include "ui/window/Tooltips.h"
 
 #include <commctrl.h>
+#include <cwchar>
+#include <iterator>
 
 namespace {
 
@@ -20,6 +24,8 @@ struct ControlText {
 };
 
 // The key letter that a text names is the text's own and not always the accelerator's.
+constexpr char kSettingsText[] = "Settings (T) - Select a set of saved parameters";
+
 constexpr ControlText kTexts[] = {
     {IDOK, "OK - Commit changes and return to the editor"},
     {IDCANCEL, "Cancel (Esc) - Close the dialog without making any changes"},
@@ -28,8 +34,13 @@ constexpr ControlText kTexts[] = {
     {kHelpId, "Click here for links to help and support resources"},
     {kProductLogoId, "Brillatrix Pro version information, help, and online resources"},
     {kMakerLogoId, "Visit the Nexorvanta Software web site"},
-    {kSettingsComboId, "Settings (T) - Select a set of saved parameters"},
+    {kSettingsComboId, kSettingsText},
     {kEffectComboId, "Effect (:) - Select the type of Star Effect to apply to the image."},
+    {kSettingsMenuIconControlId, "Settings Menu (M) - Load, save or delete a set of parameters"},
+    {kZoomOutButtonId, "Zoom Out (Ctrl+-) - Show more of the image"},
+    {kZoomInButtonId, "Zoom In (Ctrl++) - Show the image larger"},
+    {kZoomTextId, "Zoom (V) - Click to choose the size at which the image is shown"},
+    {kZoomArrowId, "Zoom (V) - Click to choose the size at which the image is shown"},
     {kEffectsOnlyId,
      "Output Effects Only (O) - Check to output the effects only, excluding the original image"},
 };
@@ -54,4 +65,18 @@ HWND CreateDialogTooltips(HWND dialog) {
     RegisterParameterTooltips(dialog, tooltips);
     RegisterViewTooltips(dialog, tooltips);
     return tooltips;
+}
+
+void PrepareTooltip(HWND dialog, HWND tooltips, HWND control) {
+    if (!tooltips || control != GetDlgItem(dialog, kSettingsComboId))
+        return;
+    wchar_t name[kMaxPath], text[kMaxPath + sizeof kSettingsText + 2];
+    const bool isCut = IsSelectedTextCut(control, name, kMaxPath);
+    swprintf(text, std::size(text), isCut ? L"%hs\r\n%ls" : L"%hs", kSettingsText, name);
+    TTTOOLINFOW tool = {};
+    tool.cbSize = TTTOOLINFOW_V1_SIZE;
+    tool.hwnd = dialog;
+    tool.uId = reinterpret_cast<UINT_PTR>(control);
+    tool.lpszText = text;
+    SendMessageW(tooltips, TTM_UPDATETIPTEXTW, 0, reinterpret_cast<LPARAM>(&tool));
 }

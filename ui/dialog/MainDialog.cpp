@@ -20,6 +20,7 @@
 #include "ui/look/DialogPictures.h"
 #include "ui/preview/PreviewRequest.h"
 #include "ui/settings/SettingsMenu.h"
+#include "ui/view/StateLine.h"
 #include "ui/view/ViewTools.h"
 #include "ui/window/DialogMessages.h"
 
@@ -30,22 +31,23 @@
 
 namespace {
 
+constexpr UINT kLeastDpi = 48, kMostDpi = 960; // that a monitor may have
+
 void RelayOut(HWND dialog) {
     LayOutDialog(dialog);
     ResizeDialogBackBuffer(dialog);
     PostMessageW(dialog, kMsgRequestPreview, 0, 0);
 }
 
-// The message gives the client area; the rectangle that is kept is the window's.
-void OnSize(HWND dialog, WPARAM kind, int width, int height) {
+// The message gives the client area, or what somebody made of it; the rectangle that is kept is the window's.
+void OnSize(HWND dialog, WPARAM kind) {
     if (kind == SIZE_MINIMIZED)
         return;
-    RECT window = {}, client = {};
+    RECT window = {};
     GetWindowRect(dialog, &window);
-    GetClientRect(dialog, &client);
     RECT &rect = gMainDialog.rect;
-    rect.right = rect.left + width + (window.right - window.left) - client.right;
-    rect.bottom = rect.top + height + (window.bottom - window.top) - client.bottom;
+    rect.right = rect.left + window.right - window.left;
+    rect.bottom = rect.top + window.bottom - window.top;
     RelayOut(dialog);
 }
 
@@ -101,10 +103,16 @@ void OnColorsChanged(HWND dialog) {
 }
 
 void OnDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
+    if (dpi < kLeastDpi || dpi > kMostDpi)
+        return;
     if (OnDialogDpiChanged(dialog, dpi, suggested))
         LoadDialogPictures(dialog);
     UseBoldGroupFont(dialog);
     FitTooltipsToScale(gMainDialog.tooltips);
+}
+
+void RefreshStateLine(HWND dialog) {
+    ShowStateLine(dialog, DialogParameters()->threshold, gMainDialog.progressTotal != 0);
 }
 
 void OnParameterChanged(HWND dialog) {
@@ -123,8 +131,9 @@ void OnParametersReplaced(HWND dialog) {
 }
 
 // Lights that were hidden or shown are seen to here: every such change asks for a preview.
-void OnPreviewRequested() {
+void OnPreviewRequested(HWND dialog) {
     NoteDialogState();
+    RefreshStateLine(dialog);
     RequestPreview(MakePreviewRequest(CurrentPreviewGeometry(), gMainDialog.previewOn, *DialogParameters()));
 }
 
@@ -156,17 +165,37 @@ INT_PTR HandlePrivateMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lP
         OnParametersReplaced(dialog);
         return TRUE;
     case kMsgRequestPreview:
-        OnPreviewRequested();
+        OnPreviewRequested(dialog);
         return TRUE;
     case kMsgProgress:
         OnProgress(dialog, wParam, lParam);
+        RefreshStateLine(dialog);
         return TRUE;
     case kMsgTableReady:
         if (OnPreviewTableReady())
             NoteLightsFound();
+        RefreshStateLine(dialog);
         return TRUE;
     }
     return FALSE;
+}
+
+// Anybody can send a dialog anything. A window that is really being destroyed has been hidden, and a message
+// that comes with a record has one.
+bool IsForged(HWND dialog, UINT message, LPARAM lParam) {
+    switch (message) {
+    case WM_DESTROY:
+    case WM_NCDESTROY:
+        return IsWindowVisible(dialog) != FALSE;
+    case WM_WINDOWPOSCHANGED:
+    case WM_GETMINMAXINFO:
+    case WM_NCCALCSIZE:
+    case WM_DPICHANGED:
+        return lParam == 0;
+    case WM_INITDIALOG:
+        return true; // it had its own before
+    }
+    return false;
 }
 
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -174,8 +203,12 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_DESTROY:
         ReleaseMainDialog();
         return TRUE;
+    case WM_ENABLE:
+        if (wParam)
+            FreeHost();
+        return FALSE;
     case WM_SIZE:
-        OnSize(dialog, wParam, LOWORD(lParam), HIWORD(lParam));
+        OnSize(dialog, wParam);
         return TRUE;
     case WM_WINDOWPOSCHANGED:
         OnWindowPosChanged(dialog, *reinterpret_cast<const WINDOWPOS *>(lParam));
@@ -206,6 +239,10 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_MOUSEWHEEL:
         OnDialogWheel(wParam, lParam);
         return TRUE;
+    case WM_SETCURSOR:
+        if (LOWORD(lParam) == HTCLIENT && HIWORD(lParam) == WM_MOUSEMOVE)
+            PrepareTooltip(dialog, gMainDialog.tooltips, reinterpret_cast<HWND>(wParam));
+        return FALSE;
     case WM_LBUTTONDBLCLK:
         return OnParameterLabelDoubleClick(dialog, {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
     case WM_CTLCOLORSTATIC:
@@ -222,21 +259,36 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
 }
 
 INT_PTR HandleDialogMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (dialog == gMainDialog.window)
+        return IsForged(dialog, message, lParam) ? TRUE : HandleMessage(dialog, message, wParam, lParam);
     if (message == WM_INITDIALOG) {
         if (gMainDialog.window)
             EndDialog(dialog, IDCANCEL);
         else
             InitializeMainDialog(dialog);
-        return FALSE;
     }
-    return dialog == gMainDialog.window ? HandleMessage(dialog, message, wParam, lParam) : FALSE;
+    return FALSE;
+}
+
+// Ending the dialog gives the host's window back to the user. While a box of ours is still open above the
+// dialog, the host's call goes on, and its window must not be used.
+void HoldHost(HWND dialog) {
+    const HWND host = GetWindow(dialog, GW_OWNER);
+    if (!host || !IsWindowEnabled(host))
+        return;
+    EnableWindow(host, FALSE);
+    gMainDialog.heldHost = host;
 }
 
 void EndForFatalError(HWND dialog) {
     if (gFatalErrorStatus == 0 || dialog != gMainDialog.window || gMainDialog.endedForFatal)
         return;
     gMainDialog.endedForFatal = true;
+    EndMenu();
+    const bool isCovered = !IsWindowEnabled(dialog);
     EndMainDialog(dialog, IDCANCEL);
+    if (isCovered)
+        HoldHost(dialog);
 }
 
 // Messages that the dialog leaves to the system, and whose sender acts on the system's answer: a plain 0

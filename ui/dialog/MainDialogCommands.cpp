@@ -13,6 +13,7 @@
 #include "ui/view/ViewMenu.h"
 #include "ui/view/ViewTools.h"
 #include "ui/window/DialogMessages.h"
+#include "ui/window/DropDownList.h"
 
 namespace {
 
@@ -61,6 +62,8 @@ void OnPreviewBox(HWND dialog) {
 void OnSettingsCombo(HWND dialog, int notification) {
     if (notification == CBN_SELCHANGE)
         OnSettingsChosen(dialog);
+    else if (notification == CBN_DROPDOWN)
+        FitDropDownList(GetDlgItem(dialog, kSettingsComboId));
     else if (notification == CBN_CLOSEUP)
         OnSettingsListClosed(dialog);
     else if (notification == CBN_SETFOCUS || notification == CBN_KILLFOCUS)

@@ -23,12 +23,14 @@
 #include "ui/look/PreviewFrame.h"
 #include "ui/settings/ParameterSetList.h"
 #include "ui/settings/SettingsMenu.h"
+#include "ui/view/StateLine.h"
 #include "ui/window/DialogMessages.h"
 #include "ui/window/DropDownList.h"
 #include "ui/window/WindowPlacement.h"
 
 namespace {
 
+constexpr wchar_t kCustomSettings[] = L"(Custom)"; // while no saved set has the present values
 constexpr wchar_t kHelpCaption[] = L"Help and Support";
 
 RECT RectOfScreenRect(const ScreenRect &rect) {
@@ -57,8 +59,8 @@ void ShowFocusMarks(HWND dialog) {
 void SetUpControls(HWND dialog) {
     SubclassMakersLogo(dialog);
     gMainDialog.tooltips = CreateDialogTooltips(dialog);
-    for (const int combo : {kSettingsComboId, kEffectComboId})
-        SubclassDropDownList(GetDlgItem(dialog, combo));
+    SubclassDropDownList(GetDlgItem(dialog, kSettingsComboId), kCustomSettings);
+    SubclassDropDownList(GetDlgItem(dialog, kEffectComboId), nullptr);
     FillSettingsList(dialog);
     FillEffectList(dialog, DialogParameters()->effectType);
     BindCheckBoxes(dialog, DialogParameters());
@@ -126,6 +128,7 @@ void InitializeMainDialog(HWND dialog) {
     SwitchPreviewOn(dialog);
     ShowFocusMarks(dialog);
     AddUpdateLink(dialog);
+    AddStateLine(dialog);
     RecordDialogLayout(dialog);
     LoadDialogPictures(dialog); // for the scale of the layout
     UseBoldGroupFont(dialog);
@@ -139,7 +142,14 @@ void InitializeMainDialog(HWND dialog) {
     PostMessageW(dialog, kMsgRequestPreview, 0, 0);
 }
 
+void FreeHost() {
+    if (gMainDialog.heldHost)
+        EnableWindow(gMainDialog.heldHost, TRUE);
+    gMainDialog.heldHost = nullptr;
+}
+
 void ReleaseMainDialog() {
+    FreeHost();
     const HWND dialog = gMainDialog.window;
     if (gMainDialog.boldFont)
         DeleteObject(gMainDialog.boldFont);

@@ -6,6 +6,8 @@
 // WM_INITDIALOG and WM_DESTROY.
 void InitializeMainDialog(HWND dialog);
 void ReleaseMainDialog();
+// Gives the host its window back, once.
+void FreeHost();
 
 // Makes the bold font anew to the controls' present font, and gives it to the group boxes.
 void UseBoldGroupFont(HWND dialog);

@@ -24,6 +24,7 @@ struct MainDialog {
     bool previewOn;
     bool isEnding;      // EndDialog was called, by the user or for a fatal error
     bool endedForFatal; // EndDialog was called for a fatal error
+    HWND heldHost;      // disabled until nothing of ours is open above the dialog any more, or null
     RECT rect;          // of the window, screen; kept up to date while the window is no icon
     RECT initialRect;   // as it was made from the template; empty before it is recorded
     HWND tooltips;

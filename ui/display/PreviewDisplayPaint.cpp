@@ -20,6 +20,7 @@ constexpr uint32_t kSiteDisplayRegion = 901, kSiteImageRegion = 906, kSiteUpdate
 constexpr COLORREF kSurround = RGB(96, 96, 96); // neutral, so that the picture's colours are judged rightly
 constexpr COLORREF kLabelBack = RGB(32, 32, 32), kLabelText = RGB(240, 240, 240);
 constexpr COLORREF kHideColor = RGB(255, 96, 64), kRestoreColor = RGB(96, 224, 96);
+constexpr COLORREF kHiddenLight = RGB(168, 168, 168), kHiddenDark = RGB(72, 72, 72);
 constexpr int kMarkRadius = 8;
 constexpr int kDash = 4; // of the drag rectangle: as long as the gap
 constexpr int kLabelMargin = 8;
@@ -156,9 +157,22 @@ void DrawMark(ViewPoint client, void *context) {
     DrawRing(dc, client, kMarkRadius - 2, RGB(0, 0, 0));
 }
 
+void DrawHiddenLight(ViewPoint client, void *context) {
+    DrawRing(static_cast<HDC>(context), client, kMarkRadius + 1, kHiddenDark);
+    DrawRing(static_cast<HDC>(context), client, kMarkRadius, kHiddenLight);
+}
+
+// All that the effect tools can bring back.
+LightMarks HiddenLights() {
+    const bool isShown =
+        gViewTools.tableReady && (gViewTools.tool == kToolHide || gViewTools.tool == kToolShow);
+    return {isShown, kRestoreHidden, -1, true, gViewTools.view.image};
+}
+
 void DrawMarks(HDC dc) {
     const HGDIOBJ oldPen = SelectObject(dc, GetStockObject(DC_PEN));
     const HGDIOBJ oldBrush = SelectObject(dc, GetStockObject(NULL_BRUSH));
+    VisitMarkedLights(HiddenLights(), gViewTools.view, DrawHiddenLight, dc);
     VisitMarkedLights(gPreviewDisplay.marks, gViewTools.view, DrawMark, dc);
     SelectObject(dc, oldBrush);
     SelectObject(dc, oldPen);

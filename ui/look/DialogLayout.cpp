@@ -55,6 +55,7 @@ constexpr Follows kFollows[] = {
     {kZoomArrowId, kNear, kFar, kNear, kFar},
     {kZoomInButtonId, kNear, kFar, kNear, kFar},
     {kProgressId, kNear, kFar, kFar, kFar},
+    {kStateLineId, kNear, kFar, kFar, kFar},
     // The panel's frame goes down as far as the preview does.
     {kSettingsPanelId, kFar, kNear, kFar, kFar},
     // The bottom line.

@@ -36,11 +36,12 @@ constexpr FileDialogKind kSaveDialog = {true, L"Save",
                                         OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_NOREADONLYRETURN,
                                         "GetSaveFileName", kSiteSaveDialog};
 
-// False when the user cancelled or the dialog failed, which is reported. The host's current folder stays.
+// *path is what is offered, then what was picked. False when the user cancelled or the dialog failed, which
+// is reported. The host's current folder stays.
 bool PickParameterFile(HWND dialog, const FileDialogKind &kind, const WidePath &folder, WidePath *path) {
     wchar_t title[100];
     swprintf(title, std::size(title), L"%ls %hs Parameter File", kind.verb, kProductName);
-    WidePath picked = {};
+    WidePath picked = wcslen(path->text) < MAX_PATH ? *path : WidePath{}; // longer ones make the dialog fail
     OPENFILENAMEW request = {};
     request.lStructSize = sizeof request;
     request.hwndOwner = dialog;
@@ -140,7 +141,7 @@ bool ApplyParameterBlock(HWND dialog, const ParameterBlock &block) {
 }
 
 void LoadParameterFileDialog(HWND dialog) {
-    WidePath folder, path;
+    WidePath folder, path = {};
     if (!GetUserParametersFolder(&folder) || !PickParameterFile(dialog, kOpenDialog, folder, &path))
         return;
     ParameterBlock *block = ReadSavedParameterSet(dialog, path.text);
@@ -151,8 +152,8 @@ void LoadParameterFileDialog(HWND dialog) {
                     "LoadParameterStructure() failed with FilePath = '%s'", DescribePath(path.text).text);
 }
 
-int SaveParameterFileDialog(HWND dialog) {
-    WidePath folder, path;
+int SaveParameterFileDialog(HWND dialog, const WidePath &offered) {
+    WidePath folder, path = offered;
     if (!GetUserParametersFolder(&folder) || !PickParameterFile(dialog, kSaveDialog, folder, &path) ||
         !GiveExtension(dialog, &path))
         return -1;

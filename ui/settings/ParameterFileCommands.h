@@ -2,6 +2,7 @@
 // the private messages.
 #pragma once
 
+#include "diag/WidePath.h"
 #include "storage/ParameterBlock.h"
 
 #include <windows.h>
@@ -13,8 +14,8 @@ bool ApplyParameterBlock(HWND dialog, const ParameterBlock &block);
 // Lets the user pick a set file. One of the parameters folder is applied, with the list's selection cleared;
 // any other is added to the list, selected, and the dialog is told so as if the user had chosen it.
 void LoadParameterFileDialog(HWND dialog);
-// Lets the user name a file and writes the current set to it. The set's place in the list; -1 when there is
-// no file that the list shows.
-int SaveParameterFileDialog(HWND dialog);
+// Lets the user name a file, or take the offered one (empty: none is), and writes the current set to it. The
+// set's place in the list; -1 when there is no file that the list shows.
+int SaveParameterFileDialog(HWND dialog, const WidePath &offered);
 // Asks, then takes the selected entry off the list and deletes its file in the parameters folder.
 void DeleteParameterFile(HWND dialog);

@@ -52,9 +52,10 @@ void SelectSettingsRow(HWND dialog, int row) {
     gSettingsRow = row;
 }
 
-// The set just saved stands in the list; its row shows that nothing has changed since.
+// The set chosen last is offered. The set just saved stands in the list; its row shows that nothing has
+// changed since.
 void SaveSettings(HWND dialog) {
-    const int row = SaveParameterFileDialog(dialog);
+    const int row = SaveParameterFileDialog(dialog, ParameterSetPath(dialog, gSettingsRow));
     if (row >= 0)
         SelectSettingsRow(dialog, row);
 }

@@ -64,6 +64,7 @@ void RedrawDisplay() {
 
 // The display paints at once from what there is; the request brings what is missing.
 void ShowChangedZoom() {
+    gViewTools.isFitted = false;
     UpdateScrollBars();
     AskForPreview();
     RedrawDisplay();
@@ -111,7 +112,7 @@ int32_t ScrolledPosition(const SCROLLINFO &info, int scrollCode) {
 } // namespace
 
 void AttachViewTools(HWND dialog, HWND display, const IntRect &image, ShowToolPicture showPicture) {
-    gViewTools = {dialog, display, showPicture, kToolNone, MakeViewState(image), false};
+    gViewTools = {dialog, display, showPicture, kToolNone, MakeViewState(image), false, false};
     if (GetViewTool() > kToolZoom)
         SetViewTool(kToolZoom);
     UpdateViewLayout();
@@ -135,8 +136,10 @@ void SelectViewTool(uint32_t tool) {
     }
     for (const ToolIcon &icon : kToolIcons)
         ShowToolIcon(icon);
-    if (changes)
-        RefreshDisplayTool();
+    if (!changes)
+        return;
+    RefreshDisplayTool();
+    RedrawDisplay(); // only the effect tools show what is hidden
 }
 
 void SelectEffectTool(uint32_t tool) {
@@ -188,6 +191,7 @@ void FitInView() {
     const IntRect &display = gViewTools.view.display, &image = gViewTools.view.image;
     SetZoom(FitZoom(display.right - display.left, display.bottom - display.top, image.right - image.left,
                     image.bottom - image.top));
+    gViewTools.isFitted = true;
 }
 
 void FitOnScreen() {
@@ -225,6 +229,8 @@ void UpdateViewLayout() {
     RECT client = {};
     GetClientRect(gViewTools.display, &client);
     SetViewClientSize(&gViewTools.view, client.right, client.bottom);
+    if (gViewTools.isFitted)
+        return FitInView();
     UpdateScrollBars();
     RedrawDisplay();
 }

@@ -20,6 +20,7 @@ struct ViewTools {
     uint32_t tool;
     ViewState view;
     bool tableReady; // the light source table can be read
+    bool isFitted;   // Fit in View was the last that set the zoom: another size of the display is fitted too
 };
 
 extern ViewTools gViewTools;
@@ -49,6 +50,7 @@ void ZoomToClientRect(const IntRect &client);
 void ZoomIn();
 void ZoomOut();
 void ShowActualPixels();
+// The whole image, also when the display gets another size, until the zoom is changed.
 void FitInView();
 // Gives the dialog the work area of its monitor first.
 void FitOnScreen();
