@@ -8,6 +8,8 @@
 #include "ui/view/ViewTools.h"
 #include "web/MakerAddresses.h"
 
+#include <iterator>
+
 namespace {
 
 struct ParameterKey {
@@ -28,6 +30,7 @@ constexpr ParameterKey kParameterKeys[] = {
     {BX_CMD_SECONDARY_INTENSITY, kSecondaryIntensity},
     {BX_CMD_SOFT_FLARE, kSoftFlareIntensity},
 };
+static_assert(std::size(kParameterKeys) == kParameterCount, "a parameter has no key");
 
 void OpenComboBox(HWND dialog, int controlId) {
     const HWND combo = GetDlgItem(dialog, controlId);
