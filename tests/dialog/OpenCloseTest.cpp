@@ -44,12 +44,13 @@ bool SameRect(const ScreenRect &a, const ScreenRect &b) {
     return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
-// In the template's order; the labels of the pairs have no number.
+// In the template's order, then the line of state, which is made at run time; the labels of the pairs have no
+// number.
 constexpr char kControls[] =
     "1084 1023 1050 1046 1179 1176 1122 1079 1080 1081 1025 1026 1005 1004 1007 1006 1009 1008 1011 1010 "
     "1022 1024 1013 1012 1015 1014 1017 1016 1019 1018 1021 1020 1089 1174 1051 1052 1054 1056 1057 1059 "
     "1060 1062 1066 1088 1063 1065 1067 1069 1070 1072 1073 1075 1076 1078 1002 1000 1043 1169 1044 1170 "
-    "1123 1171 1184 1185 1049 1040 1042 1045 1085 1087 1031 1030 1028 1082 1083 1 2 ";
+    "1123 1171 1184 1185 1049 1040 1042 1045 1085 1087 1031 1030 1028 1082 1083 1 2 1191 ";
 
 } // namespace
 
