@@ -2,6 +2,8 @@
 // functions stand here under their own names; images of its own are VipsImage, counted by its object system.
 #pragma once
 
+#include "host/base/ByteStream.h"
+
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -22,22 +24,18 @@ namespace host {
 enum VipsSamples { // formats of samples
     kVipsUChar = 0,
     kVipsUShort = 2,
-    kVipsShort = 3,
     kVipsUInt = 4,
-    kVipsInt = 5,
     kVipsFloat = 6,
     kVipsDouble = 8
 };
 enum VipsMeaning { // what the samples stand for
-    kVipsMultiband = 0,
     kVipsGrey = 1,
     kVipsLab = 13,
     kVipsCmyk = 15,
     kVipsLabS = 21,
     kVipsSRgb = 22,
     kVipsRgb16 = 25,
-    kVipsGrey16 = 26,
-    kVipsScRgb = 28
+    kVipsGrey16 = 26
 };
 constexpr int kVipsSequential = 1; // access
 constexpr int kVipsFailOnTruncated = 1, kVipsFailOnError = 2, kVipsFailOnWarning = 3;
@@ -48,12 +46,10 @@ using VipsFieldVisit = void *(*)(VipsImage *image, const char *name, GValue *val
 // Those that end in an ellipsis take pairs of an option's name and value, and a null pointer at the end.
 struct VipsLibrary {
     int (*vips_init)(const char *program);
-    void (*vips_concurrency_set)(int threads);
     void (*vips_cache_set_max)(int operations);
     const char *(*vips_error_buffer)();
     void (*vips_error_clear)();
     void (*g_object_unref)(void *object);
-    void *(*g_object_ref)(void *object);
     void (*g_free)(void *memory);
     void *(*g_log_set_default_handler)(void (*log)(const char *, int, const char *, void *), void *data);
 
@@ -75,14 +71,11 @@ struct VipsLibrary {
     int (*vips_image_get_n_pages)(VipsImage *image);
     double (*vips_image_get_xres)(const VipsImage *image);
     double (*vips_image_get_yres)(const VipsImage *image);
-    int (*vips_image_hasalpha)(VipsImage *image);
     size_t (*vips_image_get_typeof)(const VipsImage *image, const char *name);
     int (*vips_image_get_blob)(const VipsImage *image, const char *name, const void **data, size_t *length);
     int (*vips_image_get_string)(const VipsImage *image, const char *name, const char **text);
-    int (*vips_image_get_int)(const VipsImage *image, const char *name, int *number);
     void (*vips_image_set_blob_copy)(VipsImage *image, const char *name, const void *data, size_t length);
     void (*vips_image_set_int)(VipsImage *image, const char *name, int number);
-    void (*vips_image_set_string)(VipsImage *image, const char *name, const char *text);
     void (*vips_image_set)(VipsImage *image, const char *name, GValue *value);
     int (*vips_image_remove)(VipsImage *image, const char *name);
     void *(*vips_image_map)(VipsImage *image, VipsFieldVisit visit, void *data);
@@ -104,7 +97,6 @@ struct VipsLibrary {
     int (*vips_icc_transform)(VipsImage *in, VipsImage **out, const char *profile, ...);
     int (*vips_thumbnail_image)(VipsImage *in, VipsImage **out, int width, ...);
     int (*vips_jpegsave_buffer)(VipsImage *in, void **data, size_t *length, ...);
-    int (*vips_jpegsave)(VipsImage *in, const char *path, ...);
     int (*vips_pngsave)(VipsImage *in, const char *path, ...);
     int (*vips_tiffsave)(VipsImage *in, const char *path, ...);
     int (*vips_webpsave)(VipsImage *in, const char *path, ...);
@@ -117,6 +109,9 @@ struct VipsLibrary {
 const VipsLibrary *LoadVips(std::string *why);
 // As LoadVips, after a call of it that gave the library.
 const VipsLibrary &Vips();
+
+// The bytes of a field; empty when the image has none of that name.
+Bytes BlobOf(VipsImage *image, const char *name);
 
 // What went wrong in the library since it was asked last, in one line.
 std::string TakeVipsError();

@@ -145,18 +145,6 @@ static bool CopySamples(VipsImage *image, size_t bands, Picture *picture, std::s
     return true;
 }
 
-static Bytes BlobOf(VipsImage *image, const char *name) {
-    const void *data = nullptr;
-    size_t length = 0;
-    if (Vips().vips_image_get_typeof(image, name) == 0 ||
-        Vips().vips_image_get_blob(image, name, &data, &length) != 0) {
-        Vips().vips_error_clear();
-        return {};
-    }
-    const auto *first = static_cast<const uint8_t *>(data);
-    return {first, first + length};
-}
-
 static bool HasField(VipsImage *image, const char *name) {
     return Vips().vips_image_get_typeof(image, name) != 0;
 }

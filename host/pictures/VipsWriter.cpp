@@ -114,16 +114,6 @@ static void RenewThumbnail(VipsImage *image) {
     Vips().vips_error_clear(); // without a thumbnail the picture is whole all the same
 }
 
-static Bytes BlobOf(VipsImage *image, const char *name) {
-    const void *data = nullptr;
-    size_t length = 0;
-    if (Vips().vips_image_get_typeof(image, name) == 0 ||
-        Vips().vips_image_get_blob(image, name, &data, &length) != 0)
-        return {};
-    const auto *first = static_cast<const uint8_t *>(data);
-    return {first, first + length};
-}
-
 // IPTC data stand in a wrapper of their own in a JPEG. A TIFF gets them with its EXIF data.
 static void SetIptcForm(VipsImage *image, PictureKind kind) {
     const Bytes block = WrapIptc(BlobOf(image, "iptc-data"));
