@@ -1,5 +1,6 @@
-// Drawing the filter's own samples into a window, which is how filters show a preview.
-#include "host/filter/HostState.h"
+#include "host/filter/DisplayPixels.h"
+
+#include "host/services/HostState.h"
 
 namespace host {
 

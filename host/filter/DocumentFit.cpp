@@ -1,6 +1,7 @@
-// Whether and how the document fits the filter's property list.
-#include "host/filter/HostState.h"
+#include "host/filter/DocumentFit.h"
+
 #include "host/module/EnableInfo.h"
+#include "host/services/HostState.h"
 
 namespace host {
 
@@ -29,6 +30,15 @@ std::optional<PlaneCounts> FindCounts(const HostState &state) {
 
 PlaneCounts ResolvedCounts(const HostState &state) {
     return FindCounts(state).value_or(PlaneCounts::kFlat);
+}
+
+int16_t ImageModeOf(const Document &document) {
+    const bool isGrey = document.colourPlanes == 1;
+    if (document.depth == 16)
+        return isGrey ? 10 : 11;
+    if (document.depth == 32)
+        return isGrey ? 17 : 16;
+    return isGrey ? 1 : 3;
 }
 
 bool IsDocumentTaken(const HostState &state, std::string *why) {

@@ -1,5 +1,14 @@
-// The record that travels with every selector but About.
-#include "host/filter/HostState.h"
+#include "host/filter/FilterRecordFill.h"
+
+#include "host/filter/DisplayPixels.h"
+#include "host/filter/DocumentFit.h"
+#include "host/filter/ImageAccess.h"
+#include "host/services/ActionSuites.h"
+#include "host/services/BufferProcs.h"
+#include "host/services/DescriptorProcs.h"
+#include "host/services/HandleProcs.h"
+#include "host/services/HostState.h"
+#include "host/services/SuiteProcs.h"
 
 #include <cstring>
 
@@ -36,15 +45,6 @@ static HostRect ToHost16(const Rectangle &r) {
 
 static HostRect32 ToHost32(const Rectangle &r) {
     return {r.top, r.left, r.bottom, r.right};
-}
-
-int16_t ImageModeOf(const Document &document) {
-    const bool isGrey = document.colourPlanes == 1;
-    if (document.depth == 16)
-        return isGrey ? 10 : 11;
-    if (document.depth == 32)
-        return isGrey ? 17 : 16;
-    return isGrey ? 1 : 3;
 }
 
 // Plane counts of one kind of layer, as a row of a table: the in and out counts of layer planes, transparency
@@ -157,6 +157,14 @@ static void FillTables(HostState &state, FilterRecord &record) {
         OfferTable(state, "readDescriptorProcs", &state.readProcs);
     state.descriptorParameters.writeDescriptorProcs =
         OfferTable(state, "writeDescriptorProcs", &state.writeProcs);
+}
+
+void FillAllTables(HostState &state) {
+    FillHandleProcs(state);
+    FillBufferProcs(state);
+    FillDescriptorProcs(state);
+    FillSuites(state);
+    FillActionSuites(state);
 }
 
 void FillRecord(HostState &state, int16_t selector) {

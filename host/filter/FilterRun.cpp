@@ -1,5 +1,11 @@
-// Playing the selectors, one by one and in the order of a whole run.
-#include "host/filter/HostState.h"
+#include "host/filter/FilterRun.h"
+
+#include "host/filter/DocumentFit.h"
+#include "host/filter/FilterRecordFill.h"
+#include "host/filter/ImageAccess.h"
+#include "host/services/BufferProcs.h"
+#include "host/services/HandleProcs.h"
+#include "host/services/HostState.h"
 
 #include <cstring>
 

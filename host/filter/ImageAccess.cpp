@@ -1,6 +1,8 @@
-// Serving the filter's requests for samples: buffers are handed out by rectangle and plane range, checked
-// against the document and against what the filter wrote around them, and committed at the next request.
-#include "host/filter/HostState.h"
+#include "host/filter/ImageAccess.h"
+
+#include "host/filter/DocumentFit.h"
+#include "host/services/GuardedMemory.h"
+#include "host/services/HostState.h"
 
 #include <cstring>
 
@@ -14,7 +16,7 @@ static int32_t PlanesHeld(const HostState &state, int32_t count) {
     return std::min(count, static_cast<int32_t>(state.owner->document.planes.size()));
 }
 
-int32_t InputPlanes(const HostState &state) {
+static int32_t InputPlanes(const HostState &state) {
     const HostSettings &settings = state.owner->settings;
     const Document &document = state.owner->document;
     const PlaneCounts counts = ResolvedCounts(state);
@@ -24,7 +26,7 @@ int32_t InputPlanes(const HostState &state) {
                                  settings.invertedLayerMasks + settings.extraNonLayerPlanes);
 }
 
-int32_t OutputPlanes(const HostState &state) {
+static int32_t OutputPlanes(const HostState &state) {
     const PlaneCounts counts = ResolvedCounts(state);
     if (counts == PlaneCounts::kProtected || counts == PlaneCounts::kProtectedFlatOutput)
         return PlanesHeld(state, state.owner->document.colourPlanes);

@@ -1,8 +1,8 @@
 #include "host/pictures/PictureKind.h"
 
 #include "host/base/SystemText.h"
-#include "host/pictures/JpegSegments.h"
-#include "host/pictures/TiffDirectory.h"
+#include "host/metadata/JpegSegments.h"
+#include "host/metadata/TiffDirectory.h"
 
 #include <cctype>
 #include <string_view>

@@ -2,7 +2,7 @@
 #include "host/pictures/VipsReader.h"
 
 #include "host/base/SystemText.h"
-#include "host/pictures/ExifTree.h"
+#include "host/metadata/ExifTree.h"
 #include "host/pictures/VipsLibrary.h"
 
 #include <algorithm>

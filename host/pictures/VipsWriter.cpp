@@ -2,9 +2,9 @@
 #include "host/pictures/VipsWriter.h"
 
 #include "host/base/SystemText.h"
-#include "host/pictures/ExifTree.h"
-#include "host/pictures/IptcBlock.h"
-#include "host/pictures/JpegSegments.h"
+#include "host/metadata/ExifTree.h"
+#include "host/metadata/IptcBlock.h"
+#include "host/metadata/JpegSegments.h"
 #include "host/pictures/VipsLibrary.h"
 
 #include <algorithm>

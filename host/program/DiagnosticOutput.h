@@ -1,8 +1,8 @@
 // Where the command line wants what a diagnostic caller is told.
 #pragma once
 
+#include "host/options/Options.h"
 #include "host/program/Diagnostics.h"
-#include "host/program/Options.h"
 
 namespace host {
 

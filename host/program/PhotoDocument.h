@@ -1,8 +1,8 @@
 // The way from a picture file's samples to a host's document and back.
 #pragma once
 
-#include "host/filter/Document.h"
 #include "host/pictures/Picture.h"
+#include "host/services/Document.h"
 
 #include <cstdint>
 

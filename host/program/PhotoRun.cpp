@@ -4,11 +4,11 @@
 #include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
 #include "host/module/ShownBoxes.h"
+#include "host/options/Presets.h"
 #include "host/pictures/PictureDepth.h"
 #include "host/pictures/PictureFiles.h"
 #include "host/program/DiagnosticOutput.h"
 #include "host/program/PhotoDocument.h"
-#include "host/program/Presets.h"
 #include "host/program/ResultText.h"
 
 #include <algorithm>

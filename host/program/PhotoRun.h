@@ -4,8 +4,8 @@
 #include "host/base/ExitStatus.h"
 #include "host/filter/FilterHost.h"
 #include "host/module/FilterModule.h"
-#include "host/program/Options.h"
-#include "host/program/Parameters.h"
+#include "host/options/Options.h"
+#include "host/options/Parameters.h"
 
 #include <functional>
 #include <string>

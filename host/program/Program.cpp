@@ -7,11 +7,11 @@
 #include "host/batch/BatchRun.h"
 #include "host/batch/Worker.h"
 #include "host/module/ShownBoxes.h"
-#include "host/program/HelpText.h"
+#include "host/options/HelpText.h"
+#include "host/options/Options.h"
+#include "host/options/Presets.h"
 #include "host/program/InPlace.h"
-#include "host/program/Options.h"
 #include "host/program/PhotoRun.h"
-#include "host/program/Presets.h"
 #include "host/program/ResultText.h"
 
 #include <new>

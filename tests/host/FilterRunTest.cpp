@@ -1,4 +1,4 @@
-#include "host/filter/HostServices.h"
+#include "host/services/HostServices.h"
 #include "tests/host/PlayedFilter.h"
 
 static std::vector<int16_t> SelectorsPlayed(const host::FilterHost &filterHost) {

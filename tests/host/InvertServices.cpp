@@ -1,6 +1,6 @@
 #include "tests/host/InvertServices.h"
 
-#include "host/filter/HostServices.h"
+#include "host/services/HostServices.h"
 
 #include <windows.h>
 

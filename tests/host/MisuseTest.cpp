@@ -1,5 +1,5 @@
 // What a filter may do wrong with what the host hands it: each is noticed, and said once.
-#include "host/filter/HostServices.h"
+#include "host/services/HostServices.h"
 #include "tests/host/PlayedFilter.h"
 
 #include <thread>

@@ -1,5 +1,5 @@
-#include "host/program/Options.h"
-#include "host/program/Parameters.h"
+#include "host/options/Options.h"
+#include "host/options/Parameters.h"
 #include "tests/host/TestFiles.h"
 #include "tests/support/ParameterKeys.h"
 

@@ -1,8 +1,8 @@
 #include "tests/host/TestFiles.h"
 
 #include "host/base/SystemText.h"
-#include "host/pictures/ExifTree.h"
-#include "host/pictures/JpegSegments.h"
+#include "host/metadata/ExifTree.h"
+#include "host/metadata/JpegSegments.h"
 #include "host/pictures/VipsLibrary.h"
 #include "host/program/PhotoDocument.h"
 

@@ -1,7 +1,7 @@
 // The program itself, one photo at a time.
 #include "tests/host/ProgramFixture.h"
 
-#include "host/program/Parameters.h"
+#include "host/options/Parameters.h"
 
 #include <cstdio>
 #include <set>

@@ -1,6 +1,6 @@
 #include "host/base/ByteStream.h"
-#include "host/filter/Descriptor.h"
 #include "host/module/EnableInfo.h"
+#include "host/services/Descriptor.h"
 
 #include <gtest/gtest.h>
 

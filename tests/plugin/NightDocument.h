@@ -2,7 +2,7 @@
 // directly, in one piece, on the same samples.
 #pragma once
 
-#include "host/filter/Document.h"
+#include "host/services/Document.h"
 #include "render/ParameterSet.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
-#include "host/program/ParameterOptions.h"
+#include "host/options/ParameterOptions.h"
 
 #include "host/base/SystemText.h"
-#include "host/program/Parameters.h"
+#include "host/options/Parameters.h"
 
 #include <algorithm>
 #include <cmath>

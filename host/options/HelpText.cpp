@@ -1,6 +1,6 @@
-#include "host/program/HelpText.h"
+#include "host/options/HelpText.h"
 
-#include "host/program/ParameterOptions.h"
+#include "host/options/ParameterOptions.h"
 
 namespace host {
 

@@ -1,6 +1,7 @@
-// The host's memory pool: the buffer procedures, the buffer suite and the basic suite's blocks. A filter
-// holds nothing but addresses; each is looked up before it is used.
-#include "host/filter/HostState.h"
+#include "host/services/BufferProcs.h"
+
+#include "host/services/GuardedMemory.h"
+#include "host/services/HostState.h"
 
 #include <cstring>
 

@@ -1,4 +1,4 @@
-#include "host/program/Spelling.h"
+#include "host/options/Spelling.h"
 
 #include <algorithm>
 #include <numeric>

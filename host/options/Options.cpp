@@ -1,9 +1,9 @@
-#include "host/program/Options.h"
+#include "host/options/Options.h"
 
 #include "host/base/SystemText.h"
-#include "host/program/ParameterOptions.h"
-#include "host/program/Parameters.h"
-#include "host/program/Spelling.h"
+#include "host/options/ParameterOptions.h"
+#include "host/options/Parameters.h"
+#include "host/options/Spelling.h"
 #include "plugin/interface/ScriptKeys.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
-#include "host/pictures/ExifTree.h"
+#include "host/metadata/ExifTree.h"
 
 #include "host/base/SystemText.h"
-#include "host/pictures/TiffDirectory.h"
+#include "host/metadata/TiffDirectory.h"
 
 #include <algorithm>
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "host/filter/Descriptor.h"
+#include "host/services/Descriptor.h"
 
 #include "host/base/ByteStream.h"
 

@@ -1,4 +1,4 @@
-#include "host/pictures/JpegSegments.h"
+#include "host/metadata/JpegSegments.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,5 +1,7 @@
-// The basic suite, through which all others are had, and the property and error suites.
-#include "host/filter/HostState.h"
+#include "host/services/SuiteProcs.h"
+
+#include "host/services/BufferProcs.h"
+#include "host/services/HostState.h"
 
 #include <cstring>
 

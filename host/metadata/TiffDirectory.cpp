@@ -1,4 +1,4 @@
-#include "host/pictures/TiffDirectory.h"
+#include "host/metadata/TiffDirectory.h"
 
 #include <algorithm>
 

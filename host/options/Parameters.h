@@ -1,8 +1,8 @@
 // The effect's parameters as a script carries them, and the host's memory of the last run.
 #pragma once
 
-#include "host/filter/Descriptor.h"
 #include "host/filter/FilterHost.h"
+#include "host/services/Descriptor.h"
 #include "render/ParameterSet.h"
 
 #include <optional>

@@ -1,5 +1,6 @@
-// The action descriptor suite and the registry that keeps descriptors between runs.
-#include "host/filter/HostState.h"
+#include "host/services/ActionSuites.h"
+
+#include "host/services/HostState.h"
 
 namespace host {
 

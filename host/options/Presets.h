@@ -1,7 +1,7 @@
 // Saved sets of parameters, which the filter's dialog lists too.
 #pragma once
 
-#include "host/filter/Descriptor.h"
+#include "host/services/Descriptor.h"
 
 #include <string>
 #include <vector>

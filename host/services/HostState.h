@@ -2,9 +2,9 @@
 // by the host's own files only.
 #pragma once
 
-#include "host/filter/FilterHost.h"
-#include "host/filter/GuardedMemory.h"
-#include "host/filter/HostServices.h"
+#include "host/module/FilterModule.h"
+#include "host/services/HostRecord.h"
+#include "host/services/HostServices.h"
 
 #include <windows.h>
 
@@ -170,49 +170,6 @@ template <typename Result, typename... Arguments> void Refuse(Result (**member)(
 template <typename... Procedures> void RefuseAll(Procedures *...members) {
     (Refuse(members), ...);
 }
-
-// The tables of each topic.
-void FillHandleProcs(HostState &state);
-void FillBufferProcs(HostState &state);
-void FillDescriptorProcs(HostState &state);
-void FillSuites(HostState &state);
-void FillActionSuites(HostState &state);
-void FillRecord(HostState &state, int16_t selector);
-void FillAllTables(HostState &state);
-
-// Handles of the host.
-HostHandle MakeHandle(HostState &state, const void *bytes, size_t length);
-void DropHandle(HostState &state, HostHandle handle);
-HandleBlock *FindHandle(HostState &state, HostHandle handle);
-void MoveUnlockedHandles(HostState &state);
-
-// Memory of the basic suite; result codes of suites.
-SuiteResult AllocateBasicBlock(size_t size, void **block);
-SuiteResult FreeBasicBlock(void *block);
-SuiteResult ReallocateBasicBlock(void *block, size_t newSize, void **newBlock);
-// Frees all memory that is no handle, and tells how many blocks there were.
-size_t DropMemory(HostState &state);
-
-HostResult ShowPixels(const PixelMap *map, const HostRect32 *source, int32_t row, int32_t column,
-                      void *deviceContext);
-
-// Image access.
-int16_t ServeAdvance(HostState &state);
-void CommitPendingOutput(HostState &state);
-void DropBuffers(HostState &state);
-void RestoreOriginals(HostState &state);
-// Keeps what the run wrote to the selection, where that is the host's part.
-void ClipToSelection(HostState &state);
-int16_t ImageModeOf(const Document &document);
-// As what the document is shown to the filter; nothing when the filter takes it in no way.
-std::optional<PlaneCounts> FindCounts(const HostState &state);
-PlaneCounts ResolvedCounts(const HostState &state);
-// Whether the filter's property list allows the document; if not, why.
-bool IsDocumentTaken(const HostState &state, std::string *why);
-int32_t InputPlanes(const HostState &state);
-int32_t OutputPlanes(const HostState &state);
-uint8_t FilterCaseFlags(const HostState &state);
-Rectangle FilterRectangle(const FilterHost &filterHost);
 
 bool IsSuiteHeld(const HostState &state, const char *name);
 

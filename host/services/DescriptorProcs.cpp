@@ -1,5 +1,7 @@
-// The scripting procedures: a filter reads its parameters from one handle and records them into another.
-#include "host/filter/HostState.h"
+#include "host/services/DescriptorProcs.h"
+
+#include "host/services/HandleProcs.h"
+#include "host/services/HostState.h"
 
 #include <cstring>
 #include <random>

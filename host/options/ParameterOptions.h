@@ -1,7 +1,7 @@
 // The effect's numbers on the command line.
 #pragma once
 
-#include "host/filter/Descriptor.h"
+#include "host/services/Descriptor.h"
 
 #include <string>
 #include <vector>

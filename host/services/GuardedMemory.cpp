@@ -1,4 +1,4 @@
-#include "host/filter/GuardedMemory.h"
+#include "host/services/GuardedMemory.h"
 
 #include <algorithm>
 #include <cstdlib>

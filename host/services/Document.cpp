@@ -1,4 +1,4 @@
-#include "host/filter/Document.h"
+#include "host/services/Document.h"
 
 #include <cstring>
 

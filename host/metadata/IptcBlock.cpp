@@ -1,4 +1,4 @@
-#include "host/pictures/IptcBlock.h"
+#include "host/metadata/IptcBlock.h"
 
 namespace host {
 

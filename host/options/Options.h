@@ -2,9 +2,9 @@
 #pragma once
 
 #include "host/batch/BatchOptions.h"
-#include "host/filter/Descriptor.h"
-#include "host/filter/Document.h"
 #include "host/pictures/PictureFiles.h"
+#include "host/services/Descriptor.h"
+#include "host/services/Document.h"
 
 #include <optional>
 #include <string>

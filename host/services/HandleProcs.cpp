@@ -1,6 +1,7 @@
-// The host's memory handles. Each block ends in guard bytes, dead handles are told from live ones by looking
-// them up, and unlocked blocks move between calls, so that a filter which keeps a pointer too long shows it.
-#include "host/filter/HostState.h"
+#include "host/services/HandleProcs.h"
+
+#include "host/services/GuardedMemory.h"
+#include "host/services/HostState.h"
 
 #include <cstring>
 

@@ -1,8 +1,8 @@
-#include "host/program/Presets.h"
+#include "host/options/Presets.h"
 
 #include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
-#include "host/program/Parameters.h"
+#include "host/options/Parameters.h"
 
 #include <shlobj.h>
 

@@ -1,4 +1,4 @@
-#include "host/program/Parameters.h"
+#include "host/options/Parameters.h"
 
 #include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
