@@ -39,6 +39,7 @@
 #define BX_ID_SHOW_LABEL 1185
 #define BX_ID_UPDATE_LINK 1190 // not in the template
 #define BX_ID_STATE_LINE 1191  // not in the template
+#define BX_ID_COMPARE 1192     // not in the template
 
 // The pairs of edit field and trackbar, and the pictures of what less and more of the parameter does.
 #define BX_ID_THRESHOLD_EDIT 1025
@@ -151,6 +152,7 @@ constexpr int kPanLabelId = BX_ID_PAN_LABEL, kZoomLabelId = BX_ID_ZOOM_LABEL, kH
 constexpr int kEffectComboId = BX_ID_EFFECT_COMBO;
 constexpr int kEffectLabelId = BX_ID_EFFECT_LABEL;
 constexpr int kUpdateLinkId = BX_ID_UPDATE_LINK;
+constexpr int kCompareId = BX_ID_COMPARE; // beside the Preview box
 constexpr int kStateLineId = BX_ID_STATE_LINE; // in the place of the progress, while there is none
 
 // The controls of each parameter, in parameter-index order.

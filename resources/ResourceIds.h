@@ -59,6 +59,7 @@
 #define BX_SIZE_GRIP_ICON 175
 #define BX_SETTINGS_MENU_ICON 189
 #define BX_SHOW_EFFECTS_ICON 222
+#define BX_COMPARE_ICON 223
 // What less and more of each parameter does.
 #define BX_THRESHOLD_LESS 212
 #define BX_THRESHOLD_MORE 213
@@ -126,6 +127,7 @@ constexpr int kPanHandIconId = BX_PAN_HAND_ICON;
 constexpr int kSizeGripIconId = BX_SIZE_GRIP_ICON;
 constexpr int kSettingsMenuIconId = BX_SETTINGS_MENU_ICON;
 constexpr int kShowEffectsIconId = BX_SHOW_EFFECTS_ICON;
+constexpr int kCompareIconId = BX_COMPARE_ICON;
 constexpr int kThresholdLessId = BX_THRESHOLD_LESS, kThresholdMoreId = BX_THRESHOLD_MORE;
 constexpr int kIntensityLessId = BX_INTENSITY_LESS, kIntensityMoreId = BX_INTENSITY_MORE;
 constexpr int kLengthLessId = BX_LENGTH_LESS, kLengthMoreId = BX_LENGTH_MORE;

@@ -91,6 +91,36 @@ TEST_F(DialogView, PreviewShowsWhatTheHostGets) {
     EXPECT_GT(DifferentSamples(full, before), 1000);
 }
 
+TEST_F(DialogView, TheImageWithoutStarsIsThereAtOnceAndGoesAtOnce) {
+    RunDialog(
+        [&] {
+            Click(kHideIcon); // whose marks are no part of the photograph
+            Settle();
+            const Picture stars = Shown();
+            const auto display = [this] { return CaptureClient(Item(kDisplay)); };
+            const auto press = [this](UINT message) { PostMessageW(Item(kCompare), message, 0, 0); };
+            const auto key = [this](UINT message) { PostMessageW(GetFocus(), message, 'B', 1); };
+            const std::pair<Script, Script> holds[] = {
+                {[&] { key(WM_KEYDOWN); }, [&] { key(WM_KEYUP); }},
+                {[&] { key(WM_KEYDOWN); }, [&] { SendMessageW(dialog, WM_ACTIVATE, WA_INACTIVE, 0); }},
+                {[&] { press(WM_LBUTTONDOWN); }, [&] { press(WM_LBUTTONUP); }},
+                {[&] { press(WM_LBUTTONDOWN); }, [] { ReleaseCapture(); }}};
+            Forget();
+            for (const auto &[hold, release] : holds) {
+                hold();
+                Pump();
+                EXPECT_EQ(DifferentPixels(display(), before), 0);
+                release();
+                Pump();
+                EXPECT_TRUE(display().pixels == stars.pixels);
+            }
+            EXPECT_EQ(Seen(kMsgRequestPreview), 0);
+            EXPECT_EQ(SetInHandle(), ChangedParameters());
+            PressCancel();
+        },
+        false);
+}
+
 TEST_F(DialogView, HiddenLightsAreNotRendered) {
     Picture half;
     RunDialog(

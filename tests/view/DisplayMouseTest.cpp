@@ -283,6 +283,17 @@ TEST_F(DisplayInput, TheSpaceBarIsThePanTool) {
     SetFocus(display);
     SetFocus(button);
     ExpectCursor(kCursorZoomIn);
+    BYTE keys[256] = {}; // and nobody has told us
+    keys[VK_SPACE] = 0x80;
+    SetKeyboardState(keys);
+    KeyDown(VK_SPACE);
+    ExpectCursor(kCursorOpenHand);
+    HoldKeys(false, false);
+    keys[VK_SPACE] = 0;
+    SetKeyboardState(keys);
+    Press(200, 150);
+    EXPECT_EQ(State(), kMouseZoomIn);
+    Release(200, 150);
 }
 
 TEST_F(DisplayInput, AltChangesTheCursorUntilItIsReleased) {

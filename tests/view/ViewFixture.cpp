@@ -2,6 +2,7 @@
 
 #include "engine/table/HideEffects.h"
 #include "resources/DialogControlIds.h"
+#include "ui/display/OriginalView.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/preview/PreviewImages.h"
 #include "ui/preview/ProxyUpdateTask.h"
@@ -172,6 +173,10 @@ bool PaintPreviewImage(HDC dc, const IntRect &part, const PreviewGeometry &geome
     SetDIBitsToDevice(dc, r.left, r.top, static_cast<DWORD>(width), static_cast<DWORD>(height), 0, 0, 0,
                       static_cast<UINT>(height), pixels.data(), &info, DIB_RGB_COLORS);
     return true;
+}
+
+bool PaintOriginalImage(HDC dc, const IntRect &part, const PreviewGeometry &geometry) {
+    return PaintPreviewImage(dc, part, geometry);
 }
 
 bool StartProxyUpdateTask(HWND, const PreviewSource &) {

@@ -19,6 +19,7 @@ constexpr ControlName kNames[] = {
     {kProductLogoId, L"About Brillatrix Pro"},
     {kSettingsComboId, L"Settings"},
     {kSettingsMenuIconControlId, L"Settings menu"},
+    {kCompareId, L"Compare with the image without stars"},
     {kPanIconId, L"Pan tool"},
     {kZoomIconId, L"Zoom tool"},
     {kHideIconId, L"Hide Effects tool"},

@@ -4,6 +4,7 @@
 #include "resources/DialogControlIds.h"
 #include "ui/dialog/DialogWheel.h"
 #include "ui/dialog/MainDialogState.h"
+#include "ui/display/PreviewComparison.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/display/PreviewDisplayMouse.h"
 #include "ui/display/PreviewDisplayState.h"
@@ -43,9 +44,23 @@ bool OnPreviewKey(const MSG &message) {
     if (message.hwnd == gPreviewDisplay.window || !(IsKeyDown(message.message) || IsKeyUp(message.message)))
         return false;
     const bool isPanKey = message.wParam == VK_SPACE && IsParameterControl(message.hwnd);
-    if (message.wParam == VK_MENU || message.wParam == VK_CONTROL || isPanKey)
+    // Whoever has the focus when the space bar comes up, it is held no longer.
+    const bool isReleased = message.wParam == VK_SPACE && IsKeyUp(message.message);
+    if (message.wParam == VK_MENU || message.wParam == VK_CONTROL || isPanKey || isReleased)
         OnPreviewModifierKey(message.wParam, IsKeyDown(message.message));
     return isPanKey;
+}
+
+// A letter like the others: a list may claim it, and with Ctrl or Alt it is none.
+bool OnCompareKey(const MSG &message) {
+    if (message.wParam != kCompareKey)
+        return false;
+    if (IsKeyUp(message.message))
+        EndComparison();
+    if (message.message != WM_KEYDOWN || gMainDialog.comboClaimsKeys || GetKeyState(VK_CONTROL) < 0)
+        return false;
+    BeginComparison();
+    return true;
 }
 
 bool IsPointerOverPreview() {
@@ -75,7 +90,8 @@ bool Translate(HACCEL accelerators, MSG *message) {
 bool TakeKeyboardMessage(MSG *message) {
     if (GetActiveWindow() != gMainDialog.window)
         return false;
-    if (OnPreviewKey(*message) || IsAltOfTool(*message) || TakeSettingsMnemonic(*message))
+    if (OnPreviewKey(*message) || OnCompareKey(*message) || IsAltOfTool(*message) ||
+        TakeSettingsMnemonic(*message))
         return true;
     return Translate(gEditAccelerators, message) ||
            (!gMainDialog.comboClaimsKeys && Translate(gAccelerators, message));

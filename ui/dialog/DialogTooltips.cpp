@@ -1,7 +1,7 @@
 #include "ui/dialog/DialogTooltips.h"
 
-#include "diag/module/ModuleInstance.h"
 #include "diag/WidePath.h"
+#include "diag/module/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
 #include "ui/fields/ParameterControls.h"
 #include "ui/look/DialogLayout.h"
@@ -36,6 +36,7 @@ constexpr ControlText kTexts[] = {
     {kMakerLogoId, "Visit the Nexorvanta Software web site"},
     {kSettingsComboId, kSettingsText},
     {kEffectComboId, "Effect (:) - Select the type of Star Effect to apply to the image."},
+    {kCompareId, "Compare (B) - Hold down the key or the mouse to see the image without stars"},
     {kSettingsMenuIconControlId, "Settings Menu (M) - Load, save or delete a set of parameters"},
     {kZoomOutButtonId, "Zoom Out (Ctrl+-) - Show more of the image"},
     {kZoomInButtonId, "Zoom In (Ctrl++) - Show the image larger"},

@@ -226,6 +226,13 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
         if (!wParam)
             OnPreviewDeactivated();
         return TRUE;
+    case WM_ACTIVATE:
+        if (LOWORD(wParam) == WA_INACTIVE)
+            OnPreviewDeactivated();
+        return FALSE;
+    case WM_ENTERMENULOOP: // which keeps the keys to itself
+        OnPreviewDeactivated();
+        return FALSE;
     case WM_GETMINMAXINFO:
         return OnGetMinMaxInfo(reinterpret_cast<MINMAXINFO *>(lParam));
     case WM_NCCALCSIZE:

@@ -16,6 +16,7 @@
 #include "ui/fields/ParameterTable.h"
 #include "ui/fields/ParameterValue.h"
 #include "ui/history/DialogHistory.h"
+#include "ui/look/CompareButton.h"
 #include "ui/look/CornerIcon.h"
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
@@ -129,6 +130,7 @@ void InitializeMainDialog(HWND dialog) {
     ShowFocusMarks(dialog);
     AddUpdateLink(dialog);
     AddStateLine(dialog);
+    AddCompareButton(dialog);
     RecordDialogLayout(dialog);
     LoadDialogPictures(dialog); // for the scale of the layout
     UseBoldGroupFont(dialog);

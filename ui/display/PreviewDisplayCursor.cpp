@@ -2,6 +2,7 @@
 
 #include "diag/module/ModuleInstance.h"
 #include "resources/ResourceIds.h"
+#include "ui/display/PreviewComparison.h"
 #include "ui/display/PreviewDisplayMarks.h"
 #include "ui/display/PreviewDisplayState.h"
 #include "ui/view/ViewTools.h"
@@ -67,10 +68,14 @@ void SetDisplayCursor() {
 
 void ReadViewModifiers() {
     const ViewModifiers held = {IsHeld(VK_MENU), IsHeld(VK_CONTROL)};
+    const bool spaceDown = IsHeld(VK_SPACE);
+    const bool spaceHeld = gPreviewDisplay.spaceHeld && (spaceDown || !gPreviewDisplay.spaceSeenDown);
+    gPreviewDisplay.spaceSeenDown = spaceDown;
     ViewModifiers &known = gPreviewDisplay.modifiers;
-    if (held.alt == known.alt && held.ctrl == known.ctrl)
+    if (held.alt == known.alt && held.ctrl == known.ctrl && spaceHeld == gPreviewDisplay.spaceHeld)
         return;
     known = held;
+    gPreviewDisplay.spaceHeld = spaceHeld;
     RefreshDisplayCursor();
     UpdateLightMarks();
 }
@@ -91,6 +96,7 @@ void OnPreviewDeactivated() {
         return;
     gPreviewDisplay.modifiers = {};
     gPreviewDisplay.spaceHeld = false;
+    EndComparison();
     RefreshDisplayCursor();
     UpdateLightMarks();
 }

@@ -5,7 +5,8 @@
 
 #include <windows.h>
 
-// Takes Alt and Ctrl from the keyboard, as the messages handled so far left it; the cursor follows a change.
+// Lets go of a space bar that came up where nobody told us, and takes Alt and Ctrl from the keyboard, as the
+// messages handled so far left it; the cursor follows a change.
 void ReadViewModifiers();
 // Picks the cursor again for the tool, the keys and the zoom.
 void RefreshDisplayCursor();
@@ -20,5 +21,5 @@ HCURSOR LoadDisplayCursor(DisplayCursor cursor);
 // The dialog calls this when a key that changes the cursor (Alt, Ctrl, Space) goes down or up while another
 // control has the focus.
 void OnPreviewModifierKey(WPARAM key, bool down);
-// The application was deactivated: no key counts as held.
+// The dialog no longer has the keyboard: no key counts as held.
 void OnPreviewDeactivated();

@@ -3,6 +3,7 @@
 #include "diag/ErrorReport.h"
 #include "engine/table/HideEffects.h"
 #include "engine/table/LightSourceTable.h"
+#include "ui/display/OriginalView.h"
 #include "ui/display/PreviewDisplayMarks.h"
 #include "ui/display/PreviewDisplayState.h"
 #include "ui/preview/PreviewImages.h"
@@ -100,10 +101,15 @@ void FillBox(HDC dc, const RECT &rect, COLORREF color) {
     FillRect(dc, &rect, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
 }
 
+bool PaintImage(HDC dc, const IntRect &part, const PreviewGeometry &geometry) {
+    return gPreviewDisplay.comparing ? PaintOriginalImage(dc, part, geometry)
+                                     : PaintPreviewImage(dc, part, geometry);
+}
+
 // Without regions the surround goes under the image.
 void DrawPictureSimply(HDC dc, const PreviewGeometry &geometry) {
     FillBox(dc, ToRect(geometry.display), kSurround);
-    PaintPreviewImage(dc, geometry.display, geometry);
+    PaintImage(dc, geometry.display, geometry);
 }
 
 void DrawImagePart(HDC dc, const PreviewGeometry &geometry, const DisplaySurface &s) {
@@ -114,7 +120,7 @@ void DrawImagePart(HDC dc, const PreviewGeometry &geometry, const DisplaySurface
     RECT box = {};
     if (kind == ERROR || kind == NULLREGION || GetRgnBox(s.ImageRegion, &box) == ERROR)
         return;
-    if (!PaintPreviewImage(dc, {box.left, box.top, box.right, box.bottom}, geometry))
+    if (!PaintImage(dc, {box.left, box.top, box.right, box.bottom}, geometry))
         FillBox(dc, box, kSurround);
 }
 
@@ -170,6 +176,8 @@ LightMarks HiddenLights() {
 }
 
 void DrawMarks(HDC dc) {
+    if (gPreviewDisplay.comparing)
+        return;
     const HGDIOBJ oldPen = SelectObject(dc, GetStockObject(DC_PEN));
     const HGDIOBJ oldBrush = SelectObject(dc, GetStockObject(NULL_BRUSH));
     VisitMarkedLights(HiddenLights(), gViewTools.view, DrawHiddenLight, dc);

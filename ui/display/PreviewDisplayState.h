@@ -31,6 +31,8 @@ struct PreviewDisplay {
     DisplayMouse mouse;
     ViewModifiers modifiers;
     bool spaceHeld;           // Pan as long as it lasts
+    bool spaceSeenDown;       // in the keyboard's own state, which tells when it is no longer
+    bool comparing;           // the photograph without stars is shown
     DisplayCursor cursor;     // idle
     DisplayCursor dragCursor; // while a button is down
     int32_t wheelRest;        // of turns too small for a step of the zoom

@@ -62,6 +62,7 @@ constexpr Follows kFollows[] = {
     {kMakerLogoId, kNear, kFar, kNear, kFar},
     {kUpdateLinkId, kNear, kFar, kNear, kFar},
     {kPreviewOnId, kFar, kFar, kFar, kFar},
+    {kCompareId, kFar, kFar, kFar, kFar},
     {kHelpId, kFar, kFar, kFar, kFar},
     {IDOK, kFar, kFar, kFar, kFar},
     {IDCANCEL, kFar, kFar, kFar, kFar},

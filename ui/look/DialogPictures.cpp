@@ -41,6 +41,7 @@ ControlPicture gPictures[] = {
     {kZoomArrowId, kZoomArrowBitmapId, false, kInTheMiddle, nullptr},
     {kSettingsMenuIconControlId, kSettingsMenuIconId, true, kInTheMiddle, nullptr},
     {kCornerIconId, kSizeGripIconId, true, kInTheMiddle, nullptr},
+    {kCompareId, kCompareIconId, true, kInTheMiddle, nullptr},
     {kPanIconId, kPanHandIconId, true, kOnPlate, nullptr},
     {kZoomIconId, kZoomGlassIconId, true, kOnPlate, nullptr},
     {kHideIconId, kHideEffectsIconId, true, kOnPlate, nullptr},

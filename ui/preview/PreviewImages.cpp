@@ -47,7 +47,7 @@ void DrawNewest(const PreviewGeometry &geometry, const IntRect &part, uint32_t *
 }
 
 // Draws one piece, no larger than the tile bitmap; client pixels.
-bool PaintPiece(HDC dc, const IntRect &piece, const PreviewGeometry &geometry) {
+bool PaintPiece(PieceDrawer draw, HDC dc, const IntRect &piece, const PreviewGeometry &geometry) {
     const IntRect visible = VisibleRect(geometry);
     const int32_t dx = visible.left - geometry.display.left, dy = visible.top - geometry.display.top;
     if (!LockPreview())
@@ -56,8 +56,8 @@ bool PaintPiece(HDC dc, const IntRect &piece, const PreviewGeometry &geometry) {
     if (isDrawn) {
         // The transfer of the piece before may still be pending.
         GdiFlush();
-        DrawNewest(geometry, {piece.left + dx, piece.top + dy, piece.right + dx, piece.bottom + dy},
-                   gProxies.tileBitmap.pixels);
+        draw(geometry, {piece.left + dx, piece.top + dy, piece.right + dx, piece.bottom + dy},
+             gProxies.tileBitmap.pixels);
         isDrawn = DrawTileBitmap(gProxies.tileBitmap, dc, piece.left, piece.top, piece.right - piece.left,
                                  piece.bottom - piece.top);
     }
@@ -100,17 +100,21 @@ void RestoreState(uint8_t packed, bool isShown, LightSource *source) {
 
 } // namespace
 
-bool PaintPreviewImage(HDC dc, const IntRect &part, const PreviewGeometry &geometry) {
+bool PaintImageWith(PieceDrawer draw, HDC dc, const IntRect &part, const PreviewGeometry &geometry) {
     const IntRect area = IntersectRects(IntersectRects(part, geometry.display), ImageInClient(geometry));
     bool isDrawn = true;
     for (int32_t top = area.top; top < area.bottom; top += kTileBitmapSide)
         for (int32_t left = area.left; left < area.right; left += kTileBitmapSide)
-            isDrawn = PaintPiece(dc,
+            isDrawn = PaintPiece(draw, dc,
                                  {left, top, std::min(left + kTileBitmapSide, area.right),
                                   std::min(top + kTileBitmapSide, area.bottom)},
                                  geometry) &&
                       isDrawn;
     return isDrawn;
+}
+
+bool PaintPreviewImage(HDC dc, const IntRect &part, const PreviewGeometry &geometry) {
+    return PaintImageWith(DrawNewest, dc, part, geometry);
 }
 
 void SetFilterEffectsInvalidInRect(const IntRect &rect) {

@@ -13,6 +13,11 @@
 // zooms), or else the original's. Bounded work: never waits for a render. False when nothing could be drawn.
 bool PaintPreviewImage(HDC dc, const IntRect &part, const PreviewGeometry &geometry);
 
+// The same with pixels of one's own: `draw` gets the piece in scaled pixels and rows of kTileBitmapSide,
+// under the preview's lock.
+using PieceDrawer = void (*)(const PreviewGeometry &geometry, const IntRect &part, uint32_t *pixels);
+bool PaintImageWith(PieceDrawer draw, HDC dc, const IntRect &part, const PreviewGeometry &geometry);
+
 // Takes the effects in a rectangle (document pixels) out of what is valid; the next request renders them
 // anew. Only while the last request showed the effect (previewOn); otherwise it is reported and nothing
 // happens.

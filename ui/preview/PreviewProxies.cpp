@@ -94,6 +94,7 @@ void FreePreviewImages() {
     FreeImageBuffer(&gProxies.EffectProxyImage);
     FreeStore(&gProxies.scaledProxy);
     FreeStore(&gProxies.draft);
+    FreeStore(&gProxies.original);
     FreeDraftPictures(&gProxies.draftPictures);
     CountedFree(gProxies.lightSources.records, gProxies.lightSourceBytes);
     gProxies = PreviewProxies{};

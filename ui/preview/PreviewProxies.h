@@ -23,6 +23,8 @@ struct PreviewProxies {
 
     PixelStore draft; // over it, but for the fresh pixels; none while the exact view is whole
 
+    PixelStore original; // the view without stars, as it was compared last; dialog's thread
+
     HRGN ValidHostProxyRegion;    // document
     HRGN ValidEffectProxyRegion;  // document; part of the one above
     HRGN ScaledProxyRegion;       // rendered: the window that the scaled proxy is kept for
