@@ -3,7 +3,6 @@ brillatrix_test(reference_tests TIMEOUT 600
     SOURCES
         reference/ArithmeticTest.cpp
         reference/Cases.cpp
-        reference/detect/DetectPartsTest.cpp
         reference/detect/DetectTest.cpp
         reference/NightScene.cpp
         reference/ReferenceBlend.cpp

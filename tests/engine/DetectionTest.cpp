@@ -1,4 +1,4 @@
-// What lights are found, told by what was painted; and one worker's failures, cancelling and wild positions.
+// One worker's failures, cancelling and wild positions.
 #include "engine/detect/Detection.h"
 
 #include "engine/detect/BandScan.h"
@@ -8,8 +8,6 @@
 #include "engine/image/FixedPoint.h"
 #include "tests/engine/TestImages.h"
 
-#include <cmath>
-
 namespace {
 
 struct DetectionTest : EngineTest {
@@ -18,31 +16,6 @@ struct DetectionTest : EngineTest {
         gPreciseMode = true;
     }
 };
-
-double Distance(const LightSource &s, double x, double y) {
-    return std::hypot(s.X + s.XQuarter * 0.25 - x, s.Y + s.YQuarter * 0.25 - y);
-}
-
-TEST_F(DetectionTest, AGaussianSpotIsFoundWithinAPixelAtEveryScale) {
-    for (const int32_t side : {400, 1200, 2000, 3001}) {
-        const double scale = std::max(side / 1200.0, 1.0);
-        double previous = 0;
-        for (const double sigma : {1.5, 5.0, 12.0}) {
-            SCOPED_TRACE(testing::Message() << "side " << side << " sigma " << sigma);
-            const int32_t height = side / 4;
-            const Spot spot{side * 0.4 + 0.3, height * 0.55 - 0.2, sigma * scale, 240};
-            const TestImage image = MakeSpots(side, height, {spot}, 10);
-            const std::vector<LightSource> found = Detect(image.buffer);
-            ASSERT_EQ(found.size(), 1u);
-            EXPECT_LE(Distance(found[0], spot.x, spot.y), scale);
-            EXPECT_EQ(found[0].State, 1u);
-            const double radius = std::sqrt(found[0].RadiusSquared) / scale;
-            EXPECT_GT(radius, previous);
-            EXPECT_LT(radius, 2 * sigma);
-            previous = radius;
-        }
-    }
-}
 
 TEST_F(DetectionTest, PositionsAndRadiiOutOfReachAreHarmless) {
     const TestImage black = MakeGrayRgb(50, 50, [](int, int) { return 0; });
@@ -122,16 +95,6 @@ TEST_F(DetectionTest, AScanStopsAtThePixelThatFollowsACancel) {
     EXPECT_EQ(worker.shared.rowsDone, 10u);
     ScanBand(&worker.context); // cancelled before it starts
     EXPECT_EQ(worker.shared.rowsDone, 10u);
-}
-
-TEST_F(DetectionTest, AWorkerKeepsAMemoryFailureOfItsTable) {
-    const TestImage image = MakeSpots(80, 80, {{40, 40, 3, 240}}, 5);
-    TestWorker worker(image.buffer);
-    FailAllocation(1, true);
-    ScanBand(&worker.context);
-    FailAllocation(0, false);
-    EXPECT_EQ(worker.context.result, kMemFullErr);
-    EXPECT_EQ(worker.context.table.Count, 0u);
 }
 
 } // namespace

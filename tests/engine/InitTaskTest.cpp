@@ -135,15 +135,6 @@ TEST_F(InitTaskTest, EveryCallIsHarmlessWithoutARunAndAnImpossiblePictureIsAnErr
     EXPECT_EQ(RunToTheEnd(spots.buffer), kNoError);
 }
 
-TEST_F(InitTaskTest, ASecondRunIsAsGoodAsTheFirstEvenWithoutAStop) {
-    std::vector<LightSource> first, second;
-    StartLightSourceTableInit(spots.buffer);
-    RunToTheEnd(spots.buffer, &first);
-    RunToTheEnd(spots.buffer, &second);
-    EXPECT_EQ(first.size(), 5u);
-    EXPECT_TRUE(SameSources(first, second));
-}
-
 TEST_F(InitTaskTest, StoppingDuringTheScanEndsItEarly) {
     const TestImage noise = MakeNoise();
     for (const bool onceScanning : {true, false}) {

@@ -154,27 +154,4 @@ LightSource PickSource(Random *random, const IntRect &around, uint32_t floor) {
     return s;
 }
 
-std::string Describe(const reference::RenderContext &c) {
-    const RenderSettings &s = c.settings;
-    char text[400];
-    std::snprintf(text, sizeof text,
-                  "%dx%d %s floor %u scale %g type %c threshold %d intensity %d length %d angle %d points %d "
-                  "sharpness %d saturation %d rainbow %d/%d secondary %d flare %d%s",
-                  c.width, c.height, c.precision == reference::Precision::kFast ? "fast" : "precise", c.floor,
-                  s.scale, static_cast<char>(s.effectType), s.threshold, s.intensity, s.length, s.angle,
-                  s.numberOfPoints, s.spikeSharpness, s.colorSaturation, s.rainbowIntensity,
-                  s.rainbowFrequency, s.secondaryIntensity, s.softFlareIntensity,
-                  s.effectsOnly ? " effects only" : "");
-    return text;
-}
-
-std::string Describe(const LightSource &s) {
-    char text[200];
-    std::snprintf(text, sizeof text,
-                  "(%d.%d, %d.%d) r2 %d bright %08X rgb %08X %08X %08X intensity %08X state %u/%u", s.X,
-                  s.XQuarter, s.Y, s.YQuarter, s.RadiusSquared, s.Brightness, s.Red, s.Green, s.Blue,
-                  s.Intensity, s.State, s.SavedState);
-    return text;
-}
-
 } // namespace cases

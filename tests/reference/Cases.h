@@ -9,7 +9,6 @@
 
 #include <cstdint>
 #include <random>
-#include <string>
 #include <vector>
 
 namespace cases {
@@ -56,8 +55,5 @@ reference::RenderContext PickContext(Random *random, int32_t longest);
 void MakeCurrent(const reference::RenderContext &context);
 
 LightSource PickSource(Random *random, const IntRect &around, uint32_t floor);
-
-std::string Describe(const reference::RenderContext &context);
-std::string Describe(const LightSource &source);
 
 } // namespace cases

@@ -131,12 +131,4 @@ TEST_F(RenderTest, LeastVisibleValueIsTheLeast) {
     }
 }
 
-TEST_F(RenderTest, UnknownBlendModeIsReportedAndChangesNothing) {
-    WorkingPixel pixel{{1, 2, 3}};
-    BlendPixel(0x73637272, Tint{{kOne, kOne, kOne}, kOne}, &pixel);
-    EXPECT_EQ(pixel.channel[0] + pixel.channel[1] + pixel.channel[2], 6u);
-    EXPECT_EQ(TakeReportLines(),
-              std::vector<std::string>{"249 1 16 Debug:  Unexpected Error: Blending mode not implemented."});
-}
-
 } // namespace

@@ -15,10 +15,10 @@
 
 namespace {
 
-LightSource &LightNear(int32_t x, int32_t y) {
+LightSource &LightNear(int32_t x, int32_t y, int32_t reach = 3) {
     const LightSourceTableView lights = GetLightSourceTable();
     for (uint32_t i = 0; i < lights.count; ++i)
-        if (std::abs(lights.records[i].X - x) <= 3 && std::abs(lights.records[i].Y - y) <= 3)
+        if (std::abs(lights.records[i].X - x) <= reach && std::abs(lights.records[i].Y - y) <= reach)
             return lights.records[i];
     ADD_FAILURE() << "no light at " << x << ", " << y;
     return lights.records[0];
@@ -74,8 +74,6 @@ uint32_t HueOf(const LightSource &light) {
 TEST_F(PictureTest, AnalysisImageIsThePictureAndShadingShowsWhatDetectionLeavesOut) {
     ASSERT_TRUE(KeepScene(SceneSettings()));
     const DrawnPicture plain = DrawPicture(kAnalysisPicture), shaded = DrawPicture(kShadedPicture);
-    EXPECT_EQ(plain.Width(), kSceneWidth);
-    EXPECT_EQ(plain.Height(), kSceneHeight);
     EXPECT_EQ(plain.At(100, 60), 0xFFFAF0u);
     EXPECT_EQ(plain.At(200, 90), 0xFFF06Eu);
     EXPECT_EQ(plain.At(200, 220), 0xF0F0F0u); // as it was before it was marked
@@ -128,15 +126,8 @@ TEST_F(PictureTest, ReducedPictureHasItsCirclesInPlace) {
     const DrawnPicture drawn = DrawPicture(kLightsPicture);
     EXPECT_EQ(std::max(drawn.Width(), drawn.Height()), 1200);
     EXPECT_DOUBLE_EQ(drawn.place.scale, kSceneWidth * 6 / 1200.0);
-    const LightSourceTableView lights = GetLightSourceTable();
-    ASSERT_GE(lights.count, 3u);
     for (const SceneSpot &spot : kSceneSpots) {
-        LightSource scaled{};
-        for (uint32_t i = 0; i < lights.count; ++i)
-            if (std::abs(lights.records[i].X - spot.x * 6) < 15 &&
-                std::abs(lights.records[i].Y - spot.y * 6) < 15)
-                scaled = lights.records[i];
-        ASSERT_NE(scaled.State, 0u) << spot.x;
+        LightSource scaled = LightNear(spot.x * 6, spot.y * 6, 15);
         scaled.X = static_cast<int32_t>(std::lround(scaled.X / drawn.place.scale));
         scaled.Y = static_cast<int32_t>(std::lround(scaled.Y / drawn.place.scale));
         scaled.RadiusSquared =
@@ -151,6 +142,7 @@ TEST_F(PictureTest, StarPictureIsWhatTheRendererLays) {
     for (const int16_t flare : {0, 40}) {
         RenderSettings settings = SceneSettings();
         settings.softFlareIntensity = flare;
+        settings.rainbowIntensity = settings.rainbowFrequency = 80; // red and blue differ
         ASSERT_TRUE(KeepScene(settings));
         const DrawnPicture drawn = DrawPicture(kStampPicture);
         ImageBuffer large{};

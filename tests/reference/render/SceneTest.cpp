@@ -31,7 +31,6 @@ protected:
     void Compare(Random *random, const Scene &scene) {
         const IntRect target = PickTarget(random, scene.bounds);
         workers = static_cast<int32_t>(random->OneOf({-1, 1, 1, 2, 3, 4, 40}));
-        SCOPED_TRACE(testing::Message() << Describe(scene, target) << "\nworkers " << workers);
         const Picture image = MakePicture(scene.kind, scene.bounds);
         FillAtRandom(random, image.buffer);
         const int32_t slack = random->Chance(50) ? 0 : 4;

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace cases {
 
@@ -49,38 +48,10 @@ LightSourceTableView ViewOf(std::vector<LightSource> *sources) {
     return {sources->data(), static_cast<uint32_t>(sources->size())};
 }
 
-std::string Describe(const Scene &scene, const IntRect &target) {
-    char place[160];
-    std::snprintf(place, sizeof place, "\nmode %d transparency %d bounds %d,%d target %d,%d,%d,%d",
-                  scene.kind.mode, scene.kind.transparencyPlanes, scene.bounds.left, scene.bounds.top,
-                  target.left, target.top, target.right, target.bottom);
-    std::string text = Describe(scene.context);
-    text += place;
-    for (const LightSource &source : scene.sources) {
-        text += '\n';
-        text += Describe(source);
-    }
-    return text;
-}
-
-namespace {
-
-// Where a byte of the planes lies.
-std::string Locate(const ImageBuffer &image, int64_t byte) {
-    const int64_t sample = byte / image.bytesPerSample, inPlane = sample % image.planeSize;
-    char text[80];
-    std::snprintf(text, sizeof text, "plane %d at (%d, %d)", static_cast<int>(sample / image.planeSize),
-                  static_cast<int>(image.bounds.left + inPlane % image.width),
-                  static_cast<int>(image.bounds.top + inPlane / image.width));
-    return text;
-}
-
-} // namespace
-
 void ExpectSamePixels(const ImageBuffer &product, const ImageBuffer &expected) {
     const int64_t difference = FirstDifference(product, expected);
-    ASSERT_EQ(difference, -1) << Locate(product, difference) << ": " << int{product.pixels[difference]}
-                              << ", expected " << int{expected.pixels[difference]};
+    ASSERT_EQ(difference, -1) << int{product.pixels[difference]} << ", expected "
+                              << int{expected.pixels[difference]};
 }
 
 } // namespace cases

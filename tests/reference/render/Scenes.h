@@ -3,7 +3,6 @@
 
 #include "tests/reference/Cases.h"
 
-#include <string>
 #include <vector>
 
 namespace cases {
@@ -22,7 +21,6 @@ IntRect PickTarget(Random *random, const IntRect &bounds);
 Picture MakePicture(const PictureKind &kind, const IntRect &bounds);
 LightSourceTableView ViewOf(std::vector<LightSource> *sources);
 
-std::string Describe(const Scene &scene, const IntRect &target);
 void ExpectSamePixels(const ImageBuffer &product, const ImageBuffer &expected);
 
 } // namespace cases
