@@ -1,5 +1,7 @@
 #include "host/base/Console.h"
 
+#include "host/base/ExitStatus.h"
+#include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
 
 #include <windows.h>
@@ -11,8 +13,8 @@ namespace host {
 
 constexpr int32_t kBarLength = 40;
 
-constexpr int32_t kStopAtOnce = 2;       // presses of Ctrl+C
-constexpr DWORD kLongestGoodbye = 10000; // milliseconds; the system waits for less
+constexpr int32_t kStopAtOnce = 2;      // presses of Ctrl+C
+constexpr DWORD kLongestGoodbye = 3000; // milliseconds; the system waits for five seconds
 
 // Counted on the thread that the system makes for Ctrl+C, read on the program's own.
 static std::atomic<int32_t> gCancelPresses{0};
@@ -69,9 +71,12 @@ static BOOL WINAPI OnConsoleEvent(DWORD event) {
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
         gCancelPresses = kStopAtOnce;
         Sleep(kLongestGoodbye);
+    } else if (presses < gPressesHandled) {
         return TRUE;
     }
-    return presses < gPressesHandled ? TRUE : FALSE;
+    RemoveTemporaries();
+    TerminateProcess(GetCurrentProcess(), kExitCancelled);
+    return TRUE;
 }
 
 void WatchForCancel(bool stopsByItself) {

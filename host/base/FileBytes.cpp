@@ -4,9 +4,13 @@
 #include "host/base/SystemText.h"
 
 #include <algorithm>
+#include <list>
+#include <mutex>
 
 namespace host {
 
+constexpr size_t kSmallPiece = 1u << 20;    // of what comes over a pipe
+constexpr DWORD kLongestTidying = 1500;     // milliseconds
 constexpr size_t kLargestPiece = 16u << 20; // of one system call
 
 static bool FailWithError(std::string *why) {
@@ -53,6 +57,24 @@ bool ReadWholeFile(const std::wstring &path, Bytes *bytes, std::string *why) {
     return done;
 }
 
+bool ReadStandardInput(Bytes *bytes, std::string *why) {
+    const HANDLE in = GetStdHandle(STD_INPUT_HANDLE);
+    DWORD count = 0;
+    for (size_t length = 0;; length += count) {
+        if (length > 0xFFFFFFFFull)
+            return Fail(why, "it is larger than 4 GB");
+        if (length + kSmallPiece > bytes->size())
+            bytes->resize(std::max<size_t>(bytes->size() * 2, kSmallPiece));
+        if (!ReadFile(in, bytes->data() + length, static_cast<DWORD>(kSmallPiece), &count, nullptr) &&
+            GetLastError() != ERROR_BROKEN_PIPE)
+            return FailWithError(why);
+        if (count == 0) {
+            bytes->resize(length);
+            return true;
+        }
+    }
+}
+
 std::wstring TemporaryPath(const std::wstring &path, uint32_t processId) {
     return path + L"." + std::to_wstring(processId) + L".tmp";
 }
@@ -61,7 +83,21 @@ bool DoesFileExist(const std::wstring &path) {
     return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
+static bool IsStandardOutput(const std::wstring &path) {
+    return path == kStandardStream;
+}
+
+static std::wstring StandardOutputTemporary() {
+    std::wstring folder(MAX_PATH + 1, L'\0');
+    folder.resize(GetTempPathW(static_cast<DWORD>(folder.size()), folder.data()));
+    return folder + L"brillatrix-" + std::to_wstring(GetCurrentProcessId()) + L".tmp";
+}
+
 bool CheckOutputPlace(const std::wstring &path, std::string *why) {
+    DWORD mode = 0;
+    if (IsStandardOutput(path))
+        return !GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) ||
+               Fail(why, "it is a terminal; > FILE or a pipe takes the picture");
     const DWORD attributes = GetFileAttributesW(path.c_str());
     const bool isThere = attributes != INVALID_FILE_ATTRIBUTES;
     if (isThere && (attributes & FILE_ATTRIBUTE_DIRECTORY)) {
@@ -122,24 +158,65 @@ void RemoveTemporary(const std::wstring &path, uint32_t processId) {
     DeleteFileW(TemporaryPath(LinkTarget(path), processId).c_str());
 }
 
+// --- What is not finished when the process must end at once.
+
+struct Unfinished {
+    std::wstring path;
+    HANDLE handle;
+};
+static std::mutex gUnfinishedGuard;
+static std::list<Unfinished> gUnfinished;
+
+static void NoteUnfinished(const std::wstring &path, HANDLE handle) {
+    const std::lock_guard<std::mutex> guard(gUnfinishedGuard);
+    std::erase_if(gUnfinished, [&](const Unfinished &one) { return one.path == path; });
+    gUnfinished.push_back({path, handle});
+}
+
+void NoteTemporary(const std::wstring &path) {
+    NoteUnfinished(path, INVALID_HANDLE_VALUE);
+}
+
+void ForgetTemporary(const std::wstring &path) {
+    const std::lock_guard<std::mutex> guard(gUnfinishedGuard);
+    std::erase_if(gUnfinished, [&](const Unfinished &one) { return one.path == path; });
+}
+
+// A file that somebody else has open goes when that one notices the end too.
+void RemoveTemporaries() {
+    const ULONGLONG begun = GetTickCount64();
+    for (bool isLeft = true; isLeft && GetTickCount64() - begun < kLongestTidying; Sleep(10)) {
+        const std::lock_guard<std::mutex> guard(gUnfinishedGuard);
+        isLeft = false;
+        for (Unfinished &one : gUnfinished) {
+            if (one.handle != INVALID_HANDLE_VALUE)
+                CloseHandle(one.handle);
+            one.handle = INVALID_HANDLE_VALUE;
+            isLeft = isLeft || (!DeleteFileW(one.path.c_str()) && DoesFileExist(one.path));
+        }
+    }
+}
+
 bool BeginOutput(const std::wstring &path, OutputFile *file, std::string *why) {
     OutputFile begun;
-    begun.path = LinkTarget(path);
-    begun.temporaryPath = TemporaryPath(begun.path, GetCurrentProcessId());
+    begun.path = IsStandardOutput(path) ? path : LinkTarget(path);
+    begun.temporaryPath =
+        IsStandardOutput(path) ? StandardOutputTemporary() : TemporaryPath(begun.path, GetCurrentProcessId());
     begun.handle = CreateFileW(begun.temporaryPath.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
                                FILE_ATTRIBUTE_NORMAL, nullptr);
     if (begun.handle == INVALID_HANDLE_VALUE)
         return FailWithError(why);
+    NoteUnfinished(begun.temporaryPath, begun.handle);
     *file = std::move(begun);
     return true;
 }
 
-bool AppendOutput(OutputFile *file, const void *bytes, size_t length, std::string *why) {
+static bool WriteAll(HANDLE handle, const void *bytes, size_t length, std::string *why) {
     const uint8_t *next = static_cast<const uint8_t *>(bytes);
     while (length > 0) {
         DWORD written = 0;
         const DWORD piece = static_cast<DWORD>(std::min(length, kLargestPiece));
-        if (!WriteFile(file->handle, next, piece, &written, nullptr))
+        if (!WriteFile(handle, next, piece, &written, nullptr))
             return FailWithError(why);
         if (written == 0) {
             *why = "the disk is full";
@@ -151,6 +228,10 @@ bool AppendOutput(OutputFile *file, const void *bytes, size_t length, std::strin
     return true;
 }
 
+bool AppendOutput(OutputFile *file, const void *bytes, size_t length, std::string *why) {
+    return WriteAll(file->handle, bytes, length, why);
+}
+
 static void CloseOutput(OutputFile *file) {
     if (file->handle != INVALID_HANDLE_VALUE)
         CloseHandle(file->handle);
@@ -158,13 +239,17 @@ static void CloseOutput(OutputFile *file) {
 }
 
 void LendOutput(OutputFile *file) {
+    NoteTemporary(file->temporaryPath);
     CloseOutput(file);
 }
 
 bool TakeOutputBack(OutputFile *file, std::string *why) {
     file->handle = CreateFileW(file->temporaryPath.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
                                FILE_ATTRIBUTE_NORMAL, nullptr);
-    return file->handle != INVALID_HANDLE_VALUE || FailWithError(why);
+    if (file->handle == INVALID_HANDLE_VALUE)
+        return FailWithError(why);
+    NoteUnfinished(file->temporaryPath, file->handle);
+    return true;
 }
 
 void DiscardOutput(OutputFile *file) {
@@ -172,7 +257,14 @@ void DiscardOutput(OutputFile *file) {
         return;
     CloseOutput(file);
     DeleteFileW(file->temporaryPath.c_str());
+    ForgetTemporary(file->temporaryPath);
     *file = {};
+}
+
+static bool SendToStandardOutput(const std::wstring &path, std::string *why) {
+    Bytes bytes;
+    return ReadWholeFile(path, &bytes, why) &&
+           WriteAll(GetStdHandle(STD_OUTPUT_HANDLE), bytes.data(), bytes.size(), why);
 }
 
 bool CommitOutputFile(OutputFile *file, std::string *why) {
@@ -180,11 +272,14 @@ bool CommitOutputFile(OutputFile *file, std::string *why) {
     if (!isFlushed)
         FailWithError(why);
     CloseOutput(file);
-    const bool isMoved = isFlushed && PutInPlace(file->temporaryPath, file->path);
-    if (isFlushed && !isMoved)
+    const bool isStream = IsStandardOutput(file->path);
+    const bool isMoved = isFlushed && (isStream ? SendToStandardOutput(file->temporaryPath, why)
+                                                : PutInPlace(file->temporaryPath, file->path));
+    if (isFlushed && !isMoved && !isStream)
         FailWithError(why);
-    if (!isMoved)
+    if (!isMoved || isStream)
         DeleteFileW(file->temporaryPath.c_str());
+    ForgetTemporary(file->temporaryPath);
     *file = {};
     return isMoved;
 }
@@ -201,6 +296,8 @@ bool WriteWholeFile(const std::wstring &path, const Bytes &bytes, std::string *w
 }
 
 std::wstring NativePath(const std::wstring &path) {
+    if (IsStandardOutput(path))
+        return path;
     std::wstring native = path;
     const bool isRooted = path.size() > 1 && path[0] == L'/' && path[1] != L'/';
     if (isRooted && IsUnderWine() && GetDriveTypeW(L"Z:\\") != DRIVE_NO_ROOT_DIR)

@@ -12,6 +12,12 @@ namespace host {
 // False with a reason. Files of 4 GB and more are refused.
 bool ReadWholeFile(const std::wstring &path, Bytes *bytes, std::string *why);
 
+// What comes over standard input, to its end. False with a reason.
+bool ReadStandardInput(Bytes *bytes, std::string *why);
+
+// As a path: standard output, which takes a file when it is complete.
+constexpr wchar_t kStandardStream[] = L"-";
+
 // A file being written beside its final place. Zero-initialised it is closed.
 struct OutputFile {
     HANDLE handle = INVALID_HANDLE_VALUE;
@@ -35,6 +41,11 @@ bool CommitOutputFile(OutputFile *file, std::string *why);
 // done.
 void LendOutput(OutputFile *file);
 bool TakeOutputBack(OutputFile *file, std::string *why);
+// A temporary file of other makers, known from here on to RemoveTemporaries, or no more.
+void NoteTemporary(const std::wstring &path);
+void ForgetTemporary(const std::wstring &path);
+// For a process that ends at once, on a thread of its own: whatever it has not finished is removed.
+void RemoveTemporaries();
 // Throws away what was written. Does nothing to a file that was not begun.
 void DiscardOutput(OutputFile *file);
 

@@ -134,15 +134,6 @@ static bool AddWord(Search *search, const std::wstring &word, std::string *why) 
     return true;
 }
 
-static std::string ReadStandardInput() {
-    std::string text;
-    char piece[4096];
-    DWORD count = 0;
-    while (ReadFile(GetStdHandle(STD_INPUT_HANDLE), piece, sizeof(piece), &count, nullptr) && count > 0)
-        text.append(piece, count);
-    return text;
-}
-
 // A name a line, in UTF-8.
 static bool AddLines(Search *search, std::string text, std::string *why) {
     if (text.starts_with("\xEF\xBB\xBF"))
@@ -158,11 +149,12 @@ static bool AddLines(Search *search, std::string text, std::string *why) {
 }
 
 static bool AddInput(Search *search, const std::wstring &input, std::string *why) {
-    if (input == L"-")
-        return AddLines(search, ReadStandardInput(), why);
+    Bytes list;
+    if (input == kStandardStream)
+        return (ReadStandardInput(&list, why) || Fail(why, "cannot read standard input: " + *why)) &&
+               AddLines(search, {list.begin(), list.end()}, why);
     if (input[0] != L'@' || DoesFileExist(NativePath(input)))
         return AddWord(search, input, why);
-    Bytes list;
     if (!ReadWholeFile(NativePath(input.substr(1)), &list, why))
         return Fail(why, "cannot read " + ToUtf8(input.substr(1)) + ": " + *why);
     return AddLines(search, {list.begin(), list.end()}, why);

@@ -30,6 +30,7 @@ struct BatchOptions {
     bool isQuiet = false;  // no bar, no closing line, no notes but those of losses
     bool isSilent = false; // not even those
     std::wstring failedList;
+    std::wstring contactSheet; // before and after; empty: none
 };
 
 } // namespace host

@@ -5,6 +5,7 @@
 #include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
 #include "host/batch/BatchReport.h"
+#include "host/batch/BatchSheet.h"
 #include "host/batch/Journal.h"
 #include "host/batch/PhotoMemory.h"
 #include "host/batch/WorkerPool.h"
@@ -102,7 +103,7 @@ static int StatusOf(const BatchReport &report) {
 }
 
 static int RunPhotos(BatchReport &report, const std::vector<BatchPhoto> &photos, Journal &journal,
-                     const std::vector<std::wstring> &words) {
+                     std::vector<std::wstring> words, BatchSheet *sheet) {
     std::vector<PoolTask> tasks;
     std::vector<const BatchPhoto *> tasked;
     for (const BatchPhoto &photo : photos)
@@ -112,10 +113,13 @@ static int RunPhotos(BatchReport &report, const std::vector<BatchPhoto> &photos,
         }
     if (tasks.empty())
         return kExitDone;
+    AskForSheet(report.options, tasks.size(), sheet, &words);
     const ResultTaker take = [&](size_t task, const PhotoResult &result) {
         TellPhoto(report, *tasked[task], result);
-        if (result.state == PhotoState::kDone)
+        if (result.state == PhotoState::kDone) {
             AddToJournal(journal, *tasked[task]);
+            AddToSheet(sheet, task, *tasked[task], result);
+        }
         return result.state != PhotoState::kFailed || !report.options.stopsOnError;
     };
     int status = kExitDone;
@@ -131,7 +135,8 @@ int RunBatch(const BatchOptions &options, const std::vector<std::wstring> &words
     if (const int status = PlanBatch(options, journalWords, &photos))
         return status;
     BatchReport report{options, 0, 0, {}, nullptr, {}, 0};
-    if ((!options.isDryRun && !CheckFolders(photos, &why)) || !BeginReport(&report, photos.size(), &why))
+    if (!CheckSheet(options, photos, &why) || (!options.isDryRun && !CheckFolders(photos, &why)) ||
+        !BeginReport(&report, photos.size(), &why))
         return FailBatch(kExitFile, why);
     TellSkipped(report, photos);
     if (options.isDryRun)
@@ -139,10 +144,11 @@ int RunBatch(const BatchOptions &options, const std::vector<std::wstring> &words
     Journal journal;
     if (!BeginJournal(JournalPath(options, photos), journalWords, photos, &journal, &why))
         return FailBatch(kExitFile, why);
-    const int broken = RunPhotos(report, photos, journal, words);
-    const int status = broken != kExitDone ? broken : StatusOf(report);
+    BatchSheet sheet;
+    const int broken = RunPhotos(report, photos, journal, words, &sheet);
+    int status = broken != kExitDone ? broken : StatusOf(report);
     EndJournal(&journal, status == kExitDone || report.counts[0] + report.counts[2] == 0);
-    if (!EndReport(&report, &why))
+    if (!EndReport(&report, &why) || (!MustStopAtOnce() && !WriteSheet(options, sheet, &why)))
         return FailBatch(kExitFile, why);
     return status;
 }

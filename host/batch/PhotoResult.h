@@ -1,6 +1,8 @@
 // What became of one photo of a batch.
 #pragma once
 
+#include "host/sheet/SmallPicture.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -16,6 +18,7 @@ struct PhotoResult {
     std::vector<std::string> losses, notes, boxes; // what the user should know
     int64_t lights = -1, stars = -1;               // -1: not told
     int64_t milliseconds = 0;
+    SmallPicture before, after; // empty: not asked for
 };
 
 } // namespace host

@@ -20,6 +20,10 @@ MessageTexts PackResult(const PhotoResult &result) {
     Append(&texts, 'l', result.losses);
     Append(&texts, 'n', result.notes);
     Append(&texts, 'b', result.boxes);
+    if (result.after.width > 0) {
+        texts.push_back('1' + PackSmallPicture(result.before));
+        texts.push_back('2' + PackSmallPicture(result.after));
+    }
     return texts;
 }
 
@@ -34,12 +38,18 @@ bool UnpackResult(const MessageTexts &texts, PhotoResult *result) {
     result->reason = texts[2];
     result->lights = std::atoll(texts[3].c_str());
     result->stars = std::atoll(texts[4].c_str());
-    for (size_t i = kFixedTexts; i < texts.size(); i++)
-        if (!texts[i].empty())
-            (texts[i][0] == 'l'   ? result->losses
-             : texts[i][0] == 'n' ? result->notes
-                                  : result->boxes)
+    for (size_t i = kFixedTexts; i < texts.size(); i++) {
+        const char mark = texts[i].empty() ? ' ' : texts[i][0];
+        if (mark == '1' || mark == '2') {
+            if (!UnpackSmallPicture(texts[i].substr(1), mark == '1' ? &result->before : &result->after))
+                return false;
+        } else if (mark != ' ') {
+            (mark == 'l'   ? result->losses
+             : mark == 'n' ? result->notes
+                           : result->boxes)
                 .push_back(texts[i].substr(1));
+        }
+    }
     return true;
 }
 

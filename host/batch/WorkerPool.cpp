@@ -13,6 +13,8 @@
 
 namespace host {
 
+constexpr int kMostStarts = 3;     // of one worker
+constexpr DWORD kStartPause = 200; // milliseconds
 constexpr auto kWatchPause = std::chrono::milliseconds(50);
 
 // One worker and the photo that it is on. `process` and what follows is watched from the pool's own thread.
@@ -84,28 +86,40 @@ static void Watch(WorkerSlot &slot, HANDLE process, int64_t timeout) {
         slot.isLate = false;
 }
 
-// A worker that has said that it is ready.
-static bool HaveWorker(Pool &pool, WorkerSlot &slot) {
-    std::string why;
-    MessageTexts texts;
+// What a new worker says first, or why it says nothing.
+static PhotoResult MakeWorker(Pool &pool, WorkerSlot &slot, bool *isHeard) {
     PhotoResult ready;
-    if (slot.worker.process)
-        return true;
-    if (!StartWorker(pool.settings.words, pool.job, &slot.worker, &why)) {
-        StopPool(pool, kExitFile, why);
+    MessageTexts texts;
+    ready.state = PhotoState::kFailed;
+    ready.status = kExitFile;
+    if (!StartWorker(pool.settings.words, pool.job, &slot.worker, &ready.reason))
+        return ready;
+    ready.status = kExitPlugin;
+    Watch(slot, slot.worker.process, 0);
+    *isHeard = ReceiveTexts(slot.worker.fromWorker, &texts) && UnpackResult(texts, &ready);
+    Watch(slot, nullptr, 0);
+    if (!*isHeard)
+        ready.reason = "a worker ended before its first photo";
+    if (ready.state != PhotoState::kDone)
+        EndWorker(&slot.worker, true);
+    return ready;
+}
+
+// A worker that has said that it is ready. A start can fail where the system is short of something for a
+// moment, so it is tried again; what a worker says itself is not.
+static bool HaveWorker(Pool &pool, WorkerSlot &slot) {
+    for (int left = kMostStarts; !slot.worker.process; Sleep(kStartPause)) {
+        bool isHeard = false;
+        const PhotoResult ready = MakeWorker(pool, slot, &isHeard);
+        if (ready.state == PhotoState::kDone)
+            return true;
+        if (!isHeard && --left > 0 && !MustStopAtOnce())
+            continue;
+        if (!MustStopAtOnce())
+            StopPool(pool, ready.status, ready.reason);
         return false;
     }
-    Watch(slot, slot.worker.process, 0);
-    const bool isHeard = ReceiveTexts(slot.worker.fromWorker, &texts) && UnpackResult(texts, &ready);
-    Watch(slot, nullptr, 0);
-    if (isHeard && ready.state == PhotoState::kDone)
-        return true;
-    EndWorker(&slot.worker, true);
-    if (isHeard)
-        StopPool(pool, ready.status, ready.reason);
-    else if (!MustStopAtOnce())
-        StopPool(pool, kExitPlugin, "a worker ended before its first photo");
-    return false;
+    return true;
 }
 
 static PhotoResult TellLost(const WorkerSlot &slot, DWORD status) {

@@ -9,7 +9,8 @@ static const char kHead[] = //
        brillatrix batch [options] INPUT...      many photos; brillatrix help batch
        brillatrix inplace [options] PHOTO...    photos replaced; brillatrix help inplace
        brillatrix --lights ... PHOTO
-Adds stars to the lights of PHOTO and writes the result to OUT, by OUT's ending.
+Adds stars to the lights of PHOTO and writes the result to OUT, by OUT's ending. PHOTO may be - for standard
+input, OUT for standard output: brillatrix - - <night.jpg >stars.jpg
 
 Reads jpg, png, tif, webp, avif, gif, bmp, ppm, pgm, pam, pfm, told by content; writes the same kinds.
 
@@ -36,6 +37,7 @@ The file, which is written like the photo's where nothing else is said:
   --quality 1..100         of jpg, webp, avif (jpg of another kind of photo: 95)
   --subsampling 444|420    colour of a jpg in full or at half the resolution
   --compression KIND       of tif: none, lzw, deflate, zstd, packbits, jpeg
+  --format KIND            the kind for an OUT without such an ending, and for - (the photo's own)
   --depth 8|16|32          bits a sample; 32 are floats
   --metadata KIND          keep (all), no-gps (not the place), none
   --no-strict              take a jpg that is damaged in its middle, with a warning; --strict refuses it
@@ -57,6 +59,7 @@ What the filter found; OUT may then be left out:
   --lights                 print the table of the lights, brightest first
   --lights-csv FILE        write it with positions, diameters, colours, ranks and states
   --lights-svg FILE        draw it, of the photo's size, to be laid over the photo
+  --contact-sheet FILE     the photo with each of the seven effects, side by side
   --debug-images DIR       write four pictures: analysis, selection, lights and star .png
   --show-lights            open the table in a window
   --show-debug             open the pictures in a window
@@ -94,6 +97,7 @@ How:
   --resume                 leave out what an earlier, unfinished batch has done
   --dry-run                only tell what would be done
   --json [FILE|-]          a line a photo: input, output, status, reason, notes, lights, stars, milliseconds
+  --contact-sheet FILE     the photos before and after, small, with their names
   --failed FILE            names of the failed photos, to be taken again with @FILE
   --progress KIND          auto (a bar on a terminal), plain (a line a photo), none
 

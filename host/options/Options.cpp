@@ -11,6 +11,7 @@
 namespace host {
 
 constexpr int32_t kLongestTimeout = 86400; // seconds
+constexpr int32_t kLargestSheetSide = 4096;
 constexpr int32_t kMostJobs = 64, kMostMemory = 1000000;
 
 // Where an option may stand.
@@ -153,6 +154,25 @@ static bool TakeSilent(Options &options, const GivenOption &) {
     return true;
 }
 
+static bool TakeContactSheet(Options &options, const GivenOption &given) {
+    if (IsStream(given.value))
+        return Fail(given.why, "--contact-sheet needs the name of a file");
+    options.contactSheet = Batch(options).contactSheet = given.value;
+    return true;
+}
+
+static bool TakeSheetSide(Options &options, const GivenOption &given) {
+    return TakeWholeBetween(given, 1, kLargestSheetSide, &options.sheetSide);
+}
+
+static bool TakeFormat(Options &options, const GivenOption &given) {
+    const char *ending = FindEnding(ToUtf8(given.value));
+    if (!ending)
+        return Refuse(given, "takes one of " + ListFormats());
+    options.write.format = ending;
+    return true;
+}
+
 static bool TakePreset(Options &options, const GivenOption &given) {
     options.preset = Batch(options).presetName = given.value;
     return true;
@@ -218,6 +238,7 @@ static const OptionRow kRows[] = {
     {L"--quality", kAnywhere, kYes, TakeQuality},
     {L"--subsampling", kAnywhere, kYes, TakeSubsampling},
     {L"--compression", kAnywhere, kYes, TakeCompression},
+    {L"--format", kSingle, kYes, TakeFormat},
     {L"--depth", kAnywhere, kYes, TakeDepth},
     {L"--metadata", kAnywhere, kYes, TakeMetadata},
     {L"--strict", kAnywhere, kNo, TakeSwitch<&Options::isStrict>},
@@ -230,6 +251,8 @@ static const OptionRow kRows[] = {
     {L"--debug-images", kSingle, kYes, TakeText<&Options::debugImages>},
     {L"--show-lights", kSingle, kNo, TakeSwitch<&Options::showLights>},
     {L"--show-debug", kSingle, kNo, TakeSwitch<&Options::showDebug>},
+    {L"--contact-sheet", kSingle | kMany, kYes, TakeContactSheet, false},
+    {L"--sheet-side", kMany, kYes, TakeSheetSide}, // a batch tells its workers
     {L"--about", kSingle, kNo, TakeTask<ProgramTask::kAbout>},
     {L"--help", kAnywhere, kNo, TakeTask<ProgramTask::kHelp>},
     {L"-h", kAnywhere, kNo, TakeTask<ProgramTask::kHelp>},
@@ -338,6 +361,10 @@ bool WantsDiagnostics(const Options &options) {
            !options.lightsSvg.empty() || WantsDebugPictures(options);
 }
 
+bool IsStream(const std::wstring &file) {
+    return file == L"-";
+}
+
 bool OpensWindows(const Options &options) {
     return options.showDialog || options.showLights || options.showDebug;
 }
@@ -350,6 +377,8 @@ static bool CheckFilter(const Options &options, std::string *why) {
         return Fail(why, "--plugin and --filter exclude each other");
     if (WantsDiagnostics(options))
         return Fail(why, "the lights are those of the star filter; --filter runs another one");
+    if (!options.contactSheet.empty())
+        return Fail(why, "the sheet shows the effects of the star filter; --filter runs another one");
     if (!options.values.empty() || !options.settings.empty() || !options.preset.empty() || options.useLast)
         return Fail(why, "the parameters are those of the star filter; --filter runs another one");
     return true;
@@ -368,7 +397,7 @@ static bool CheckTogether(const Options &options, std::string *why) {
 }
 
 static bool TakeOneFile(Options *options, const std::vector<std::wstring> &files, std::string *why) {
-    const bool tells = WantsDiagnostics(*options);
+    const bool tells = WantsDiagnostics(*options) || !options->contactSheet.empty();
     if (files.empty() && !options->savePreset.empty()) {
         options->task = ProgramTask::kPresets;
         return true;
@@ -384,6 +413,8 @@ static bool TakeOneFile(Options *options, const std::vector<std::wstring> &files
         return Fail(why, files[0].empty() ? "PHOTO is empty" : "OUT is empty");
     options->photo = files[0];
     options->out = files.size() > 1 ? files[1] : L"";
+    if (options->printLights && IsStream(options->out))
+        return Fail(why, "--lights prints where OUT goes; --lights-csv writes a file");
     return true;
 }
 
@@ -396,6 +427,8 @@ static bool TakeFiles(Options *options, const std::vector<std::wstring> &files, 
         return !files.empty() || Fail(why, "there is no INPUT: a file, a folder, a pattern, @LIST or -");
     case ProgramTask::kInPlace:
         options->photos = files;
+        if (std::any_of(files.begin(), files.end(), IsStream))
+            return Fail(why, "inplace replaces files, and - is none; brillatrix - - is a filter");
         return !files.empty() || Fail(why, "PHOTO is missing");
     default:
         return true;

@@ -27,6 +27,7 @@ struct Options {
     std::wstring preset;     // a saved set of the parameters folder
     std::wstring savePreset; // the name for a new one
     std::optional<Rectangle> roi;
+    std::wstring contactSheet; // of all effects on the photo
     bool useLast = false;
     bool overwrites = false;
     bool keepsNoBackup = false;
@@ -36,6 +37,7 @@ struct Options {
     bool isStrict = true;
     int32_t depth = 0; // 0: the photo's own
     WriteOptions write;
+    int32_t sheetSide = 0;    // of a batch's worker: of the small pictures for the sheet
     bool printLights = false; // from here on: for a diagnostic caller
     std::wstring lightsCsv;
     std::wstring lightsSvg;
@@ -50,6 +52,8 @@ struct Options {
 // Whether the run tells about its lights, and whether with pictures.
 bool WantsDiagnostics(const Options &options);
 bool WantsDebugPictures(const Options &options);
+// "-" as a file: what comes or goes over the standard streams.
+bool IsStream(const std::wstring &file);
 // Whether a window waits for somebody.
 bool OpensWindows(const Options &options);
 

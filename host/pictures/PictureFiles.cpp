@@ -9,6 +9,7 @@
 #include "host/pictures/VipsWriter.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 
 namespace host {
@@ -29,9 +30,9 @@ struct FileFormat {
 
 static constexpr NetpbmForm kNone = NetpbmForm::kAny;
 static const FileFormat kFormats[] = {
-    {"png", PictureKind::kPng, {true, true, false}, true, true, true, kExif | kXmp, kNone},
     {"jpg", PictureKind::kJpeg, {true, false, false}, true, false, true, kAllMetadata, kNone},
     {"jpeg", PictureKind::kJpeg, {true, false, false}, true, false, true, kAllMetadata, kNone},
+    {"png", PictureKind::kPng, {true, true, false}, true, true, true, kExif | kXmp, kNone},
     {"tif", PictureKind::kTiff, {true, true, true}, true, true, true, kAllMetadata, kNone},
     {"tiff", PictureKind::kTiff, {true, true, true}, true, true, true, kAllMetadata, kNone},
     {"webp", PictureKind::kWebp, {true, false, false}, true, true, true, kExif | kXmp, kNone},
@@ -54,8 +55,8 @@ static std::string EndingOf(const std::wstring &path) {
     return ending;
 }
 
-static const FileFormat *FindFormat(const std::wstring &path) {
-    const std::string ending = EndingOf(path);
+static const FileFormat *FindFormat(const std::wstring &path, const std::string &format) {
+    const std::string ending = format.empty() ? EndingOf(path) : format;
     const auto found = std::find_if(std::begin(kFormats), std::end(kFormats),
                                     [&](const FileFormat &format) { return ending == format.ending; });
     return found == std::end(kFormats) ? nullptr : found;
@@ -65,13 +66,40 @@ static int32_t DepthIndex(int32_t depth) {
     return depth == 8 ? 0 : depth == 16 ? 1 : 2;
 }
 
-bool CanHoldPicture(const std::wstring &path, const Picture &picture, std::string *why) {
-    const FileFormat *format = FindFormat(path);
+const char *FindEnding(const std::string &ending) {
+    const FileFormat *format = FindFormat(L"", ending);
+    return format ? format->ending : nullptr;
+}
+
+// Each by one of its endings.
+std::string ListFormats() {
+    std::string list;
+    for (const FileFormat &format : kFormats)
+        if (std::strlen(format.ending) == 3 || format.kind == PictureKind::kWebp ||
+            format.kind == PictureKind::kAvif)
+            list += (list.empty() ? "" : ", ") + std::string(format.ending);
+    return list;
+}
+
+const char *OwnFormat(const Picture &picture, PictureKind kind) {
+    if (kind == PictureKind::kNetpbm)
+        return picture.depth == 32         ? "pfm"
+               : picture.hasAlpha          ? "pam"
+               : picture.colourPlanes == 3 ? "ppm"
+                                           : "pgm";
+    const auto found = std::find_if(std::begin(kFormats), std::end(kFormats),
+                                    [kind](const FileFormat &format) { return format.kind == kind; });
+    return found == std::end(kFormats) ? "" : found->ending;
+}
+
+bool CanHoldPicture(const std::wstring &path, const Picture &picture, std::string *why,
+                    const WriteOptions &options) {
+    const FileFormat *format = FindFormat(path, options.format);
     static const char *const kDepthNames[] = {"8-bit", "16-bit", "32-bit float"};
     static const char *const kInstead[] = {"png, tif or ppm", "png, tif or ppm", "tif or pfm"};
     const int32_t depth = DepthIndex(picture.depth);
     if (!format)
-        return Fail(why, "its ending is none of jpg, png, tif, webp, avif, gif, bmp, ppm, pgm, pam, pfm");
+        return Fail(why, "its ending is none of " + ListFormats());
     if (!format->holdsDepth[depth])
         return Fail(why, std::string("a .") + format->ending + " file cannot hold " + kDepthNames[depth] +
                              " samples; use " + kInstead[depth] + ", or --depth");
@@ -88,7 +116,7 @@ static bool Says(const PictureOrigin &origin, const char *field) {
 std::vector<std::string> ListDropped(const std::wstring &path, const Picture &picture,
                                      const PictureOrigin &origin, const WriteOptions &options) {
     std::vector<std::string> dropped;
-    const FileFormat *format = FindFormat(path);
+    const FileFormat *format = FindFormat(path, options.format);
     const auto drop = [&](bool isDropped, const char *what) {
         if (isDropped)
             dropped.push_back(std::string(what) + " dropped: a ." + format->ending +
@@ -110,8 +138,8 @@ std::vector<std::string> ListDropped(const std::wstring &path, const Picture &pi
     return dropped;
 }
 
-static bool ReadBytes(const Bytes &file, bool isStrict, Picture *picture, PictureOrigin *origin,
-                      std::string *why) {
+static bool ReadKind(const Bytes &file, bool isStrict, Picture *picture, PictureOrigin *origin,
+                     std::string *why) {
     if (!TellPictureKind(file, origin, why))
         return false;
     if (origin->kind == PictureKind::kNetpbm)
@@ -124,11 +152,14 @@ static bool ReadBytes(const Bytes &file, bool isStrict, Picture *picture, Pictur
 bool ReadPicture(const std::wstring &path, Picture *picture, std::string *why, PictureOrigin *origin,
                  bool isStrict) {
     Bytes file;
+    return ReadWholeFile(path, &file, why) && ReadPictureBytes(file, picture, why, origin, isStrict);
+}
+
+bool ReadPictureBytes(const Bytes &file, Picture *picture, std::string *why, PictureOrigin *origin,
+                      bool isStrict) {
     PictureOrigin told;
-    if (!ReadWholeFile(path, &file, why))
-        return false;
     try {
-        if (!ReadBytes(file, isStrict, picture, &told, why))
+        if (!ReadKind(file, isStrict, picture, &told, why))
             return false;
     } catch (const std::bad_alloc &) {
         return Fail(why, "not enough memory for the picture");
@@ -164,9 +195,9 @@ static bool WriteGuarded(const FileFormat &format, const Picture &picture, const
 bool WritePicture(const std::wstring &path, const Picture &picture, const std::function<bool()> &isCancelled,
                   std::string *why, const PictureOrigin &origin, const WriteOptions &options) {
     OutputFile file;
-    if (!CanHoldPicture(path, picture, why) || !BeginOutput(path, &file, why))
+    if (!CanHoldPicture(path, picture, why, options) || !BeginOutput(path, &file, why))
         return false;
-    if (!WriteGuarded(*FindFormat(path), picture, origin, options, isCancelled, &file, why)) {
+    if (!WriteGuarded(*FindFormat(path, options.format), picture, origin, options, isCancelled, &file, why)) {
         DiscardOutput(&file);
         return false;
     }

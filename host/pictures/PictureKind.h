@@ -53,6 +53,7 @@ struct WriteOptions {
     Subsampling subsampling = Subsampling::kAsInput;
     int compression = kVipsTiffAsInput;
     MetadataChoice metadata = MetadataChoice::kKeep;
+    const char *format = ""; // an ending that stands for the kind; empty: the path's own
 };
 
 } // namespace host

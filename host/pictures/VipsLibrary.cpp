@@ -47,7 +47,8 @@ static bool FindAll(HMODULE module, VipsLibrary *vips, std::string *why) {
            FIND(vips_region_fetch) && FIND(vips_black) && FIND(vips_copy) && FIND(vips_cast) &&
            FIND(vips_linear1) && FIND(vips_bandjoin) && FIND(vips_colourspace) && FIND(vips_icc_transform) &&
            FIND(vips_thumbnail_image) && FIND(vips_jpegsave_buffer) && FIND(vips_pngsave) &&
-           FIND(vips_tiffsave) && FIND(vips_webpsave) && FIND(vips_heifsave) && FIND(vips_gifsave);
+           FIND(vips_tiffsave) && FIND(vips_webpsave_buffer) && FIND(vips_heifsave_buffer) &&
+           FIND(vips_gifsave_buffer);
 #undef FIND
 }
 

@@ -99,9 +99,9 @@ struct VipsLibrary {
     int (*vips_jpegsave_buffer)(VipsImage *in, void **data, size_t *length, ...);
     int (*vips_pngsave)(VipsImage *in, const char *path, ...);
     int (*vips_tiffsave)(VipsImage *in, const char *path, ...);
-    int (*vips_webpsave)(VipsImage *in, const char *path, ...);
-    int (*vips_heifsave)(VipsImage *in, const char *path, ...);
-    int (*vips_gifsave)(VipsImage *in, const char *path, ...);
+    int (*vips_webpsave_buffer)(VipsImage *in, void **data, size_t *length, ...);
+    int (*vips_heifsave_buffer)(VipsImage *in, void **data, size_t *length, ...);
+    int (*vips_gifsave_buffer)(VipsImage *in, void **data, size_t *length, ...);
 };
 
 // The loaded library, or null with a reason. It stays until the process ends, since it keeps threads of its

@@ -180,27 +180,32 @@ int32_t JpegQuality(const PictureOrigin &origin, const WriteOptions &options) {
     return origin.kind == PictureKind::kJpeg && origin.quality != 0 ? origin.quality : kDefaultJpegQuality;
 }
 
+// A coded picture in the library's memory.
+struct Coded {
+    void *bytes = nullptr;
+    size_t length = 0;
+
+    ~Coded() { Vips().g_free(bytes); }
+};
+
 // In memory, so that the comments can be put in.
 static bool SaveJpeg(VipsImage *image, const PictureOrigin &origin, const WriteOptions &options,
                      OutputFile *file, std::string *why) {
     const bool halves = options.subsampling == Subsampling::kAsInput
                             ? origin.kind == PictureKind::kJpeg && origin.halvesColour
                             : options.subsampling == Subsampling::k420;
-    void *bytes = nullptr;
-    size_t length = 0;
-    if (Vips().vips_jpegsave_buffer(image, &bytes, &length, "Q", JpegQuality(origin, options),
+    Coded coded;
+    if (Vips().vips_jpegsave_buffer(image, &coded.bytes, &coded.length, "Q", JpegQuality(origin, options),
                                     "subsample_mode", halves ? kVipsSubsampleOn : kVipsSubsampleOff,
                                     "optimize_coding", 1, "keep", Keep(image), nullptr) != 0)
         return FailWriting(why);
-    const auto *jpeg = static_cast<const uint8_t *>(bytes);
+    const auto *jpeg = static_cast<const uint8_t *>(coded.bytes);
     const bool keeps = options.metadata != MetadataChoice::kNone;
     const Bytes comments = MakeJpegComments(keeps ? origin.comments : std::vector<Bytes>());
-    const size_t place = JpegCommentPlace(jpeg, length);
-    const bool isWritten = AppendOutput(file, jpeg, place, why) &&
-                           AppendOutput(file, comments.data(), comments.size(), why) &&
-                           AppendOutput(file, jpeg + place, length - place, why);
-    Vips().g_free(bytes);
-    return isWritten;
+    const size_t place = JpegCommentPlace(jpeg, coded.length);
+    return AppendOutput(file, jpeg, place, why) &&
+           AppendOutput(file, comments.data(), comments.size(), why) &&
+           AppendOutput(file, jpeg + place, coded.length - place, why);
 }
 
 static int SavePng(VipsImage *image, const char *path, const PictureOrigin &, const WriteOptions &) {
@@ -248,25 +253,35 @@ static int SaveTiff(VipsImage *image, const char *path, const PictureOrigin &ori
                                 isBig ? 1 : 0, "keep", Keep(image), nullptr);
 }
 
-static int SaveWebp(VipsImage *image, const char *path, const PictureOrigin &origin,
+static int CodeWebp(VipsImage *image, Coded *coded, const PictureOrigin &origin,
                     const WriteOptions &options) {
     const bool isLossless = origin.kind == PictureKind::kWebp && origin.isLossless && options.quality == 0;
-    return Vips().vips_webpsave(image, path, "lossless", isLossless ? 1 : 0, "Q",
-                                options.quality != 0 ? options.quality : kWebpQuality, "smart_subsample", 1,
-                                "keep", Keep(image), nullptr);
+    return Vips().vips_webpsave_buffer(image, &coded->bytes, &coded->length, "lossless", isLossless ? 1 : 0,
+                                       "Q", options.quality != 0 ? options.quality : kWebpQuality,
+                                       "smart_subsample", 1, "keep", Keep(image), nullptr);
 }
 
-static int SaveAvif(VipsImage *image, const char *path, const PictureOrigin &, const WriteOptions &options) {
+static int CodeAvif(VipsImage *image, Coded *coded, const PictureOrigin &, const WriteOptions &options) {
     const bool isDeep = Vips().vips_image_get_format(image) != kVipsUChar;
-    return Vips().vips_heifsave(
-        image, path, "compression", kHeifAv1, "Q", options.quality != 0 ? options.quality : kAvifQuality,
-        "bitdepth", isDeep ? 12 : 8, "subsample_mode",
+    return Vips().vips_heifsave_buffer(
+        image, &coded->bytes, &coded->length, "compression", kHeifAv1, "Q",
+        options.quality != 0 ? options.quality : kAvifQuality, "bitdepth", isDeep ? 12 : 8, "subsample_mode",
         options.subsampling == Subsampling::k420 ? kVipsSubsampleOn : kVipsSubsampleOff, "keep", Keep(image),
         nullptr);
 }
 
-static int SaveGif(VipsImage *image, const char *path, const PictureOrigin &, const WriteOptions &) {
-    return Vips().vips_gifsave(image, path, "keep", Keep(image), nullptr);
+static int CodeGif(VipsImage *image, Coded *coded, const PictureOrigin &, const WriteOptions &) {
+    return Vips().vips_gifsave_buffer(image, &coded->bytes, &coded->length, "keep", Keep(image), nullptr);
+}
+
+// Kinds whose coded form is small, or is there only when all is coded.
+static bool SaveCoded(PictureKind kind, VipsImage *image, const PictureOrigin &origin,
+                      const WriteOptions &options, OutputFile *file, std::string *why) {
+    Coded coded;
+    const auto code = kind == PictureKind::kWebp ? CodeWebp : kind == PictureKind::kAvif ? CodeAvif : CodeGif;
+    if (code(image, &coded, origin, options) != 0)
+        return FailWriting(why);
+    return AppendOutput(file, coded.bytes, coded.length, why);
 }
 
 // What the library does not put into a TIFF itself.
@@ -284,11 +299,7 @@ static bool FinishTiff(const PictureOrigin &origin, const WriteOptions &options,
 // By its path, as the library wants it.
 static bool SaveToPath(PictureKind kind, VipsImage *image, const PictureOrigin &origin,
                        const WriteOptions &options, OutputFile *file, std::string *why) {
-    const auto save = kind == PictureKind::kPng    ? SavePng
-                      : kind == PictureKind::kTiff ? SaveTiff
-                      : kind == PictureKind::kWebp ? SaveWebp
-                      : kind == PictureKind::kAvif ? SaveAvif
-                                                   : SaveGif;
+    const auto save = kind == PictureKind::kPng ? SavePng : SaveTiff;
     LendOutput(file);
     if (save(image, ToUtf8(file->temporaryPath).c_str(), origin, options) != 0)
         return FailWriting(why);
@@ -305,9 +316,10 @@ bool WriteWithLibrary(PictureKind kind, const Picture &picture, const PictureOri
     if (!image)
         return FailWriting(why);
     WatchForCancel(image.get(), isCancelled);
-    const bool isSaved = kind == PictureKind::kJpeg
-                             ? SaveJpeg(image.get(), origin, options, file, why)
-                             : SaveToPath(kind, image.get(), origin, options, file, why);
+    const bool isByPath = kind == PictureKind::kPng || kind == PictureKind::kTiff;
+    const auto save = isByPath ? SaveToPath : SaveCoded;
+    const bool isSaved = kind == PictureKind::kJpeg ? SaveJpeg(image.get(), origin, options, file, why)
+                                                    : save(kind, image.get(), origin, options, file, why);
     if (!isSaved && isCancelled && isCancelled())
         why->clear();
     return isSaved;

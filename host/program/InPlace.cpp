@@ -18,14 +18,14 @@ static bool KeepOriginal(const std::wstring &photo, bool *isMade, std::string *w
     const std::wstring backup = BackupPath(photo), temporary = TemporaryPath(backup, GetCurrentProcessId());
     if (DoesFileExist(backup))
         return true;
-    if (CopyFileW(photo.c_str(), temporary.c_str(), FALSE) &&
-        MoveFileExW(temporary.c_str(), backup.c_str(), MOVEFILE_WRITE_THROUGH)) {
-        *isMade = true;
-        return true;
-    }
+    NoteTemporary(temporary);
+    *isMade = CopyFileW(photo.c_str(), temporary.c_str(), FALSE) &&
+              MoveFileExW(temporary.c_str(), backup.c_str(), MOVEFILE_WRITE_THROUGH);
     const DWORD error = GetLastError();
-    DeleteFileW(temporary.c_str());
-    return Fail(why, SystemErrorText(error));
+    if (!*isMade)
+        DeleteFileW(temporary.c_str());
+    ForgetTemporary(temporary);
+    return *isMade || Fail(why, SystemErrorText(error));
 }
 
 static PhotoOutcome ReplacePhoto(PhotoSession &session, const std::wstring &photo) {

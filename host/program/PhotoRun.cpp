@@ -27,7 +27,10 @@ static PhotoOutcome FailWith(int status, const std::string &reason) {
 }
 
 static PhotoOutcome FailFile(const std::string &what, const std::wstring &path, const std::string &why) {
-    return FailWith(kExitFile, "cannot " + what + " " + ToUtf8(path) + ": " + why);
+    const std::string name = !IsStream(path)  ? ToUtf8(path)
+                             : what == "read" ? "standard input"
+                                              : "standard output";
+    return FailWith(kExitFile, "cannot " + what + " " + name + ": " + why);
 }
 
 std::wstring ModulePath(const Options &options) {
@@ -75,7 +78,7 @@ void EndPhotos(PhotoSession *session) {
 // What one photo's run works on.
 struct Job {
     PhotoSession &session;
-    const Options &options;
+    Options options;
     const std::wstring &photo, &out;
     Picture picture;
     PictureOrigin origin;
@@ -83,6 +86,7 @@ struct Job {
     DiagnosticCaller caller; // without a module: nothing is asked
     Diagnostics diagnostics;
     std::string diagnosticFailure;
+    SmallPicture before;
 };
 
 static PhotoOutcome ReadMask(Job *job) {
@@ -122,7 +126,7 @@ static PhotoOutcome CheckPicture(const Job &job) {
     Picture written;
     written.depth = WrittenDepth(job);
     written.colourPlanes = job.picture.colourPlanes;
-    if (!job.out.empty() && !CanHoldPicture(job.out, written, &why))
+    if (!job.out.empty() && !CanHoldPicture(job.out, written, &why, job.options.write))
         return FailFile("write", job.out, why);
     const Rectangle image = {0, 0, job.picture.width, job.picture.height};
     if (job.options.roi && !Contains(image, *job.options.roi))
@@ -137,13 +141,26 @@ static void DeepenPicture(Job *job) {
         ConvertDepth(job->picture, WrittenDepth(*job));
 }
 
+static bool ReadPhoto(Job *job, std::string *why) {
+    Bytes &input = job->session.standardInput;
+    DWORD mode = 0;
+    if (!IsStream(job->photo))
+        return ReadPicture(NativePath(job->photo), &job->picture, why, &job->origin, job->options.isStrict);
+    if (GetConsoleMode(GetStdHandle(STD_INPUT_HANDLE), &mode))
+        return Fail(why, "it is a terminal; < FILE or a pipe gives the picture");
+    return (!input.empty() || ReadStandardInput(&input, why)) &&
+           ReadPictureBytes(input, &job->picture, why, &job->origin, job->options.isStrict);
+}
+
 static PhotoOutcome PrepareJob(Job *job) {
     std::string why;
     PhotoOutcome outcome = CheckPlaces(*job);
     if (outcome.status != kExitDone)
         return outcome;
-    if (!ReadPicture(NativePath(job->photo), &job->picture, &why, &job->origin, job->options.isStrict))
+    if (!ReadPhoto(job, &why))
         return FailFile("read", job->photo, why);
+    if (IsStream(job->out) && !job->options.write.format[0])
+        job->options.write.format = OwnFormat(job->picture, job->origin.kind);
     for (const std::string &note : job->origin.notes)
         job->session.say(NoteKind::kLoss, note);
     outcome = CheckPicture(*job);
@@ -151,6 +168,8 @@ static PhotoOutcome PrepareJob(Job *job) {
         outcome = ReadMask(job);
     if (outcome.status == kExitDone)
         DeepenPicture(job);
+    if (outcome.status == kExitDone && job->session.smallSide > 0)
+        job->before = ReducePicture(job->picture, job->session.smallSide);
     return outcome;
 }
 
@@ -322,15 +341,20 @@ static PhotoOutcome RunJob(Job *job) {
     outcome = TakeResult(result, &filterHost, job);
     if (outcome.status != kExitDone)
         return outcome;
+    SmallPicture after;
+    if (job->session.smallSide > 0)
+        after = ReducePicture(job->picture, job->session.smallSide);
     PhotoOutcome written = WriteResult(job);
     if (written.status == kExitDone)
         CountLights(*job, &written);
+    written.before = std::move(job->before);
+    written.after = std::move(after);
     return written;
 }
 
 PhotoOutcome RunPhoto(PhotoSession &session, const std::wstring &photo, const std::wstring &out) {
     try {
-        Job job{session, session.options, photo, out, {}, {}, {}, {}, {}, {}};
+        Job job{session, session.options, photo, out, {}, {}, {}, {}, {}, {}, {}};
         return RunJob(&job);
     } catch (const std::bad_alloc &) {
         EndProgressBar();

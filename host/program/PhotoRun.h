@@ -6,6 +6,7 @@
 #include "host/module/FilterModule.h"
 #include "host/options/Options.h"
 #include "host/options/Parameters.h"
+#include "host/sheet/SmallPicture.h"
 
 #include <functional>
 #include <string>
@@ -28,12 +29,15 @@ struct PhotoSession {
     FilterModule module;
     HostMemory memory;
     Descriptor parameters;
+    int32_t smallSide = 0; // more than 0: outcomes carry small pictures
+    Bytes standardInput;   // read once, for however many runs
 };
 
 struct PhotoOutcome {
     int status = kExitDone;
     std::string reason;              // of any other status, a sentence
     int64_t lights = -1, stars = -1; // -1: the filter does not tell
+    SmallPicture before, after;
 };
 
 std::wstring ModulePath(const Options &options);

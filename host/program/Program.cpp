@@ -10,6 +10,7 @@
 #include "host/options/HelpText.h"
 #include "host/options/Options.h"
 #include "host/options/Presets.h"
+#include "host/program/EffectSheet.h"
 #include "host/program/InPlace.h"
 #include "host/program/PhotoRun.h"
 #include "host/program/ResultText.h"
@@ -115,18 +116,23 @@ static int CheckStart(const Options &options) {
         PrintProblem("cannot open a window: " + why);
         return kExitNoScreen;
     }
-    if (!options.out.empty() && !options.overwrites && DoesFileExist(NativePath(options.out)))
-        return FailFile("write", options.out, "it exists already; --overwrite replaces it");
+    for (const std::wstring &file : {options.out, options.contactSheet})
+        if (!file.empty() && !IsStream(file) && !options.overwrites && DoesFileExist(NativePath(file)))
+            return FailFile("write", file, "it exists already; --overwrite replaces it");
+    if (!options.contactSheet.empty() && !CheckSheetPlace(options.contactSheet, &why))
+        return FailFile("write", options.contactSheet, why);
     return options.savePreset.empty() ? kExitDone : SaveParameters(options);
 }
 
 static int RunOne(const Options &options) {
     if (const int status = CheckStart(options))
         return status;
-    PhotoSession session{options, PrintNotes(options), true, {}, {}, {}};
+    PhotoSession session{options, PrintNotes(options), true, {}, {}, {}, 0, {}};
     PhotoOutcome outcome = BeginPhotos(&session);
-    if (outcome.status == kExitDone)
+    if (outcome.status == kExitDone && (!options.out.empty() || WantsDiagnostics(options)))
         outcome = RunPhoto(session, options.photo, options.out);
+    if (outcome.status == kExitDone && !options.contactSheet.empty())
+        outcome = MakeEffectSheet(session);
     EndPhotos(&session);
     return Tell(outcome);
 }
@@ -134,7 +140,7 @@ static int RunOne(const Options &options) {
 static int ReplacePhotos(const Options &options) {
     if (const int status = CheckStart(options))
         return status;
-    PhotoSession session{options, PrintNotes(options), true, {}, {}, {}};
+    PhotoSession session{options, PrintNotes(options), true, {}, {}, {}, 0, {}};
     const PhotoOutcome begun = BeginPhotos(&session);
     const int status = begun.status != kExitDone ? Tell(begun) : RunInPlace(session, Tell);
     EndPhotos(&session);
@@ -157,6 +163,8 @@ static PhotoResult ResultOf(const PhotoOutcome &outcome, PhotoResult told) {
     told.reason = outcome.reason;
     told.lights = outcome.lights;
     told.stars = outcome.stars;
+    told.before = outcome.before;
+    told.after = outcome.after;
     return told;
 }
 
@@ -169,7 +177,7 @@ static int ServeBatch(const Options &options) {
                                    : told.notes)
             .push_back(text);
     };
-    PhotoSession session{options, say, false, {}, {}, {}};
+    PhotoSession session{options, say, false, {}, {}, {}, options.sheetSide, {}};
     const PhotoResult begun = ResultOf(BeginPhotos(&session), {});
     const int status = ServePhotos(begun, [&](const std::wstring &input, const std::wstring &output) {
         told = {};
