@@ -1,9 +1,15 @@
-# GoogleTest from the system's source package, built with each build's own compiler.
-if(NOT EXISTS /usr/src/googletest/CMakeLists.txt)
+# GoogleTest from the system's source package, built with each build's own compiler; on Windows the library that comes
+# with the compiler.
+if(EXISTS /usr/src/googletest/CMakeLists.txt)
+    set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+    add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
+elseif(CMAKE_HOST_WIN32)
+    find_package(GTest REQUIRED)
+    add_library(gtest ALIAS GTest::gtest)
+    add_library(gtest_main ALIAS GTest::gtest_main)
+else()
     message(FATAL_ERROR "GoogleTest's sources are missing: install the package googletest")
 endif()
-set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
-add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL)
 include(GoogleTest)
 
 if(WIN32)

@@ -1,12 +1,12 @@
 #!/bin/sh
 # Fetches the picture library that the command line loads, once: libvips for 64-bit Windows, one DLL, in a pinned
-# version and checked. fetch-picture-library.sh FOLDER: leaves libvips-42.dll, its licence and its list of parts there.
+# version and checked. fetch-picture-library.sh FOLDER: leaves libvips-42.dll, the terms and the list of its parts there.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
 folder=$1
 package=@img/sharp-win32-x64 version=0.35.5
 sum=16a804181ddd258ca6fe7079b2faa0c0356654c9db3d93ab0a80ec5e5161c3d4
-[ "$(cat "$folder/.version" 2>/dev/null)" = "$version" ] && exit 0
+[ "$(cat "$folder/.version" 2>/dev/null)" = "$version" ] && [ -f "$folder/libvips-terms.md" ] && exit 0
 if ! command -v npm >/dev/null; then
     "$root/cmake/install-packages.sh" npm
 fi
@@ -26,9 +26,10 @@ archive=$(ls ./*.tgz)
     echo "The picture library is not the one expected" >&2
     exit 1
 }
-tar -xzf "$archive" package/lib/libvips-42.dll package/LICENSE package/versions.json
+tar -xzf "$archive" package/lib/libvips-42.dll package/README.md package/versions.json
 mv package/lib/libvips-42.dll ../libvips-42.dll
-mv package/LICENSE ../libvips-licence.txt
+sed -n '/^This software contains/,$p' package/README.md >../libvips-terms.md
+rm -f ../libvips-licence.txt
 mv package/versions.json ../libvips-parts.json
 echo "$version" >../.version
 cd ..

@@ -1,5 +1,6 @@
 #!/bin/sh
 # Runs a Windows program. On Linux through Wine, in the prefix that wine-setup.sh makes in the build folder.
+[ "$(uname -o)" != Msys ] || exec "$@"
 build=$(cd "$(dirname "$0")/.." && pwd)/build
 export WINEPREFIX="${BRILLATRIX_WINEPREFIX:-$build/wine}" WINEARCH=win64 WINEDEBUG="${WINEDEBUG:--all}"
 [ -f "$WINEPREFIX/.ready" ] || { echo "wine-run.sh: no prefix; run cmake/wine-setup.sh first" >&2; exit 125; }
