@@ -1,11 +1,13 @@
 // The renderer beside its plain form and beside a plain copy of the same image, in one run, in tiles as the
 // final render draws them.
 //
-//   render_bench [--cases name,name] [--workers 2] [--no-plain] [--portable] [--cpu]
+//   render_bench [--cases name,name] [--workers 2] [--no-plain] [--portable | --avx2] [--cpu] [--one]
 //
-// Prints one line a case: seconds for the copy, the plain form and the renderer, their ratio, and the peak of
-// the counted memory beyond the image's own buffers. Then the preview: milliseconds from one slider change to
-// a finished tile of 1024 × 1024, stamps to rebuild; and the time from a raised abort flag to the return.
+// Prints one line a case: seconds for the copy, the plain form and the renderer, their ratio, the peak of the
+// counted memory beyond the image's own buffers, and a sum over all that was drawn, by which two builds can
+// be compared; with --one, the renderer with all workers only. Then the preview: milliseconds from one slider
+// change to a finished tile of 1024 × 1024, stamps to rebuild; of a first render at a high zoom; and the time
+// from a raised abort flag to the return.
 #include "bench/Timing.h"
 #include "bench/plain/PlainRender.h"
 #include "engine/image/FixedPoint.h"
@@ -32,31 +34,39 @@ constexpr RenderSettings kDefaults = {100.0, 100, 50, 50, 150, 6,     50,
                                       30,    50,  50, 15, 30,  false, kStandardStar};
 
 struct Options {
-    std::string cases = "24-50,24-500,24-long,24-flare,24-sharp20,100-50,preview,cancel";
+    std::string cases = "24-50,24-500,24-long,24-flare,24-sharp20,100-50,preview,first,cancel";
     int32_t workers = 2;
-    bool plain = true;
+    bool plain = true, oneThread = true;
 };
+
+struct Size {
+    int32_t width, height;
+};
+constexpr Size k24 = {6000, 4000}, k100 = {12247, 8164}, kStrip = {32767, 1000};
 
 struct Case {
     const char *name;
-    int32_t megapixels, lights;
+    Size size;
+    int32_t mode, lights;
     void (*change)(RenderSettings *settings);
     bool hasPlain; // otherwise the plain form's stamps take gigabytes, and minutes to build
 };
 
 const Case kCases[] = {
-    {"24-50", 24, 50, [](RenderSettings *) {}, true},
-    {"24-500", 24, 500, [](RenderSettings *) {}, true},
-    {"24-long", 24, 50,
+    {"24-50", k24, kModeRgb8, 50, [](RenderSettings *) {}, true},
+    {"24-500", k24, kModeRgb8, 500, [](RenderSettings *) {}, true},
+    {"24-long", k24, kModeRgb8, 50,
      [](RenderSettings *s) {
          s->length = s->intensity = 100;
          s->numberOfPoints = 32;
      },
      true},
-    {"100-50", 100, 50, [](RenderSettings *) {}, true},
-    {"24-flare", 24, 50, [](RenderSettings *s) { s->length = s->softFlareIntensity = 100; }, false},
-    {"24-sharp20", 24, 50, [](RenderSettings *s) { s->spikeSharpness = 20; }, false},
-    {"24-worst", 24, 50,
+    {"100-50", k100, kModeRgb8, 50, [](RenderSettings *) {}, true},
+    {"strip-4096", kStrip, kModeGray8, 4096, [](RenderSettings *) {}, false},
+    {"24-flare", k24, kModeRgb8, 50, [](RenderSettings *s) { s->length = s->softFlareIntensity = 100; },
+     false},
+    {"24-sharp20", k24, kModeRgb8, 50, [](RenderSettings *s) { s->spikeSharpness = 20; }, false},
+    {"24-worst", k24, kModeRgb8, 50,
      [](RenderSettings *s) {
          s->effectType = kHollywoodStar;
          s->spikeSharpness = 0;
@@ -80,18 +90,18 @@ bool IsNamed(const std::string &list, const char *name) {
     exit(1);
 }
 
-ImageBuffer NewImage(const IntRect &bounds) {
+ImageBuffer NewImage(const IntRect &bounds, int32_t mode = kModeRgb8) {
     ImageBuffer image{};
     bool maskFailed = false;
-    if (AllocateImageBuffer(kModeRgb8, 1, 0, bounds, false, &image, &maskFailed) != kNoError)
+    if (AllocateImageBuffer(mode, 1, 0, bounds, false, &image, &maskFailed) != kNoError)
         Fail("no memory for an image");
     return image;
 }
 
 // A dark, grainy image with lights anywhere, in all phases and many colours, all bright.
-ImageBuffer MakeScene(int32_t megapixels, int32_t lights, std::vector<LightSource> *sources) {
-    const int32_t width = static_cast<int32_t>(std::sqrt(megapixels * 1e6 * 1.5)), height = width * 2 / 3;
-    ImageBuffer image = NewImage({0, 0, width, height});
+ImageBuffer MakeScene(const Size &size, int32_t mode, int32_t lights, std::vector<LightSource> *sources) {
+    const auto [width, height] = size;
+    ImageBuffer image = NewImage({0, 0, width, height}, mode);
     std::mt19937 random(5);
     for (int64_t i = 0; i < image.pixelBytes; ++i)
         image.pixels[i] = static_cast<uint8_t>(random() % 40);
@@ -105,16 +115,28 @@ ImageBuffer MakeScene(int32_t megapixels, int32_t lights, std::vector<LightSourc
     return image;
 }
 
-template <typename Work> double TimeTiles(const ImageBuffer &image, Work work) {
-    const Stopwatch watch;
+// The sum depends on the place of each byte.
+uint64_t SumOf(const ImageBuffer &image, uint64_t sum) {
+    for (int64_t i = 0; i < image.pixelBytes; ++i)
+        sum = sum * 0x100000001B3u + image.pixels[i];
+    return sum;
+}
+
+// The seconds that it took to draw all tiles; *sum is of what was drawn.
+template <typename Work> double TimeTiles(const ImageBuffer &image, uint64_t *sum, Work work) {
+    double seconds = 0.0;
+    *sum = 0;
     for (int32_t top = 0; top < image.height; top += kTileSize)
         for (int32_t left = 0; left < image.width; left += kTileSize) {
             const IntRect tile = IntersectRects(image.bounds, {left, top, left + kTileSize, top + kTileSize});
-            ImageBuffer output = NewImage(tile);
+            const Stopwatch watch;
+            ImageBuffer output = NewImage(tile, image.imageMode);
             work(tile, &output);
+            seconds += watch.Seconds();
+            *sum = SumOf(output, *sum);
             FreeImageBuffer(&output);
         }
-    return watch.Seconds();
+    return seconds;
 }
 
 void CopyTile(const ImageBuffer &image, const IntRect &tile, ImageBuffer *output) {
@@ -127,34 +149,39 @@ void CopyTile(const ImageBuffer &image, const IntRect &tile, ImageBuffer *output
 
 void RunCase(const Case &which, const Options &options) {
     std::vector<LightSource> sources;
-    ImageBuffer image = MakeScene(which.megapixels, which.lights, &sources);
+    ImageBuffer image = MakeScene(which.size, which.mode, which.lights, &sources);
     const LightSourceTableView view{sources.data(), static_cast<uint32_t>(sources.size())};
     RenderSettings settings = kDefaults;
     which.change(&settings);
     SetImageGeometry(image.bounds);
     gPreciseMode = true;
     gFloor = kFloor8Bit;
-    const double copy =
-        TimeTiles(image, [&](const IntRect &tile, ImageBuffer *output) { CopyTile(image, tile, output); });
+    uint64_t sum;
+    const double copy = TimeTiles(
+        image, &sum, [&](const IntRect &tile, ImageBuffer *output) { CopyTile(image, tile, output); });
     double plainTime = 0.0;
     if (options.plain && which.hasPlain)
-        plainTime = TimeTiles(image, [&](const IntRect &tile, ImageBuffer *output) {
+        plainTime = TimeTiles(image, &sum, [&](const IntRect &tile, ImageBuffer *output) {
             plain::RenderEffect(settings, image, tile, view, output);
         });
     plain::FreeRenderState();
     ResetPeakBufferBytes();
-    double times[2];
-    for (int i = 0; i < 2; ++i) {
+    double times[2] = {};
+    for (int i = options.oneThread ? 0 : 1; i < 2; ++i) {
         ResetRenderState();
-        times[i] = TimeTiles(image, [&](const IntRect &tile, ImageBuffer *output) {
+        times[i] = TimeTiles(image, &sum, [&](const IntRect &tile, ImageBuffer *output) {
             if (!RenderEffect(settings, image, tile, view, kNoAbort, output,
                               StandardThreads(i == 0 ? 1 : options.workers)))
                 Fail("a render failed");
         });
     }
     const double peak = static_cast<double>(PeakBufferBytes() - image.pixelBytes) / 1e6;
-    printf("%-12s %8.3f %8.2f %8.3f %8.3f %7.1f %8.0f  %s\n", which.name, copy, plainTime, times[0], times[1],
-           plainTime / times[1], peak, TakeReports().empty() ? "" : "reports!");
+    if (!RenderEffect(settings, image, image.bounds, view, kNoAbort, &image,
+                      StandardThreads(options.workers)))
+        Fail("a render in place failed");
+    printf("%-12s %8.3f %8.2f %8.3f %8.3f %7.1f %8.0f  %016llx %s\n", which.name, copy, plainTime, times[0],
+           times[1], plainTime / times[1], peak, static_cast<unsigned long long>(sum),
+           TakeReports().empty() ? "" : "reports!");
     fflush(stdout);
     FreeRenderState();
     FreeImageBuffer(&image);
@@ -189,7 +216,7 @@ double TimeSliders(const ImageBuffer &tile, const LightSourceTableView &lights, 
 // At full size and with the whole image in view.
 void RunPreview(const Options &options) {
     std::vector<LightSource> sources;
-    ImageBuffer image = MakeScene(24, 200, &sources);
+    ImageBuffer image = MakeScene(k24, kModeRgb8, 200, &sources);
     SetImageGeometry(image.bounds);
     FreeImageBuffer(&image);
     gPreciseMode = false;
@@ -218,10 +245,52 @@ void RunPreview(const Options &options) {
     FreeRenderState();
 }
 
+// Milliseconds of the first render after a zoom: one tile in the middle, its stamp to build.
+void RunFirst(const Options &options) {
+    constexpr struct {
+        Size size;
+        double scale;
+        int16_t sharpness, length;
+    } kFirsts[] = {
+        {{20000, 500}, 400.0, 8, 100}, {{12000, 2000}, 800.0, 5, 50}, {{12000, 2000}, 800.0, 5, 100}};
+    gPreciseMode = false;
+    gFloor = kFloorPreview;
+    for (const auto &[size, scale, sharpness, length] : kFirsts) {
+        SetImageGeometry({0, 0, size.width, size.height});
+        const int32_t left = static_cast<int32_t>(size.width * scale / 200.0), top = 600;
+        ImageBuffer tile = NewImage({left, top, left + kPreviewSize, top + kPreviewSize});
+        ImageBuffer output = NewImage(tile.bounds);
+        LightSource light{
+            size.width / 2 + 50, 0,  200, 0, 9, 0xF0000000u, 0xF0000000u, 0xE0000000u, 0xD0000000u,
+            kFractionOne,        -1, 1,   1};
+        uint64_t sum = 0;
+        printf("first render of %d x %d at %.0f %%, sharpness %d, Length %d, each effect:", size.width,
+               size.height, scale, sharpness, length);
+        for (uint32_t effect = 0; effect < 7; ++effect) {
+            RenderSettings settings = kDefaults;
+            settings.scale = scale;
+            settings.effectType = kStandardStar + effect;
+            settings.spikeSharpness = sharpness;
+            settings.length = length;
+            ResetRenderState();
+            const Stopwatch watch;
+            RenderEffect(settings, tile, tile.bounds, {&light, 1}, kNoAbort, &output,
+                         StandardThreads(options.workers));
+            printf(" %.1f", watch.Seconds() * 1000.0);
+            sum = SumOf(output, sum);
+        }
+        printf(" ms  %016llx\n", static_cast<unsigned long long>(sum));
+        FreeImageBuffer(&output);
+        FreeImageBuffer(&tile);
+    }
+    FreeRenderState();
+}
+
 // The flag is raised at different moments of the heaviest render.
 void RunCancel(const Options &options) {
     std::vector<LightSource> sources;
-    ImageBuffer image = MakeScene(24, 50, &sources), output = NewImage({0, 0, kTileSize, kTileSize});
+    ImageBuffer image = MakeScene(k24, kModeRgb8, 50, &sources),
+                output = NewImage({0, 0, kTileSize, kTileSize});
     SetImageGeometry(image.bounds);
     gPreciseMode = true;
     gFloor = kFloor8Bit;
@@ -268,16 +337,23 @@ int main(int argc, char **argv) {
             gCountProcessorTime = true;
         else if (option == "--portable")
             gRenderPath = &kPortablePath;
+        else if (option == "--avx2" && Avx2Path())
+            gRenderPath = Avx2Path();
+        else if (option == "--one")
+            options.oneThread = options.plain = false;
         else
-            Fail("usage: render_bench [--cases name,name] [--workers 2] [--no-plain] [--portable] [--cpu]");
+            Fail("usage: render_bench [--cases name,name] [--workers 2] [--no-plain] [--portable | --avx2] "
+                 "[--cpu] [--one]");
     }
     printf("path: %s, workers: %d\n", gRenderPath->name, options.workers);
-    printf("case           copy s  plain s  1 thread  now s   ratio  extra MB\n");
+    printf("case           copy s  plain s  1 thread  now s   ratio  extra MB  sum\n");
     for (const Case &which : kCases)
         if (IsNamed(options.cases, which.name))
             RunCase(which, options);
     if (IsNamed(options.cases, "preview"))
         RunPreview(options);
+    if (IsNamed(options.cases, "first"))
+        RunFirst(options);
     if (IsNamed(options.cases, "cancel"))
         RunCancel(options);
     return 0;

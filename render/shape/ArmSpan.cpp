@@ -52,55 +52,99 @@ PixelRange ScanRange(const Arm &arm, double centre, double reach) {
     return {from, to};
 }
 
-uint32_t ArmPixelValue(const Arm &arm, int32_t position, double centre, int32_t x) {
+// A pixel of a step, as far as its value is concerned.
+struct PixelAcross {
+    int32_t pixel;
+    uint32_t share, along; // the value is their product
+};
+
+PixelAcross MeasurePixel(const Arm &arm, int32_t position, double centre, int32_t pixel) {
+    const int32_t x = pixel * kPixelStep;
     const double coverage = ArmCoverage(arm, centre, x);
-    if (coverage <= 0.0)
-        return 0;
     const uint32_t distance = MeasureDistance(position - arm.majorPhase, x - arm.minorPhase);
-    return Mul(ShareOfCoverage(coverage), ValueAt(*arm.values, distance));
+    return {pixel, coverage <= 0.0 ? 0 : ShareOfCoverage(coverage), ValueAt(*arm.values, distance)};
 }
 
-// Whether any pixel across a step has a value of at least `threshold`.
+// Whether a pixel between two reaches the threshold. From `inner` to `outer` the value along the arm falls
+// and the share rises, so that the product of the higher ones bounds everything between.
+template <typename Measure>
+bool AnyReaches(const PixelAcross &inner, const PixelAcross &outer, uint32_t threshold, Measure measure) {
+    if (std::abs(outer.pixel - inner.pixel) < 2 || Mul(outer.share, inner.along) < threshold)
+        return false;
+    const PixelAcross middle = measure(inner.pixel + (outer.pixel - inner.pixel) / 2);
+    return Mul(middle.share, middle.along) >= threshold || AnyReaches(inner, middle, threshold, measure) ||
+           AnyReaches(middle, outer, threshold, measure);
+}
+
+// Whether any pixel across a step has a value of at least `threshold`. Beyond the centre line on one side and
+// the phase point on the other both factors of a value fall: only the first pixel there matters, and those
+// between.
 bool StepReaches(const Arm &arm, int32_t step, uint32_t threshold) {
     const int32_t position = step * kPixelStep;
     const double centre = ArmCentre(arm, position);
     const PixelRange scanned = ScanRange(arm, centre, arm.reach);
-    const auto reaches = [&](int32_t pixel) {
-        return ArmPixelValue(arm, position, centre, pixel * kPixelStep) >= threshold;
+    if (scanned.from > scanned.to)
+        return false;
+    const bool isAbove = centre >= arm.minorPhase;
+    const int32_t next = arm.minorPhase > 0 ? 1 : 0, truncated = static_cast<int32_t>(centre / kPixelStep);
+    const int32_t outer = isAbove || centre < 0.0 ? truncated : 1; // not beyond the centre line
+    const auto measure = [&](int32_t pixel) {
+        return MeasurePixel(arm, position, centre, std::clamp(pixel, scanned.from, scanned.to));
     };
-    // The pixel nearest to the centre line is nearly always enough.
-    const int32_t nearest = static_cast<int32_t>(std::lround(centre / kPixelStep));
-    if (nearest >= scanned.from && nearest <= scanned.to && reaches(nearest))
-        return true;
-    // Values fall with the distance from the phase point, so that what reaches is found from the end near it.
-    const bool isFromNear = std::abs(scanned.from * kPixelStep - arm.minorPhase) <=
-                            std::abs(scanned.to * kPixelStep - arm.minorPhase);
-    for (int32_t i = 0; i <= scanned.to - scanned.from; ++i)
-        if (reaches(isFromNear ? scanned.from + i : scanned.to - i))
-            return true;
-    return false;
+    const auto reaches = [&](const PixelAcross &p) { return Mul(p.share, p.along) >= threshold; };
+    const PixelAcross last = measure(outer), first = measure(isAbove ? next : 0);
+    return reaches(last) || reaches(measure(isAbove ? outer + 1 : outer - 1)) || reaches(first) ||
+           reaches(measure(isAbove ? 0 : next)) || AnyReaches(first, last, threshold, measure);
 }
 
 int32_t NearestToZero(const PixelRange &range) {
     return range.from > 0 ? range.from : range.to < 0 ? -range.to : 0;
 }
 
+// How far from the phase point a pixel is sure to reach the threshold that lies at most `across` off the
+// centre line; quarter pixels, a little less.
+double SureDistance(const Arm &arm, double across, uint32_t threshold) {
+    const double coverage = std::min(0.5 + (arm.halfWidth - across) * 0.25 * arm.edgeSlope, 1.0) - 1e-9;
+    if (coverage <= 0.0)
+        return 0.0;
+    const uint32_t share = static_cast<uint32_t>(std::max(ShareOfCoverage(coverage), 16u)) - 16;
+    return CountValues(threshold, arm.values->count - 1,
+                       [&](uint32_t distance) { return Mul(share, ValueAt(*arm.values, distance)); }) /
+               10.0 -
+           1.0;
+}
+
 // Steps from the centre that surely reach the threshold: at each of them a pixel lies within half a pixel of
 // the centre line, and its coverage and its distance are bounded.
-int32_t CountSafeSteps(const Arm &arm, uint32_t threshold) {
-    const double nearCoverage = std::min(0.5 + (arm.halfWidth - 2.0) * 0.25 * arm.edgeSlope, 1.0) - 1e-9;
-    if (nearCoverage <= 0.0)
-        return 0;
-    const uint32_t share = static_cast<uint32_t>(std::max(ShareOfCoverage(nearCoverage), 16u)) - 16;
-    const uint32_t count = CountValues(threshold, arm.values->count - 1, [&](uint32_t distance) {
-        return Mul(share, ValueAt(*arm.values, distance));
-    });
-    double steps = ((count / 10.0 - 4.0) / arm.stretch - 4.0) / kPixelStep - 1.0;
+int32_t CountStepsNearLine(const Arm &arm, uint32_t threshold) {
+    double steps = ((SureDistance(arm, 2.0, threshold) - 3.0) / arm.stretch - 4.0) / kPixelStep - 1.0;
     if (arm.slope != 0.0) // no nearer to a limit than two pixels
         steps = std::min(steps, (arm.minorLimit - 3.0 - std::fabs(arm.crossing)) / std::fabs(arm.slope));
     else if (std::fabs(arm.crossing) > (arm.minorLimit - 3.0) * kPixelStep)
         return 0;
     return static_cast<int32_t>(std::clamp<double>(steps, 0.0, arm.majorLimit));
+}
+
+// The same, further out: a wide soft arm is brightest off its centre line, on the side of the phase point,
+// where a pixel lies nearer to it. A pixel `off` the line is bounded like one at the line, from the step on
+// at which it does not lie beyond the phase point. So far off (four pixels and more) it is scanned beyond the
+// limits too.
+int32_t CountSafeSteps(const Arm &arm, uint32_t threshold) {
+    constexpr double kFirstOff = 16.0, kGrowth = 1.1;
+    const double slope = std::fabs(arm.slope), squared = arm.stretch * arm.stretch;
+    double safe = CountStepsNearLine(arm, threshold);
+    if (slope <= kLevelSlope)
+        return static_cast<int32_t>(safe);
+    for (double off = kFirstOff; off < arm.reach; off *= kGrowth) {
+        const double first = ((off + 4.0) / slope + 4.0) / kPixelStep + 1.0;
+        if (first > safe)
+            break;
+        const double sure = SureDistance(arm, off + 3.0, threshold), inner = off - 3.0;
+        const double rest = sure * sure * squared - inner * inner;
+        if (sure > 0.0 && rest > 0.0)
+            safe = std::max(safe, ((slope * inner + std::sqrt(rest)) / squared - 5.0) / kPixelStep - 1.0);
+    }
+    return static_cast<int32_t>(std::clamp<double>(safe, 0.0, arm.majorLimit));
 }
 
 // Walks in the direction of `sign` until the arm has faded out or the limit is passed. Toward larger

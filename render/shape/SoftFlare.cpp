@@ -45,7 +45,8 @@ bool BuildFlareTable(const StampContext &context, ValueTable *table) {
     PrepareFixedPower(-FlareExponent(context), &power);
     for (uint32_t distance = 0; distance < count; ++distance) {
         const double level = kFlarePeak * PowerOf(power, FlareBase(context, distance));
-        const double margin = 2.0 * power.error * level, part = level - std::floor(level);
+        const double margin = 2.0 * power.error * level,
+                     part = level - static_cast<double>(static_cast<int64_t>(level));
         table->values[distance] =
             part > margin && part < 1.0 - margin ? TakeOffset(level) : FlareValueAt(context, distance);
     }

@@ -128,9 +128,10 @@ void FillValues(const SpikeProfileInputs &inputs, const SpikeLevels &levels, uin
     std::fill_n(values, flat, inputs.brightness);
     for (uint32_t distance = flat; distance < count; ++distance) {
         const double level = levels.level[distance], value = inputs.brightness * level;
-        const double part = value - std::floor(value), margin = share * level;
+        const int64_t whole = static_cast<int64_t>(value);
+        const double part = value - static_cast<double>(whole), margin = share * level;
         const bool isSure = part > margin && part < 1.0 - margin && value + margin < inputs.brightness;
-        values[distance] = isSure ? static_cast<uint32_t>(value) : ComputeSpikeValue(inputs, distance);
+        values[distance] = isSure ? static_cast<uint32_t>(whole) : ComputeSpikeValue(inputs, distance);
     }
 }
 
