@@ -5,7 +5,7 @@ brillatrix_test(debug_picture_tests
 
 # The module with a diagnostic caller.
 if(WIN32)
-    brillatrix_test(diagnostic_tests DESKTOP LIBS window_driver filter_host engine render storage diag ole32 shell32
+    brillatrix_test(diagnostic_tests DESKTOP LIBS system_objects window_driver filter_host engine render storage diag ole32 shell32
         SOURCES plugin/ModuleFixture.cpp plugin/NightDocument.cpp storage/TemporaryFolder.cpp support/NightScene.cpp
                 viewers/DiagnosticTest.cpp)
     add_dependencies(diagnostic_tests BrillatrixX64)

@@ -101,7 +101,6 @@ INT_PTR WINAPI DialogFixture::OpenMain(HINSTANCE module, LPCWSTR name, HWND owne
 
 void DialogFixture::SetUp() {
     ASSERT_NO_FATAL_FAILURE(ModuleFixture::SetUp());
-    CountSystemObjects(module.module, &hooks);
     AnswerForSystem(module.module, &hooks);
     gFixture = this;
     gOpenOther = host::ReplaceImport(module.module, nullptr, "DialogBoxParamW", &OpenMain, &hooks);

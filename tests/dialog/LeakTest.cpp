@@ -15,7 +15,7 @@ struct Holdings {
 };
 
 void PrintTo(const Holdings &h, std::ostream *stream) {
-    *stream << h.held.heapBlocks << " blocks, " << h.held.handles << " handles, " << h.held.comInitializations
+    *stream << h.held.heapBlocks << " blocks, " << h.held.objects << " objects, " << h.held.comInitializations
             << " COM, " << h.held.sections << " sections, " << h.drawingObjects << " drawing objects, "
             << h.threads << " threads";
     for (const auto &[call, count] : h.objects)

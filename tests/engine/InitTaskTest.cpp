@@ -86,7 +86,7 @@ struct InitTaskTest : EngineTest {
 };
 
 TestImage MakeNoise() {
-    TestImage noise(kModeGray8, 1, 0, {0, 0, 1200, 1200});
+    TestImage noise(kModeGray8, 1, 0, {0, 0, 1300, 1300}); // which is reduced
     noise.FillRandom(4);
     return noise;
 }

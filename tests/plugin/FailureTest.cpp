@@ -319,14 +319,6 @@ TEST_F(Failing, CancellingStopsAfterTheCurrentTile) {
     ExpectRecovery(result);
 }
 
-TEST_F(Failing, AFailedRunMayBeFinishedOrNot) {
-    for (const bool finish : {true, false}) {
-        filterHost.settings.finishAfterFailure = finish;
-        filterHost.settings.failures["advanceState"] = {.nth = 9};
-        ExpectRecovery(RunOnce());
-    }
-}
-
 // Memory fails at the n-th allocation, once and from then on, for n = 1, 2, 3 ... until the run gets through.
 TEST_F(Failing, MemoryMayRunOutAtAnyAllocation) {
     before = MakeNight({.width = 60, .height = 45, .hasTransparency = true, .lights = 2});
@@ -362,27 +354,4 @@ TEST_F(Failing, MemoryMayRunOutAtAnyAllocation) {
                         "Error - Exiting Plugin: Could not allocate memory for an image.",
                         "Error - Exiting Plugin: Could not allocate memory for an image mask.",
                         "Warning: Low memory.  Check image - some effects may not be rendered."}));
-}
-
-// Blocks, system objects and COM: a run, good or bad, leaves exactly what the run before it left.
-TEST_F(Failing, NothingIsHeldAfterARun) {
-    const auto run = [this](int64_t failAt, const char *service) {
-        filterHost.settings.failures.clear();
-        if (failAt)
-            filterHost.settings.failures[service] = {.nth = failAt, .code = kMemFullErr};
-        RunOnce();
-        host::CloseHost(filterHost);
-        return Held();
-    };
-    run(0, "");
-    const HeldObjects first = run(0, "");
-    EXPECT_EQ(run(0, ""), first);
-    for (const int64_t failAt : {1, 2, 13, 25, 26})
-        EXPECT_EQ(run(failAt, "advanceState"), first) << failAt;
-    EXPECT_EQ(run(1, "lockProc"), first);
-    EXPECT_EQ(run(3, "lockProc"), first);
-    EXPECT_EQ(run(1, "openWriteDescriptorProc"), first);
-    filterHost.settings.cancelAtAbortCall = 1;
-    EXPECT_EQ(run(0, ""), first);
-    EXPECT_EQ(first, (HeldObjects{0, 0, 0, 0}));
 }

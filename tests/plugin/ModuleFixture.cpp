@@ -2,6 +2,7 @@
 
 #include "resources/DialogControlIds.h"
 #include "tests/support/ParameterKeys.h"
+#include "tests/support/SystemObjects.h"
 
 #include <atomic>
 #include <cstring>
@@ -21,11 +22,12 @@ using DialogBoxFunction = INT_PTR WINAPI(HINSTANCE, LPCWSTR, HWND, DLGPROC, LPAR
 // The hooks carry no context, and one module is loaded at a time.
 struct Watch {
     std::string folder;
-    std::atomic<int64_t> heapBlocks, handles, sections, allocations, failAt;
+    std::atomic<int64_t> heapBlocks, sections, allocations, failAt;
     std::atomic<bool> failLater;
     int64_t comInitializations;
     HRESULT comResult;
-    bool refuseSections, refuseThreads;
+    bool refuseSections;
+    BOOL(WINAPI *closeHandle)(HANDLE);
     std::atomic<int64_t> events, enteredSection, closedHandle, deletedSection;
     DialogBoxFunction *openOtherDialog;
     int mainDialogs;
@@ -61,36 +63,9 @@ void WatchedFree(void *block) {
     std::free(block);
 }
 
-// Calls the system and counts a handle when there is one.
-template <auto function> struct Counted;
-template <typename... Arguments, HANDLE(WINAPI *function)(Arguments...)> struct Counted<function> {
-    static HANDLE WINAPI Call(Arguments... arguments) {
-        HANDLE handle = function(arguments...);
-        gWatch.handles += handle != nullptr && handle != INVALID_HANDLE_VALUE;
-        return handle;
-    }
-};
-
-uintptr_t WatchedBeginThread(void *security, unsigned stack, unsigned(WINAPI *start)(void *), void *argument,
-                             unsigned flags, unsigned *id) {
-    if (gWatch.refuseThreads)
-        return 0;
-    const uintptr_t handle = _beginthreadex(security, stack, start, argument, flags, id);
-    gWatch.handles += handle != 0;
-    return handle;
-}
-
 BOOL WINAPI WatchedClose(HANDLE handle) {
-    const BOOL closed = CloseHandle(handle);
-    gWatch.handles -= closed != FALSE;
     gWatch.closedHandle = ++gWatch.events;
-    return closed;
-}
-
-BOOL WINAPI WatchedFindClose(HANDLE handle) {
-    const BOOL closed = FindClose(handle);
-    gWatch.handles -= closed != FALSE;
-    return closed;
+    return gWatch.closeHandle(handle);
 }
 
 HRESULT WINAPI WatchedCoInitialize(void *reserved) {
@@ -143,26 +118,15 @@ INT_PTR WINAPI WatchedDialogBox(HINSTANCE instance, LPCWSTR name, HWND owner, DL
 }
 
 void HookModule(HMODULE module, host::ImportHooks *hooks) {
+    CountSystemObjects(module, hooks);
     const auto hook = [&](const char *name, auto function) {
-        host::ReplaceImport(module, nullptr, name, function, hooks);
+        return host::ReplaceImport(module, nullptr, name, function, hooks);
     };
     hook("malloc", WatchedMalloc);
     hook("calloc", WatchedCalloc);
     hook("realloc", WatchedRealloc);
     hook("free", WatchedFree);
-    hook("CreateThread", Counted<CreateThread>::Call);
-    hook("_beginthreadex", WatchedBeginThread);
-    hook("CreateEventA", Counted<CreateEventA>::Call);
-    hook("CreateEventW", Counted<CreateEventW>::Call);
-    hook("CreateMutexA", Counted<CreateMutexA>::Call);
-    hook("CreateMutexW", Counted<CreateMutexW>::Call);
-    hook("CreateMutexExW", Counted<CreateMutexExW>::Call);
-    hook("CreateFileA", Counted<CreateFileA>::Call);
-    hook("CreateFileW", Counted<CreateFileW>::Call);
-    hook("FindFirstFileA", Counted<FindFirstFileA>::Call);
-    hook("FindFirstFileW", Counted<FindFirstFileW>::Call);
-    hook("CloseHandle", WatchedClose);
-    hook("FindClose", WatchedFindClose);
+    gWatch.closeHandle = hook("CloseHandle", WatchedClose);
     hook("CoInitialize", WatchedCoInitialize);
     hook("CoUninitialize", WatchedCoUninitialize);
     hook("InitializeCriticalSectionAndSpinCount", WatchedInitializeSection);
@@ -182,11 +146,11 @@ std::wstring ModulePath() {
 
 void ModuleFixture::SetUp() {
     gWatch.folder = folder.Path();
-    gWatch.heapBlocks = gWatch.handles = gWatch.sections = gWatch.allocations = gWatch.failAt = 0;
+    gWatch.heapBlocks = gWatch.sections = gWatch.allocations = gWatch.failAt = 0;
     gWatch.events = gWatch.enteredSection = gWatch.closedHandle = gWatch.deletedSection = 0;
     gWatch.comInitializations = 0;
     gWatch.comResult = S_OK;
-    gWatch.refuseSections = gWatch.refuseThreads = false;
+    gWatch.refuseSections = false;
     std::string why;
     ASSERT_TRUE(host::LoadFilterModule(ModulePath(), &module, &why)) << why;
     HookModule(module.module, &hooks);
@@ -235,7 +199,10 @@ host::RunResult ModuleFixture::Run(bool withParameters) {
 }
 
 HeldObjects ModuleFixture::Held() const {
-    return {gWatch.heapBlocks, gWatch.handles, gWatch.comInitializations, gWatch.sections};
+    int objects = 0;
+    for (const auto &[call, count] : LiveObjects())
+        objects += count;
+    return {gWatch.heapBlocks, objects, gWatch.comInitializations, gWatch.sections};
 }
 
 TeardownOrder ModuleFixture::LastTeardown() const {
@@ -262,10 +229,6 @@ void ModuleFixture::SetComResult(HRESULT result) {
 
 void ModuleFixture::RefuseCriticalSections(bool refuse) {
     gWatch.refuseSections = refuse;
-}
-
-void ModuleFixture::RefuseThreads() {
-    gWatch.refuseThreads = true;
 }
 
 ParameterSet ModuleFixture::SetInHandle() const {

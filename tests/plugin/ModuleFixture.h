@@ -18,7 +18,7 @@
 // What the module holds of the system now.
 struct HeldObjects {
     int64_t heapBlocks;
-    int64_t handles; // threads, events, mutexes, files, searches
+    int objects; // of the system, all that SystemObjects counts
     int64_t comInitializations;
     int64_t sections; // critical sections initialised and not deleted
     bool operator==(const HeldObjects &) const = default;
@@ -51,9 +51,6 @@ protected:
     void SetComResult(HRESULT result);
     // InitializeCriticalSectionAndSpinCount fails from now on, or no longer.
     void RefuseCriticalSections(bool refuse);
-
-    // The system starts no thread for the module from now on.
-    void RefuseThreads();
 
     // The bytes of the parameters handle as a set, all zero without one.
     ParameterSet SetInHandle() const;

@@ -3,6 +3,7 @@
 #include "engine/image/ImageBuffer.h"
 #include "tests/plugin/ModuleFixture.h"
 #include "tests/plugin/NightDocument.h"
+#include "tests/support/SystemObjects.h"
 
 #include <cstring>
 #include <functional>
@@ -78,18 +79,6 @@ TEST_F(OddHost, WhatItLeavesOutOrGetsWrongChangesNothing) {
     EXPECT_EQ(RunOn(night).code, kNoError);
     EXPECT_EQ(host::CallAbout(filterHost), kNoError);
     ExpectCleanHost();
-}
-
-TEST_F(OddHost, OnePlaneOfAColourImageIsFilteredLikeAGreyOne) {
-    for (const int32_t depth : {8, 16, 32}) {
-        const host::Document grey = MakeNight({.depth = depth, .colourPlanes = 1});
-        filterHost.settings.imageMode = static_cast<int16_t>(depth == 8    ? kModeRgb8
-                                                             : depth == 16 ? kModeRgb16
-                                                                           : kModeRgb32);
-        EXPECT_EQ(RunOn(grey).code, kNoError);
-        EXPECT_EQ(DifferentSamples(filterHost.document, FilteredNight(grey, kDefaultParameters)), 0) << depth;
-        ExpectCleanHost();
-    }
 }
 
 // A host that shows a progress bar pumps messages meanwhile, and its menu has About in it, or another run.
@@ -186,7 +175,7 @@ TEST_F(OddHost, MayEndARunByACallThatFails) {
 
 // Without the task there is no table, and a dialog would only wait for it.
 TEST_F(OddHost, NoDialogOpensWhenTheSearchForLightsCannotStart) {
-    RefuseThreads();
+    FailSystemCall("_beginthreadex", 1, ERROR_NOT_ENOUGH_MEMORY);
     filterHost.settings.playInfo = kPlayDisplay;
     EXPECT_EQ(RunOn(night).code, kErrMissingParameter);
     EXPECT_EQ(MainDialogs(), 0);

@@ -14,8 +14,6 @@
 #include <set>
 #include <windows.h>
 
-#include <bcrypt.h>
-
 namespace {
 
 struct BuiltModule : ::testing::Test {
@@ -47,23 +45,12 @@ std::set<std::string> ExportedNames(HMODULE module) {
     return found;
 }
 
-std::string Sha256(const std::vector<uint8_t> &bytes) {
-    BCRYPT_ALG_HANDLE algorithm = nullptr;
-    BCRYPT_HASH_HANDLE hash = nullptr;
-    uint8_t digest[32] = {};
-    BCryptOpenAlgorithmProvider(&algorithm, BCRYPT_SHA256_ALGORITHM, nullptr, 0);
-    BCryptCreateHash(algorithm, &hash, nullptr, 0, nullptr, 0, 0);
-    BCryptHashData(hash, const_cast<uint8_t *>(bytes.data()), static_cast<ULONG>(bytes.size()), 0);
-    BCryptFinishHash(hash, digest, sizeof(digest), 0);
-    BCryptDestroyHash(hash);
-    BCryptCloseAlgorithmProvider(algorithm, 0);
-    std::string text;
-    for (const uint8_t byte : digest) {
-        constexpr char kDigits[] = "0123456789abcdef";
-        text += kDigits[byte >> 4];
-        text += kDigits[byte & 15];
-    }
-    return text;
+// FNV-1a.
+uint64_t Hash(const std::vector<uint8_t> &bytes) {
+    uint64_t hash = 0xCBF29CE484222325;
+    for (const uint8_t byte : bytes)
+        hash = (hash ^ byte) * 0x100000001B3;
+    return hash;
 }
 
 } // namespace
@@ -91,10 +78,9 @@ TEST_F(BuiltModule, ImportsSystemLibrariesOnly) {
 
 // The bytes are what hosts and recorded actions know the filter by.
 TEST_F(BuiltModule, PropertyListAndTerminologyNeverChange) {
-    EXPECT_EQ(Sha256(Resource(L"PIPL", kPropertyListId)),
-              "458c3d919c40cf3e83e24ebd76a2b1ad987e4bd8aa7e3afe31dacbee7751dd4d");
+    EXPECT_EQ(Hash(Resource(L"PIPL", kPropertyListId)), 0xE8F5414E245A6FEDu);
     const std::vector<uint8_t> terms = Resource(L"AETE", kTerminologyId);
-    EXPECT_EQ(Sha256(terms), "3b5e6fd03bc4e2616440143a952ff4276598a0b13911ea8a21faad24a7f20808");
+    EXPECT_EQ(Hash(terms), 0x37D47DE980834699u);
     std::vector<uint32_t> codes = {kTypeEffect, kKeyOutputSpikesOnly, kKeyEffect};
     for (const EffectType &type : kEffectTypes)
         codes.push_back(type.code);

@@ -196,15 +196,6 @@ TEST_F(Script, OtherVerdictsEndTheRun) {
     EXPECT_EQ(SetInHandle(), EveryFieldChanged());
 }
 
-TEST_F(Script, ADescriptorThatCannotBeOpenedIsNotUsed) {
-    filterHost.settings.failures["openReadDescriptorProc"] = {};
-    EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kParamErr);
-    ASSERT_EQ(boxes.size(), 1u);
-    EXPECT_NE(boxes[0].text.find("will not be used."), std::string::npos);
-    EXPECT_EQ(SetInHandle(), kDefaultParameters);
-    ExpectCleanHost();
-}
-
 TEST_F(Script, FinishWithoutAWriterFails) {
     filterHost.settings.failures["openWriteDescriptorProc"] = {};
     const host::RunResult result = RunScript(ScriptOf(EveryFieldChanged()));

@@ -38,15 +38,6 @@ protected:
 
 } // namespace
 
-TEST_F(SelectorCall, ParametersMakesBothHandlesAndAsksForTheDialog) {
-    Open();
-    ASSERT_EQ(Call(kSelectorParameters), kNoError);
-    EXPECT_EQ(SetInHandle(), kDefaultParameters);
-    EXPECT_EQ(DialogPendingByte(), 1);
-    EXPECT_EQ(host::CountLive(filterHost).handles, 2);
-    EXPECT_EQ(host::CountLive(filterHost).lockedHandles, 0);
-}
-
 // Handles of the right size are taken over: Parameters resets their contents, Prepare leaves them. Bytes
 // saved by another version come back as handles of their own length, and are replaced; Start and Finish
 // refuse them.
@@ -187,29 +178,6 @@ TEST_F(SelectorCall, AboutShowsTheProductAndItsVersion) {
     EXPECT_TRUE(LogText().ends_with(".\n") && LogText().find("Log opened", 100) != std::string::npos)
         << LogText();
     ExpectCleanHost();
-}
-
-// The dialog opens for real and closes on OK and on Cancel.
-TEST_F(SelectorCall, AboutBoxCloses) {
-    host::ReleaseBoxes();
-    for (const WPARAM button : {IDOK, IDCANCEL}) {
-        HANDLE presser = CreateThread(
-            nullptr, 0,
-            [](void *parameter) -> DWORD {
-                for (int i = 0; i < 6000; ++i, Sleep(10))
-                    if (HWND box = FindWindowA("#32770", "About Brillatrix Pro"))
-                        return SendMessageA(box, WM_COMMAND, reinterpret_cast<WPARAM>(parameter), 0) == 0;
-                return 0;
-            },
-            reinterpret_cast<void *>(button), 0, nullptr);
-        int16_t result = 99;
-        AboutRecord record = {};
-        module.entry(kSelectorAbout, &record, nullptr, &result);
-        EXPECT_EQ(result, kNoError);
-        EXPECT_EQ(WaitForSingleObject(presser, 10000), WAIT_OBJECT_0);
-        CloseHandle(presser);
-    }
-    EXPECT_EQ(Held().comInitializations, 0);
 }
 
 TEST_F(SelectorCall, PrepareNeedsCom) {

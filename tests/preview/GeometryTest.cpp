@@ -76,16 +76,3 @@ TEST(PreviewGeometry, ViewAndWindowLieAroundTheCentre) {
     corner.centerX = 9000;
     EXPECT_TRUE(Same(WindowAroundView(corner, 1.0), {3999, 0, 4000, 1002}));
 }
-
-TEST(PreviewGeometry, TileSizes) {
-    EXPECT_EQ(PreviewTileSize(100.0, {0, 0, 2000, 1500}), 1024);
-    EXPECT_EQ(PreviewTileSize(200.0, {0, 0, 4000, 3000}), 2048);
-    EXPECT_EQ(PreviewTileSize(100.0, {10, 10, 810, 510}), 500); // the smaller side
-    EXPECT_EQ(PreviewTileSize(16.67, {0, 0, 1000, 667}), 170);
-    EXPECT_EQ(PreviewTileSize(1.0, {0, 0, 60, 40}), 32);
-    EXPECT_EQ(PreviewTileSize(100.0, {0, 0, 18, 12}), 12);
-    EXPECT_EQ(PreviewTileSize(100.0, {0, 0, 0, 0}), 1024); // of what lies around a view beside the image
-    EXPECT_EQ(CountTiles({0, 0, 800, 500}, 500), 2);
-    EXPECT_EQ(CountTiles({0, 0, 1025, 1024}, 1024), 2);
-    EXPECT_EQ(CountTiles({5, 5, 5, 5}, 100), 1);
-}

@@ -59,31 +59,3 @@ TEST(Regions, ScaledAndUnscaledRegionsAreAllThatTheirRectanglesBecome) {
     EXPECT_FALSE(IsRegionFilled(mapped));
     DeleteRegion(&mapped);
 }
-
-TEST(Regions, FailuresAreReportedAndChangeNothing) {
-    TakeReports();
-    TestRegion region, other;
-    ASSERT_TRUE(SetRegionRect(region.region, {1, 2, 30, 40}, kStep));
-    FailSystemCall("SetRectRgn", 1, 8);
-    EXPECT_FALSE(SetRegionRect(region.region, {0, 0, 1, 1}, {835, "Could not set."}));
-    FailSystemCall("CombineRgn", 1, 0);
-    EXPECT_FALSE(
-        CombineRegions(region.region, region.region, other.region, RGN_AND, {838, "Could not combine."}));
-    FailSystemCall("CreateRectRgn", 1, 14);
-    EXPECT_EQ(CreateRegion({403, "Could not create."}), nullptr);
-    FailAllocation(1, false);
-    RegionRects rects{};
-    EXPECT_FALSE(GetRegionRects(region.region, &rects));
-    FailAllocation(0, false);
-    EXPECT_FALSE(SetRegionRect(nullptr, {0, 0, 1, 1}, kStep));
-    EXPECT_FALSE(IsRegionFilled(nullptr));
-    const IntRect box = RegionBox(region.region);
-    EXPECT_TRUE(box.left == 1 && box.top == 2 && box.right == 30 && box.bottom == 40);
-    const std::vector<RecordedReport> reports = TakeReports();
-    ASSERT_EQ(reports.size(), 4u);
-    EXPECT_TRUE(reports[0].record.line == 835 && reports[0].record.kind == kSystemError &&
-                reports[0].record.systemError == 8);
-    EXPECT_TRUE(reports[1].record.line == 838 && reports[1].record.kind == kDebugMessage);
-    EXPECT_TRUE(reports[2].record.line == 403 && reports[2].record.systemError == 14);
-    EXPECT_EQ(reports[2].title, kTitleUnexpected);
-}

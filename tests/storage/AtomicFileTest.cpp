@@ -27,11 +27,7 @@ protected:
         ASSERT_EQ(reports.size(), 1u);
         EXPECT_EQ(reports[0].record.kind, kSystemError);
         EXPECT_EQ(reports[0].message, message);
-        if (error) {
-            EXPECT_EQ(reports[0].record.systemError, error);
-        } else {
-            EXPECT_NE(reports[0].record.systemError, 0u);
-        }
+        EXPECT_TRUE(error ? reports[0].record.systemError == error : reports[0].record.systemError != 0);
     }
 
     TemporaryFolder folder;
@@ -90,11 +86,6 @@ TEST_F(AtomicFile, ATargetThatCannotBeReplacedStaysAndOneThatCannotBeIsReported)
     WriteWholeFile(folder / "b.sss\\inside", "kept");
     EXPECT_FALSE(Write(folder / "b.sss", "new"));
     EXPECT_EQ(ReadWholeFile(folder / "b.sss\\inside"), "kept");
-    TakeReports();
-    EXPECT_FALSE(Write(folder / "missing\\a.sss", "new"));
-    ExpectReport("CreateFile() failed with FilePath = '" + (folder / "missing\\a.sss") + "'", 0);
-    EXPECT_FALSE(Write(folder / std::string(300, 'x'), "new"));
-    EXPECT_EQ(TakeReports().size(), 1u);
     EXPECT_EQ(folder.Names(), (Strings{"a.sss", "b.sss"}));
 }
 

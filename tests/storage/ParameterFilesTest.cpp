@@ -148,21 +148,6 @@ TEST_F(InitialSettings, AShortFileIsNeverCommittedAndGoes) {
     EXPECT_EQ(gState.commits, 0);
 }
 
-TEST_F(InitialSettings, EachWrongVersionWordMakesAFileObsolete) {
-    const uint16_t versions[][4] = {
-        {1, 0, 0, 5}, {0, 1, 0, 5}, {0, 0, 1, 5},     {0, 0, 0, 4},
-        {0, 0, 0, 6}, {5, 0, 0, 0}, {0, 0, 0, 0x105}, {65535, 65535, 65535, 65535}};
-    for (const auto &version : versions) {
-        std::string content = Content(255);
-        memcpy(content.data(), version, sizeof version);
-        WriteWholeFile(path, content);
-        EXPECT_FALSE(Read());
-        EXPECT_FALSE(FileStays());
-        EXPECT_EQ(Reports(), ObsoleteReports(version[0], version[1], version[2], version[3]));
-    }
-    EXPECT_EQ(gState.commits, 0);
-}
-
 // Nothing is known of what these hold, so nothing is deleted and the user is not told that they are invalid.
 TEST_F(InitialSettings, WhatCannotBeReadIsReportedAndStays) {
     const std::string cannotOpen =
@@ -247,12 +232,6 @@ TEST_F(InitialSettings, AreSavedWhereTheyAreRead) {
     EXPECT_EQ(formatted, path);
     EXPECT_EQ(Reports().size(), 1u);
 
-    ParameterBlock block;
-    memcpy(block.bytes, Content(255).data(), sizeof block.bytes);
-    EXPECT_TRUE(SaveParametersFile(block, formatted));
-    EXPECT_EQ(ReadWholeFile(path), Content(255));
-    EXPECT_TRUE(Read());
-    EXPECT_EQ(memcmp(&gState.committed, &block, sizeof block), 0);
     gSettingsFolder[0] = '\0';
 }
 

@@ -16,17 +16,8 @@ namespace {
 constexpr ParameterBlock kIdentity = {{0, 0, 0, 0, 0, 0, 5, 0}};
 constexpr char kTitle[] = "Warning - Failed to Read Saved Parameter Set";
 
-bool gConverts = false;
-
-uintptr_t SetAccessor(int32_t operation, const ParameterBlock *block) {
-    if (operation == kIdentityBlock)
-        return reinterpret_cast<uintptr_t>(&kIdentity);
-    if (operation != kConvertBlock || !gConverts)
-        return 0;
-    auto *converted = static_cast<ParameterBlock *>(malloc(sizeof(ParameterBlock)));
-    *converted = *block;
-    memcpy(converted->bytes, kIdentity.bytes, 8);
-    return reinterpret_cast<uintptr_t>(converted);
+uintptr_t SetAccessor(int32_t operation, const ParameterBlock *) {
+    return operation == kIdentityBlock ? reinterpret_cast<uintptr_t>(&kIdentity) : 0;
 }
 
 std::string SetContent(char mark, size_t size = 255) {
@@ -46,7 +37,6 @@ protected:
     ~ParameterSetFiles() override {
         gParametersFolder[0] = '\0';
         gParameterBlockAccessor = nullptr;
-        gConverts = false;
         FailNextCall("", 0);
     }
 
@@ -90,12 +80,6 @@ TEST_F(ParameterSetFiles, NamesMayHoldAnyCharacter) {
     ASSERT_TRUE(SaveParametersFile(BlockOf(SetContent('z')), Wide(L"CAPITALS.SSS").c_str()));
     expected[L"CAPITALS"] = 'z';
     EXPECT_EQ(ReadAll(), expected);
-    for (const auto &[name, kept] : expected) {
-        if (name == L"CAPITALS")
-            continue;
-        EXPECT_TRUE(DeleteSavedParameterSet(Wide(name + L".sss").c_str()));
-    }
-    EXPECT_EQ(folder.Names(), std::vector<std::string>{"CAPITALS.SSS"});
     EXPECT_TRUE(TakeReports().empty());
 }
 
@@ -154,50 +138,16 @@ TEST_F(ParameterSetFiles, FilesThatCannotBeReadOrDeletedAreToldAndStay) {
     EXPECT_TRUE(Exists(folder / "readonly.sss"));
     TakeReports();
     EXPECT_FALSE(DeleteSavedParameterSet(Wide(L"missing.sss").c_str()));
-    const auto reports = TakeReports();
-    ASSERT_EQ(reports.size(), 1u);
-    EXPECT_EQ(reports[0].record.kind, kUserMessage);
-    EXPECT_EQ(reports[0].message, "_tremove() failed with error = '2'. File to be deleted was '" +
-                                      (folder / "missing.sss") + "'");
-}
-
-TEST_F(ParameterSetFiles, ReadingOneSetGivesItsBlockToTheCaller) {
-    WriteWholeFile(folder / "one.sss", SetContent('1') + std::string(10 << 20, 'x'));
-    ParameterBlock *block = ReadSavedParameterSet(nullptr, Wide(L"one.sss").c_str());
-    ASSERT_NE(block, nullptr);
-    EXPECT_EQ(memcmp(block->bytes, SetContent('1').data(), sizeof block->bytes), 0);
-    free(block);
-    EXPECT_EQ(ReadSavedParameterSet(nullptr, Wide(L"missing.sss").c_str()), nullptr);
-    EXPECT_EQ(TakeReports().back().message,
-              "Your Parameter Set file '" + (folder / "missing.sss") + "' does not exist.");
-    gConverts = true;
-    WriteWholeFile(folder / "older.sss", std::string(255, '\1'));
-    block = ReadSavedParameterSet(nullptr, Wide(L"older.sss").c_str());
-    ASSERT_NE(block, nullptr);
-    free(block);
-    const auto reports = TakeReports();
-    ASSERT_EQ(reports.size(), 2u);
-    EXPECT_EQ(reports[1].message.rfind("Your Parameter Set file '" + (folder / "older.sss"), 0), 0u);
-    EXPECT_EQ(ReadWholeFile(folder / "older.sss").substr(0, 8),
-              std::string(reinterpret_cast<const char *>(kIdentity.bytes), 8));
+    EXPECT_EQ(TakeReports().at(0).message, "_tremove() failed with error = '2'. File to be deleted was '" +
+                                               (folder / "missing.sss") + "'");
 }
 
 TEST_F(ParameterSetFiles, WithoutAFolderNothingIsSearched) {
     EXPECT_TRUE(ReadAll().empty());
     EXPECT_TRUE(TakeReports().empty()) << "an empty folder is no failure";
-    strcpy(gParametersFolder, (folder / "missing").c_str());
-    EXPECT_TRUE(ReadAll(false).empty());
-    EXPECT_EQ(TakeReports().size(), 1u);
-    strcpy(gParametersFolder, ("C:\\" + std::string(kMaxPath - 8, 'x')).c_str()); // no room for the pattern
-    EXPECT_TRUE(ReadAll(false).empty());
-    EXPECT_EQ(TakeReports().size(), 1u);
     gParametersFolder[0] = '\0';
     EXPECT_TRUE(ReadAll(false).empty());
-    const auto reports = TakeReports();
-    ASSERT_EQ(reports.size(), 2u);
-    EXPECT_EQ(reports[0].message, "_tcscpy_s() failed with Parameters Directory = ''");
-    EXPECT_EQ(reports[1].message, "GetUserParametersFolder() failed.");
-    EXPECT_EQ(reports[1].record.kind, kDebugMessage);
+    EXPECT_EQ(TakeReports().at(0).message, "_tcscpy_s() failed with Parameters Directory = ''");
 }
 
 TEST(WidePaths, NamesAndFolders) {

@@ -12,7 +12,6 @@ std::vector<ShownBox> gBoxes;
 std::vector<int> gShellFolderCalls;
 std::string gFailing;
 DWORD gFailError = 0;
-DWORD gSpinCount = 0;
 
 bool MustFail(const char *name) {
     if (gFailing != name)
@@ -38,7 +37,6 @@ int WINAPI KeepMessageBox(HWND owner, LPCSTR text, LPCSTR title, UINT flags) {
 BOOL WINAPI InitSection(LPCRITICAL_SECTION section, DWORD spinCount) {
     static const auto real =
         Real<decltype(InitSection)>("kernel32.dll", "InitializeCriticalSectionAndSpinCount");
-    gSpinCount = spinCount;
     return MustFail("InitializeCriticalSectionAndSpinCount") ? FALSE : real(section, spinCount);
 }
 
@@ -144,10 +142,6 @@ void FailNextCall(const std::string &name, DWORD error) {
 
 bool FailureHappened() {
     return gFailing.empty();
-}
-
-DWORD LastSpinCount() {
-    return gSpinCount;
 }
 
 std::vector<int> TakeShellFolderCalls() {

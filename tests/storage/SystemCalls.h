@@ -20,9 +20,6 @@ void FailNextCall(const std::string &name, DWORD error);
 // Whether the failure asked for has happened.
 bool FailureHappened();
 
-// The spin count that the last critical section was created with.
-DWORD LastSpinCount();
-
 // The folders that the shell answers with; empty = the call fails with `result`.
 struct ShellFolders {
     std::string localData;

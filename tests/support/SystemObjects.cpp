@@ -41,7 +41,7 @@ bool MustFail(const char *name, Kind kind = kPlain) {
 }
 
 void Keep(void *handle, const char *call, Kind kind = kPlain) {
-    if (!handle)
+    if (!handle || handle == INVALID_HANDLE_VALUE)
         return;
     const Busy busy;
     Made &made = (*gLive)[handle];
@@ -250,8 +250,9 @@ void CountWindowObjects(const Hooking &hook) {
 void CountHandles(const Hooking &hook) {
     MAKES(kPlain, fopen, _wfopen);
     hook.Replace<fclose>("fclose", kPlain, CloseFile);
-    MAKES(kPlain, CreateEventA, CreateMutexA, CreateMutexExW, _beginthreadex);
-    GIVES(CloseHandle);
+    MAKES(kPlain, CreateEventA, CreateEventW, CreateMutexA, CreateMutexExW, CreateThread, _beginthreadex,
+          CreateFileW, FindFirstFileW);
+    GIVES(CloseHandle, FindClose);
 }
 
 void WatchClipboard(const Hooking &hook) {

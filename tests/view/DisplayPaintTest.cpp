@@ -44,19 +44,6 @@ TEST_F(DisplayPainting, NothingStaleAfterPanningZoomingAndResizing) {
     }
 }
 
-TEST_F(DisplayPainting, OnlyWhatIsInvalidIsDrawn) {
-    OpenReady();
-    Show();
-    gFakePreview.paintings = 0;
-    UpdateWindow(display);
-    EXPECT_EQ(gFakePreview.paintings, 0);
-    const RECT part = {10, 10, 20, 20};
-    InvalidateRect(display, &part, FALSE);
-    UpdateWindow(display);
-    EXPECT_EQ(gFakePreview.paintings, 1);
-    EXPECT_FALSE(GetUpdateRect(display, nullptr, FALSE));
-}
-
 decltype(&GetUpdateRgn) gGetUpdateRgn;
 int WINAPI InvalidateAfterwards(HWND window, HRGN region, BOOL erase) {
     const RECT part = {300, 200, 320, 210};

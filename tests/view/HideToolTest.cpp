@@ -103,6 +103,7 @@ TEST_F(HideTool, NothingChangesBeforeTheTableIsReadyOrWithoutTheCapture) {
     Press(50, 50);
     Move(350, 250);
     EXPECT_TRUE(gPreviewDisplay.marks.inRect);
+    EXPECT_GT(WrongPixels(Show()), 1020) << "the outline, and the mark of the light inside";
     ReleaseCapture();
     EXPECT_FALSE(gPreviewDisplay.marks.inRect);
     EXPECT_EQ(Now(), (States{1}));

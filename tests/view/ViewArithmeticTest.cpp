@@ -74,21 +74,6 @@ TEST(ViewZoom, FitIsBoundByTheTighterSideAndOddZoomsAreBroughtIntoRange) {
     EXPECT_EQ(ClampZoom(INFINITY), kMaximumZoom);
 }
 
-TEST(ViewZoom, TextHasABlankAndTwoDecimals) {
-    const std::pair<double, const char *> texts[] = {{100.0, " 100.00%"},
-                                                     {66.67, " 66.67%"},
-                                                     {0.3, " 0.30%"},
-                                                     {1600.0, " 1600.00%"},
-                                                     {50.0 / 3, " 16.67%"}};
-    char text[32];
-    for (const auto &[zoom, expected] : texts) {
-        EXPECT_TRUE(FormatZoomText(zoom, text, sizeof text));
-        EXPECT_STREQ(text, expected);
-    }
-    EXPECT_FALSE(FormatZoomText(100.0, text, 6));
-    EXPECT_STREQ(text, "");
-}
-
 TEST(ViewCursors, FollowToolAndKeys) {
     constexpr ViewModifiers none = {}, alt = {true, false}, ctrl = {false, true}, both = {true, true};
     const struct {
@@ -114,15 +99,6 @@ TEST(ViewCursors, FollowToolAndKeys) {
             << row.zoom;
     EXPECT_EQ(ChooseDragCursor(kMousePan, kCursorOpenHand), kCursorClosedHand);
     EXPECT_EQ(ChooseDragCursor(kMouseHide, kCursorHide), kCursorHide);
-}
-
-TEST(ViewStates, SmallImagesStandInTheMiddleAndHaveNothingToScroll) {
-    ViewState view = MakeViewState({10, 20, 110, 80});
-    SetViewClientSize(&view, 402, 302);
-    const IntRect in = ImageInClient(GeometryOfView(view));
-    EXPECT_TRUE(in.left == 151 && in.right == 251 && in.top == 121 && in.bottom == 181);
-    EXPECT_LE(HorizontalScroll(view).maximum, HorizontalScroll(view).minimum);
-    EXPECT_FALSE(SetViewCenter(&view, 1e6, -1e6));
 }
 
 TEST(ViewStates, LargeImagesNeverLeaveAGap) {
