@@ -40,6 +40,7 @@
 #define BX_ID_UPDATE_LINK 1190 // not in the template
 #define BX_ID_STATE_LINE 1191  // not in the template
 #define BX_ID_COMPARE 1192     // not in the template
+#define BX_ID_ZOOM_FIELD 1193  // not in the template
 
 // The pairs of edit field and trackbar, and the pictures of what less and more of the parameter does.
 #define BX_ID_THRESHOLD_EDIT 1025
@@ -121,6 +122,7 @@
 #define BX_CMD_UNDO 40093
 #define BX_CMD_REDO 40094
 #define BX_CMD_DEFAULTS 40095
+#define BX_CMD_TYPE_ZOOM 40096
 
 #ifndef RC_INVOKED
 constexpr wchar_t kMainDialogName[] = L"BRILLATRIXDIALOG_ADVANCED";
@@ -152,6 +154,7 @@ constexpr int kPanLabelId = BX_ID_PAN_LABEL, kZoomLabelId = BX_ID_ZOOM_LABEL, kH
 constexpr int kEffectComboId = BX_ID_EFFECT_COMBO;
 constexpr int kEffectLabelId = BX_ID_EFFECT_LABEL;
 constexpr int kUpdateLinkId = BX_ID_UPDATE_LINK;
+constexpr int kZoomFieldId = BX_ID_ZOOM_FIELD; // over the zoom's text, while it is typed
 constexpr int kCompareId = BX_ID_COMPARE; // beside the Preview box
 constexpr int kStateLineId = BX_ID_STATE_LINE; // in the place of the progress, while there is none
 

@@ -12,6 +12,18 @@ protected:
         EXPECT_EQ(SetInHandle(), wanted);
         EXPECT_EQ(DifferentSamples(filterHost.document, FilteredNight(before, wanted)), 0);
     }
+    // The tooltip window, once it is shown for a control that the pointer rests on.
+    HWND RestOn(int id) {
+        const RECT place = ScreenPlace(id);
+        SetCursorPos(static_cast<int>(place.left + 5), static_cast<int>(place.top + 2));
+        PostMessageW(Item(id), WM_MOUSEMOVE, 0, PointParam(5, 2));
+        const auto shown = [] {
+            const HWND tip = FindWindowExW(nullptr, nullptr, L"tooltips_class32", nullptr);
+            return tip && IsWindowVisible(tip) ? tip : nullptr;
+        };
+        WaitFor("the tooltip", [&] { return shown() != nullptr; });
+        return shown();
+    }
 };
 
 } // namespace
@@ -106,6 +118,26 @@ TEST_F(DialogControls, TooltipsAndWhatLeadsOutOfTheDialog) {
         for (const auto &[id, text] : tips)
             EXPECT_EQ(TooltipOf(dialog, Item(id)).find(text), 0u)
                 << id << ": " << TooltipOf(dialog, Item(id));
+        // Beside its control, and off an open list, wherever the pointer rests.
+        for (const int focus : {kPairs[0].edit, kEffectCombo}) {
+            SetFocus(Item(focus));
+            for (const int id : {kEffectCombo, kPairs[1].trackbar, kLogo}) {
+                Ask(kEffectCombo, CB_SHOWDROPDOWN, focus == kEffectCombo && id != focus);
+                const RECT over = ScreenPlace(id);
+                const HWND tip = RestOn(id);
+                RECT shown, both;
+                GetWindowRect(tip, &shown);
+                EXPECT_FALSE(IntersectRect(&both, &shown, &over)) << id;
+                RECT used = ScreenPlace(focus);
+                COMBOBOXINFO list = {};
+                list.cbSize = sizeof list;
+                if (Ask(focus, CB_GETDROPPEDSTATE) && GetComboBoxInfo(Item(focus), &list))
+                    GetWindowRect(list.hwndList, &used);
+                EXPECT_FALSE(IntersectRect(&both, &shown, &used)) << id << " covers " << focus;
+                Key(VK_SHIFT);
+                EXPECT_FALSE(IsWindowVisible(tip));
+            }
+        }
         Click(kHelp);
         Click(kLogo);
         ASSERT_EQ(boxes.size(), 2u);

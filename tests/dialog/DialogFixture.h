@@ -111,7 +111,8 @@ constexpr int kHelp = 1000, kPreviewBox = 1002, kSettingsCombo = 1023, kVertical
               kHorizontalBar = 1030, kProgressBar = 1031, kDisplay = 1040, kZoomOutButton = 1042,
               kPanIcon = 1043, kZoomIcon = 1044, kZoomInButton = 1045, kSettingsIcon = 1050,
               kMakerLogo = 1082, kLogo = 1084, kZoomText = 1085, kZoomArrow = 1087, kEffectsOnly = 1122,
-              kHideIcon = 1123, kEffectCombo = 1176, kShowIcon = 1184, kStateLine = 1191, kCompare = 1192;
+              kHideIcon = 1123, kEffectCombo = 1176, kShowIcon = 1184, kStateLine = 1191, kCompare = 1192,
+              kZoomField = 1193;
 
 struct ParameterPair {
     int edit, trackbar, minimum, maximum, decimals;

@@ -3,6 +3,7 @@
 
 #include "ui/window/DialogMessages.h"
 
+
 namespace {
 
 class DialogEditing : public DialogFixture {
@@ -20,12 +21,22 @@ protected:
     void Undo() { Key('Z', true); }
     void Redo() { Key('Y', true); }
     // Names and pictures let the click through to the dialog.
-    void DoubleClickOn(HWND control) {
+    HWND Under(HWND control, POINT *point) {
         RECT place;
         GetWindowRect(control, &place);
-        POINT point = {place.left + 3, (place.top + place.bottom) / 2};
-        const HWND hit = ControlAt(point);
-        ScreenToClient(hit, &point);
+        *point = {place.left + 3, (place.top + place.bottom) / 2};
+        const HWND hit = ControlAt(*point);
+        ScreenToClient(hit, point);
+        return hit;
+    }
+    void ClickOn(HWND control) {
+        POINT point;
+        const HWND hit = Under(control, &point);
+        ClickAt(hit, point);
+    }
+    void DoubleClickOn(HWND control) {
+        POINT point;
+        const HWND hit = Under(control, &point);
         PostMessageW(hit, WM_LBUTTONDBLCLK, MK_LBUTTON, PointParam(point.x, point.y));
         Pump();
     }
@@ -84,6 +95,30 @@ TEST_F(DialogEditing, WhatLooksSelectedIsReplacedByTyping) {
             Key('L');
             EXPECT_EQ(std::to_string(typed(text, length)), text);
         }
+        // What does not come as a plain character is in the field before anybody can refuse it.
+        const auto expectField = [&](const wchar_t *text, int value) {
+            EXPECT_EQ(Text(length.edit), text);
+            EXPECT_EQ(length.In(SetInHandle()), value);
+        };
+        const auto put = [&](const wchar_t *text) {
+            Ask(length.edit, EM_REPLACESEL, TRUE, reinterpret_cast<LPARAM>(text));
+        };
+        Character(L'\uFF14');
+        expectField(L"704", 100);
+        Ask(length.edit, EM_SETSEL, 1, -1);
+        put(L"a\uFF13\u3042");
+        expectField(L"73", 73);
+        Character(L'5');
+        expectField(L"735", 100);
+        Ask(length.edit, EM_SETSEL, 0, -1);
+        SetClipboardText("m6x");
+        Ask(length.edit, WM_PASTE);
+        expectField(L"6", 6);
+        Ask(length.edit, WM_IME_STARTCOMPOSITION);
+        put(L"\uFF17");
+        expectField(L"6\uFF17", 6);
+        Ask(length.edit, WM_IME_ENDCOMPOSITION);
+        expectField(L"67", 67);
         PressCancel();
     });
 }
@@ -140,6 +175,10 @@ TEST_F(DialogEditing, EverySortOfChangeIsOneStep) {
         });
         step("wheel", [this] { Wheel(kPairs[3].edit, 120); });
         step("a picture", [this] { DoubleClickOn(Item(1057)); });
+        for (const auto &[picture, value] : {std::pair{1059, 151}, {1057, 150}}) {
+            step("its sides", [&, id = picture] { ClickOn(Item(id)); });
+            EXPECT_EQ(states.back().angle, value);
+        }
         step("the effect, with its points", [this] { Choose(kEffectCombo, 1); });
         step("another effect", [this] { Choose(kEffectCombo, 4); });
         step("the switch", [this] { Click(kEffectsOnly); });

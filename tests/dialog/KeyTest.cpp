@@ -86,6 +86,7 @@ TEST_F(DialogKeys, KeysPressButtonsPickToolsAndOpenMenus) {
         const std::pair<wchar_t, int> tools[] = {
             {'P', kPanIcon}, {'Z', kZoomIcon}, {'X', kHideIcon}, {'+', kShowIcon}};
         for (const auto &[key, icon] : tools) {
+            const int name = icon == kShowIcon ? 1185 : icon == kHideIcon ? 1171 : icon + 126;
             if (key == '+')
                 Character(key);
             else
@@ -96,6 +97,9 @@ TEST_F(DialogKeys, KeysPressButtonsPickToolsAndOpenMenus) {
             EXPECT_NE(Cursor(), byKey);
             Click(icon);
             EXPECT_EQ(Cursor(), byKey) << icon;
+            Click(icon == kPanIcon ? kZoomIcon : kPanIcon);
+            Click(name);
+            EXPECT_EQ(Cursor(), byKey) << name;
         }
         EXPECT_EQ(cursors.size(), 4u);
         // Alt turns Show into Hide; another program's window takes the Alt with it.

@@ -16,7 +16,7 @@ BOOL WINAPI OfferMenu(HMENU menu, UINT flags, int x, int y, int, HWND owner, con
         GetMenuStringW(menu, place, text, 100, MF_BYPOSITION);
         if (GetMenuItemID(menu, i) != 0)
             offered.items[static_cast<int>(GetMenuItemID(menu, i))] = {
-                text, (state & (MF_GRAYED | MF_DISABLED)) != 0};
+                text, (state & (MF_GRAYED | MF_DISABLED)) != 0, (state & MF_CHECKED) != 0};
     }
     gAnswers.menus.push_back(offered);
     SetLastError(gAnswers.menuError);

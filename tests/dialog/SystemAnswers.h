@@ -11,7 +11,7 @@
 
 struct OfferedItem {
     std::wstring text;
-    bool grayed;
+    bool grayed, checked;
 };
 
 struct OfferedMenu {

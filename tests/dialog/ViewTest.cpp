@@ -189,6 +189,31 @@ TEST_F(DialogView, ZoomAndScrollByMouse) {
                 EXPECT_TRUE(gAnswers.menus[i].flags & TPM_BOTTOMALIGN);
             }
             EXPECT_TRUE(gAnswers.menus[0].flags & TPM_CENTERALIGN);
+            EXPECT_TRUE(gAnswers.menus[1].items[40003].checked) << "the zoom before";
+            EXPECT_FALSE(gAnswers.menus[1].items[40008].checked);
+            EXPECT_EQ(gAnswers.menus[0].items[40019].text, L"Fit in View\tCtrl+O");
+            // Typed in its place; only Enter and leaving it take it.
+            const std::pair<WORD, const wchar_t *> ends[] = {
+                {VK_ESCAPE, L" 400.00%"}, {VK_RETURN, L" 33.50%"}, {VK_TAB, L" 1600.00%"}};
+            for (const auto &[key, shown] : ends) {
+                SetFocus(Item(kPairs[2].edit));
+                Key(VK_F2);
+                ASSERT_EQ(GetFocus(), Item(kZoomField));
+                for (const wchar_t digit : std::wstring(key == VK_TAB ? L"9999" : L"33\uFF15\b,5%"))
+                    Character(digit);
+                Key(key);
+                EXPECT_EQ(Text(kZoomText), shown);
+                EXPECT_EQ(Item(kZoomField), nullptr);
+                EXPECT_EQ(GetFocus(), Item(kPairs[2].edit));
+            }
+            HoldKeys(false, true);
+            Click(kZoomText);
+            HoldKeys(false, false);
+            SetFocus(Item(kDisplay));
+            Pump();
+            EXPECT_EQ(Text(kZoomText), L" 1600.00%");
+            EXPECT_EQ(Item(kZoomField), nullptr);
+            EXPECT_EQ(gAnswers.menus.size(), 2u);
             Settle();
             Forget();
             const std::pair<UINT, int> bars[] = {{WM_HSCROLL, kHorizontalBar}, {WM_VSCROLL, kVerticalBar}};
@@ -284,6 +309,23 @@ TEST_F(DialogView, ALineSaysWhatTheLightsAre) {
             PressCancel();
         },
         false);
+    // Far from the middle; whoever has used the dialog is not moved about.
+    filterHost.document = before = host::MakeDocument(2400, 1800, 8, 3, false);
+    for (int i = 0; i < 27; ++i)
+        SetSample(filterHost.document, i % 3, 200 + i / 3 % 3, 150 + i / 9, 255);
+    for (const bool isUsed : {false, true}) {
+        HoldTable();
+        RunDialog(
+            [&] {
+                if (isUsed)
+                    Key('Z');
+                ReleaseTable();
+                EXPECT_EQ(State(), isUsed ? L"1 light, 1 with a star, no star in view, Ctrl+O shows all"
+                                          : L"1 light, 1 with a star");
+                PressCancel();
+            },
+            false);
+    }
     filterHost.document = before = host::MakeDocument(240, 180, 8, 3, false);
     RunDialog(
         [&] {

@@ -161,7 +161,7 @@ TEST_F(ParameterPairs, TypedOrPastedTextIsStoredInRangeAndPutRightAtTheEnd) {
                  {kAngle, false, "++", "++", -900, 0, "-90.0"},
                  {kAngle, true, "7,25", "7,25", 72, 1, "7.2"},
                  {kIntensity, true, "1e9", "1e9", 100, 1, "100"},
-                 {kLength, true, "abcd", "abcd", 50, 0, "50"},
+                 {kLength, true, "abcd", "", 50, 0, "50"},
                  {kAngle, false, "\b", "", 72, 0, "7.2"}};
     for (const auto &c : cases) {
         SCOPED_TRACE(c.text);

@@ -115,7 +115,7 @@ TEST_F(ViewControls, MenuItemsSetTheirZooms) {
         {40011, {"100%", 100}},          {40010, {"200%", 200}},       {40009, {"300%", 300}},
         {40008, {"400%", 400}},          {40007, {"600%", 600}},       {40006, {"800%", 800}},
         {40005, {"1000%", 1000}},        {40004, {"1200%", 1200}},     {40003, {"1600%", 1600}},
-        {40018, {"Actual Pixels", 100}}, {40019, {"Fit in View", 10}},
+        {40018, {"Actual Pixels", 100}}, {40019, {"Fit in View\tCtrl+O", 10}},
     };
     ShowZoomMenu({7, 8}, TPM_BOTTOMALIGN | TPM_CENTERALIGN);
     const ZoomMenu asked = gZoomMenu;
@@ -135,7 +135,7 @@ TEST_F(ViewControls, MenuItemsSetTheirZooms) {
     PickFromMenu(40012);
     ExpectZoomShown(" 66.67%", true, true);
 
-    EXPECT_EQ(asked.items.at(40020), "Fit on Screen");
+    EXPECT_EQ(asked.items.at(40020), "Fit on Screen\tCtrl+0");
     PickFromMenu(40020);
     RECT placed = {}, work = {};
     GetWindowRect(window, &placed);

@@ -11,6 +11,7 @@
 #include "ui/fields/ParameterTable.h"
 
 #include <algorithm>
+#include <commctrl.h>
 #include <iterator>
 
 namespace {
@@ -97,9 +98,16 @@ bool TakeKeyboardMessage(MSG *message) {
            (!gMainDialog.comboClaimsKeys && Translate(gAccelerators, message));
 }
 
+bool IsUse(UINT message) {
+    return IsKeyDown(message) || (message > WM_MOUSEMOVE && message <= WM_MOUSELAST);
+}
+
 LRESULT CALLBACK FilterMessage(int code, WPARAM wParam, LPARAM lParam) {
     MSG *message = reinterpret_cast<MSG *>(lParam);
     if (code == MSGF_DIALOGBOX && message && gMainDialog.window) {
+        gMainDialog.isTouched = gMainDialog.isTouched || IsUse(message->message);
+        if (IsKeyDown(message->message)) // who types does not read on
+            SendMessageW(gMainDialog.tooltips, TTM_POP, 0, 0);
         if (IsKeyboardMessage(message->message) ? TakeKeyboardMessage(message)
                                                 : TakeWheel(gMainDialog.window, *message))
             return TRUE;

@@ -6,6 +6,7 @@
 #include "ui/settings/SettingsMenu.h"
 #include "ui/view/ViewMenu.h"
 #include "ui/view/ViewTools.h"
+#include "ui/view/ZoomField.h"
 #include "web/MakerAddresses.h"
 
 #include <iterator>
@@ -117,6 +118,9 @@ bool OnEditKey(HWND dialog, int command) {
         return true;
     case BX_CMD_DEFAULTS:
         ChooseDefaultSettings(dialog);
+        return true;
+    case BX_CMD_TYPE_ZOOM:
+        OpenZoomField(dialog);
         return true;
     }
     return false;

@@ -7,6 +7,7 @@
 #include "ui/look/DialogLayout.h"
 #include "ui/view/ViewTools.h"
 #include "ui/window/DropDownList.h"
+#include "ui/window/TooltipPlace.h"
 #include "ui/window/Tooltips.h"
 
 #include <commctrl.h>
@@ -40,7 +41,8 @@ constexpr ControlText kTexts[] = {
     {kSettingsMenuIconControlId, "Settings Menu (M) - Load, save or delete a set of parameters"},
     {kZoomOutButtonId, "Zoom Out (Ctrl+-) - Show more of the image"},
     {kZoomInButtonId, "Zoom In (Ctrl++) - Show the image larger"},
-    {kZoomTextId, "Zoom (V) - Click to choose the size at which the image is shown"},
+    {kZoomTextId,
+     "Zoom (V) - Click to choose the size at which the image is shown, F2 or Ctrl+click to type it"},
     {kZoomArrowId, "Zoom (V) - Click to choose the size at which the image is shown"},
     {kEffectsOnlyId,
      "Output Effects Only (O) - Check to output the effects only, excluding the original image"},
@@ -59,6 +61,7 @@ HWND CreateDialogTooltips(HWND dialog) {
         CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT, dialog, nullptr, ModuleInstance(), nullptr);
     if (!tooltips)
         return nullptr;
+    KeepTooltipsClear(tooltips);
     FitTooltipsToScale(tooltips);
     SendMessageA(tooltips, TTM_SETDELAYTIME, TTDT_AUTOPOP, kShownMilliseconds);
     for (const ControlText &entry : kTexts)

@@ -20,8 +20,10 @@
 #include "ui/look/DialogPictures.h"
 #include "ui/preview/PreviewRequest.h"
 #include "ui/settings/SettingsMenu.h"
+#include "ui/view/FirstView.h"
 #include "ui/view/StateLine.h"
 #include "ui/view/ViewTools.h"
+#include "ui/view/ZoomField.h"
 #include "ui/window/DialogMessages.h"
 
 #include <algorithm>
@@ -34,6 +36,7 @@ namespace {
 constexpr UINT kLeastDpi = 48, kMostDpi = 960; // that a monitor may have
 
 void RelayOut(HWND dialog) {
+    CloseZoomField();
     LayOutDialog(dialog);
     ResizeDialogBackBuffer(dialog);
     PostMessageW(dialog, kMsgRequestPreview, 0, 0);
@@ -156,6 +159,15 @@ void OnProgress(HWND dialog, WPARAM position, LPARAM total) {
     gMainDialog.progressTotal = total;
 }
 
+void OnTableReady(HWND dialog) {
+    if (OnPreviewTableReady()) {
+        NoteLightsFound();
+        if (!gMainDialog.isTouched)
+            ShowSomeStar(DialogParameters()->threshold);
+    }
+    RefreshStateLine(dialog);
+}
+
 INT_PTR HandlePrivateMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     switch (message) {
     case kMsgParameterChanged:
@@ -172,9 +184,7 @@ INT_PTR HandlePrivateMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lP
         RefreshStateLine(dialog);
         return TRUE;
     case kMsgTableReady:
-        if (OnPreviewTableReady())
-            NoteLightsFound();
-        RefreshStateLine(dialog);
+        OnTableReady(dialog);
         return TRUE;
     }
     return FALSE;
@@ -250,6 +260,13 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
         if (LOWORD(lParam) == HTCLIENT && HIWORD(lParam) == WM_MOUSEMOVE)
             PrepareTooltip(dialog, gMainDialog.tooltips, reinterpret_cast<HWND>(wParam));
         return FALSE;
+    case WM_LBUTTONDOWN:
+        return OnParameterPicturePressed(dialog, {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
+    case WM_TIMER:
+        return OnParameterPictureTimer(dialog, wParam);
+    case WM_LBUTTONUP:
+    case WM_CAPTURECHANGED:
+        return OnParameterPictureReleased(dialog);
     case WM_LBUTTONDBLCLK:
         return OnParameterLabelDoubleClick(dialog, {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
     case WM_CTLCOLORSTATIC:

@@ -12,6 +12,7 @@
 #include "ui/settings/SettingsMenu.h"
 #include "ui/view/ViewMenu.h"
 #include "ui/view/ViewTools.h"
+#include "ui/view/ZoomField.h"
 #include "ui/window/DialogMessages.h"
 #include "ui/window/DropDownList.h"
 
@@ -81,21 +82,28 @@ void OnEffectCombo(HWND dialog, int notification) {
 bool OnPictureClicked(HWND dialog, int controlId, bool isDouble) {
     switch (controlId) {
     case kPanIconId:
+    case kPanLabelId:
         SelectViewTool(kToolPan);
         return true;
     case kZoomIconId:
+    case kZoomLabelId:
         SelectViewTool(kToolZoom);
         if (isDouble)
             ShowActualPixels();
         return true;
     case kHideIconId:
+    case kHideLabelId:
         SelectEffectTool(kToolHide);
         return true;
     case kShowIconId:
+    case kShowLabelId:
         SelectEffectTool(kToolShow);
         return true;
     case kZoomTextId:
-        ShowZoomMenuAtText(dialog);
+        if (GetKeyState(VK_CONTROL) < 0)
+            OpenZoomField(dialog);
+        else
+            ShowZoomMenuAtText(dialog);
         return true;
     case kZoomArrowId:
         ShowZoomMenuAtArrow(dialog);

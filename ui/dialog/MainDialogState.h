@@ -27,6 +27,7 @@ struct MainDialog {
     HWND heldHost;      // disabled until nothing of ours is open above the dialog any more, or null
     RECT rect;          // of the window, screen; kept up to date while the window is no icon
     RECT initialRect;   // as it was made from the template; empty before it is recorded
+    bool isTouched;     // a key, a button or the wheel was used
     HWND tooltips;
     HHOOK hook;
     bool comboClaimsKeys; // the letters stay with the controls

@@ -82,6 +82,32 @@ bool ParseScaledNumber(const char *text, int decimals, int32_t *value) {
     return true;
 }
 
+wchar_t NumberCharacter(wchar_t character) {
+    constexpr wchar_t fullWidth = 0xFEE0; // from a plain character to its full-width form
+    constexpr wchar_t minusSign = 0x2212, ideographicStop = 0x3002;
+    if (character == minusSign)
+        return L'-';
+    if (character == ideographicStop)
+        return L'.';
+    const bool isWide = character > fullWidth && character <= fullWidth + 0x7F;
+    const wchar_t plain = isWide ? static_cast<wchar_t>(character - fullWidth) : character;
+    const bool isNumeric =
+        (plain >= L'0' && plain <= L'9') || plain == L'.' || plain == L',' || plain == L'-' || plain == L'+';
+    return isNumeric ? plain : L'\0';
+}
+
+size_t KeepNumberCharacters(wchar_t *text) {
+    size_t kept = 0;
+    for (const wchar_t *next = text; *next; ++next) {
+        const bool isExponent = kept > 0 && text[kept - 1] >= L'0' && text[kept - 1] <= L'9' &&
+                                (*next == L'e' || *next == L'E') && NumberCharacter(next[1]);
+        if (const wchar_t plain = isExponent ? *next : NumberCharacter(*next))
+            text[kept++] = plain;
+    }
+    text[kept] = L'\0';
+    return kept;
+}
+
 bool FormatScaledNumber(int32_t value, int decimals, char *text, size_t capacity) {
     int64_t scale = 1;
     for (int i = 0; i < decimals; ++i)

@@ -11,6 +11,13 @@
 // the text begins with no number.
 bool ParseScaledNumber(const char *text, int decimals, int32_t *value);
 
+// The plain character of a number that one stands for: itself, or that of a full-width digit, sign, point or
+// comma, or of a minus sign. 0: it belongs to no number.
+wchar_t NumberCharacter(wchar_t character);
+// Leaves these of a text, in their plain form, and an exponent's letter behind a digit. Returns how many
+// there are.
+size_t KeepNumberCharacters(wchar_t *text);
+
 constexpr int32_t kScaledNumberLimit = 1000000000;
 
 // Writes value / 10^decimals with that many decimals, and a minus sign when negative. False, with an empty

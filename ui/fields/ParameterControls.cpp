@@ -7,7 +7,9 @@
 #include "ui/fields/ParameterValue.h"
 #include "ui/window/Tooltips.h"
 
+#include <algorithm>
 #include <commctrl.h>
+#include <cwchar>
 #include <richedit.h>
 
 namespace {
@@ -23,6 +25,7 @@ void ShowRow(const ParameterControl &row) {
 
 void SetUpControls(ParameterControl *row) {
     row->editing = false;
+    SendMessageW(row->edit, EM_SETTEXTMODE, TM_PLAINTEXT, 0);
     SubclassParameterEdit(row);
     SubclassParameterTrackbar(row);
     SendMessageA(row->edit, EM_LIMITTEXT, static_cast<WPARAM>(row->textLimit), 0);
@@ -43,7 +46,27 @@ void TakeTypedValue(ParameterControl *row, int16_t value) {
     MoveTrackbar(*row, value);
 }
 
+// Not every character comes as a message that can be refused: what is pasted, dropped or composed is in the
+// field by now. The caret stays between the characters that it stood between.
+void CleanText(const ParameterControl &row) {
+    wchar_t text[kNumberTextCapacity] = L"", clean[kNumberTextCapacity];
+    GetWindowTextW(row.edit, text, kNumberTextCapacity);
+    wcscpy(clean, text);
+    KeepNumberCharacters(clean);
+    if (wcscmp(text, clean) == 0)
+        return;
+    DWORD caret = 0;
+    SendMessageW(row.edit, EM_GETSEL, 0, reinterpret_cast<LPARAM>(&caret));
+    text[std::min<size_t>(caret, kNumberTextCapacity - 1)] = L'\0';
+    caret = static_cast<DWORD>(KeepNumberCharacters(text));
+    SetEditText(row, clean);
+    SendMessageW(row.edit, EM_SETSEL, caret, caret);
+}
+
 void OnEditChanged(ParameterControl *row) {
+    if (row->composing)
+        return;
+    CleanText(*row);
     char text[kNumberTextCapacity] = "";
     GetWindowTextA(row->edit, text, sizeof text);
     // A text that holds no number yet, such as a lone minus sign, changes nothing.

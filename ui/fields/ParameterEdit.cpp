@@ -1,5 +1,6 @@
 #include "ui/fields/ParameterEdit.h"
 
+#include "ui/fields/NumberText.h"
 #include "ui/fields/ParameterEditPaint.h"
 #include "ui/fields/ParameterValue.h"
 
@@ -48,6 +49,12 @@ LRESULT CALLBACK EditProc(HWND window, UINT message, WPARAM wParam, LPARAM lPara
     }
     if (message == WM_KEYDOWN && OnEditKey(row, wParam, LOWORD(lParam), GetKeyState(VK_CONTROL) < 0))
         return 0;
+    constexpr WPARAM kLastPlain = 127;
+    if (message == WM_CHAR && wParam > kLastPlain) // a full-width digit is the digit
+        if (const wchar_t plain = NumberCharacter(static_cast<wchar_t>(wParam)))
+            wParam = plain;
+    if (message == WM_IME_STARTCOMPOSITION || message == WM_IME_ENDCOMPOSITION)
+        row->composing = message == WM_IME_STARTCOMPOSITION;
     if (message == WM_CHAR && !OnEditCharacter(wParam))
         return 0;
     if (message == WM_MOUSEWHEEL) // the dialog knows what lies under the pointer
@@ -61,6 +68,9 @@ LRESULT CALLBACK EditProc(HWND window, UINT message, WPARAM wParam, LPARAM lPara
         OnEditSetFocus(row);
     else if (message == WM_KILLFOCUS)
         OnEditKillFocus(row);
+    else if (message == WM_IME_ENDCOMPOSITION) // what it left in the field counts now
+        SendMessageW(GetParent(window), WM_COMMAND, MAKEWPARAM(row->editId, EN_CHANGE),
+                     reinterpret_cast<LPARAM>(window));
     else if (MayHaveDrawn(message, wParam))
         InvalidateRect(window, nullptr, FALSE);
     return result;
@@ -80,7 +90,7 @@ void OnEditSetFocus(ParameterControl *row) {
 }
 
 void OnEditKillFocus(ParameterControl *row) {
-    row->editing = false;
+    row->editing = row->composing = false;
     ShowParameterValue(*row, *row->value);
 }
 

@@ -23,6 +23,7 @@ struct ParameterControl {
     int16_t *value = nullptr;                // the parameter; null while no dialog shows the row
     HWND edit = nullptr, trackbar = nullptr; // both or none
     HFONT font = nullptr;                    // shared by all rows
+    bool composing = false;                  // an input method is at work in the edit
     int wheelRest = 0;                       // of turns too small for a step
 };
 

@@ -15,18 +15,24 @@ int16_t ClampToRow(const ParameterControl &row, int32_t value) {
         std::clamp(value, static_cast<int32_t>(row.minimum), static_cast<int32_t>(row.maximum)));
 }
 
+// Without ENM_CHANGE the update does not come back as something the user typed.
+void SetEditText(const ParameterControl &row, const wchar_t *text) {
+    const LRESULT mask = SendMessageW(row.edit, EM_GETEVENTMASK, 0, 0);
+    SendMessageW(row.edit, EM_SETEVENTMASK, 0, mask & ~static_cast<LRESULT>(ENM_CHANGE));
+    SetWindowTextW(row.edit, text);
+    SendMessageW(row.edit, EM_SETEVENTMASK, 0, mask);
+}
+
 void ShowParameterValue(const ParameterControl &row, int32_t value) {
     if (value < row.minimum || value > row.maximum)
         return;
-    char text[kNumberTextCapacity];
-    FormatScaledNumber(value, row.decimals, text, sizeof text);
-    // Without ENM_CHANGE the update does not come back as something the user typed.
-    const LRESULT mask = SendMessageA(row.edit, EM_GETEVENTMASK, 0, 0);
-    SendMessageA(row.edit, EM_SETEVENTMASK, 0, mask & ~static_cast<LRESULT>(ENM_CHANGE));
-    SetWindowTextA(row.edit, text);
+    char digits[kNumberTextCapacity];
+    FormatScaledNumber(value, row.decimals, digits, sizeof digits);
+    wchar_t text[kNumberTextCapacity];
+    std::copy_n(digits, kNumberTextCapacity, text);
+    SetEditText(row, text);
     if (row.editing)
         SelectEditText(row);
-    SendMessageA(row.edit, EM_SETEVENTMASK, 0, mask);
     InvalidateRect(row.edit, nullptr, FALSE);
 }
 

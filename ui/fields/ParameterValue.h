@@ -11,8 +11,9 @@ constexpr size_t kNumberTextCapacity = 33; // 32 characters of an edit are read
 
 int16_t ClampToRow(const ParameterControl &row, int32_t value);
 
-// Writes a value into the edit without a change notification; one out of range is ignored.
+// Both write into the edit without a change notification; a value out of range is ignored.
 void ShowParameterValue(const ParameterControl &row, int32_t value);
+void SetEditText(const ParameterControl &row, const wchar_t *text);
 void SelectEditText(const ParameterControl &row);
 
 int32_t TrackbarPosition(const ParameterControl &row);

@@ -5,6 +5,8 @@
 #include "resources/ResourceIds.h"
 #include "ui/view/ViewTools.h"
 
+#include <cmath>
+#include <cwchar>
 #include <windowsx.h>
 
 namespace {
@@ -12,10 +14,43 @@ namespace {
 constexpr uint32_t kSiteTrackFailed = 1205, kSiteUnexpectedItem = 1211;
 constexpr int kMenuGap = 2; // pixels between a control and the menu above it
 
+struct MenuKey {
+    uint32_t command;
+    const wchar_t *key;
+};
+constexpr MenuKey kMenuKeys[] = {{BX_ZOOM_FIT_IN_VIEW, L"\tCtrl+O"}, {BX_ZOOM_FIT_ON_SCREEN, L"\tCtrl+0"}};
+constexpr int kItemCapacity = 64;
+
+void ShowKeys(HMENU menu) {
+    for (const MenuKey &item : kMenuKeys) {
+        wchar_t text[kItemCapacity] = L"";
+        GetMenuStringW(menu, item.command, text, kItemCapacity / 2, MF_BYCOMMAND);
+        wcscat(text, item.key);
+        MENUITEMINFOW info = {};
+        info.cbSize = sizeof info;
+        info.fMask = MIIM_STRING;
+        info.dwTypeData = text;
+        SetMenuItemInfoW(menu, item.command, FALSE, &info);
+    }
+}
+
+// The command that "Actual Pixels" shares its zoom with stands for both.
+void MarkPresentZoom(HMENU menu) {
+    constexpr double shownDifference = 0.005;
+    for (const ZoomMenuItem &item : kZoomMenuItems)
+        if (item.command != BX_ZOOM_ACTUAL_PIXELS &&
+            std::abs(item.zoom - gViewTools.view.zoom) < shownDifference)
+            CheckMenuItem(menu, item.command, MF_BYCOMMAND | MF_CHECKED);
+    if (gViewTools.isFitted)
+        CheckMenuItem(menu, BX_ZOOM_FIT_IN_VIEW, MF_BYCOMMAND | MF_CHECKED);
+}
+
 // The user's choice, 0 for none. The pop-up belongs to the menu and goes with it.
 uint32_t TrackZoomMenu(POINT screen, UINT alignment) {
     const HMENU menu = LoadMenuA(ModuleInstance(), MAKEINTRESOURCEA(kZoomMenuId));
     const HWND dialog = gViewTools.dialog;
+    ShowKeys(menu);
+    MarkPresentZoom(menu);
     SetForegroundWindow(dialog);
     SetLastError(0);
     const uint32_t command =

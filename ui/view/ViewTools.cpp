@@ -19,6 +19,8 @@ struct ToolIcon {
     const char *tooltip;
 };
 
+constexpr int kToolLabels[] = {kPanLabelId, kZoomLabelId, kHideLabelId, kShowLabelId};
+
 constexpr ToolIcon kToolIcons[] = {
     {kToolPan, kPanIconId, "Pan Tool (P) - use this tool to move the image in the display area"},
     {kToolZoom, kZoomIconId,
@@ -115,6 +117,9 @@ void AttachViewTools(HWND dialog, HWND display, const IntRect &image, ShowToolPi
     gViewTools = {dialog, display, showPicture, kToolNone, MakeViewState(image), false, false};
     if (GetViewTool() > kToolZoom)
         SetViewTool(kToolZoom);
+    for (const int labelId : kToolLabels) // a click on a tool's name is one on the tool
+        if (const HWND label = GetDlgItem(dialog, labelId))
+            SetWindowLongW(label, GWL_STYLE, GetWindowLongW(label, GWL_STYLE) | SS_NOTIFY);
     UpdateViewLayout();
     UpdateZoomControls();
 }
