@@ -10,6 +10,6 @@ set_source_files_properties(dialog/LinkTest.cpp PROPERTIES COMPILE_DEFINITIONS "
 add_dependencies(dialog_tests BrillatrixX64)
 
 # What docs/make-dialog-pictures.sh runs.
-add_executable(dialog_pictures ${dialog_driver} dialog/DialogPictures.cpp)
+add_executable(dialog_pictures ${dialog_driver} ../docs/DialogPictures.cpp)
 target_link_libraries(dialog_pictures PRIVATE brillatrix_options ${dialog_libraries} gtest gtest_main)
 add_dependencies(dialog_pictures BrillatrixX64)

@@ -8,7 +8,7 @@ brillatrix_test(host_tests DESKTOP
     SOURCES
         host/TestFiles.cpp host/PlayedFilter.cpp
         host/PictureFilesTest.cpp host/ImageAccessTest.cpp host/FilterRunTest.cpp host/MisuseTest.cpp
-        host/PropertyListTest.cpp host/OptionsTest.cpp host/FilterModuleTest.cpp host/ProgramTest.cpp
+        host/PropertyListTest.cpp host/OptionsTest.cpp host/ProgramTest.cpp
         host/BatchTest.cpp)
 add_dependencies(host_tests brillatrix invert_filter)
 if(TARGET BrillatrixX64)

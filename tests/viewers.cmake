@@ -1,7 +1,7 @@
 # The dialogs for diagnostic callers and what a run keeps for them.
 brillatrix_test(debug_picture_tests
     LIBS render engine recording_diag
-    SOURCES ../ui/viewers/DebugImageView.cpp viewers/KeptScene.cpp viewers/PictureTest.cpp)
+    SOURCES viewers/KeptScene.cpp viewers/PictureTest.cpp)
 
 # The module with a diagnostic caller.
 if(WIN32)

@@ -118,16 +118,15 @@ TEST_F(LogRotation, NoFolderMeansNoPath) {
     char path[1000] = "unchanged";
     for (const char *unusable : {static_cast<const char *>(nullptr), "", tooLong.c_str()})
         EXPECT_FALSE(RotateLogs(unusable, "Brillatrix Pro", path, sizeof path));
-    std::vector<std::string> lines = LinesSoFar();
-    ASSERT_EQ(lines.size(), 6u);
+    EXPECT_FALSE(RotateLogs(almostTooLong.c_str(), "Brillatrix Pro", path, sizeof path));
+    EXPECT_FALSE(RotateLogs(logs.Path().c_str(), "Brillatrix Pro", path, 12));
+    EXPECT_STREQ(path, "unchanged");
+    const std::vector<std::string> lines = LinesSoFar();
+    ASSERT_EQ(lines.size(), 9u);
     const std::string title = "Debug Message: 'Debug:  Unexpected Error' - '";
     EXPECT_EQ(lines[4], "TIME : Line 694: " + title + "_tcscpy_s() failed with Debug Log directory = '" +
                             tooLong + "''");
     EXPECT_EQ(lines[5], "TIME : Line 782: " + title + "GetDebugLogFolder() failed.'");
-    EXPECT_FALSE(RotateLogs(almostTooLong.c_str(), "Brillatrix Pro", path, sizeof path));
-    EXPECT_FALSE(RotateLogs(logs.Path().c_str(), "Brillatrix Pro", path, 12));
-    EXPECT_STREQ(path, "unchanged");
-    EXPECT_EQ(LinesSoFar().size(), 9u);
 }
 
 } // namespace

@@ -254,15 +254,4 @@ TEST_F(Log, CanBeReadMovedAndDeletedWhileOpen) {
     EXPECT_TRUE(DeleteFileA((folder / "moved").c_str()));
 }
 
-TEST_F(Log, TheTraceSetupPathLiesInTheProductCommonFolder) {
-    gProductCommonFolderPath = "C:\\Data\\Brillatrix Pro";
-    Open();
-    EXPECT_STREQ(gLogState.traceSetupPath, "C:\\Data\\Brillatrix Pro\\TraceSetup.trc");
-    const std::string tooLong(990, 'x');
-    ForgetLog();
-    gProductCommonFolderPath = tooLong.c_str();
-    Open();
-    EXPECT_STREQ(gLogState.traceSetupPath, "");
-}
-
 } // namespace

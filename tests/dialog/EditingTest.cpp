@@ -123,35 +123,6 @@ TEST_F(DialogEditing, WhatLooksSelectedIsReplacedByTyping) {
     });
 }
 
-TEST_F(DialogEditing, AHundredStepsAreTakenBackAndMadeAgain) {
-    RunDialog([this] {
-        Settle();
-        constexpr int steps = 60;
-        ParameterSet changed = kDefaultParameters;
-        SetFocus(Item(kEffectCombo));
-        for (int i = 0; i < steps; ++i)
-            for (const int pair : {1, 2}) {
-                changed.*kPairs[pair].value += i % 30 < 15 ? 1 : -1;
-                SetFocus(Item(kPairs[pair].edit));
-                PressKey(Item(kPairs[pair].edit), i % 30 < 15 ? VK_UP : VK_DOWN);
-            }
-        EXPECT_EQ(SetInHandle(), changed);
-        SetFocus(Item(kSettingsCombo)); // which claims the letters, but not these
-        for (int i = 0; i < 2 * steps; ++i)
-            Undo();
-        EXPECT_EQ(SetInHandle(), kDefaultParameters);
-        EXPECT_EQ(Selected(kSettingsCombo), 0) << "the set that fits is shown";
-        Undo();
-        for (int i = 0; i < steps; ++i) {
-            Redo();
-            Key('Z', true, true);
-        }
-        Redo();
-        EXPECT_EQ(SetInHandle(), changed);
-        PressCancel();
-    });
-}
-
 // One step each, whatever it was; all of them back, all of them again, and all of them back.
 TEST_F(DialogEditing, EverySortOfChangeIsOneStep) {
     std::vector<ParameterSet> states = {kDefaultParameters};

@@ -5,7 +5,6 @@
 #include "ui/window/DialogMessages.h"
 
 #include <cstring>
-#include <shlobj.h>
 
 namespace {
 
@@ -212,29 +211,4 @@ TEST_F(DialogSettings, LongNamesShowInFull) {
         EXPECT_EQ(tooltip(), "Settings (T) - Select a set of saved parameters");
         PressCancel();
     });
-}
-
-TEST_F(DialogSettings, WithoutAFolderThereIsNoMenu) {
-    static int calls;
-    static decltype(&SHGetFolderPathA) getPath;
-    calls = 0;
-    const auto refuseSecond = [](HWND window, int kind, HANDLE user, DWORD flags, LPSTR path) -> HRESULT {
-        return ++calls == 2 ? E_FAIL : getPath(window, kind, user, flags, path); // the second is Parameters
-    };
-    getPath = host::ReplaceImport<decltype(&SHGetFolderPathA)>(module.module, nullptr, "SHGetFolderPathA",
-                                                               refuseSecond, &hooks);
-    RunDialog([this] {
-        Settle();
-        Click(kSettingsIcon);
-        Key('M');
-        EXPECT_TRUE(gAnswers.menus.empty());
-        EXPECT_EQ(Rows(), 2);
-        Type(kPairs[0].edit, "64");
-        Choose(kSettingsCombo, 0);
-        ExpectShown(kDefaultParameters);
-        PressOk();
-    });
-    EXPECT_EQ(dialogResult, IDOK);
-    EXPECT_TRUE(IsLogged("GetUserParametersFolder() failed."));
-    EXPECT_TRUE(boxes.empty());
 }

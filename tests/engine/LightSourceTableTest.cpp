@@ -100,25 +100,6 @@ TEST_F(LightSourceTableTest, WithAndWithoutAGridTheTableIsTheSame) {
         }
 }
 
-TEST_F(LightSourceTableTest, WithoutMemoryForTheGridTheTableIsStillTheSame) {
-    TestTable plain;
-    const std::vector<RandomSource> sources = RandomSources(9);
-    for (const RandomSource &s : sources)
-        AddLightSource(&plain.table, s.position, s.radiusSquared, 1, 2, 3, s.enabled);
-    for (const int64_t failing : {1, 2, 4, 5}) {
-        TestTable t;
-        FailAllocation(failing, false);
-        AttachLightSourceGrid(IntRect{0, 0, 200, 190}, 1, &t.table);
-        EXPECT_EQ(t.table.grid == nullptr, failing <= 2);
-        for (const RandomSource &s : sources)
-            ASSERT_EQ(AddLightSource(&t.table, s.position, s.radiusSquared, 1, 2, 3, s.enabled), kNoError);
-        EXPECT_EQ(t.table.grid, nullptr) << "the failure never came";
-        FailAllocation(0, false);
-        ASSERT_EQ(t.table.Count, plain.table.Count);
-        EXPECT_EQ(memcmp(t.table.records, plain.table.records, t.table.Count * sizeof(LightSource)), 0);
-    }
-}
-
 TEST_F(LightSourceTableTest, AMergeStopsWhenCancelledAndPassesOnAMemoryFailure) {
     std::vector<PixelSample> samples(16, PixelSample{1, 1, 1, 0xFFFFFFFF, 0xFFFFFFFF});
     const AnalysisImage image{IntRect{0, 0, 4, 4}, 1.0, 0, samples.data(), 0};

@@ -1,6 +1,6 @@
 // A small filter to test the host with: it inverts the image tile by tile. The environment variable
 // INVERT_FILTER makes it do something else: "box", "ask", "crash", "batch", "slow", "fail", "report",
-// "continue", "norecord", or the same with other services of the host: "twice", "late", "remember",
+// "norecord", or the same with other services of the host: "twice", "late", "remember",
 // "services".
 #include "tests/host/InvertServices.h"
 
@@ -95,14 +95,6 @@ HostResult InvertAll(FilterRecord &record) {
     return kNoError;
 }
 
-// Leaves the advancing to the host: one Continue for all of the image, all planes at once.
-void AskForAll(FilterRecord &record) {
-    BigDocumentStruct &big = *record.bigDocumentData;
-    big.inRect32 = big.outRect32 = big.filterRect32;
-    record.inLoPlane = record.outLoPlane = 0;
-    record.inHiPlane = record.outHiPlane = static_cast<int16_t>(Planes(record) - 1);
-}
-
 HostResult Start(FilterRecord &record) {
     const std::string order = Order();
     if (order == "box")
@@ -114,19 +106,8 @@ HostResult Start(FilterRecord &record) {
         std::memcpy(record.errorString, "\x0bNo good day", 12);
         return kErrReportString;
     }
-    if (order == "continue") {
-        AskForAll(record);
-        return kNoError;
-    }
     const HostResult result = InvertAll(record);
     return order == "fail" && result == kNoError ? kFailure : result;
-}
-
-HostResult Continue(FilterRecord &record) {
-    const HostRect32 area = record.bigDocumentData->filterRect32;
-    InvertBuffers(record, (area.right - area.left) * Planes(record), area.bottom - area.top);
-    record.bigDocumentData->inRect32 = record.bigDocumentData->outRect32 = {};
-    return kNoError;
 }
 
 } // namespace
@@ -151,6 +132,4 @@ extern "C" __declspec(dllexport) void InvertMain(int16_t selector, void *pointer
         *result = kErrMissingParameter;
     else if (selector == kSelectorStart)
         *result = Start(record);
-    else if (selector == kSelectorContinue)
-        *result = Continue(record);
 }

@@ -1,6 +1,5 @@
 #include "host/base/ByteStream.h"
 #include "host/module/EnableInfo.h"
-#include "host/services/Descriptor.h"
 
 #include <gtest/gtest.h>
 
@@ -153,25 +152,4 @@ TEST(PropertyList, ModesExpressionAndSizeDecide) {
         const std::string told = "it does not take " + std::to_string(c.depth) + "-bit RGB images";
         EXPECT_EQ(why.find(told) == 0, !c.isTaken) << why;
     }
-}
-
-TEST(Descriptors, PackAndUnpack) {
-    host::Descriptor script;
-    script.values = {host::BooleanValue('bool', true),
-                     host::IntegerValue('numb', -7),
-                     host::FloatValue('real', 0.5),
-                     host::UnitFloatValue('angl', kUnitAngle, 22.5),
-                     host::EnumeratedValue('kind', 'kTyp', 'kTw2'),
-                     host::DataValue('data', "abc", 3)};
-    const std::vector<uint8_t> bytes = host::PackDescriptor(script);
-    host::Descriptor unpacked;
-    ASSERT_TRUE(host::UnpackDescriptor(bytes.data(), bytes.size(), &unpacked));
-    EXPECT_EQ(unpacked, script);
-    host::Descriptor untouched = script;
-    for (size_t length = 0; length < bytes.size(); length++)
-        EXPECT_FALSE(host::UnpackDescriptor(bytes.data(), length, &untouched)) << length;
-    std::vector<uint8_t> wild = bytes;
-    wild[4] = wild[5] = wild[6] = wild[7] = 0xFF; // count
-    EXPECT_FALSE(host::UnpackDescriptor(wild.data(), wild.size(), &untouched));
-    EXPECT_EQ(untouched, script);
 }

@@ -65,26 +65,6 @@ TEST_F(Persistent, TheHostKeepsTheSetBetweenRuns) {
     ExpectCleanHost();
 }
 
-TEST_F(Persistent, TheFileStandsInForAHostThatKeepsNothing) {
-    for (const char *missing : {"sSPBasic", "AcquireSuite", "", ""}) {
-        filterHost.settings.absent.clear();
-        if (*missing)
-            filterHost.settings.absent = {missing};
-        else // a run with each of the two suites refused
-            filterHost.settings.refusedSuites = {filterHost.settings.refusedSuites.empty()
-                                                     ? kDescriptorRegistrySuiteName
-                                                     : kActionDescriptorSuiteName};
-        DeleteFileA(SettingsFile().c_str());
-        filterHost.script = ScriptOf(SetWith(61));
-        EXPECT_EQ(Run().code, kNoError);
-        EXPECT_EQ(ReadWholeFile(SettingsFile()), AsText(BlockOf(SetWith(61))));
-        EXPECT_TRUE(Repeat());
-        EXPECT_EQ(SetInHandle(), SetWith(61));
-        ExpectCleanHost();
-        host::CloseHost(filterHost);
-    }
-}
-
 // Whatever step of storing or restoring fails, the file stands in and nothing is leaked; without a file the
 // set is the defaults.
 TEST_F(Persistent, EveryFailingStepFallsBackOnTheFile) {

@@ -108,20 +108,6 @@ TEST_F(Script, UnknownKeysAndValuesOfAnotherTypeAreSkipped) {
     ExpectCleanHost();
 }
 
-TEST_F(Script, AFailingGetterLeavesItsField) {
-    for (const char *getter : {"getUnitFloatProc", "getIntegerProc", "getBooleanProc", "getEnumeratedProc"}) {
-        filterHost.settings.failures = {{getter, {.nth = 1, .andLater = true, .code = kParamErr}}};
-        EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError) << getter;
-        const bool numbers = std::string(getter) == "getUnitFloatProc";
-        EXPECT_EQ(SetInHandle().intensity, numbers ? 50 : EveryFieldChanged().intensity) << getter;
-        EXPECT_EQ(SetInHandle().effectType, std::string(getter) == "getEnumeratedProc"
-                                                ? kStandardStar
-                                                : EveryFieldChanged().effectType);
-        filterHost.registry.clear();
-        DeleteFileA(SettingsFile().c_str());
-    }
-}
-
 // The dialog is asked for by the dialog-pending byte, or else by the script.
 TEST_F(Script, PlayInfoDecidesAboutTheDialog) {
     for (const int16_t playInfo : {kPlayDontDisplay, kPlayDisplay, kPlaySilent}) {

@@ -63,26 +63,6 @@ bool SameRect(const IntRect &a, const IntRect &b) {
 
 } // namespace
 
-TEST(PreviewPreparation, ZoomDecidesWhetherScaledPixelsServe) {
-    Images images(1200, 900);
-    const auto prepare = [&](double zoom) {
-        PreviewGeometry view = images.run.View(zoom);
-        view.centerX = 160; // in the corner, where the windows of all zooms have pixels in common
-        view.centerY = 110;
-        PreparePreview(MakeTestRequest(view));
-        return MakeTestRequest(view);
-    };
-    images.Render(prepare(50.0), PreviewArea::surroundings);
-    EXPECT_TRUE(IsRegionFilled(gProxies.ValidScaledProxyRegion));
-    prepare(25.0); // both are rendered at full size
-    EXPECT_TRUE(IsRegionFilled(gProxies.ValidScaledProxyRegion));
-    images.Render(prepare(200.0), PreviewArea::visible);
-    EXPECT_TRUE(IsRegionFilled(gProxies.ValidScaledProxyRegion));
-    prepare(300.0);
-    EXPECT_FALSE(IsRegionFilled(gProxies.ValidScaledProxyRegion));
-    EXPECT_TRUE(IsRegionFilled(gProxies.ValidEffectProxyRegion)); // needs no new stars
-}
-
 TEST(PreviewPreparation, ShortPanKeepsTheWindowAndLongPanCutsIt) {
     Images images(2000, 1500);
     PreviewGeometry view = images.run.View(100.0);

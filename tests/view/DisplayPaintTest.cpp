@@ -112,27 +112,6 @@ TEST_F(DisplayPainting, TheDragRectangleComesAndGoes) {
     EXPECT_EQ(WrongPixels(Show()), 0);
 }
 
-TEST_F(DisplayPainting, PrintingDrawsEverything) {
-    OpenReady();
-    Show();
-    const HDC window = GetDC(display), memory = CreateCompatibleDC(window);
-    const HBITMAP bitmap = CreateCompatibleBitmap(window, 402, 302);
-    const HGDIOBJ old = SelectObject(memory, bitmap);
-    for (const UINT message : {WM_PRINTCLIENT, WM_PRINT}) {
-        PatBlt(memory, 0, 0, 402, 302, BLACKNESS);
-        SendMessageA(display, message, reinterpret_cast<WPARAM>(memory), PRF_CLIENT);
-        int wrong = 0;
-        for (int y = 1; y < 301; y += 7)
-            for (int x = 1; x < 401; x += 7)
-                wrong += PixelOf(GetPixel(memory, x, y)) != PatternPixel(View(), x, y);
-        EXPECT_EQ(wrong, 0);
-    }
-    SelectObject(memory, old);
-    DeleteObject(bitmap);
-    DeleteDC(memory);
-    ReleaseDC(display, window);
-}
-
 // Every creation of a drawing object fails once, at attaching and at the first paintings; the display goes
 // on, shows the picture as soon as it can, and gives everything back.
 TEST_F(DisplayPainting, FailingSystemCallsLeaveADisplayThatWorks) {

@@ -6,7 +6,6 @@
 #include "render/shape/AngleTables.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/viewers/KeptScene.h"
-#include "ui/viewers/DebugImageView.h"
 
 #include <gtest/gtest.h>
 
@@ -204,38 +203,4 @@ TEST_F(PictureTest, NothingIsKeptUnlessAskedForAndShortMemoryHarmsNoRun) {
     EXPECT_FALSE(FindDebugPicture(-1, &place));
     FreeRenderState();
     TakeReports();
-}
-
-// The pixels shown at a zoom and a drag's end are proved by the viewer's own tests.
-TEST(DebugViewTest, PointsStayPutWhenZoomedAndNoEmptyStripOpens) {
-    DebugView view{kZoomToFit, 1200, 800, 600, 300, 0, 0};
-    CentreDebugView(&view);
-    int x = 0, y = 0, againX = 0, againY = 0;
-    ASSERT_TRUE(FindDebugPixel(view, 300, 150, &x, &y));
-    EXPECT_NEAR(x, 600, 3);
-    EXPECT_NEAR(y, 400, 3);
-    EXPECT_FALSE(FindDebugPixel(view, 10, 150, &x, &y)) << "beside the picture";
-    ZoomDebugView(&view, kZoomFourfold, 300, 150);
-    ASSERT_TRUE(FindDebugPixel(view, 200, 100, &x, &y));
-    ZoomDebugView(&view, kZoomActual, 200, 100);
-    ASSERT_TRUE(FindDebugPixel(view, 200, 100, &againX, &againY));
-    EXPECT_NEAR(againX, x, 1);
-    EXPECT_NEAR(againY, y, 1);
-    PanDebugView(&view, 100000, -100000);
-    EXPECT_EQ(view.originX, 0);
-    EXPECT_EQ(view.originY, 300 - 800);
-    for (const DebugZoom zoom : {kZoomToFit, kZoomActual, kZoomFourfold}) {
-        ZoomDebugView(&view, zoom, 17, 33);
-        const DebugSpan columns = VisibleColumns(view), rows = VisibleRows(view);
-        EXPECT_LE(columns.place, zoom == kZoomToFit ? 75 : 0);
-        EXPECT_GE(columns.place + columns.drawn, zoom == kZoomToFit ? 525 : 600);
-        EXPECT_TRUE(rows.place <= 0 && rows.place + rows.drawn >= 300);
-        EXPECT_TRUE(columns.first + columns.count <= 1200 && rows.first + rows.count <= 800);
-    }
-    ResizeDebugView(&view, 8000, 8000);
-    EXPECT_EQ(view.originX, (8000 - 4800) / 2) << "smaller than the window: in its middle";
-    view = {kZoomToFit, 0, 0, 0, 0, 0, 0};
-    PanDebugView(&view, 5, 5);
-    EXPECT_FALSE(FindDebugPixel(view, 0, 0, &x, &y));
-    EXPECT_EQ(VisibleColumns(view).count, 0);
 }
