@@ -238,16 +238,22 @@ TEST_F(DialogLook, EverythingHasItsPlaceAtEverySizeAndScale) {
         EXPECT_EQ(SizeOf(window).cx, least.cx);
         EXPECT_EQ(SizeOf(window).cy, least.cy);
         const SIZE smallest = SizeOf(RectOf(Item(kPreviewDisplayId)));
-        const SIZE field = SizeOf(RectOf(Item(gParameterControls[0].editId)));
+        const LONG bar = SizeOf(RectOf(Item(gParameterControls[0].trackbarId))).cx;
+        const LONG field = SizeOf(RectOf(Item(gParameterControls[0].editId))).cx;
         for (const SIZE gain :
              {SIZE{0, 0}, SIZE{1, 0}, SIZE{0, 1}, SIZE{333, 77}, SIZE{4000 - least.cx, 3000 - least.cy}}) {
             SCOPED_TRACE(testing::Message() << "+" << gain.cx << " +" << gain.cy);
             Resize({least.cx + gain.cx, least.cy + gain.cy});
             ExpectApart();
             const SIZE display = SizeOf(RectOf(Item(kPreviewDisplayId)));
-            EXPECT_EQ(display.cx, smallest.cx + gain.cx);
+            // The panel grows with the window as far as is comfortable, its lines too; the preview takes the
+            // rest.
+            const LONG widerBar = SizeOf(RectOf(Item(gParameterControls[0].trackbarId))).cx - bar;
+            const LONG widerField = SizeOf(RectOf(Item(gParameterControls[0].editId))).cx - field;
+            EXPECT_EQ(display.cx + widerBar + widerField, smallest.cx + gain.cx);
             EXPECT_EQ(display.cy, smallest.cy + gain.cy);
-            EXPECT_EQ(SizeOf(RectOf(Item(gParameterControls[0].editId))).cx, field.cx);
+            EXPECT_EQ(widerBar > 20 && widerField > 5, gain.cx > 100) << widerBar << " " << widerField;
+            EXPECT_LT(widerBar, 2 * bar);
         }
         ExpectTextFits();
     }
@@ -274,6 +280,10 @@ TEST_F(DialogLook, LargeScalesShrinkToTheScreen) {
     EXPECT_EQ(window.left, suggested.left);
     EXPECT_EQ(window.top, suggested.top);
     EXPECT_LT(DialogLayoutDpi(), 144u);
+    // A little too high: the lines of the panel move together, the letters keep their size.
+    SendMessageA(dialog, WM_DPICHANGED, MAKEWPARAM(108, 108), reinterpret_cast<LPARAM>(&suggested));
+    ExpectWhole();
+    EXPECT_EQ(DialogLayoutDpi(), 108u);
     // The system cuts down a dialog that is larger than the screen before anybody is asked.
     const RECT whole = opened;
     Close();

@@ -2,8 +2,10 @@
 
 #include "resources/DialogControlIds.h"
 #include "ui/fields/ParameterEditPaint.h"
+#include "ui/look/PanelLayout.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstring>
 
 #include <commctrl.h>
@@ -17,62 +19,9 @@ constexpr wchar_t kFontFace[] = L"Tahoma";
 constexpr SIZE kTemplateUnits = {BX_DIALOG_WIDTH, BX_DIALOG_HEIGHT};
 // A dialog unit is a quarter of the font's mean width, and an eighth of its height.
 constexpr int kUnitsAcross = 4, kUnitsDown = 8;
-constexpr int kMeasuredUnits = 400; // a length that shows the units' fractions
-constexpr int kThumbUnits = 11;     // length of a trackbar's thumb
+constexpr int kThumbUnits = 11; // length of a trackbar's thumb
 constexpr int kMostControls = 128;
 constexpr int kClassNameCapacity = 32;
-
-// Which side of the window each edge of a control keeps its distance from.
-enum Side : uint8_t { kNear, kFar }; // left or top, right or bottom
-
-struct Follows {
-    int controlId;
-    Side left, top, right, bottom;
-};
-
-// Whoever is not named belongs to the panel of settings: it moves with the right side and keeps its size.
-constexpr Follows kPanelFollows = {0, kFar, kNear, kFar, kNear};
-
-constexpr Follows kFollows[] = {
-    // Above the preview, in the left corner.
-    {kProductLogoId, kNear, kNear, kNear, kNear},
-    {kPanIconId, kNear, kNear, kNear, kNear},
-    {kPanLabelId, kNear, kNear, kNear, kNear},
-    {kZoomIconId, kNear, kNear, kNear, kNear},
-    {kZoomLabelId, kNear, kNear, kNear, kNear},
-    {kHideIconId, kNear, kNear, kNear, kNear},
-    {kHideLabelId, kNear, kNear, kNear, kNear},
-    {kShowIconId, kNear, kNear, kNear, kNear},
-    {kShowLabelId, kNear, kNear, kNear, kNear},
-    // The preview takes all the room that the window gains.
-    {kPreviewFrameId, kNear, kNear, kFar, kFar},
-    {kPreviewDisplayId, kNear, kNear, kFar, kFar},
-    {kHorizontalBarId, kNear, kFar, kFar, kFar},
-    {kVerticalBarId, kFar, kNear, kFar, kFar},
-    // Below the preview.
-    {kZoomOutButtonId, kNear, kFar, kNear, kFar},
-    {kZoomTextId, kNear, kFar, kNear, kFar},
-    {kZoomArrowId, kNear, kFar, kNear, kFar},
-    {kZoomInButtonId, kNear, kFar, kNear, kFar},
-    {kProgressId, kNear, kFar, kFar, kFar},
-    {kStateLineId, kNear, kFar, kFar, kFar},
-    // The panel's frame goes down as far as the preview does.
-    {kSettingsPanelId, kFar, kNear, kFar, kFar},
-    // The bottom line.
-    {kMakerLogoId, kNear, kFar, kNear, kFar},
-    {kUpdateLinkId, kNear, kFar, kNear, kFar},
-    {kPreviewOnId, kFar, kFar, kFar, kFar},
-    {kCompareId, kFar, kFar, kFar, kFar},
-    {kHelpId, kFar, kFar, kFar, kFar},
-    {IDOK, kFar, kFar, kFar, kFar},
-    {IDCANCEL, kFar, kFar, kFar, kFar},
-    {kCornerIconId, kFar, kFar, kFar, kFar},
-};
-
-// Pixels of kMeasuredUnits dialog units.
-struct Units {
-    int across, down;
-};
 
 struct Place {
     HWND control;
@@ -83,18 +32,15 @@ struct Place {
 
 struct Layout {
     Place places[kMostControls];
-    int count;  // 0: none is recorded
-    SIZE frame; // pixels, what the window has around its client area
+    int count;     // 0: none is recorded
+    SIZE frame;    // pixels, what the window has around its client area
+    int tightened; // pixels that the least height has less than the template's
     UINT dpi;
     Units pixels; // of the font at `dpi`
     HFONT font;
 };
 
 Layout gLayout = {};
-
-int ToPixels(int units, int measuredPixels) {
-    return MulDiv(units, measuredPixels, kMeasuredUnits);
-}
 
 int ToUnits(int pixels, int measuredPixels) {
     return MulDiv(pixels, kMeasuredUnits, measuredPixels);
@@ -146,37 +92,47 @@ UINT MonitorDpi(HWND dialog) {
     return dpi > 0 ? static_cast<UINT>(dpi) : kDefaultDpi;
 }
 
-bool FitsWorkArea(HWND dialog, UINT dpi) {
+SIZE WorkArea(HWND dialog) {
     MONITORINFO monitor = {};
     monitor.cbSize = sizeof monitor;
-    if (!GetMonitorInfoA(MonitorFromWindow(dialog, MONITOR_DEFAULTTONEAREST), &monitor))
-        return true;
-    const HFONT font = MakeFont(dpi);
-    const SIZE client = TemplatePixels(font ? MeasureFont(font) : Units{});
-    if (font)
-        DeleteObject(font);
-    const SIZE work = SizeOf(monitor.rcWork);
-    return client.cx + gLayout.frame.cx <= work.cx && client.cy + gLayout.frame.cy <= work.cy;
+    const bool known = GetMonitorInfoA(MonitorFromWindow(dialog, MONITOR_DEFAULTTONEAREST), &monitor);
+    return known ? SizeOf(monitor.rcWork) : SIZE{LONG_MAX, LONG_MAX};
 }
 
-// A dialog whose buttons lie below the screen could not be used, so it is drawn smaller instead.
+// The window with the template's client area.
+SIZE TemplateWindow(const Units &pixels) {
+    const SIZE client = TemplatePixels(pixels);
+    return {client.cx + gLayout.frame.cx, client.cy + gLayout.frame.cy};
+}
+
+bool FitsWorkArea(const SIZE &work, UINT dpi) {
+    const HFONT font = MakeFont(dpi);
+    const Units pixels = font ? MeasureFont(font) : Units{};
+    if (font)
+        DeleteObject(font);
+    const SIZE window = TemplateWindow(pixels);
+    return window.cx <= work.cx && window.cy - SparePixels(pixels) <= work.cy;
+}
+
+// A dialog whose buttons lie below the screen could not be used. Where its lines moved together do not help,
+// it is drawn smaller.
 UINT FittingDpi(HWND dialog, UINT dpi) {
-    while (dpi > kSmallestDpi && !FitsWorkArea(dialog, dpi))
+    const SIZE work = WorkArea(dialog);
+    while (dpi > kSmallestDpi && !FitsWorkArea(work, dpi))
         dpi -= kDpiStep;
     return dpi;
+}
+
+void TightenToFit(HWND dialog) {
+    const int missing =
+        static_cast<int>(TemplateWindow(gLayout.pixels).cy - std::min(WorkArea(dialog).cy, LONG{SHRT_MAX}));
+    gLayout.tightened = std::clamp(missing, 0, SparePixels(gLayout.pixels));
 }
 
 bool HasClass(HWND control, const char *name) {
     char found[kClassNameCapacity] = "";
     GetClassNameA(control, found, sizeof found);
     return lstrcmpiA(found, name) == 0;
-}
-
-Follows FollowsOf(int controlId) {
-    for (const Follows &row : kFollows)
-        if (row.controlId == controlId)
-            return row;
-    return kPanelFollows;
 }
 
 int DroppedHeight(HWND control) {
@@ -244,26 +200,13 @@ bool UseDpi(UINT dpi) {
     return true;
 }
 
-// The far edges move by what the window has more than the template.
-RECT PlaceInPixels(const Place &place, SIZE gained) {
-    const Follows &follows = place.follows;
-    const auto across = [&](LONG units, Side side) {
-        return ToPixels(units, gLayout.pixels.across) + (side == kFar ? gained.cx : 0);
-    };
-    const auto down = [&](LONG units, Side side) {
-        return ToPixels(units, gLayout.pixels.down) + (side == kFar ? gained.cy : 0);
-    };
-    return {across(place.rect.left, follows.left), down(place.rect.top, follows.top),
-            across(place.rect.right, follows.right), down(place.rect.bottom, follows.bottom)};
-}
-
 // Bits are not copied: groups lie over their controls, and the copy of one would hold strips of the other.
-void MovePlaces(SIZE gained) {
+void MovePlaces(const Gains &gains) {
     constexpr UINT flags = SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS | SWP_NOREDRAW;
     HDWP moves = BeginDeferWindowPos(gLayout.count);
     for (int i = 0; i < gLayout.count; ++i) {
         const Place &place = gLayout.places[i];
-        const RECT rect = PlaceInPixels(place, gained);
+        const RECT rect = PlaceInPixels(place.rect, place.follows, gains, gLayout.pixels);
         const int height =
             place.droppedHeight ? ToPixels(place.droppedHeight, gLayout.pixels.down) : rect.bottom - rect.top;
         const int width = rect.right - rect.left;
@@ -288,6 +231,7 @@ bool RecordDialogLayout(HWND dialog) {
         FreeDialogLayout();
         return false;
     }
+    TightenToFit(dialog);
     ResizeWindow(dialog, DialogMinimumSize());
     LayOutDialog(dialog);
     return true;
@@ -299,7 +243,8 @@ void LayOutDialog(HWND dialog) {
     RECT client = {};
     GetClientRect(dialog, &client);
     const SIZE least = TemplatePixels(gLayout.pixels);
-    MovePlaces({std::max(0L, client.right - least.cx), std::max(0L, client.bottom - least.cy)});
+    const SIZE gained = {std::max(0L, client.right - least.cx), client.bottom - least.cy};
+    MovePlaces(ShareGains({gained.cx, std::max(LONG{-gLayout.tightened}, gained.cy)}, gLayout.pixels));
     RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
 }
 
@@ -327,8 +272,8 @@ bool OnDialogDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
 SIZE DialogMinimumSize() {
     if (!gLayout.count)
         return {};
-    const SIZE client = TemplatePixels(gLayout.pixels);
-    return {client.cx + gLayout.frame.cx, client.cy + gLayout.frame.cy};
+    const SIZE window = TemplateWindow(gLayout.pixels);
+    return {window.cx, window.cy - gLayout.tightened};
 }
 
 UINT DialogLayoutDpi() {
@@ -338,6 +283,7 @@ UINT DialogLayoutDpi() {
 void SetDialogLayoutDpi(HWND dialog, UINT dpi) {
     if (!gLayout.count || !UseDpi(dpi))
         return;
+    TightenToFit(dialog);
     LayOutDialog(dialog);
     RenewParameterFont();
 }
