@@ -1,7 +1,9 @@
 #include "ui/fields/ParameterEditPaint.h"
 
+#include "ui/fields/FieldFrame.h"
 #include "ui/fields/NumberText.h"
 #include "ui/fields/ParameterValue.h"
+#include "ui/window/Palette.h"
 
 #include <algorithm>
 #include <iterator>
@@ -11,9 +13,6 @@
 namespace {
 
 constexpr int kHighlightMargin = 3; // pixels by which the highlight is wider than the text
-// Dialog units: a line of the dialog's text, and a field in the template.
-constexpr int kLineUnits = 8, kFieldUnits = 12;
-constexpr int kInsetPart = 4; // of a line's height, left and right of the digits
 
 HFONT gParameterFont = nullptr; // dialog's thread; made with the first field, deleted with the last
 
@@ -26,25 +25,6 @@ RECT FormattingRect(HWND edit) {
     RECT rect = {};
     SendMessageA(edit, EM_GETRECT, 0, reinterpret_cast<LPARAM>(&rect));
     return rect;
-}
-
-// One line as high as the labels' in the middle of the field, so that digits and labels have one size at
-// every scale.
-void SetFormattingRect(HWND edit) {
-    RECT window = {}, client = {};
-    GetWindowRect(edit, &window);
-    GetClientRect(edit, &client);
-    const LONG line = MulDiv(window.bottom - window.top, kLineUnits, kFieldUnits);
-    const LONG margin = std::max(0L, (client.bottom - line) / 2);
-    const LONG inset = line / kInsetPart;
-    const RECT wanted = {inset, margin, std::max(inset, client.right - inset), margin + line};
-    // A field with a border may take a little more or less than it is given.
-    RECT given = wanted;
-    SendMessageA(edit, EM_SETRECT, 0, reinterpret_cast<LPARAM>(&given));
-    const RECT taken = FormattingRect(edit);
-    given = {2 * wanted.left - taken.left, 2 * wanted.top - taken.top, 2 * wanted.right - taken.right,
-             2 * wanted.bottom - taken.bottom};
-    SendMessageA(edit, EM_SETRECT, 0, reinterpret_cast<LPARAM>(&given));
 }
 
 // While the user types, the field shows what was typed; otherwise it shows the parameter.
@@ -62,7 +42,7 @@ FieldText TextToDraw(const ParameterControl &row) {
 }
 
 void DrawField(HDC dc, const RECT &client, const ParameterControl &row) {
-    FillRect(dc, &client, GetSysColorBrush(COLOR_WINDOW));
+    FillWith(dc, client, kFieldColor);
     const RECT format = FormattingRect(row.edit);
     const FieldText text = TextToDraw(row);
     const HGDIOBJ oldFont = SelectObject(dc, row.font ? row.font : GetStockObject(DEFAULT_GUI_FONT));
@@ -71,10 +51,10 @@ void DrawField(HDC dc, const RECT &client, const ParameterControl &row) {
         GetTextExtentPoint32W(dc, text.characters, text.length, &extent);
         const RECT box = {format.left, format.top, format.left + extent.cx + kHighlightMargin,
                           format.top + extent.cy};
-        FillRect(dc, &box, GetSysColorBrush(COLOR_HIGHLIGHT));
+        FillWith(dc, box, kHighlightColor);
     }
     SetBkMode(dc, TRANSPARENT);
-    SetTextColor(dc, GetSysColor(row.editing ? COLOR_HIGHLIGHTTEXT : COLOR_WINDOWTEXT));
+    SetTextColor(dc, ColorOf(row.editing ? kHighlightTextColor : kFieldTextColor));
     TextOutW(dc, format.left, format.top, text.characters, text.length);
     SelectObject(dc, oldFont);
 }
@@ -100,7 +80,7 @@ bool DrawFieldBuffered(HDC dc, const RECT &client, const ParameterControl &row) 
 } // namespace
 
 void UseParameterFont(ParameterControl *row) {
-    SetFormattingRect(row->edit);
+    FrameField(row->edit);
     const RECT format = FormattingRect(row->edit);
     const int height = format.bottom - format.top;
     if (!gParameterFont && height > 0)

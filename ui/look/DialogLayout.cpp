@@ -3,10 +3,10 @@
 #include "resources/DialogControlIds.h"
 #include "ui/fields/ParameterEditPaint.h"
 #include "ui/look/PanelLayout.h"
+#include "ui/window/SystemFunction.h"
 
 #include <algorithm>
 #include <climits>
-#include <cstring>
 
 #include <commctrl.h>
 
@@ -79,10 +79,7 @@ Units MeasureFont(HFONT font) {
 
 UINT MonitorDpi(HWND dialog) {
     using GetDpiFunction = UINT(WINAPI *)(HWND);
-    const FARPROC address = GetProcAddress(GetModuleHandleA("user32.dll"), "GetDpiForWindow");
-    GetDpiFunction getDpi;
-    static_assert(sizeof getDpi == sizeof address);
-    memcpy(&getDpi, &address, sizeof getDpi);
+    const auto getDpi = SystemFunction<GetDpiFunction>(GetModuleHandleA("user32.dll"), "GetDpiForWindow");
     if (const UINT dpi = getDpi ? getDpi(dialog) : 0)
         return dpi;
     const HDC dc = GetDC(dialog);

@@ -1,6 +1,8 @@
 #include "ui/window/DpiScope.h"
 
-#include <cstring>
+#include "ui/window/SystemFunction.h"
+
+#include <cstdint>
 #include <windows.h>
 
 namespace {
@@ -12,11 +14,7 @@ constexpr intptr_t kPerMonitorContexts[] = {-4, -3};
 
 // Looked up each time: a static's guard would make a system object that nobody closes.
 SetContextFunction SetContext() {
-    const FARPROC address = GetProcAddress(GetModuleHandleA("user32.dll"), "SetThreadDpiAwarenessContext");
-    SetContextFunction found;
-    static_assert(sizeof found == sizeof address);
-    memcpy(&found, &address, sizeof found);
-    return found;
+    return SystemFunction<SetContextFunction>(GetModuleHandleA("user32.dll"), "SetThreadDpiAwarenessContext");
 }
 
 // Null when the context was refused or there is no such setting.
