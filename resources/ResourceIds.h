@@ -14,6 +14,7 @@
 #define BX_ABOUT_UPDATE_SWITCH 1206
 #define BX_ABOUT_UPDATE_NOTE 1207
 #define BX_ABOUT_UPDATE_LINK 1208
+#define BX_ABOUT_GUIDE_LINK 1209
 #define BX_WAIT_CURSOR 194
 #define BX_LIGHT_SOURCE_TABLE_DIALOG 210
 #define BX_DEBUG_IMAGE_DIALOG 211
@@ -104,6 +105,7 @@ constexpr int kAboutSupportLinkId = BX_ABOUT_SUPPORT_LINK;
 constexpr int kAboutUpdateSwitchId = BX_ABOUT_UPDATE_SWITCH;
 constexpr int kAboutUpdateNoteId = BX_ABOUT_UPDATE_NOTE;
 constexpr int kAboutUpdateLinkId = BX_ABOUT_UPDATE_LINK;
+constexpr int kAboutGuideLinkId = BX_ABOUT_GUIDE_LINK;
 constexpr int kWaitCursorId = BX_WAIT_CURSOR;
 constexpr int kLightSourceTableDialogId = BX_LIGHT_SOURCE_TABLE_DIALOG;
 constexpr int kDebugImageDialogId = BX_DEBUG_IMAGE_DIALOG;

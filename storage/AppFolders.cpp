@@ -3,6 +3,7 @@
 #include "diag/ErrorReport.h"
 #include "diag/Log.h"
 #include "storage/AtomicFile.h"
+#include "storage/InstalledFiles.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -65,6 +66,12 @@ void RepairUserFolder(char (&root)[MAX_PATH]) {
     RememberWideRoot(root, wideRoot);
 }
 
+bool IsMissing(const char *path) {
+    WidePath wide;
+    return WidenPath(path, &wide) &&
+           GetFileAttributesW(SystemPath(wide.text).text) == INVALID_FILE_ATTRIBUTES;
+}
+
 int CreateFolders(const char *path) {
     WidePath wide;
     if (IsBelowWideRoot(path) && WidenPath(path, &wide))
@@ -115,8 +122,13 @@ bool InitUserFolder(const UserFolder &folder, const char *shortName) {
         ReportError(DebugReport(kSiteGetFolder), kStopIcon, kTitleUnexpected, "GetUserDataFolder() failed.");
         return false;
     }
-    if (MakeUserDataFolder(*folder.path))
+    // A user who has a folder for sets, though it be empty, has chosen what is in it.
+    const bool getsSets = folder.path == &gParametersFolder && IsMissing(*folder.path);
+    if (MakeUserDataFolder(*folder.path)) {
+        if (getsSets)
+            CopyInstalledSets(*folder.path);
         return true;
+    }
     ReportError(DebugReport(kSiteMakeFolder), kStopIcon, kTitleUnexpected,
                 "MakeUserDataFolder() failed with %s Subdirectory = '%s'", folder.reportName, relativePath);
     return false;

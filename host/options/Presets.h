@@ -8,9 +8,10 @@
 
 namespace host {
 
-// The file of a saved set, there or not. Empty when the system has no folder for it.
+// The file of a set: the user's own before one that came with the program, there or not. Empty when the
+// system has no folder for it.
 std::wstring PresetPath(const std::wstring &name);
-// Sorted names.
+// Sorted names of both.
 std::vector<std::wstring> ListPresets();
 // False with a reason, for a name that no file can have and when there is one already.
 bool SavePreset(const std::wstring &name, const Descriptor &parameters, bool overwrites, std::string *why);

@@ -3,6 +3,7 @@
 #include "diag/module/ModuleInstance.h"
 #include "diag/module/ModuleVersion.h"
 #include "resources/ResourceIds.h"
+#include "ui/about/Guide.h"
 #include "ui/about/LinkButton.h"
 #include "ui/window/ControlStyle.h"
 #include "ui/window/DpiScope.h"
@@ -66,6 +67,13 @@ void ShowUpdateControls(HWND dialog) {
         ShowWindow(GetDlgItem(dialog, id), CanNoticeUpdates() ? SW_SHOW : SW_HIDE);
 }
 
+void ShowGuideLink(HWND dialog) {
+    if (!IsGuideInstalled())
+        return;
+    SetLinkText(GetDlgItem(dialog, kAboutGuideLinkId), "Guide on this computer");
+    ShowWindow(GetDlgItem(dialog, kAboutGuideLinkId), SW_SHOW);
+}
+
 // Message boxes belong to the topmost window of ours.
 void OnInit(HWND dialog, MessageBoxOwner *owner) {
     SetWindowLongPtrA(dialog, DWLP_USER, reinterpret_cast<LONG_PTR>(owner));
@@ -74,6 +82,7 @@ void OnInit(HWND dialog, MessageBoxOwner *owner) {
     for (const AboutLink &link : kLinks)
         if (link.id != kAboutUpdateLinkId)
             SetLinkText(GetDlgItem(dialog, link.id), ShownAddress(link.address));
+    ShowGuideLink(dialog);
     ShowUpdateControls(dialog);
     SetFocus(GetDlgItem(dialog, IDOK));
 }
@@ -98,6 +107,8 @@ BOOL OnCommand(HWND dialog, int id, int notification) {
         return FALSE;
     if (id == kAboutUpdateSwitchId)
         OnUpdateSwitch(dialog);
+    else if (id == kAboutGuideLinkId)
+        OpenGuide(dialog);
     else if (const AboutLink *link = FindLink(id))
         OpenAddress(dialog, link->address);
     else

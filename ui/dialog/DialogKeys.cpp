@@ -1,13 +1,13 @@
 #include "ui/dialog/DialogKeys.h"
 
 #include "resources/DialogControlIds.h"
+#include "ui/about/Guide.h"
 #include "ui/fields/ParameterControls.h"
 #include "ui/history/DialogHistory.h"
 #include "ui/settings/SettingsMenu.h"
 #include "ui/view/ViewMenu.h"
 #include "ui/view/ViewTools.h"
 #include "ui/view/ZoomField.h"
-#include "web/MakerAddresses.h"
 
 #include <iterator>
 
@@ -103,7 +103,7 @@ bool OnPanelKey(HWND dialog, int command) {
         ShowSettingsMenu(dialog);
         return true;
     case BX_CMD_HELP:
-        OpenAddress(dialog, kHelpAddress);
+        OpenGuide(dialog);
         return true;
     }
     return false;
