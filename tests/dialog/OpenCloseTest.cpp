@@ -238,15 +238,6 @@ TEST_F(MainDialog, CancelEscapeAndCloseBoxChangeNothing) {
     }
 }
 
-TEST_F(MainDialog, ARefusedDialogIsACancel) {
-    gAnswers.refuseDialog = true;
-    EXPECT_EQ(RunDialog([] {}).code, kUserCanceledErr);
-    EXPECT_EQ(DifferentSamples(filterHost.document, before), 0);
-    ExpectCleanHost();
-    gAnswers.refuseDialog = false;
-    EXPECT_EQ(RunDialog([this] { PressOk(); }).code, kNoError);
-}
-
 // Memory for a flood fill that runs out while the table is being built is reported as fatal, on a thread of
 // the table's. The dialog is gone long before the table's task has ended and tells its code, and nobody waits
 // for the rest of the scan, which tries a fill at every white pixel.

@@ -99,28 +99,6 @@ TEST_F(SelectorCall, EverySelectorButAboutClaims32BitCoordinatesAndUnknownOnesDo
     }
 }
 
-TEST_F(SelectorCall, ContinueEmptiesTheRectanglesInTheFormInUse) {
-    for (const bool big : {true, false}) {
-        if (!big)
-            filterHost.settings.absent = {"bigDocumentData"};
-        Open();
-        host::BeginRun(filterHost);
-        FilterRecord &record = host::Record(filterHost);
-        BigDocumentStruct &document = host::BigDocument(filterHost);
-        record.inRect = record.outRect = record.maskRect = {1, 2, 3, 4};
-        document.inRect32 = document.outRect32 = document.maskRect32 = {1, 2, 3, 4};
-        EXPECT_EQ(Call(kSelectorContinue), kNoError);
-        const auto isZero = [](const auto &rect) {
-            const decltype(rect.top) sum = rect.top | rect.left | rect.bottom | rect.right;
-            return sum == 0;
-        };
-        EXPECT_EQ(isZero(document.inRect32) && isZero(document.outRect32) && isZero(document.maskRect32),
-                  big);
-        EXPECT_EQ(isZero(record.inRect) && isZero(record.outRect) && isZero(record.maskRect), !big);
-        host::CloseHost(filterHost);
-    }
-}
-
 // Both forms, so that no host performs one more advance.
 TEST_F(SelectorCall, StartLeavesAllRectanglesEmpty) {
     for (const bool fails : {false, true}) {

@@ -64,23 +64,23 @@ INT_PTR CALLBACK SetListProc(HWND window, UINT message, WPARAM wParam, LPARAM) {
 }
 
 struct Prompts {
-    int box = IDCANCEL;        // what the person answers ...
-    std::wstring file;         // ... empty: cancelled
-    DWORD fileDialogError = 0; // with an empty file: the dialog failed
-    bool realFileDialogs = false;
-    std::vector<DWORD> files;        // flags of what was asked
+    int box = IDCANCEL;              // what the person answers ...
+    std::wstring file;               // ... empty: cancelled
+    DWORD fileDialogError = 0;       // with an empty file: the dialog failed
+    int files = 0;                   // how often was asked
     std::vector<std::wstring> boxes; // flags, title and text
 } gPrompts;
 
-BOOL RealFileDialog(OPENFILENAMEW *request, const char *call) {
-    const FARPROC address = GetProcAddress(LoadLibraryA("comdlg32.dll"), call);
-    return reinterpret_cast<decltype(&GetOpenFileNameW)>(reinterpret_cast<void *>(address))(request);
-}
-
 template <bool Saves> BOOL WINAPI AskFile(OPENFILENAMEW *request) {
-    gPrompts.files.push_back(request->Flags);
-    if (gPrompts.realFileDialogs)
-        return RealFileDialog(request, Saves ? "GetSaveFileNameW" : "GetOpenFileNameW");
+    ++gPrompts.files;
+    EXPECT_EQ(request->lStructSize, sizeof *request);
+    EXPECT_EQ(memcmp(request->lpstrFilter, L"Parameter Files\0*.sss\0", 23 * sizeof(wchar_t)), 0);
+    EXPECT_STREQ(request->lpstrDefExt, L"sss");
+    EXPECT_TRUE(std::wstring(request->lpstrInitialDir).size() > 3 && request->hwndOwner);
+    EXPECT_STREQ(request->lpstrTitle,
+                 Saves ? L"Save Brillatrix Pro Parameter File" : L"Load Brillatrix Pro Parameter File");
+    EXPECT_TRUE(request->Flags & OFN_NOCHANGEDIR) << "the host's current folder is not ours to change";
+    EXPECT_EQ((request->Flags & OFN_OVERWRITEPROMPT) != 0, Saves);
     if (gPrompts.file.empty() || gPrompts.file.size() >= request->nMaxFile)
         return FALSE;
     wcscpy(request->lpstrFile, gPrompts.file.c_str());
@@ -222,7 +222,6 @@ TEST_F(ParameterSetList, SavingWritesTheCurrentSetAndListsIt) {
     EXPECT_EQ(Save('h', Elsewhere(L"One.sss")), "dcgfh") << "a namesake elsewhere";
     EXPECT_EQ(Save('i', Wide(L"One.sss")), "icgfh");
     EXPECT_TRUE(Exists(folder / "Night f2.8.sss") && !Exists(folder / "Night f2.8"));
-    EXPECT_TRUE(gPrompts.files[0] & OFN_OVERWRITEPROMPT);
     EXPECT_TRUE(TakeReports().empty());
 }
 
@@ -238,7 +237,7 @@ TEST_F(ParameterSetList, WhatFailsIsToldAndChangesNothing) {
         SaveParameterFileDialog(dialog, {});
         EXPECT_EQ(LastReport(), error ? "GetSaveFileName() failed with error = '12291'" : "");
     }
-    EXPECT_EQ(gPrompts.files.size(), 4u);
+    EXPECT_EQ(gPrompts.files, 4);
     WriteWholeFile(folder / "bad.sss", "");
     Pick(Wide(L"bad.sss"));
     LoadParameterFileDialog(dialog);
@@ -256,12 +255,11 @@ TEST_F(ParameterSetList, WhatFailsIsToldAndChangesNothing) {
     EXPECT_EQ(CurrentMark(), 'c');
     EXPECT_EQ(Marks(), "");
     EXPECT_TRUE(folder.Names().empty()) << "the bad file is gone";
-    gPrompts.files.clear();
     gParametersFolder[0] = '\0';
     FillParameterSetList(dialog);
     LoadParameterFileDialog(dialog);
     SaveParameterFileDialog(dialog, {});
-    EXPECT_TRUE(gPrompts.files.empty());
+    EXPECT_EQ(gPrompts.files, 7);
     EXPECT_EQ(TakeReports().size(), 6u);
 }
 
@@ -333,63 +331,6 @@ TEST_F(ParameterSetList, LoadingRefusesWhatIsNoSet) {
     }
     EXPECT_EQ(Marks(), "");
     EXPECT_EQ(CurrentMark(), 'c');
-}
-
-constexpr int kNameFieldId = 1148; // of the system's own dialog: "cmb13"
-
-struct DialogDriver {
-    std::wstring name; // empty: cancel
-    HWND popup, field; // of the dialog that is there
-    wchar_t title[100];
-} gDriver;
-
-BOOL CALLBACK FindNameField(HWND window, LPARAM) {
-    if (GetDlgCtrlID(window) == kNameFieldId && IsWindowVisible(GetAncestor(window, GA_ROOT)))
-        gDriver.field = window;
-    return gDriver.field == nullptr;
-}
-
-BOOL CALLBACK FindFileDialog(HWND window, LPARAM) {
-    EnumChildWindows(window, FindNameField, 0);
-    gDriver.popup = window;
-    return gDriver.field == nullptr;
-}
-
-// Fills the file dialog in and closes it as soon as it is there.
-void CALLBACK DriveFileDialog(HWND, UINT, UINT_PTR timer, DWORD) {
-    EnumThreadWindows(GetCurrentThreadId(), FindFileDialog, 0);
-    if (!gDriver.field)
-        return;
-    KillTimer(nullptr, timer);
-    GetWindowTextW(gDriver.popup, gDriver.title, 100);
-    SendMessageW(gDriver.field, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(gDriver.name.c_str()));
-    PostMessageW(gDriver.popup, WM_COMMAND, gDriver.name.empty() ? IDCANCEL : IDOK, 0);
-}
-
-TEST_F(ParameterSetList, TheSystemsFileDialogsUnderstandTheRequests) {
-    const auto Answer = [](const wchar_t *name, auto ask, HWND dialog) -> std::wstring {
-        gDriver = {name, nullptr, nullptr, L""};
-        SetTimer(nullptr, 0, 10, DriveFileDialog);
-        ask(dialog);
-        return gDriver.title;
-    };
-    wchar_t before[kMaxPath], after[kMaxPath];
-    GetCurrentDirectoryW(kMaxPath, before);
-    gPrompts.realFileDialogs = true;
-    EXPECT_EQ(Answer(
-                  L"By dialog", [](HWND owner) { SaveParameterFileDialog(owner, {}); }, dialog),
-              L"Save Brillatrix Pro Parameter File");
-    EXPECT_EQ(folder.Names(), std::vector<std::string>{"By dialog.sss"})
-        << "start folder and default extension";
-    EXPECT_EQ(Marks(), "c");
-    gCurrent = MarkedBlock('x');
-    EXPECT_EQ(Answer(L"By dialog.sss", LoadParameterFileDialog, dialog),
-              L"Load Brillatrix Pro Parameter File");
-    EXPECT_EQ(CurrentMark(), 'c');
-    Answer(L"", LoadParameterFileDialog, dialog);
-    EXPECT_TRUE(TakeReports().empty()) << "cancelled";
-    GetCurrentDirectoryW(kMaxPath, after);
-    EXPECT_STREQ(before, after);
 }
 
 } // namespace

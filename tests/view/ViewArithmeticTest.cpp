@@ -194,28 +194,4 @@ TEST(ViewStates, ThePlaceUnderThePointerStaysThroughRandomZooms) {
     EXPECT_GT(checked, 10000);
 }
 
-TEST(ViewStates, ZoomingAndResizingThereAndBackLosesNothing) {
-    ViewState view = MakeViewState({0, 0, 6000, 4000});
-    SetViewClientSize(&view, 500, 400);
-    SetViewCenter(&view, 2000, 1500);
-    std::mt19937 random(6);
-    for (int i = 0; i < 500; ++i) {
-        SetViewZoomAbout(&view, kZoomLadder[10 + random() % 9], {200, 100});
-        SetViewZoomAbout(&view, 100.0, {200, 100});
-        SetViewClientSize(&view, 100 + static_cast<int32_t>(random() % 900),
-                          100 + static_cast<int32_t>(random() % 900));
-        SetViewClientSize(&view, 500, 400);
-    }
-    EXPECT_NEAR(view.centerX, 2000, 1e-6);
-    EXPECT_NEAR(view.centerY, 1500, 1e-6);
-    // A rectangle that is almost a line, and one of nothing; the dragged one of the mouse tests is larger.
-    ZoomViewToRect(&view, {50, 50, 51, 250});
-    EXPECT_LE(view.zoom, kMaximumZoom);
-    ZoomViewToRect(&view, {50, 50, 50, 50});
-    EXPECT_EQ(view.zoom, kMaximumZoom);
-    SetViewClientSize(&view, 0, 0);
-    EXPECT_TRUE(IsEmptyRect(view.display));
-    SetViewZoom(&view, 300.0);
-}
-
 } // namespace
