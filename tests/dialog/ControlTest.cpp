@@ -4,6 +4,9 @@
 #include "render/shape/EffectTypes.h"
 #include "ui/window/DialogMessages.h"
 
+#include <algorithm>
+#include <set>
+
 namespace {
 
 class DialogControls : public DialogFixture {
@@ -90,6 +93,60 @@ TEST_F(DialogControls, EffectAndOutputEffectsOnly) {
         PressOk();
     });
     ExpectResult(wanted);
+}
+
+// On a gray image the parameters of colour say what they do, and it is so.
+TEST_F(DialogControls, AGrayImageHasNoColors) {
+    for (const bool isGray : {true, false}) {
+        filterHost.document = before = MakeNight({.colourPlanes = isGray ? 1 : 3});
+        RunDialog([&] {
+            Settle();
+            for (const ParameterPair &pair : kPairs) {
+                const bool isNone = isGray && pair.edit == 1013;
+                const bool isLess = isGray && (pair.edit == 1015 || pair.edit == 1017);
+                SetFocus(Item(pair.edit));
+                EXPECT_EQ(Text(kStateLine).find(L"No effect: ") == 0, isNone) << pair.edit;
+                EXPECT_EQ(Text(kStateLine).find(L"No colors, only light") == 0, isLess) << pair.edit;
+                const std::string tip = TooltipOf(dialog, Item(pair.edit)); // as far as the system tells it
+                EXPECT_EQ(tip.find("\r\nNo effect: ") != tip.npos, isNone) << tip;
+                if (!isNone && !isLess)
+                    continue;
+                ParameterSet changed = kDefaultParameters;
+                changed.*pair.value = static_cast<int16_t>(pair.maximum);
+                const host::Document filtered = FilteredNight(before, kDefaultParameters);
+                EXPECT_EQ(DifferentSamples(FilteredNight(before, changed), filtered) == 0, isNone)
+                    << pair.edit;
+            }
+            PressCancel();
+        });
+    }
+}
+
+TEST_F(DialogControls, TypesAreShownBesideTheirNames) {
+    RunDialog([this] {
+        Settle();
+        COMBOBOXINFO combo = {};
+        combo.cbSize = sizeof combo;
+        GetComboBoxInfo(Item(kEffectCombo), &combo);
+        SetFocus(Item(kEffectCombo));
+        Ask(kEffectCombo, CB_SHOWDROPDOWN, TRUE);
+        UpdateWindow(combo.hwndList);
+        const Picture list = CaptureClient(combo.hwndList);
+        const int height = static_cast<int>(Ask(kEffectCombo, CB_GETITEMHEIGHT));
+        std::set<std::vector<uint32_t>> pictures;
+        for (int row = 0; row < 7; ++row) {
+            std::vector<uint32_t> picture;
+            for (int y = 2; y < height - 2; ++y)
+                for (int x = 2; x < height - 2; ++x)
+                    picture.push_back(PixelAt(list, x, row * height + y) & 0xFFFFFF);
+            EXPECT_GT(*std::max_element(picture.begin(), picture.end()), 0xC0C0C0u) << "the light";
+            EXPECT_LT(picture.front() & 255, 60u) << "the night";
+            pictures.insert(picture);
+        }
+        EXPECT_EQ(pictures.size(), 7u);
+        EXPECT_EQ(SizeOf(ScreenPlace(kEffectCombo)).cy, SizeOf(ScreenPlace(kSettingsCombo)).cy);
+        PressCancel();
+    });
 }
 
 TEST_F(DialogControls, TooltipsAndWhatLeadsOutOfTheDialog) {

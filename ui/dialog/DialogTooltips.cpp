@@ -3,16 +3,17 @@
 #include "diag/WidePath.h"
 #include "diag/module/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
+#include "ui/dialog/MainDialogState.h"
 #include "ui/fields/ParameterControls.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/view/ViewTools.h"
 #include "ui/window/DropDownList.h"
-#include "ui/window/TooltipPlace.h"
 #include "ui/window/Tooltips.h"
 
 #include <commctrl.h>
 #include <cwchar>
 #include <iterator>
+#include <utility>
 
 namespace {
 
@@ -48,6 +49,22 @@ constexpr ControlText kTexts[] = {
      "Output Effects Only (O) - Check to output the effects only, excluding the original image"},
 };
 
+// In the second line, where a parameter does less to the image than its name says.
+void TellWhatHasNoColor(HWND dialog, HWND tooltips) {
+    for (int i = 0; i < kParameterControlCount; ++i) {
+        const ParameterControl &row = gParameterControls[i];
+        const wchar_t *told = NoColorText(i);
+        if (!told)
+            continue;
+        for (const auto &[controlId, text] : {std::pair<int, const char *>{row.editId, row.editTooltip},
+                                              {row.trackbarId, row.trackbarTooltip}}) {
+            wchar_t lines[kMaxPath];
+            swprintf(lines, std::size(lines), L"%hs\r\n%ls", text, told);
+            ChangeTooltip(dialog, tooltips, controlId, lines);
+        }
+    }
+}
+
 } // namespace
 
 void FitTooltipsToScale(HWND tooltips) {
@@ -68,6 +85,7 @@ HWND CreateDialogTooltips(HWND dialog) {
         AddTooltip(dialog, tooltips, entry.controlId, entry.text);
     RegisterParameterTooltips(dialog, tooltips);
     RegisterViewTooltips(dialog, tooltips);
+    TellWhatHasNoColor(dialog, tooltips);
     return tooltips;
 }
 
@@ -77,10 +95,5 @@ void PrepareTooltip(HWND dialog, HWND tooltips, HWND control) {
     wchar_t name[kMaxPath], text[kMaxPath + sizeof kSettingsText + 2];
     const bool isCut = IsSelectedTextCut(control, name, kMaxPath);
     swprintf(text, std::size(text), isCut ? L"%hs\r\n%ls" : L"%hs", kSettingsText, name);
-    TTTOOLINFOW tool = {};
-    tool.cbSize = TTTOOLINFOW_V1_SIZE;
-    tool.hwnd = dialog;
-    tool.uId = reinterpret_cast<UINT_PTR>(control);
-    tool.lpszText = text;
-    SendMessageW(tooltips, TTM_UPDATETIPTEXTW, 0, reinterpret_cast<LPARAM>(&tool));
+    ChangeTooltip(dialog, tooltips, kSettingsComboId, text);
 }

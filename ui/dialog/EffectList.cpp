@@ -5,13 +5,18 @@
 #include "resources/DialogControlIds.h"
 #include "ui/fields/ParameterTable.h"
 #include "ui/fields/ParameterValue.h"
+#include "ui/look/DialogLayout.h"
+#include "ui/pixels/TypePictures.h"
 #include "ui/window/DialogMessages.h"
 
+#include <algorithm>
 #include <array>
 
 namespace {
 
 constexpr uint32_t kSiteUnknownEffect = 292;
+constexpr int kPictureRow = 24; // pixels at 100 %
+constexpr LONG kTextMargin = 2; // pixels, as the control itself has
 
 LRESULT SendToList(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     return SendDlgItemMessageW(dialog, kEffectComboId, message, wParam, lParam);
@@ -37,7 +42,65 @@ constexpr auto kEffectRows = [] {
     return rows;
 }();
 
+int HeightOf(HWND dialog, int controlId) {
+    RECT rect = {};
+    GetWindowRect(GetDlgItem(dialog, controlId), &rect);
+    return static_cast<int>(rect.bottom - rect.top);
+}
+
+void DrawTypePicture(HDC dc, int type, int left, int top, int wanted) {
+    uint32_t pixels[kTypePictureSide * kTypePictureSide];
+    const int side = std::min(wanted, kTypePictureSide);
+    if (!ShrinkTypePicture(type, side, pixels))
+        return;
+    BITMAPINFO info = {};
+    info.bmiHeader = {sizeof info.bmiHeader, side, -side, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    SetDIBitsToDevice(dc, left, top, static_cast<DWORD>(side), static_cast<DWORD>(side), 0, 0, 0,
+                      static_cast<UINT>(side), pixels, &info, DIB_RGB_COLORS);
+}
+
+void DrawRowText(const DRAWITEMSTRUCT &item, LONG left) {
+    const bool isSelected = (item.itemState & ODS_SELECTED) != 0;
+    RECT text = item.rcItem;
+    text.left += left;
+    SetBkMode(item.hDC, TRANSPARENT);
+    SetTextColor(item.hDC, GetSysColor(item.itemState & ODS_DISABLED ? COLOR_GRAYTEXT
+                                       : isSelected                  ? COLOR_HIGHLIGHTTEXT
+                                                                     : COLOR_WINDOWTEXT));
+    DrawTextW(item.hDC, kEffectTypes[item.itemID].name, -1, &text, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
+}
+
 } // namespace
+
+void FitEffectList(HWND dialog) {
+    const int scaled = MulDiv(kPictureRow, static_cast<int>(DialogLayoutDpi()), USER_DEFAULT_SCREEN_DPI);
+    // What a field has around its text differs from system to system.
+    const LRESULT closed = SendDlgItemMessageW(dialog, kSettingsComboId, CB_GETITEMHEIGHT, WPARAM(-1), 0);
+    SendToList(dialog, CB_SETITEMHEIGHT, WPARAM(-1), closed);
+    const int more = HeightOf(dialog, kEffectComboId) - HeightOf(dialog, kSettingsComboId);
+    SendToList(dialog, CB_SETITEMHEIGHT, WPARAM(-1), closed - more);
+    SendToList(dialog, CB_SETITEMHEIGHT, 0, scaled);
+}
+
+bool DrawEffectRow(const DRAWITEMSTRUCT &item) {
+    if (item.CtlID != static_cast<UINT>(kEffectComboId))
+        return false;
+    const bool isSelected = (item.itemState & ODS_SELECTED) != 0;
+    FillRect(item.hDC, &item.rcItem, GetSysColorBrush(isSelected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
+    if (item.itemID < static_cast<UINT>(kEffectTypeCount)) {
+        LONG left = kTextMargin;
+        if (!(item.itemState & ODS_COMBOBOXEDIT)) {
+            const int side = static_cast<int>(item.rcItem.bottom - item.rcItem.top) - 2;
+            DrawTypePicture(item.hDC, static_cast<int>(item.itemID), static_cast<int>(item.rcItem.left) + 1,
+                            static_cast<int>(item.rcItem.top) + 1, side);
+            left += side + kTextMargin + kTextMargin;
+        }
+        DrawRowText(item, left);
+    }
+    if ((item.itemState & ODS_FOCUS) && !(item.itemState & ODS_NOFOCUSRECT))
+        DrawFocusRect(item.hDC, &item.rcItem);
+    return true;
+}
 
 void FillEffectList(HWND dialog, uint32_t effectType) {
     for (const EffectRow &row : kEffectRows) {
@@ -45,6 +108,7 @@ void FillEffectList(HWND dialog, uint32_t effectType) {
         if (index >= 0)
             SendToList(dialog, CB_SETITEMDATA, static_cast<WPARAM>(index), reinterpret_cast<LPARAM>(&row));
     }
+    FitEffectList(dialog);
     ShowEffectType(dialog, effectType);
 }
 

@@ -15,6 +15,11 @@ struct EffectRow {
 
 // Puts the rows into the list and selects that of an effect type.
 void FillEffectList(HWND dialog, uint32_t effectType);
+// After a change of the scale: the field as high as the other list's, the rows as high as their pictures.
+void FitEffectList(HWND dialog);
+// WM_DRAWITEM: a row of the open list with a small picture of its type, or the field with the name alone.
+// False for another control.
+bool DrawEffectRow(const DRAWITEMSTRUCT &item);
 // Selects the row of an effect type when it is not selected already; no row for an unknown type.
 void ShowEffectType(HWND dialog, uint32_t effectType);
 // The user picked a row: its type goes into the parameter set, and the dialog is told.

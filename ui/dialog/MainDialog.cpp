@@ -37,6 +37,7 @@ constexpr UINT kLeastDpi = 48, kMostDpi = 960; // that a monitor may have
 
 void RelayOut(HWND dialog) {
     CloseZoomField();
+    FitEffectList(dialog);
     LayOutDialog(dialog);
     ResizeDialogBackBuffer(dialog);
     PostMessageW(dialog, kMsgRequestPreview, 0, 0);
@@ -111,11 +112,13 @@ void OnDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
     if (OnDialogDpiChanged(dialog, dpi, suggested))
         LoadDialogPictures(dialog);
     UseBoldGroupFont(dialog);
+    FitEffectList(dialog);
     FitTooltipsToScale(gMainDialog.tooltips);
 }
 
 void RefreshStateLine(HWND dialog) {
-    ShowStateLine(dialog, DialogParameters()->threshold, gMainDialog.progressTotal != 0);
+    ShowStateLine(dialog, DialogParameters()->threshold, gMainDialog.progressTotal != 0,
+                  NoColorTextOf(GetFocus()));
 }
 
 void OnParameterChanged(HWND dialog) {
@@ -249,6 +252,8 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
         OnNcCalcSize(dialog, wParam, lParam);
         return TRUE;
     case WM_COMMAND:
+        if (HIWORD(wParam) == EN_SETFOCUS || HIWORD(wParam) == EN_KILLFOCUS)
+            RefreshStateLine(dialog);
         return OnDialogCommand(dialog, LOWORD(wParam), HIWORD(wParam), lParam);
     case WM_HSCROLL:
     case WM_VSCROLL:
@@ -269,6 +274,8 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
         return OnParameterPictureReleased(dialog);
     case WM_LBUTTONDBLCLK:
         return OnParameterLabelDoubleClick(dialog, {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
+    case WM_DRAWITEM:
+        return lParam && DrawEffectRow(*reinterpret_cast<const DRAWITEMSTRUCT *>(lParam));
     case WM_CTLCOLORSTATIC:
         return OnCtlColorStatic(reinterpret_cast<HWND>(lParam), reinterpret_cast<HDC>(wParam));
     case WM_DPICHANGED:

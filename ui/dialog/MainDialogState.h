@@ -38,5 +38,10 @@ struct MainDialog {
 };
 extern MainDialog gMainDialog;
 
+// What is to be said of a parameter's controls when the image has no colours: a rainbow still makes a spike
+// lighter and darker along its length. Null for the others, and for an image with colours.
+const wchar_t *NoColorText(int parameter);
+const wchar_t *NoColorTextOf(HWND control);
+
 // The parameters that the dialog works on; never null while it is open.
 ParameterSet *DialogParameters();

@@ -3,6 +3,7 @@
 #include "diag/ErrorReport.h"
 #include "engine/InitializationTask.h"
 #include "engine/image/FixedPoint.h"
+#include "ui/pixels/TypePictures.h"
 #include "ui/preview/PreviewDraft.h"
 #include "ui/preview/PreviewProxies.h"
 #include "ui/preview/ProxyUpdateLoop.h"
@@ -16,7 +17,7 @@ namespace {
 constexpr uint32_t kSiteParametersEvent = 344, kSiteTerminateEvent = 350, kSiteExitEvent = 356,
                    kSiteMutex = 362, kSiteThread = 475;
 
-constexpr DWORD kTableWaitSlice = 50; // milliseconds
+constexpr DWORD kTableWaitSlice = 50;              // milliseconds
 constexpr uint32_t kLongestDraft = 200;            // milliseconds
 constexpr double kUsualNanosecondsPerPixel = 15.0; // until a view has been measured
 
@@ -83,6 +84,7 @@ bool WaitForLightSources() {
 // The renderer's mode is set only now: while the table is being built it belongs to the detection.
 void BeginPreviewRendering() {
     UseFastMode();
+    DrawTypePictures();
     PostMessageA(gProxyUpdate.dialog, kMsgTableReady, 0, 0);
 }
 

@@ -74,13 +74,13 @@ void AddStateLine(HWND dialog) {
                     reinterpret_cast<HMENU>(static_cast<INT_PTR>(kStateLineId)), ModuleInstance(), nullptr);
 }
 
-void ShowStateLine(HWND dialog, int32_t threshold, bool isWorking) {
+void ShowStateLine(HWND dialog, int32_t threshold, bool isWorking, const wchar_t *instead) {
     const HWND line = GetDlgItem(dialog, kStateLineId);
     wchar_t text[kLineCapacity];
     const bool isShown = line && gViewTools.tableReady && !isWorking &&
-                         FormatLightCounts(CountLights(threshold), text, std::size(text));
+                         (instead || FormatLightCounts(CountLights(threshold), text, std::size(text)));
     if (isShown)
-        SetLine(line, text);
+        SetLine(line, instead ? instead : text);
     ShowControl(line, isShown);
     ShowControl(GetDlgItem(dialog, kProgressId), !isShown);
 }

@@ -18,5 +18,6 @@ bool FormatLightCounts(const LightCounts &counts, wchar_t *text, size_t capacity
 
 // Makes the line in the place of the progress bar, before the layout is recorded.
 void AddStateLine(HWND dialog);
-// Shows the line for the present state, or the progress bar while it is at work or nothing is known yet.
-void ShowStateLine(HWND dialog, int32_t threshold, bool isWorking);
+// Shows the line for the present state, or `instead` when it is not null, or the progress bar while it is at
+// work or nothing is known yet.
+void ShowStateLine(HWND dialog, int32_t threshold, bool isWorking, const wchar_t *instead = nullptr);
