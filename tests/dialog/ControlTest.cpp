@@ -5,6 +5,8 @@
 #include "ui/window/DialogMessages.h"
 
 #include <algorithm>
+#include <map>
+#include <oleacc.h>
 #include <set>
 
 namespace {
@@ -14,6 +16,38 @@ protected:
     void ExpectResult(const ParameterSet &wanted) {
         EXPECT_EQ(SetInHandle(), wanted);
         EXPECT_EQ(DifferentSamples(filterHost.document, FilteredNight(before, wanted)), 0);
+    }
+    struct Told {
+        LONG role;
+        std::wstring name, value = L"", description = L"";
+        LONG state = 0;
+    };
+    // With `act` the control's own action is done first.
+    Told Accessible(int id, bool act = false) {
+        IAccessible *object = nullptr;
+        AccessibleObjectFromWindow(Item(id), static_cast<DWORD>(OBJID_CLIENT), __uuidof(IAccessible),
+                                   reinterpret_cast<void **>(&object));
+        if (!object)
+            return {};
+        VARIANT self = {}, role = {}, state = {};
+        self.vt = VT_I4;
+        if (act) {
+            object->accDoDefaultAction(self);
+            Pump();
+        }
+        const auto text = [&](HRESULT (STDMETHODCALLTYPE IAccessible::*get)(VARIANT, BSTR *)) {
+            BSTR given = nullptr;
+            (object->*get)(self, &given);
+            const std::wstring kept = given ? given : L"";
+            SysFreeString(given);
+            return kept;
+        };
+        object->get_accRole(self, &role);
+        object->get_accState(self, &state);
+        const Told told = {role.lVal, text(&IAccessible::get_accName), text(&IAccessible::get_accValue),
+                           text(&IAccessible::get_accDescription), state.lVal};
+        object->Release();
+        return told;
     }
     // The tooltip window, once it is shown for a control that the pointer rests on.
     HWND RestOn(int id) {
@@ -120,6 +154,86 @@ TEST_F(DialogControls, AGrayImageHasNoColors) {
             PressCancel();
         });
     }
+}
+
+// Through the calls that screen readers make.
+TEST_F(DialogControls, EveryControlTellsWhatItIs) {
+    constexpr LONG button = ROLE_SYSTEM_PUSHBUTTON, menu = ROLE_SYSTEM_BUTTONMENU;
+    std::map<int, Told> wanted = {
+        {kLogo, {button, L"About Brillatrix Pro"}},
+        {kSettingsCombo, {ROLE_SYSTEM_COMBOBOX, L"Settings", L"<Default Settings>"}},
+        {kEffectCombo, {ROLE_SYSTEM_COMBOBOX, L"Effect", L"Standard Star"}},
+        {kSettingsIcon, {menu, L"Settings menu"}},
+        {kCompare, {button, L"Compare with the image without stars"}},
+        {kPanIcon, {button, L"Pan tool"}},
+        {kZoomIcon, {button, L"Zoom tool"}},
+        {kHideIcon, {button, L"Hide Effects tool"}},
+        {kShowIcon, {button, L"Show Hidden Effects tool"}},
+        {kZoomOutButton, {button, L"Zoom out"}},
+        {kZoomInButton, {button, L"Zoom in"}},
+        {kZoomText, {menu, L"Zoom", L" 100.00%"}},
+        {kZoomArrow, {menu, L"Zoom menu", L" 100.00%"}},
+        {kMakerLogo, {ROLE_SYSTEM_LINK, L"Nexorvanta Software web site"}},
+        {1083, {ROLE_SYSTEM_GRIP, L"Size the dialog"}}};
+    filterHost.document = before = MakeNight({.colourPlanes = 1});
+    HoldTable();
+    RunDialog([&] {
+        EXPECT_TRUE(Accessible(kHideIcon).state & STATE_SYSTEM_UNAVAILABLE);
+        ReleaseTable();
+        Settle();
+        wanted[kDisplay] = {ROLE_SYSTEM_GRAPHIC, L"Preview", Text(kStateLine)};
+        for (const ParameterPair &pair : kPairs) {
+            const std::wstring name = Text(pair.trackbar), value = pair.Shown(Position(pair.trackbar));
+            wanted[pair.edit] = {ROLE_SYSTEM_TEXT, name, value};
+            wanted[pair.trackbar] = {ROLE_SYSTEM_SLIDER, name, value};
+        }
+        wanted[1059] = {button, L"More Angle"};
+        for (const auto &[id, expected] : wanted) {
+            const Told told = Accessible(id);
+            EXPECT_EQ(told.role, expected.role) << id;
+            EXPECT_EQ(told.name, expected.name);
+            EXPECT_EQ(told.value, expected.value) << id;
+            const bool isReached = (GetWindowLongW(Item(id), GWL_STYLE) & WS_TABSTOP) != 0;
+            EXPECT_EQ(told.state & ~(STATE_SYSTEM_FOCUSED | STATE_SYSTEM_HASPOPUP | STATE_SYSTEM_PRESSED),
+                      isReached ? STATE_SYSTEM_FOCUSABLE : 0)
+                << id;
+        }
+        EXPECT_EQ(Accessible(kPairs[6].edit).description, L"No effect: this image is grayscale");
+        // What they do, and how it is told.
+        for (const int tool : {kHideIcon, kPanIcon}) {
+            Accessible(tool, true);
+            for (const int other : {kPanIcon, kZoomIcon, kHideIcon, kShowIcon})
+                EXPECT_EQ((Accessible(other).state & STATE_SYSTEM_PRESSED) != 0, other == tool) << other;
+        }
+        Accessible(1059, true);
+        EXPECT_EQ(SetInHandle().angle, kDefaultParameters.angle + 1);
+        SetFocus(Item(kZoomIcon));
+        EXPECT_TRUE(Accessible(kZoomIcon).state & STATE_SYSTEM_FOCUSED);
+        Key(VK_SPACE);
+        EXPECT_TRUE(Accessible(kZoomIcon).state & STATE_SYSTEM_PRESSED);
+        SetFocus(Item(kPanIcon));
+        Key(VK_RETURN);
+        EXPECT_TRUE(Accessible(kPanIcon).state & STATE_SYSTEM_PRESSED);
+        PressCancel();
+    });
+}
+
+// A press that leaves a logo before the button comes up is none.
+TEST_F(DialogControls, LogosActWhenTheButtonComesUpOnThem) {
+    RunDialog([this] {
+        for (const int logo : {kLogo, kMakerLogo}) {
+            const POINT outside = {-4, 3}, inside = {5, 5};
+            const auto acted = [this] { return boxes.size() + gAnswers.opened.size(); };
+            const size_t count = acted();
+            DragOn(Item(logo), inside, outside, 1);
+            DragOn(Item(logo), outside, outside, 1);
+            SendMouse(Item(logo), WM_LBUTTONUP, inside);
+            EXPECT_EQ(acted(), count) << logo;
+            DragOn(Item(logo), inside, {6, 6}, 1);
+            EXPECT_EQ(acted(), count + 1) << logo;
+        }
+        PressCancel();
+    });
 }
 
 TEST_F(DialogControls, TypesAreShownBesideTheirNames) {

@@ -158,6 +158,7 @@ TEST_F(DialogKeys, KeysPressButtonsPickToolsAndOpenMenus) {
 // Once round: every control that takes input, each once, the pairs in their order, the buttons last.
 TEST_F(DialogKeys, TabGoesEverywhereInOrder) {
     RunDialog([this] {
+        Settle();
         std::vector<int> order, expected = {kSettingsCombo, kEffectCombo, kEffectsOnly};
         HWND at = Item(kSettingsCombo);
         do {
@@ -166,7 +167,8 @@ TEST_F(DialogKeys, TabGoesEverywhereInOrder) {
         } while (at != Item(kSettingsCombo) && order.size() < 100);
         for (const ParameterPair &pair : kPairs) // the arrow keys of a field move its trackbar
             expected.push_back(pair.edit);
-        expected.insert(expected.end(), {kPreviewBox, kHelp, kDisplay, IDOK, IDCANCEL});
+        expected.insert(expected.end(), {kPreviewBox, kHelp, kPanIcon, kZoomIcon, kHideIcon, kShowIcon,
+                                         kDisplay, IDOK, IDCANCEL, kCompare});
         EXPECT_EQ(order, expected);
         SetFocus(Item(kPairs[10].edit));
         Key(VK_TAB);

@@ -1,6 +1,7 @@
 #include "ui/about/MakersLogo.h"
 
 #include "resources/DialogControlIds.h"
+#include "ui/look/PictureButton.h"
 #include "web/MakerAddresses.h"
 
 #include <commctrl.h>
@@ -19,8 +20,11 @@ LRESULT CALLBACK LogoProc(HWND window, UINT message, WPARAM wParam, LPARAM lPara
         return TRUE;
     case WM_NCHITTEST: // a static without notifications answers transparent
         return HTCLIENT;
-    case WM_LBUTTONUP:
-        OpenAddress(GetParent(window), kWebAddress);
+    }
+    bool isClick = false;
+    if (TakePress(window, message, lParam, &isClick)) {
+        if (isClick)
+            OpenAddress(GetParent(window), kWebAddress);
         return 0;
     }
     return DefSubclassProc(window, message, wParam, lParam);

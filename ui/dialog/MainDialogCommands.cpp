@@ -9,6 +9,7 @@
 #include "ui/dialog/EffectList.h"
 #include "ui/dialog/MainDialogState.h"
 #include "ui/fields/ParameterControls.h"
+#include "ui/fields/ParameterLabels.h"
 #include "ui/settings/SettingsMenu.h"
 #include "ui/view/ViewMenu.h"
 #include "ui/view/ViewTools.h"
@@ -160,6 +161,8 @@ bool OnDialogCommand(HWND dialog, int id, int notification, LPARAM lParam) {
         OnSettingsCombo(dialog, notification);
         return true;
     }
+    if (notification == STN_CLICKED && OnParameterPicture(id))
+        return true;
     if (notification == EN_CHANGE && OnParameterEditChanged(id))
         return true;
     return OnPicture(dialog, id, notification);

@@ -21,6 +21,7 @@
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/look/DialogPictures.h"
+#include "ui/look/PictureButton.h"
 #include "ui/look/PreviewFrame.h"
 #include "ui/settings/ParameterSetList.h"
 #include "ui/settings/SettingsMenu.h"
@@ -59,6 +60,9 @@ void ShowFocusMarks(HWND dialog) {
 
 void SetUpControls(HWND dialog) {
     SubclassMakersLogo(dialog);
+    MakePictureClickOnRelease(GetDlgItem(dialog, kProductLogoId));
+    for (const int tool : {kPanIconId, kZoomIconId, kHideIconId, kShowIconId})
+        MakePictureReachable(GetDlgItem(dialog, tool));
     gMainDialog.tooltips = CreateDialogTooltips(dialog);
     SubclassDropDownList(GetDlgItem(dialog, kSettingsComboId), kCustomSettings);
     SubclassDropDownList(GetDlgItem(dialog, kEffectComboId), nullptr);

@@ -59,6 +59,20 @@ bool OnParameterPicturePressed(HWND dialog, POINT client) {
     return false;
 }
 
+bool OnParameterPicture(int controlId) {
+    for (int i = 0; i < kParameterControlCount; ++i) {
+        ParameterControl &row = gParameterControls[i];
+        const int direction = (controlId == kPairIds[i].more) - (controlId == kPairIds[i].less);
+        if (direction == 0 || !IsBound(row))
+            continue;
+        ++gFieldGesture;
+        StepParameterValue(&row, direction * row.arrowStep);
+        ++gFieldGesture;
+        return true;
+    }
+    return false;
+}
+
 bool OnParameterPictureTimer(HWND dialog, UINT_PTR timer) {
     if (timer != kRepeatTimer)
         return false;

@@ -3,6 +3,7 @@
 #include "diag/module/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
 #include "ui/display/PreviewComparison.h"
+#include "ui/look/PictureButton.h"
 
 #include <commctrl.h>
 
@@ -26,7 +27,17 @@ LRESULT CALLBACK CompareProc(HWND window, UINT message, WPARAM wParam, LPARAM lP
             ReleaseCapture();
         return 0;
     case WM_CAPTURECHANGED:
+    case WM_KILLFOCUS:
         EndComparison();
+        break;
+    case WM_KEYDOWN:
+    case WM_KEYUP:
+        if (wParam != VK_SPACE)
+            break;
+        if (message == WM_KEYDOWN)
+            BeginComparison();
+        else
+            EndComparison();
         return 0;
     }
     return DefSubclassProc(window, message, wParam, lParam);
@@ -42,6 +53,7 @@ void AddCompareButton(HWND dialog) {
         static_cast<int>(place.left), static_cast<int>(place.top), static_cast<int>(place.right - place.left),
         static_cast<int>(place.bottom - place.top), dialog,
         reinterpret_cast<HMENU>(static_cast<INT_PTR>(kCompareId)), ModuleInstance(), nullptr);
+    MakePictureReachable(button); // the other procedure goes first, to have the space bar
     if (button)
         SetWindowSubclass(button, CompareProc, kCompareSubclassId, 0);
 }

@@ -4,6 +4,7 @@
 #include "render/ParameterSet.h"
 #include "resources/DialogControlIds.h"
 #include "resources/ResourceIds.h"
+#include "ui/look/AccessibleControl.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/view/ViewTools.h"
 #include "ui/window/ScaledBitmap.h"
@@ -346,6 +347,6 @@ void FreeDialogPictures(HWND dialog) {
 void ShowDialogPicture(HWND dialog, int controlId, ToolPicture picture) {
     const HWND control = GetDlgItem(dialog, controlId);
     for (ControlPicture &row : gPictures)
-        if (control && row.controlId == controlId)
-            ShowPicture(control, &row, picture);
+        if (control && row.controlId == controlId && ShowPicture(control, &row, picture))
+            TellAccessibleState(control);
 }
