@@ -9,7 +9,7 @@ exec python3 - "$(cd "$(dirname "$0")/.." && pwd)" "$@" <<'PYTHON'
 import filecmp, hashlib, os, re, shutil, subprocess, sys, time
 
 root, room = sys.argv[1], sys.argv[2].rstrip('/') if len(sys.argv) > 2 else sys.exit('which room?')
-count, seed = int((sys.argv + ['20'])[3]), (sys.argv + [0, '1', '1'])[4] if len(sys.argv) > 4 else '1'
+count, seed = int(sys.argv[3]) if len(sys.argv) > 3 else 20, sys.argv[4] if len(sys.argv) > 4 else '1'
 TESTS = {  # of a folder or room; the longest name that fits counts
     'engine': 'engine_tests reference_tests', 'engine/InitializationTask.cpp': 'init_task_tests',
     'render': 'render_tests reference_tests', 'diag': 'diag_tests', 'storage': 'storage_tests ui_tests',
@@ -77,12 +77,13 @@ def build():
 
 
 def runs(test, limit):
-    program = [f'build/{preset}/bin/{test}.exe'] if preset == 'windows-x64' else [f'build/{preset}/bin/{test}']
-    how = [] if os.environ.get('MUTATE_ALL') else ['--gtest_fail_fast']
-    wrapper = ['sh', 'cmake/wine-run.sh'] if preset == 'windows-x64' else []
+    program = f'build/{preset}/bin/{test}'
+    command = ['sh', 'cmake/wine-run.sh', program + '.exe'] if preset == 'windows-x64' else [program]
+    if 'MUTATE_ALL' not in os.environ:
+        command.append('--gtest_fail_fast')
     try:
         with open(f'{scratch}/build/{test}.log', 'w') as log:
-            if subprocess.run(wrapper + program + how, cwd=scratch, timeout=limit, stdout=log, stderr=log,
+            if subprocess.run(command, cwd=scratch, timeout=limit, stdout=log, stderr=log,
                               stdin=subprocess.DEVNULL).returncode == 0:
                 return []
     except subprocess.TimeoutExpired:
@@ -91,33 +92,29 @@ def runs(test, limit):
     return list(cases) or [test]
 
 
-def main():
-    limits = {}
-    build() or sys.exit('mutate.sh: the room does not build')
-    for test in wanted:
-        start = time.time()
-        runs(test, 1200) and sys.exit(f'mutate.sh: {test} fails without a fault')
-        limits[test] = 10 * (time.time() - start) + 10
-    planted = caught = 0
-    for _, path, number, column, old, new in choose():
-        lines = open(f'{scratch}/{path}').read().split('\n')
-        line = lines[number]
-        lines[number] = line[:column] + new + line[column + len(old):]
-        open(f'{scratch}/{path}', 'w').write('\n'.join(lines))
-        if build():
-            failing = []
-            for test in wanted:
+limits = {}
+build() or sys.exit('mutate.sh: the room does not build')
+for test in wanted:
+    start = time.time()
+    runs(test, 1200) and sys.exit(f'mutate.sh: {test} fails without a fault')
+    limits[test] = 10 * (time.time() - start) + 10
+planted = caught = 0
+for _, path, number, column, old, new in choose():
+    whole = open(f'{scratch}/{path}').read()
+    lines = whole.split('\n')
+    line = lines[number]
+    lines[number] = line[:column] + new + line[column + len(old):]
+    open(f'{scratch}/{path}', 'w').write('\n'.join(lines))
+    if build():
+        failing = []
+        for test in wanted:
+            if not failing or 'MUTATE_ALL' in os.environ:
                 failing += runs(test, limits[test])
-                if failing and not os.environ.get('MUTATE_ALL'):
-                    break
-            planted, caught = planted + 1, caught + bool(failing)
-            print(f'{"caught" if failing else "MISSED"} {path}:{number + 1}: {old} -> {new} in: {line.strip()}',
-                  '|', ' '.join(failing), flush=True)
-        open(f'{scratch}/{path}', 'w').write('\n'.join(lines[:number] + [line] + lines[number + 1:]))
-        if planted == count:
-            break
-    print(f'{room}: {caught} of {planted} faults caught')
-
-
-main()
+        planted, caught = planted + 1, caught + bool(failing)
+        print(f'{"caught" if failing else "MISSED"} {path}:{number + 1}: {old} -> {new} in: {line.strip()}', '|',
+              ' '.join(failing), flush=True)
+    open(f'{scratch}/{path}', 'w').write(whole)
+    if planted == count:
+        break
+print(f'{room}: {caught} of {planted} faults caught')
 PYTHON

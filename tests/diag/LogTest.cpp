@@ -245,13 +245,4 @@ TEST_F(Log, OpeningFailuresAreReported) {
                             "Can't allocate a debug log file for 'Brillatrix Pro''");
 }
 
-// Another host that starts meanwhile moves the log of this run away; it must neither fail nor lose lines.
-TEST_F(Log, CanBeReadMovedAndDeletedWhileOpen) {
-    Open();
-    EXPECT_TRUE(MoveFileA(LogPath().c_str(), (folder / "moved").c_str()));
-    WriteLogLine("after the move\n");
-    EXPECT_NE(ReadLogText(folder / "moved").find("after the move\n"), std::string::npos);
-    EXPECT_TRUE(DeleteFileA((folder / "moved").c_str()));
-}
-
 } // namespace

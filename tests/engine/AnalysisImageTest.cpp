@@ -11,20 +11,6 @@ namespace {
 
 using AnalysisImageTest = EngineTest;
 
-TEST_F(AnalysisImageTest, AWindowWithNoPixelTakesTheNearestColumnOrRow) {
-    // The first analysis pixel of this picture points four document pixels before it.
-    for (const bool isTall : {false, true}) {
-        const IntRect wide = {1003, 0, 1003 + 3960, 1}, tall = {0, 1003, 1, 1003 + 3960};
-        TestImage image(kModeGray8, 1, 0, isTall ? tall : wide, false);
-        image.buffer.pixels[0] = 90;
-        image.buffer.pixels[3959] = 200;
-        const TestWorker worker(image.buffer);
-        const IntRect &bounds = worker.shared.image.bounds;
-        ASSERT_EQ(isTall ? bounds.top : bounds.left, 303);
-        EXPECT_EQ(FetchPixel(worker.shared.image, bounds.left, bounds.top).red, WorkingFrom8(90));
-    }
-}
-
 TEST_F(AnalysisImageTest, AThinPictureBesideTheOriginKeepsAPixel) {
     for (int32_t top = -28; top <= 1; ++top)
         for (const bool isTall : {false, true}) {

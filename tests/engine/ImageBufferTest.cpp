@@ -19,26 +19,6 @@ bool IsUntouched(const ImageBuffer &buffer) {
     return memcmp(&buffer, &fresh, sizeof buffer) == 0;
 }
 
-TEST_F(ImageBufferTest, DescribesPlanesOfEveryDepth) {
-    for (const int32_t bytes : {1, 2, 4})
-        for (const int32_t transparency : {0, 1})
-            for (const int32_t mode : {kModeGray8, kModeRgb8}) {
-                TestImage image(mode, bytes, transparency, IntRect{-3, 5, 4, 8}, true);
-                const ImageBuffer &b = image.buffer;
-                EXPECT_EQ(b.colorPlanes, mode == kModeGray8 ? 1 : 3);
-                EXPECT_EQ(b.width, 7);
-                EXPECT_EQ(b.height, 3);
-                EXPECT_EQ(b.bitsPerSample, bytes * 8);
-                EXPECT_EQ(b.pixelBytes, 21 * bytes * PlaneCount(b));
-                EXPECT_EQ(b.maskBytes, 21);
-                for (int32_t i = 0; i < kMaxPlanes; ++i)
-                    EXPECT_EQ(b.planes[i], i < PlaneCount(b) ? b.pixels + i * bytes * 21 : nullptr);
-                EXPECT_EQ(b.pixels[b.pixelBytes - 1], 0);
-                EXPECT_EQ(b.mask[20], 0);
-                EXPECT_EQ(BufferBytesInUse(), b.pixelBytes + b.maskBytes);
-            }
-}
-
 TEST_F(ImageBufferTest, RefusesShapesThatCannotBe) {
     struct Case {
         int32_t bytes, transparency;

@@ -2,14 +2,11 @@
 #include "engine/SerialBuild.h"
 #include "engine/table/LightSourceTable.h"
 #include "tests/support/PhotoImage.h"
-#include "tests/support/ThreadedBuild.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -92,35 +89,6 @@ TEST_F(PhotoTest, StarsSitOnTheirLights) {
         EXPECT_GT(stars, 0) << name;
         EXPECT_EQ(0, off) << name;
     }
-}
-
-TEST_F(PhotoTest, EveryRunWithThreadsGivesTheTableOfTheBandsInOrder) {
-    const std::atomic<uint8_t> cancel{0};
-    const int runs = std::getenv("BRILLATRIX_TEST_LONG") ? 200 : 2;
-    int photos = 0;
-    for (const auto &entry : std::filesystem::directory_iterator(folder)) {
-        if (entry.path().extension() == ".md")
-            continue;
-        SCOPED_TRACE(entry.path().filename().string());
-        Find(entry.path().filename().string().c_str());
-        if (HasFatalFailure())
-            return;
-        ++photos;
-        for (int32_t workers = 1; workers <= kMaxWorkers; ++workers) {
-            ASSERT_EQ(kNoError, BuildLightSourceTable(image, workers, cancel));
-            const LightSourceTableView serial = GetLightSourceTable();
-            const std::vector<LightSource> expected(serial.records, serial.records + serial.count);
-            for (int run = 0; run < runs; ++run) {
-                ASSERT_EQ(kNoError, ThreadedBuild().Run(image, workers, cancel, ScanOnThreads));
-                const LightSourceTableView found = GetLightSourceTable();
-                ASSERT_EQ(expected.size(), found.count) << workers << " workers";
-                ASSERT_TRUE(found.count == 0 ||
-                            memcmp(expected.data(), found.records, found.count * sizeof(LightSource)) == 0)
-                    << workers << " workers";
-            }
-        }
-    }
-    EXPECT_EQ(11, photos);
 }
 
 TEST_F(PhotoTest, LargeWhiteAreasGetNoStars) {

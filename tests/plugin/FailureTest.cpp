@@ -101,25 +101,14 @@ auto Breaking(Answer (*procedure)(Arguments...)) {
 TEST_F(Failing, ACallOfTheHostMayThrowOrRaise) {
     const std::pair<const char *, void (*)(FilterRecord &)> cases[] = {
         {"progress", [](FilterRecord &r) { r.progressProc = Breaking(r.progressProc); }},
-        {"abort", [](FilterRecord &r) { r.abortProc = Breaking(r.abortProc); }},
         {"advance", [](FilterRecord &r) { r.advanceState = Breaking(r.advanceState); }},
-        {"new", [](FilterRecord &r) { r.handleProcs->newProc = Breaking(r.handleProcs->newProc); }},
-        {"size", [](FilterRecord &r) { r.handleProcs->getSizeProc = Breaking(r.handleProcs->getSizeProc); }},
         {"lock", [](FilterRecord &r) { r.handleProcs->lockProc = Breaking(r.handleProcs->lockProc); }},
-        {"unlock",
-         [](FilterRecord &r) { r.handleProcs->unlockProc = Breaking<true>(r.handleProcs->unlockProc); }},
-        {"acquire", [](FilterRecord &r) { r.sSPBasic->AcquireSuite = Breaking(r.sSPBasic->AcquireSuite); }},
         {"release",
          [](FilterRecord &r) { r.sSPBasic->ReleaseSuite = Breaking<true>(r.sSPBasic->ReleaseSuite); }},
         {"read key",
          [](FilterRecord &r) {
              ReadDescriptorProcs *procs = r.descriptorParameters->readDescriptorProcs;
              procs->getKeyProc = Breaking(procs->getKeyProc);
-         }},
-        {"close reader",
-         [](FilterRecord &r) {
-             ReadDescriptorProcs *procs = r.descriptorParameters->readDescriptorProcs;
-             procs->closeReadDescriptorProc = Breaking<true>(procs->closeReadDescriptorProc);
          }},
         {"write value", [](FilterRecord &r) {
              WriteDescriptorProcs *procs = r.descriptorParameters->writeDescriptorProcs;

@@ -169,23 +169,6 @@ TEST_F(ImageRun, SelectionMaskLimitsTheLights) {
     EXPECT_NE(DifferentSamples(filterHost.document, FilteredNight(unselected, Parameters())), 0);
 }
 
-TEST_F(ImageRun, FloatsThatAreNoNumbersComeBackUntouched) {
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    const double odd[] = {std::nan(""), kInfinity, -kInfinity, -3.0, 1e30, 1.5};
-    host::Document before = MakeNight({.depth = 32, .hasTransparency = true});
-    for (int32_t i = 0; i < 6; ++i)
-        for (int32_t plane = 0; plane < 3; ++plane)
-            host::SetSample(before, plane, i, 0, odd[i]);
-    filterHost.document = before;
-    ParameterSet none = Parameters(); // nothing is laid
-    none.intensity = none.secondaryIntensity = none.softFlareBrightness = 0;
-    RunWith(none);
-    EXPECT_EQ(DifferentSamples(filterHost.document, before), 0);
-    filterHost.document = before;
-    RunWith(Parameters());
-    EXPECT_EQ(DifferentSamples(filterHost.document, FilteredNight(before, Parameters())), 0);
-}
-
 // Some hosts send an 8-bit mode with a greater depth, or no depth at all.
 TEST_F(ImageRun, DepthDecidesBeforeTheMode) {
     for (const int32_t colours : {1, 3}) {

@@ -71,26 +71,6 @@ TEST_F(Script, NumbersAreRoundedAndKeptAsFarAsTheyFit) {
     EXPECT_EQ(SetInHandle().numberOfPoints, 32767);
 }
 
-// The stored set keeps wild values; the picture is made with values in range, and nothing hangs.
-TEST_F(Script, WildValuesRunThrough) {
-    ParameterSet wild = kDefaultParameters;
-    wild.numberOfPoints = 0;
-    wild.rainbowFrequency = 107;
-    wild.intensity = -50;
-    wild.angle = 32767;
-    wild.length = -32768;
-    wild.threshold = 30000;
-    wild.effectType = 0x12345678;
-    for (const int16_t points : {int16_t{0}, int16_t{-1}, int16_t{32767}}) {
-        wild.numberOfPoints = points;
-        filterHost.document = host::MakeDocument(60, 40, 8, 3, false);
-        host::SetSample(filterHost.document, 0, 30, 20, 255);
-        EXPECT_EQ(RunScript(ScriptOf(wild)).code, kNoError);
-        EXPECT_EQ(SetInHandle(), wild);
-    }
-    ExpectCleanHost();
-}
-
 TEST_F(Script, UnknownKeysAndValuesOfAnotherTypeAreSkipped) {
     host::Descriptor script;
     host::PutValue(script, host::IntegerValue(kKeyOutputSpikesOnly, 1));

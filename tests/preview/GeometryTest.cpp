@@ -60,19 +60,3 @@ TEST(PreviewGeometry, UnscaledRectangleIsEveryPixelUnderIt) {
                     !Touch(scaled.right - 1, document.right, zoom));
     }
 }
-
-TEST(PreviewGeometry, ViewAndWindowLieAroundTheCentre) {
-    const PreviewGeometry geometry{{0, 0, 4000, 3000}, {1, 1, 801, 502}, 2000, 1500, 100.0};
-    EXPECT_TRUE(Same(VisibleRect(geometry), {1600, 1250, 2400, 1751}));
-    EXPECT_TRUE(Same(WindowAroundView(geometry, 1.0), {800, 749, 3200, 2252})); // three displays each way
-    EXPECT_TRUE(Same(ImageInClient(geometry), {-1599, -1249, 2401, 1751}));
-
-    PreviewGeometry corner = geometry;
-    corner.centerX = 400;
-    corner.centerY = 250;
-    EXPECT_TRUE(Same(WindowAroundView(corner, 1.0), {0, 0, 1600, 1002}));
-    corner.centerX = -5000; // beside the image
-    EXPECT_TRUE(Same(WindowAroundView(corner, 1.0), {0, 0, 1, 1002}));
-    corner.centerX = 9000;
-    EXPECT_TRUE(Same(WindowAroundView(corner, 1.0), {3999, 0, 4000, 1002}));
-}

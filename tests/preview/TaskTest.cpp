@@ -117,22 +117,6 @@ TEST(ProxyUpdateTask, QuickPreviewRepaintsOnce) {
     EXPECT_EQ(moved[0].right, 0);
 }
 
-TEST(ProxyUpdateTask, AChangeWhileTheSurroundingsRenderStartsQuietlyToo) {
-    PreviewRun run(3000, 2000, 20);
-    ASSERT_TRUE(run.Start());
-    PreviewRequest request = MakeTestRequest(run.View(100.0, 300, 200));
-    for (int i = 0; i < 5; ++i) {
-        ++request.parameters[kLength];
-        RequestPreview(request);
-        run.messages.clear();
-        ASSERT_TRUE(run.WaitUntil([&] { // two tiles are visible, the others are not
-            return std::any_of(run.messages.begin(), run.messages.end(),
-                               [](const SentMessage &m) { return m.wParam > 3 && m.lParam == 2; });
-        }));
-        EXPECT_FALSE(IsRegionFilled(gProxies.InvalidateDisplayRegion));
-    }
-}
-
 // No request lives long enough to be finished, and still the picture follows, each time in one piece.
 TEST(ProxyUpdateTask, DraftsOfTheWholeViewFollowADrag) {
     PreviewRun run(3000, 2000, 200);
@@ -272,28 +256,6 @@ TEST(ProxyUpdateTask, StopsAtAnyMomentAndLeavesNothing) {
         StopProxyUpdateTask();
     }
     EXPECT_EQ(BufferBytesInUse(), bytes);
-}
-
-TEST(ProxyUpdateTask, StopsPromptlyWhileTheTableIsBeingBuilt) {
-    DWORD longest = 0;
-    for (int i = 0; i < 4; ++i) {
-        PreviewRun run(2400, 1800, 400);
-        ASSERT_TRUE(run.Start());
-        RequestPreview(MakeTestRequest(run.View(33.33)));
-        Sleep(static_cast<DWORD>(i) * 20);
-        if (WaitLightSourceTable(nullptr, nullptr, 0))
-            continue; // too fast for this test
-        gFloor = 16383;
-        const DWORD start = GetTickCount();
-        StopProxyUpdateTask();
-        longest = std::max(longest, GetTickCount() - start);
-        if (!WaitLightSourceTable(nullptr, nullptr, 0)) {
-            EXPECT_EQ(gFloor, 16383u); // the detection's mode is left alone
-        }
-        EXPECT_TRUE(Only(run.messages, kMsgTableReady, 0).empty());
-    }
-    std::printf("longest stop %lu ms\n", longest);
-    EXPECT_LT(longest, 200u); // a slice of 50 ms, and what else the machine is doing
 }
 
 TEST(ProxyUpdateTask, FailingCreationsAreReportedAndOnlyTheThreadsAndTheImagesAreFatal) {

@@ -132,26 +132,27 @@ TEST_F(AppFolders, EachResultOfCreatingAFolderIsTold) {
         EXPECT_TRUE(MakeUserDataFolder("X:\\a")) << result;
         EXPECT_EQ(Messages(), Strings{});
     }
-    const std::vector<std::pair<int, std::string>> failures = {
-        {3, "SHCreateDirectoryEx failed.  Result = '3' and Last Error = '1F'"},
-        {161, "SHCreateDirectoryEx failed.  Result = 'A1' and Last Error = '1F'"},
-        {206, "SHCreateDirectoryEx failed.  Result = 'CE' and Last Error = '1F'"},
-        {1223, "SHCreateDirectoryEx failed.  Result = '4C7' and Last Error = '1F'"},
-        {5, "SHCreateDirectoryEx failed with unexpected Result = '5' and Last Error = '1F'"}};
-    for (const auto &[result, message] : failures) {
+    for (const auto &[result, told] : {std::pair(3, ".  Result = '3'"),
+                                       {161, ".  Result = 'A1'"},
+                                       {206, ".  Result = 'CE'"},
+                                       {1223, ".  Result = '4C7'"},
+                                       {5, " with unexpected Result = '5'"}}) {
         gShellFolders.createResult = result;
         EXPECT_FALSE(MakeUserDataFolder("X:\\a"));
-        EXPECT_EQ(Messages(), Strings{message});
+        EXPECT_EQ(Messages(),
+                  Strings{std::string("SHCreateDirectoryEx failed") + told + " and Last Error = '1F'"});
     }
+    const std::string refused =
+        "SHCreateDirectoryEx failed with unexpected Result = '5' and Last Error = '1F'";
     EXPECT_FALSE(InitAppFolders("Brillatrix", "Brillatrix Pro"));
     EXPECT_EQ(
         Messages(),
         (Strings{
-            failures[4].second,
+            refused,
             "MakeUserDataFolder() failed with Settings Subdirectory = 'Nexorvanta\\Brillatrix\\Settings'",
-            failures[4].second,
+            refused,
             "MakeUserDataFolder() failed with Parameters Subdirectory = 'Nexorvanta\\Brillatrix\\Parameters'",
-            failures[4].second,
+            refused,
             "MakeUserDataFolder() failed with DebugLog Subdirectory = 'Nexorvanta\\Brillatrix\\Logs'",
         }));
 }

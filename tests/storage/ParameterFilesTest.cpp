@@ -16,7 +16,6 @@ namespace {
 using Strings = std::vector<std::string>;
 
 constexpr ParameterBlock kIdentity = {{0, 0, 0, 0, 0, 0, 5, 0}};
-constexpr char kObsoleteTitle[] = "Warning - Failed to Read Initial Settings Parameters";
 constexpr char kInvalidTitle[] = "Warning - Failed to Read Saved Parameter Set"; // as for a named set
 
 // A stand-in for the frame's accessor: keeps what is committed, converts only when told to.
@@ -97,20 +96,13 @@ std::string Warning(const char *title, const std::string &message) {
     return std::string("1 48 ") + title + ": " + message;
 }
 
-Strings ObsoleteReports(unsigned major, unsigned minor, unsigned revision, unsigned build) {
-    char mismatch[200], obsolete[400];
-    snprintf(mismatch, sizeof mismatch,
-             "User Setting File version mismatch. File Version = '%u','%u','%u','%u'", major, minor, revision,
-             build);
-    snprintf(
-        obsolete, sizeof obsolete,
-        "Your Initial Settings Parameter Set file was saved in an obsolete format and is being deleted.  "
-        "Parameters will be set to defaults.\r\n\r\nFile Version: Major Version = '%u', Minor Version = "
-        "'%u', "
-        "Revision = '%u', Build = '%u'",
-        major, minor, revision, build);
-    return {DebugLine(mismatch), Warning(kObsoleteTitle, obsolete)};
-}
+// Of a file without a version.
+const Strings kObsoleteReports = {
+    DebugLine("User Setting File version mismatch. File Version = '0','0','0','0'"),
+    Warning("Warning - Failed to Read Initial Settings Parameters",
+            "Your Initial Settings Parameter Set file was saved in an obsolete format and is being deleted.  "
+            "Parameters will be set to defaults.\r\n\r\nFile Version: Major Version = '0', Minor Version = "
+            "'0', Revision = '0', Build = '0'")};
 
 TEST_F(InitialSettings, AWholeFileIsCommittedWhateverFollowsTheRecord) {
     for (const size_t size :
@@ -140,7 +132,7 @@ TEST_F(InitialSettings, AShortFileIsNeverCommittedAndGoes) {
         if (size == 0) {
             EXPECT_EQ(reports, (Strings{DebugLine("fread() failed with errno = '0'"), invalid}));
         } else if (size <= 6) {
-            EXPECT_EQ(reports, ObsoleteReports(0, 0, 0, 0)) << size;
+            EXPECT_EQ(reports, kObsoleteReports) << size;
         } else {
             EXPECT_EQ(reports, Strings{invalid}) << size;
         }

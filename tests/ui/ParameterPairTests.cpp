@@ -247,23 +247,6 @@ TEST_F(ParameterPairs, PressesOnTheThumbDoNotMoveItAndBesideItStepAPage) {
     EXPECT_EQ(told(end), PointParam(end.x, end.y));
 }
 
-TEST_F(ParameterPairs, TrackbarsWithTheFocusKeepThePairTogether) {
-    for (const HWND focus : {Trackbar(kLength), Edit(kLength), Trackbar(kLength)}) {
-        SetFocus(focus);
-        EXPECT_TRUE(IsEditing(kLength));
-    }
-    for (const int changes : {1, 0}) {
-        PressKey(Trackbar(kLength), VK_END);
-        EXPECT_EQ(gPairs.parameters.length, 100);
-        EXPECT_EQ(EditText(kLength), "100");
-        EXPECT_EQ(TakeChanges(), changes);
-    }
-    SetFocus(Trackbar(kAngle));
-    EXPECT_TRUE(!IsEditing(kLength) && IsEditing(kAngle));
-    LeaveField();
-    EXPECT_FALSE(IsEditing(kAngle));
-}
-
 TEST_F(ParameterPairs, RowsWithoutControlsTakeTheirDefaultsAndClosedOnesLetGo) {
     Close();
     Create();

@@ -295,21 +295,6 @@ TEST_F(DisplayInput, TheSpaceBarIsThePanTool) {
     Release(200, 150);
 }
 
-TEST_F(DisplayInput, AltChangesTheCursorUntilItIsReleased) {
-    Use(kToolHide);
-    ExpectCursor(kCursorHide);
-    HoldKeys(true, false);
-    SendMessageA(display, WM_SYSKEYDOWN, VK_MENU, 0x20000001);
-    ExpectCursor(kCursorShow);
-    SendMessageA(window, WM_ACTIVATEAPP, FALSE, 0);
-    ExpectCursor(kCursorHide); // another application is active
-    SendMessageA(display, WM_SETCURSOR, reinterpret_cast<WPARAM>(display), MAKELPARAM(HTCLIENT, 0));
-    EXPECT_EQ(GetCursor(), LoadDisplayCursor(kCursorShow));
-    HoldKeys(false, false);
-    SendMessageA(display, WM_SYSKEYUP, VK_MENU, static_cast<LPARAM>(0xC0000001u));
-    ExpectCursor(kCursorHide);
-}
-
 TEST_F(DisplayInput, AnswersOfTheControlAndItsCursors) {
     EXPECT_EQ(SendMessageA(display, WM_GETDLGCODE, 0, 0), 257);
     EXPECT_EQ(SendMessageA(display, WM_ERASEBKGND, 0, 0), 1);

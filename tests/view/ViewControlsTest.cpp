@@ -109,14 +109,11 @@ TEST_F(ViewControls, EveryZoomAndEverySizeAsksForAPreviewAndRedraws) {
 }
 
 TEST_F(ViewControls, MenuItemsSetTheirZooms) {
-    const std::map<int, std::pair<std::string, double>> expected = {
-        {40017, {"6%", 6.25}},           {40016, {"12%", 12.5}},       {40015, {"25%", 25}},
-        {40014, {"33%", 33.33}},         {40013, {"50%", 50}},         {40012, {"66%", 66.67}},
-        {40011, {"100%", 100}},          {40010, {"200%", 200}},       {40009, {"300%", 300}},
-        {40008, {"400%", 400}},          {40007, {"600%", 600}},       {40006, {"800%", 800}},
-        {40005, {"1000%", 1000}},        {40004, {"1200%", 1200}},     {40003, {"1600%", 1600}},
-        {40018, {"Actual Pixels", 100}}, {40019, {"Fit in View\tCtrl+O", 10}},
-    };
+    std::map<int, std::pair<std::string, double>> expected = {{40018, {"Actual Pixels", 100}},
+                                                              {40019, {"Fit in View\tCtrl+O", 10}}};
+    for (int i = 0; i < 15; ++i) // the ladder down to 6.25 %
+        expected[40003 + i] = {std::to_string(static_cast<int>(kZoomLadder[18 - i])) + "%",
+                               kZoomLadder[18 - i]};
     ShowZoomMenu({7, 8}, TPM_BOTTOMALIGN | TPM_CENTERALIGN);
     const ZoomMenu asked = gZoomMenu;
     EXPECT_TRUE(asked.x == 7 && asked.y == 8 && asked.owner == window);

@@ -42,7 +42,7 @@ constexpr ControlPlace kControls[] = {
 };
 
 BOOL WINAPI AskMenu(HMENU menu, UINT flags, int x, int y, int, HWND owner, const RECT *) {
-    gZoomMenu = {gZoomMenu.command, gZoomMenu.error, x, y, flags, owner, {}, 0};
+    gZoomMenu = {gZoomMenu.command, x, y, flags, owner, {}, 0};
     for (int i = 0; i < GetMenuItemCount(menu); ++i) {
         char label[100] = "";
         GetMenuStringA(menu, static_cast<UINT>(i), label, sizeof label, MF_BYPOSITION);
@@ -51,7 +51,6 @@ BOOL WINAPI AskMenu(HMENU menu, UINT flags, int x, int y, int, HWND owner, const
         if (id != 0)
             gZoomMenu.items[static_cast<int>(id)] = label;
     }
-    SetLastError(gZoomMenu.error);
     return gZoomMenu.command;
 }
 

@@ -29,7 +29,6 @@ extern FakePreview gFakePreview;
 // What the user picks from the zoom menu, and the call that was made; items empty when there was none.
 struct ZoomMenu {
     int command = 0;
-    DWORD error = 0; // with command 0: the call failed
     int x = 0, y = 0;
     UINT flags = 0;
     HWND owner = nullptr;

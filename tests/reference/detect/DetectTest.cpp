@@ -83,18 +83,6 @@ TEST_F(Detection, ReducedAnalysisImage) {
     }
 }
 
-// All but flat: the averages lie next to what the samples themselves give.
-TEST_F(Detection, ReducedAnalysisImageOfOneColor) {
-    for (int i = 0; i < cases::Count(20); ++i) {
-        Random random(75, i);
-        const Picture image =
-            PickPicture(&random, random.OneOf({1201, 2400, 2501, 4800}), random.Pick(1, 20));
-        cases::FillBytes(image.buffer, static_cast<uint8_t>(random.OneOf({0, 1, 64, 127, 128, 255})));
-        image.buffer.pixels[random.Pick(0, image.buffer.pixelBytes - 1)] ^= 1;
-        ASSERT_NO_FATAL_FAILURE(CompareAnalysis(image.buffer)) << "case " << i;
-    }
-}
-
 void ExpectSameTable(const LightSourceTable &product, const reference::Table &expected) {
     for (uint32_t i = 0; i < std::min<size_t>(product.Count, expected.size()); ++i)
         ASSERT_EQ(std::memcmp(&product.records[i], &expected[i], sizeof(LightSource)), 0) << "record " << i;
