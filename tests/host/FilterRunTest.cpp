@@ -96,22 +96,3 @@ TEST(FilterRun, AFilterThatNeverEndsIsStopped) {
     EXPECT_EQ(played.Run(), kParamErr);
     EXPECT_TRUE(played.HasViolation("without end"));
 }
-
-TEST(FilterRun, CancelThroughAbortAndThroughTheUser) {
-    PlayedHost played([](int16_t selector, FilterRecord &record, intptr_t *) {
-        int polls = 0;
-        while (selector == kSelectorStart && !record.abortProc())
-            polls++;
-        EXPECT_EQ(polls, selector == kSelectorStart ? 2 : 0);
-        return selector == kSelectorStart ? kUserCanceledErr : kNoError;
-    });
-    played.filterHost.settings.cancelAtAbortCall = 3;
-    EXPECT_EQ(played.Run(), kUserCanceledErr);
-    host::CloseHost(played.filterHost);
-
-    PlayedHost byUser([](int16_t selector, FilterRecord &record, intptr_t *) {
-        return selector == kSelectorStart ? Touch(record) : kNoError;
-    });
-    byUser.filterHost.settings.isCancelled = [] { return true; };
-    EXPECT_EQ(byUser.Run(), kUserCanceledErr);
-}

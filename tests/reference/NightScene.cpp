@@ -61,17 +61,6 @@ void PaintRectangle(Random *random, Canvas *canvas) {
                 canvas->At(x, y)[c] = level;
 }
 
-void AddNoise(Random *random, double amplitude, Canvas *canvas) {
-    for (double &level : canvas->level)
-        level += random->Real(-amplitude, amplitude);
-}
-
-// Few distinct levels, so that equal neighbours and exact ties are common.
-void Posterize(double levels, Canvas *canvas) {
-    for (double &level : canvas->level)
-        level = std::round(level * levels) / levels;
-}
-
 void StoreCanvas(const Canvas &canvas, const ImageBuffer &buffer) {
     for (int64_t i = 0; i < buffer.planeSize; ++i)
         for (int32_t plane = 0; plane < buffer.colorPlanes; ++plane) {
@@ -127,14 +116,17 @@ void PaintNightScene(Random *random, SceneFlavor flavor, const ImageBuffer &buff
         for (int i = 0; i < 3; ++i)
             PaintRectangle(random, &canvas);
     PaintLights(random, flavor, &canvas);
-    if (flavor == SceneFlavor::kColored)
-        for (double &level : canvas.level)
+    const double noise = flavor == SceneFlavor::kDiscs   ? 0
+                         : flavor == SceneFlavor::kNoise ? random->Real(0.02, 0.5)
+                                                         : random->Real(0, 0.01);
+    const double levels = random->OneOf({6.0, 12.0, 40.0}); // few: equal neighbours and exact ties are common
+    for (double &level : canvas.level) {
+        if (flavor == SceneFlavor::kColored)
             level *= random->Real(0.8, 1.0);
-    if (flavor != SceneFlavor::kDiscs)
-        AddNoise(random, flavor == SceneFlavor::kNoise ? random->Real(0.02, 0.5) : random->Real(0, 0.01),
-                 &canvas);
-    if (flavor == SceneFlavor::kPlateaus)
-        Posterize(random->OneOf({6.0, 12.0, 40.0}), &canvas);
+        level += random->Real(-noise, noise);
+        if (flavor == SceneFlavor::kPlateaus)
+            level = std::round(level * levels) / levels;
+    }
     StoreCanvas(canvas, buffer);
     PaintExtras(random, buffer);
 }

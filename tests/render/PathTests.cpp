@@ -39,19 +39,4 @@ TEST_F(RenderTest, FaintStrengthsLeaveBytesAlone) {
     EXPECT_EQ(row[0], 1);
 }
 
-// Whatever shows under a tint has at least the least visible value.
-TEST_F(RenderTest, LeastVisibleValueIsTheLeast) {
-    std::mt19937 random(4);
-    for (int round = 0; round < 2000; ++round) {
-        gPreciseMode = round % 2;
-        const uint32_t largest = static_cast<uint32_t>(random()) >> random() % 8;
-        const uint32_t value = static_cast<uint32_t>(random()) >> random() % 8;
-        const uint32_t least = LeastVisibleValue(largest, value, 8191);
-        if (least != 0xFFFFFFFFu) {
-            EXPECT_GE(Mul(largest, Mul(value, least)), 8191u);
-        }
-        EXPECT_LT(Mul(largest, Mul(value, least - 1)), 8191u);
-    }
-}
-
 } // namespace

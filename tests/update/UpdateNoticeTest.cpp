@@ -82,23 +82,9 @@ UpdateService CurrentUpdateService() {
 
 TEST_F(UpdateTest, OnlyAGoodNewerVersionIsTold) {
     const std::string newer[] = {"7.65535.3.22", "8", "7.65535.4\n", "8.1\r\n"};
-    const std::string others[] = {"7.65535.3.21",
-                                  "7.65535.3.20",
-                                  "6.65535.65535.65535",
-                                  "",
-                                  "8.",
-                                  ".8",
-                                  "8..1",
-                                  "9.9.9.9.9",
-                                  "99999",
-                                  "000008",
-                                  "8.0\n\n",
-                                  "8.0\r",
-                                  "\r\n",
-                                  " 8.0",
-                                  "8.0a",
-                                  "-8",
-                                  "<html>8.0</html>"};
+    std::istringstream others(
+        "7.65535.3.21|7.65535.3.20|6.65535.65535.65535||8.|.8|8..1|9.9.9.9.9|99999|000008|8.0\n\n|"
+        "8.0\r|\r\n| 8.0|8.0a|-8|<html>8.0</html>");
     const auto expectTold = [this](const std::string &body, const std::string &notice) {
         ASSERT_TRUE(SaveUpdateRecord({kUpdateRecordMagic, 1, 0, {}}));
         const LoopbackServer server(Body(body));
@@ -108,7 +94,7 @@ TEST_F(UpdateTest, OnlyAGoodNewerVersionIsTold) {
     };
     for (const std::string &body : newer)
         expectTold(body, kNotice);
-    for (const std::string &body : others)
+    for (std::string body; std::getline(others, body, '|');)
         expectTold(body, "");
 }
 

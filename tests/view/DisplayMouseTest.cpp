@@ -176,14 +176,6 @@ TEST_F(DisplayInput, TheTimersRunWhileTheGestureLasts) {
     EXPECT_EQ(View().centerX, start + 20) << "the panning timer moves the view";
     Release(180, 150);
     EXPECT_FALSE(KillTimer(display, kPanTimer));
-    Use(kToolZoom);
-    Press(20, 20);
-    Move(80, 80);
-    const int32_t phase = gPreviewDisplay.antsPhase;
-    PumpFor(250);
-    EXPECT_NE(gPreviewDisplay.antsPhase, phase);
-    ReleaseCapture();
-    EXPECT_FALSE(KillTimer(display, kRectangleTimer));
 }
 
 TEST_F(DisplayInput, LostCaptureAndEscapeEndAGesture) {

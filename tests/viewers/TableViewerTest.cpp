@@ -4,13 +4,11 @@
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/SystemObjects.h"
 #include "tests/support/WindowDriver.h"
-#include "tests/support/WindowPicture.h"
 #include "ui/viewers/LightSourceViewer.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <vector>
 
 namespace {
@@ -26,46 +24,6 @@ void TypeCtrl(HWND window, WPARAM character) {
     SendMessageA(window, WM_KEYDOWN, VK_CONTROL, 0x001D0001);
     SendMessageA(window, WM_CHAR, character, 0x001E0001);
     SendMessageA(window, WM_KEYUP, VK_CONTROL, 0xC01D0001);
-}
-
-// Left, top, width and height of the count line, the list and the button.
-using Layout = std::array<std::array<LONG, 4>, 3>;
-
-Layout LayoutOf(HWND dialog) {
-    Layout layout;
-    auto *place = layout.data();
-    for (const int id : {kLightSourceCountId, kLightSourceListId, static_cast<int>(IDOK)}) {
-        const RECT rect = RectIn(dialog, GetDlgItem(dialog, id));
-        *place++ = {rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top};
-    }
-    return layout;
-}
-
-Layout Moved(Layout layout, LONG dx, LONG dy, LONG okDx) {
-    layout[0][2] += dx;
-    layout[1][2] += dx;
-    layout[1][3] += dy;
-    layout[2][0] += okDx;
-    layout[2][1] += dy;
-    return layout;
-}
-
-void Grow(HWND dialog, LONG dx, LONG dy) {
-    RECT rect;
-    GetWindowRect(dialog, &rect);
-    SetWindowPos(dialog, nullptr, 0, 0, rect.right - rect.left + dx, rect.bottom - rect.top + dy,
-                 SWP_NOMOVE | SWP_NOZORDER);
-}
-
-// Whether something dark is drawn in the inner part of the button.
-bool ShowsButtonText(HWND dialog) {
-    const Picture shown = CaptureClient(dialog);
-    const RECT area = RectIn(dialog, GetDlgItem(dialog, IDOK));
-    int dark = 0;
-    for (LONG y = area.top + 5; y < area.bottom - 5; ++y)
-        for (LONG x = area.left + 5; x < area.right - 5; ++x)
-            dark += (PixelAt(shown, x, y) & 0xFF) < 100;
-    return dark > 10;
 }
 
 class TableViewerTest : public ::testing::Test {
@@ -148,28 +106,6 @@ TEST_F(TableViewerTest, ListsEveryLightAndCopiesTheSelection) {
     });
     EXPECT_EQ(result, 0);
     EXPECT_TRUE(TakeReports().empty());
-}
-
-TEST_F(TableViewerTest, ControlsFollowTheSizeAndItNeverFallsBelowTheFirst) {
-    Open([](HWND dialog, HWND) {
-        const Layout first = LayoutOf(dialog);
-        Grow(dialog, 101, 57);
-        PumpMessages();
-        EXPECT_TRUE(ShowsButtonText(dialog));
-        SetWindowPos(dialog, nullptr, 30, 40, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
-        EXPECT_EQ(LayoutOf(dialog), Moved(first, 101, 57, 50));
-        for (int i = 0; i < 99; ++i) // a border is dragged pixel by pixel
-            Grow(dialog, 1, 0);
-        EXPECT_EQ(LayoutOf(dialog), Moved(first, 200, 57, 100));
-        ShowWindow(dialog, SW_MINIMIZE);
-        ShowWindow(dialog, SW_RESTORE);
-        EXPECT_EQ(LayoutOf(dialog), Moved(first, 200, 57, 100));
-        Grow(dialog, -500, -500);
-        EXPECT_EQ(LayoutOf(dialog), first);
-        ShowWindow(dialog, SW_MAXIMIZE);
-        EXPECT_FALSE(IsZoomed(dialog)) << "it is put back at once";
-        EXPECT_EQ(LayoutOf(dialog), first);
-    });
 }
 
 TEST_F(TableViewerTest, EveryFailureOfACopyIsReportedAndGivesItsBlockBack) {
