@@ -6,5 +6,6 @@ target_link_libraries(update_module PRIVATE brillatrix_options storage diag)
 set_target_properties(update_module PROPERTIES PREFIX "")
 brillatrix_test(update_tests LIBS storage diag ws2_32
     SOURCES update/LoopbackServer.cpp update/UpdateNoticeTest.cpp update/UpdateUnloadTest.cpp storage/TemporaryFolder.cpp
+            ${CMAKE_SOURCE_DIR}/host/module/ModuleImports.cpp
             ${update_sources})
 add_dependencies(update_tests update_module)

@@ -2,6 +2,7 @@
 // 7.65535.3.21.
 #include "diag/Log.h"
 #include "diag/ProcessLock.h"
+#include "host/module/ModuleImports.h"
 #include "storage/AppFolders.h"
 #include "tests/storage/TemporaryFolder.h"
 #include "tests/update/LoopbackServer.h"
@@ -22,6 +23,8 @@
 #include <utility>
 #include <vector>
 #include <windows.h>
+
+#include <winhttp.h>
 
 namespace {
 
@@ -73,6 +76,24 @@ LoopbackServer::Answer Body(const std::string &body) {
 }
 
 const char kNotice[] = "A New Version of Brillatrix Pro is Available Online";
+
+decltype(&WinHttpSetOption) gSetOption;
+
+BOOL WINAPI SetHttpOption(HINTERNET handle, DWORD option, LPVOID value, DWORD size) {
+    if (option == WINHTTP_OPTION_SECURE_PROTOCOLS)
+        return FALSE;
+    return gSetOption(handle, option, value, size);
+}
+
+decltype(&GetProcAddress) gFindFunction;
+
+FARPROC WINAPI FindFunction(HMODULE library, LPCSTR name) {
+    const FARPROC found = gFindFunction(library, name);
+    if (reinterpret_cast<uintptr_t>(name) <= 0xFFFF || std::strcmp(name, "WinHttpSetOption") != 0)
+        return found;
+    gSetOption = reinterpret_cast<decltype(gSetOption)>(reinterpret_cast<void *>(found));
+    return reinterpret_cast<FARPROC>(reinterpret_cast<void *>(&SetHttpOption));
+}
 
 } // namespace
 
@@ -309,6 +330,16 @@ TEST_F(UpdateTest, ChangesOfTwoProcessesBothStay) {
         EXPECT_EQ(LoadUpdateRecord().newest.parts[0], 8);
         EXPECT_EQ(LoadUpdateRecord().isOn, isInTime ? 1u : 0u);
     }
+}
+
+// A system that knows no good protocol must not ask with a bad one.
+TEST_F(UpdateTest, WithoutAGoodProtocolNobodyIsAsked) {
+    const LoopbackServer server(Body("9"));
+    host::ImportHooks hooks;
+    gFindFunction = GetProcAddress;
+    host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "GetProcAddress", FindFunction, &hooks);
+    EXPECT_STREQ(Ask("https" + server.Address().substr(4)).failure, "the system cannot ask");
+    host::RestoreImports(&hooks);
 }
 
 // What is logged: failures, in the words of all others, and nothing else.

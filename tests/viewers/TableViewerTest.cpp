@@ -13,10 +13,19 @@
 
 namespace {
 
-constexpr WPARAM kCtrlA = 1, kCtrlC = 3;
+constexpr WPARAM kCtrlA = 1, kCtrlB = 2, kCtrlC = 3;
 
 INT_PTR CALLBACK ViewerProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
     return HandleLightSourceViewer(dialog, message, wParam, lParam);
+}
+
+std::string gSeenKeys; // that reached the list box's own procedure: message and key
+WNDPROC gListProc;
+
+LRESULT CALLBACK SpyProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_KEYDOWN || message == WM_KEYUP || message == WM_CHAR)
+        gSeenKeys += std::to_string(message) + " " + std::to_string(wParam) + ",";
+    return CallWindowProcA(gListProc, window, message, wParam, lParam);
 }
 
 // Presses and releases Ctrl around a character, as the keyboard sends it.
@@ -56,8 +65,16 @@ protected:
     }
 
     INT_PTR Open(const std::function<void(HWND, HWND)> &script) {
-        return RunModal(kLightSourceTableDialogId, ViewerProc,
-                        [&script](HWND dialog) { script(dialog, GetDlgItem(dialog, kLightSourceListId)); });
+        const auto spy = [](DLGPROC real, HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+            if (message == WM_INITDIALOG)
+                gListProc = reinterpret_cast<WNDPROC>(
+                    SetWindowLongPtrA(GetDlgItem(dialog, kLightSourceListId), GWLP_WNDPROC,
+                                      reinterpret_cast<LONG_PTR>(SpyProc)));
+            return real(dialog, message, wParam, lParam);
+        };
+        return RunModal(
+            kLightSourceTableDialogId, ViewerProc,
+            [&script](HWND dialog) { script(dialog, GetDlgItem(dialog, kLightSourceListId)); }, spy);
     }
 
     LightSourceTable *const tableBefore = gLightSourceTable;
@@ -106,6 +123,43 @@ TEST_F(TableViewerTest, ListsEveryLightAndCopiesTheSelection) {
     });
     EXPECT_EQ(result, 0);
     EXPECT_TRUE(TakeReports().empty());
+}
+
+// The key itself is swallowed; another character gets it back.
+TEST_F(TableViewerTest, OtherCtrlCharactersReachTheListAsWholeChords) {
+    Open([](HWND, HWND list) {
+        gSeenKeys.clear();
+        TypeCtrl(list, kCtrlA);
+        EXPECT_EQ(gSeenKeys, "");
+        TypeCtrl(list, kCtrlB);
+        EXPECT_EQ(gSeenKeys, "256 17,258 2,257 17,");
+        SendMessageA(list, WM_CHAR, 'x', 1);
+        EXPECT_EQ(gSeenKeys, "256 17,258 2,257 17,258 120,") << "without Ctrl a character goes alone";
+    });
+}
+
+TEST_F(TableViewerTest, ControlsFollowTheSizeAndItNeverFallsBelowTheFirst) {
+    Open([](HWND dialog, HWND list) {
+        const HWND controls[] = {list, GetDlgItem(dialog, IDOK), GetDlgItem(dialog, kLightSourceCountId)};
+        RECT window, first[3];
+        GetWindowRect(dialog, &window);
+        for (int i = 0; i < 3; ++i)
+            first[i] = RectIn(dialog, controls[i]);
+        for (const LONG grown : {100, -50}) {
+            SetWindowPos(dialog, nullptr, 0, 0, SizeOf(window).cx + grown, SizeOf(window).cy + grown,
+                         SWP_NOMOVE | SWP_NOZORDER);
+            const LONG gain = std::max(grown, 0L);
+            const RECT wanted[] = {{0, 0, gain, gain}, {gain / 2, gain, gain / 2, gain}, {0, 0, gain, 0}};
+            for (int i = 0; i < 3; ++i) {
+                const RECT now = RectIn(dialog, controls[i]);
+                EXPECT_TRUE(now.left - first[i].left == wanted[i].left &&
+                            now.top - first[i].top == wanted[i].top &&
+                            now.right - first[i].right == wanted[i].right &&
+                            now.bottom - first[i].bottom == wanted[i].bottom)
+                    << i << " at +" << gain;
+            }
+        }
+    });
 }
 
 TEST_F(TableViewerTest, EveryFailureOfACopyIsReportedAndGivesItsBlockBack) {
