@@ -10,6 +10,17 @@
 #define BX_PRINTF(formatIndex, firstArgument)
 #endif
 
-// Whether the processor, and the system, have AVX2. Also before main: the runtime's own check may not have
-// run by then.
-#define BX_PROCESSOR_HAS_AVX2 (__builtin_cpu_init(), __builtin_cpu_supports("avx2") != 0)
+// For what a loop does for each of its vectors.
+#if defined(__GNUC__)
+#define BX_ALWAYS_INLINE __attribute__((always_inline)) inline
+#else
+#define BX_ALWAYS_INLINE inline
+#endif
+
+// Whether the processor, and the system, have AVX2 with FMA, or AVX-512 as far as it is used. Also before
+// main: the runtime's own check may not have run by then.
+#define BX_PROCESSOR_HAS_AVX2                                                                                \
+    (__builtin_cpu_init(), __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"))
+#define BX_PROCESSOR_HAS_AVX512                                                                              \
+    (BX_PROCESSOR_HAS_AVX2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&     \
+     __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl"))

@@ -55,12 +55,39 @@ struct BlendPiece {
     void *samples[3]; // the row's first sample in each plane
 };
 
+// --- Glow ------------------------------------------------------------------------------------------------
+// A shorter way for bytes in precise mode. What a pixel of a stamp lays, apart from the light source, is its
+// glow in each channel: value times rainbow factor, as floats. Times the light source's colour and strength
+// it is the part by which a byte moves toward white. The integers' own roundings and the floats' move a byte
+// by less than kGlowMargin steps and kGlowError of the way: where the sum lies nearer to half a step, the
+// pixel is named instead of blended, and is then to be blended by the integers. So the bytes are the same.
+constexpr float kGlowMargin = 2e-4f, kGlowError = 2e-6f;
+
+struct alignas(16) GlowFactors {
+    float factor[3]; // for red, green, blue
+};
+
+// A row of glow to be laid into bytes side by side.
+struct GlowPiece {
+    const float *glow[3]; // by channel
+    int32_t count, room;  // as above; at most kRowPiece
+    float strength[3];    // of the light source, by channel: 256 is full
+    int32_t planes;       // 1 (grey) or 3
+    uint8_t *samples[3];  // the row's first sample in each plane
+};
+
 // The functions write up to seven values past `count`, and a blend may rewrite samples past it, inside
-// `room`, with what they are. Pieces of different rows may be worked on at the same time.
+// `room`, with what they are. Pieces of different rows may be worked on at the same time. Glow is written
+// without a value too many.
 struct RenderPath {
     const char *name;
     void (*fillArm)(const ArmPiece &piece, uint32_t *values, uint16_t *states);
     void (*fillFlare)(const FlarePiece &piece, uint32_t *values);
     void (*makeColors)(const ColorPiece &piece, BlendColor *colors);
     void (*blend[3])(const BlendPiece &piece); // samples of 1, 2 and 4 bytes
+    // Null where the path has no glow. Without factors, all of them being 1.0, one channel is filled.
+    void (*fillArmGlow)(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]);
+    void (*fillFlareGlow)(const FlarePiece &piece, float *glow);
+    // Returns how many pixels are left to the integers; these are listed by their places in the row.
+    int32_t (*blendGlow)(const GlowPiece &piece, uint16_t *left);
 };

@@ -10,6 +10,7 @@ namespace {
 
 constexpr int64_t kKeptBudget = 96 << 20; // bytes, for all stamps together
 constexpr int64_t kSpare = 8;             // values that may be written, or looked at, past a row
+constexpr double kGlowTolerance = 1e-4;   // of a value, much more than it can be off
 constexpr uint32_t kEmpty = 0, kBeingFilled = 1, kReady = 2, kRefused = 3;
 
 std::atomic<int64_t> gKeptBytes;
@@ -39,11 +40,12 @@ int64_t CountPixels(const ArmFilling &filling, const PixelRange &walked, const P
     return pixels;
 }
 
-// One block for the values, the rows and the states, in this order.
-bool AllocateRows(const PixelRange &rows, int64_t pixels, KeptArm *kept) {
+// One block for the rows and the glow, or the rows, the values and the states, in this order.
+bool AllocateRows(const PixelRange &rows, int64_t pixels, int32_t channels, KeptArm *kept) {
     const int64_t rowCount = int64_t{rows.to} - rows.from + 2, valueCount = pixels + kSpare;
-    const int64_t bytes = rowCount * static_cast<int64_t>(sizeof(KeptRow)) +
-                          valueCount * static_cast<int64_t>(sizeof(uint32_t) + sizeof(uint16_t));
+    const int64_t pixelBytes = channels > 0 ? channels * static_cast<int64_t>(sizeof(float))
+                                            : static_cast<int64_t>(sizeof(uint32_t) + sizeof(uint16_t));
+    const int64_t bytes = rowCount * static_cast<int64_t>(sizeof(KeptRow)) + valueCount * pixelBytes;
     if (bytes > kKeptBudget || !TakeBudget(bytes))
         return false;
     void *block = CountedAlloc(static_cast<size_t>(bytes));
@@ -52,30 +54,65 @@ bool AllocateRows(const PixelRange &rows, int64_t pixels, KeptArm *kept) {
         return false;
     }
     kept->rows = static_cast<KeptRow *>(block);
-    kept->values = reinterpret_cast<uint32_t *>(kept->rows + rowCount);
-    kept->states = reinterpret_cast<uint16_t *>(kept->values + valueCount);
+    if (channels > 0) {
+        kept->glow = reinterpret_cast<float *>(kept->rows + rowCount);
+    } else {
+        kept->values = reinterpret_cast<uint32_t *>(kept->rows + rowCount);
+        kept->states = reinterpret_cast<uint16_t *>(kept->values + valueCount);
+    }
+    kept->channels = channels;
     kept->bytes = bytes;
     return true;
 }
 
-// Fills one row from the value at `first` on, without what is too small at its ends. Where the next begins.
-uint32_t FillRow(const ArmFilling &filling, int32_t row, const PixelRange &span, uint32_t first,
-                 KeptArm *kept) {
-    int32_t count = std::max(span.to - span.from + 1, 0);
+// The part of `count` pixels, counted from the first, that is left when those too small at both ends go.
+template <typename IsFaint> PixelRange WithoutFaintEnds(int32_t count, IsFaint isFaint) {
+    int32_t faint = 0;
+    while (count > 0 && isFaint(count - 1))
+        --count;
+    while (faint < count && isFaint(faint))
+        ++faint;
+    return {faint, count - 1};
+}
+
+// Both fill a row from the index `first` on and say which of its pixels they kept.
+PixelRange FillValues(const ArmFilling &filling, const ArmPiece &piece, uint32_t first, KeptArm *kept) {
     uint32_t *values = kept->values + first;
     uint16_t *states = kept->states + first;
-    if (count > 0)
-        gRenderPath->fillArm({filling.arm, filling.stateOfDistance, filling.precise, row, span.from, count},
-                             values, states);
-    while (count > 0 && values[count - 1] < filling.level)
-        --count;
-    int32_t faint = 0;
-    while (faint < count && values[faint] < filling.level)
-        ++faint;
-    std::copy(values + faint, values + count, values);
-    std::copy(states + faint, states + count, states);
-    kept->rows[row - kept->range.from] = {span.from + faint, first};
-    return first + static_cast<uint32_t>(count - faint);
+    gRenderPath->fillArm(piece, values, states);
+    const PixelRange seen =
+        WithoutFaintEnds(piece.count, [&](int32_t i) { return values[i] < filling.level; });
+    std::copy(values + seen.from, values + seen.to + 1, values);
+    std::copy(states + seen.from, states + seen.to + 1, states);
+    return seen;
+}
+
+PixelRange FillGlow(const ArmFilling &filling, const ArmPiece &piece, uint32_t first, KeptArm *kept) {
+    const int32_t step = kept->channels == 1 ? 0 : piece.count;
+    float *row = kept->glow + size_t{first} * static_cast<size_t>(kept->channels);
+    float *const glow[] = {row, row + step, row + 2 * ptrdiff_t{step}};
+    gRenderPath->fillArmGlow(piece, step ? filling.factors : nullptr, glow);
+    const float least = static_cast<float>(filling.level * 0x1p-32 * (1.0 - kGlowTolerance));
+    const PixelRange seen = WithoutFaintEnds(piece.count, [&](int32_t i) {
+        return std::max({glow[0][i], glow[1][i], glow[2][i]}) < least;
+    });
+    for (int32_t c = 0; c < kept->channels; ++c)
+        row = std::copy(glow[c] + seen.from, glow[c] + seen.to + 1, row);
+    return seen;
+}
+
+// Fills one row from the pixel index `first` on, without what is too small at its ends. Where the next
+// begins.
+uint32_t FillRow(const ArmFilling &filling, int32_t row, const PixelRange &span, uint32_t first,
+                 KeptArm *kept) {
+    PixelRange seen = {0, -1};
+    const ArmPiece piece = {filling.arm, filling.stateOfDistance, filling.precise, row,
+                            span.from,   span.to - span.from + 1};
+    if (piece.count > 0)
+        seen = kept->channels > 0 ? FillGlow(filling, piece, first, kept)
+                                  : FillValues(filling, piece, first, kept);
+    kept->rows[row - kept->range.from] = {span.from + seen.from, first};
+    return first + static_cast<uint32_t>(seen.to - seen.from + 1);
 }
 
 void FreeRows(KeptArm *kept) {
@@ -88,7 +125,7 @@ bool FillRows(const ArmFilling &filling, KeptArm *kept) {
     const PixelRange walked = WalkAbove(*filling.arm, filling.level);
     const PixelRange rows = ArmRows(*filling.arm, walked);
     const int64_t pixels = CountPixels(filling, walked, rows);
-    if (IsAborted(filling) || rows.from > rows.to || !AllocateRows(rows, pixels, kept))
+    if (IsAborted(filling) || rows.from > rows.to || !AllocateRows(rows, pixels, filling.channels, kept))
         return false;
     kept->level = filling.level;
     kept->range = rows;
@@ -101,8 +138,10 @@ bool FillRows(const ArmFilling &filling, KeptArm *kept) {
         first = FillRow(filling, row, VisibleSpan(filling, walked, row), first, kept);
     }
     kept->rows[rows.to + 1 - rows.from] = {0, first};
-    std::fill_n(kept->values + first, kSpare, 0u);
-    std::fill_n(kept->states + first, kSpare, uint16_t{0});
+    if (kept->channels == 0) {
+        std::fill_n(kept->values + first, kSpare, 0u);
+        std::fill_n(kept->states + first, kSpare, uint16_t{0});
+    }
     return true;
 }
 
@@ -116,7 +155,7 @@ bool KeepArm(const ArmFilling &filling, KeptArm *kept) {
         now = FillRows(filling, kept) ? kReady : IsAborted(filling) ? kEmpty : kRefused;
         progress.store(now, std::memory_order_release);
     }
-    return now == kReady && kept->level <= filling.level;
+    return now == kReady && kept->level <= filling.level && kept->channels == filling.channels;
 }
 
 void DropKeptArm(KeptArm *kept) {

@@ -1,21 +1,22 @@
 // Rows of an arm, kept as they were filled.
 //
 // Light sources of one phase lay the same rows again and again. A stamp that is laid often keeps them: the
-// values and the rainbow's states of the pixels that can show at all, as far as a budget goes. That is a
+// values and the rainbow's states, or the glow (RowLoops.h), of the pixels that can show at all, as far as a
+// budget goes. That is a
 // shortcut and no more: an arm that is not kept is worked out where it is laid, with the same values.
 //
 // Workers share what is kept. The first that needs an arm fills its rows; the others work the arm out for
 // themselves until they are ready.
 #pragma once
 
-#include "render/shape/ArmSpan.h"
+#include "render/rows/RowLoops.h"
 
 #include <cstdint>
 
-// A row's values lie side by side and end where the next row's begin.
+// A row's pixels lie side by side and end where the next row's begin.
 struct KeptRow {
-    int32_t from;   // pixel offset of its first value
-    uint32_t first; // index of its first value
+    int32_t from;   // pixel offset of its first pixel
+    uint32_t first; // index of its first pixel
 };
 
 // The rows of one arm. All zero: nothing is kept yet. Owner of the block that the pointers point into: the
@@ -25,8 +26,10 @@ struct KeptArm {
     uint32_t level;    // smaller values are left out at the rows' ends
     PixelRange range;  // of the rows
     KeptRow *rows;     // one more than there are rows
+    int32_t channels;  // of glow: 0 (values and states instead), 1 or 3
     uint32_t *values;
     uint16_t *states;
+    float *glow; // each row's channels one after the other
     int64_t bytes;
 };
 
@@ -35,7 +38,9 @@ struct ArmFilling {
     const Arm *arm;
     const uint16_t *stateOfDistance;
     bool precise;
-    uint32_t level; // values below it never show, whatever the light source
+    uint32_t level;   // values below it never show, whatever the light source
+    int32_t channels; // of glow, as above
+    const GlowFactors *factors;
     const std::atomic<uint8_t> &abort;
 };
 

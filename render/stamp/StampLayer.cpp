@@ -1,6 +1,7 @@
 #include "render/stamp/StampLayer.h"
 
 #include "engine/image/FixedPoint.h"
+#include "render/stamp/GlowLayer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,7 +13,8 @@ constexpr int64_t kReach = std::numeric_limits<int16_t>::max() + 1; // no pixel'
 constexpr int32_t kQuarters = 4, kTenths = 10;
 constexpr int32_t kRowsPerPoll = 64;
 constexpr uint32_t kBrightest = 0xFFFFFFFF;
-constexpr uint32_t kHalfByteStep = 32896; // working values; 65793 of them are one step of a byte
+constexpr double kOpaqueStrengths = 256.0; // how often the least opaque strength fits the largest
+constexpr uint32_t kHalfByteStep = 32896;  // working values; 65793 of them are one step of a byte
 
 // `area` as offsets from the place's pixel, as far as a stamp can reach.
 IntRect AreaInOffsets(const IntRect &area, const StampPlace &place) {
@@ -21,21 +23,6 @@ IntRect AreaInOffsets(const IntRect &area, const StampPlace &place) {
     };
     return IntRect{offset(area.left, place.x), offset(area.top, place.y), offset(area.right, place.x),
                    offset(area.bottom, place.y)};
-}
-
-// One light source's stamp on its way into a band.
-struct Laying {
-    const BandTarget &target;
-    const StampPlace &place;
-    IntRect window;         // the band, as offsets from the place
-    uint32_t leastValue;    // smaller values cannot show
-    uint32_t faintestValue; // the same for the brightest light source there could be
-    BlendPiece blend;       // what is the same for all pieces
-    void (*blendPiece)(const BlendPiece &piece);
-};
-
-bool IsAborted(const Laying &laying) {
-    return laying.target.abort.load(std::memory_order_relaxed) != 0;
 }
 
 // Products of colour and value below it change nothing: they are not drawn, or the sample stays what it is. A
@@ -47,7 +34,7 @@ uint32_t ThresholdOf(const StampContext &context, const ImageBuffer &output) {
 }
 
 Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint &tint) {
-    Laying laying{target, place, AreaInOffsets(target.band, place), 0, 0, BlendPiece{}, nullptr};
+    Laying laying{target, place, tint, AreaInOffsets(target.band, place), 0, 0, false, {}, {}, nullptr};
     const uint32_t threshold = ThresholdOf(target.context, target.output);
     laying.leastValue = LeastVisibleValue(LargestChannel(tint.channel), tint.value, threshold);
     laying.faintestValue = LeastVisibleValue(kBrightest, kBrightest, threshold);
@@ -58,6 +45,13 @@ Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint
     laying.blend.precise = target.context.preciseMode;
     laying.blend.planes = target.output.colorPlanes;
     laying.blendPiece = gRenderPath->blend[target.output.bytesPerSample / 2];
+    // With the glow nothing is hidden that moves a byte by half a step.
+    laying.glows = gRenderPath->blendGlow && laying.blend.precise && target.output.bytesPerSample == 1 &&
+                   threshold == kHalfByteStep + 1;
+    laying.glow.planes = target.output.colorPlanes;
+    for (int32_t c = 0; c < 3; ++c)
+        laying.glow.strength[c] =
+            static_cast<float>(tint.channel[c] * 0x1p-32 * (tint.value * 0x1p-32) * kOpaqueStrengths);
     return laying;
 }
 
@@ -65,22 +59,15 @@ Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint
 void BlendRow(const Laying &laying, int32_t row, int32_t from, int32_t count, const uint32_t *values,
               const uint16_t *states) {
     const ImageBuffer &output = laying.target.output;
-    const int64_t y = int64_t{laying.place.y} + row - output.bounds.top;
-    const int64_t x = int64_t{laying.place.x} + from - output.bounds.left;
+    const SamplePlace place = FindSample(laying, row, from);
     BlendPiece piece = laying.blend;
     piece.values = values;
     piece.states = states;
     piece.count = count;
-    piece.room = static_cast<int32_t>(output.width - x);
+    piece.room = place.room;
     for (int32_t plane = 0; plane < output.colorPlanes; ++plane)
-        piece.samples[plane] = output.planes[plane] + (y * output.width + x) * output.bytesPerSample;
+        piece.samples[plane] = output.planes[plane] + place.index * output.bytesPerSample;
     laying.blendPiece(piece);
-}
-
-// Calls work(from, count) for each piece of a span.
-template <typename Work> void ForEachPiece(int32_t from, int32_t to, Work work) {
-    for (; from <= to; from += kRowPiece)
-        work(from, std::min(to - from + 1, kRowPiece));
 }
 
 // The distances of the window's nearest and furthest pixels from the place, and more to be safe.
@@ -156,6 +143,8 @@ int32_t FlareHalfWidth(const FlareStamp &flare, double reach, int32_t row) {
 
 void LayFlareRow(const Laying &laying, const FlareStamp &flare, const ValueTable &values, int32_t row,
                  int32_t halfWidth) {
+    if (laying.glows)
+        return LayGlowingFlareRow(laying, flare, values, row, halfWidth);
     uint32_t row_values[kRowRoom];
     ForEachPiece(std::max(-halfWidth, laying.window.left), std::min(halfWidth, laying.window.right - 1),
                  [&](int32_t from, int32_t count) {
@@ -182,26 +171,37 @@ uint32_t LeastVisibleValue(uint32_t largest, uint32_t tintValue, uint32_t thresh
 
 void LayStar(const BandTarget &target, const StarStamp &stamp, const StarTables &tables,
              const StampPlace &place, const Tint &tint) {
-    const Laying laying = BeginLaying(target, place, tint);
-    if (IsEmptyRect(laying.window) || IsEmptyRect(IntersectRects(stamp.box, laying.window)))
+    const IntRect window = AreaInOffsets(target.band, place);
+    if (IsEmptyRect(window) || IsEmptyRect(IntersectRects(stamp.box, window)))
         return;
+    const Laying laying = BeginLaying(target, place, tint);
     bool prepared = false;
     for (int32_t i = 0; i < stamp.count; ++i) {
         const Arm &arm = stamp.arms[i];
         if (target.abort.load(std::memory_order_relaxed) != 0)
             return;
-        const PixelRange walked = WalkAbove(arm, laying.leastValue);
-        if (walked.from > walked.to || IsEmptyRect(IntersectRects(arm.box, laying.window)))
+        if (IsEmptyRect(IntersectRects(arm.box, window)))
             continue;
-        if (!prepared)
+        const PixelRange walked = WalkAbove(arm, laying.leastValue);
+        if (walked.from > walked.to)
+            continue;
+        if (!prepared && !laying.glows)
             PrepareColors(laying, tables, tint);
         prepared = true;
-        const ArmFilling filling = {&arm, tables.stateOfDistance, laying.blend.precise, laying.faintestValue,
+        const ArmFilling filling = {&arm,
+                                    tables.stateOfDistance,
+                                    laying.blend.precise,
+                                    laying.faintestValue,
+                                    laying.glows ? CountGlowChannels(tables) : 0,
+                                    tables.glowFactors,
                                     target.abort};
-        if (stamp.keepsRows && stamp.kept && KeepArm(filling, &stamp.kept[i]))
-            LayKeptArm(laying, arm, walked, stamp.kept[i]);
+        const bool isKept = stamp.keepsRows && stamp.kept && KeepArm(filling, &stamp.kept[i]);
+        if (laying.glows)
+            isKept ? LayKeptGlow(laying, tables, arm, walked, stamp.kept[i])
+                   : LayGlowingArm(laying, tables, arm, walked);
         else
-            LayArm(laying, arm, walked, tables.stateOfDistance);
+            isKept ? LayKeptArm(laying, arm, walked, stamp.kept[i])
+                   : LayArm(laying, arm, walked, tables.stateOfDistance);
     }
 }
 

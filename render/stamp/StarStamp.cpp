@@ -167,8 +167,12 @@ void BeginStars(const StampContext &context, StarTables *tables) {
     if (!SameRainbowStates(tables->rainbow, context))
         DropStates(tables);
     tables->rainbow = context;
-    for (uint32_t state = 0; state < kRainbowStates; ++state)
+    for (uint32_t state = 0; state < kRainbowStates; ++state) {
         tables->factors[state] = FactorsOfState(context, state);
+        for (int32_t c = 0; c < 3; ++c)
+            tables->glowFactors[state].factor[c] =
+                static_cast<float>(tables->factors[state].factor[c] * 0x1p-32);
+    }
 }
 
 int64_t StampBytes(const StarStamp &stamp) {

@@ -6,6 +6,7 @@
 #include "render/shape/EffectTypes.h"
 #include "render/shape/Rainbow.h"
 #include "render/shape/SpikeProfile.h"
+#include "render/rows/RowLoops.h"
 #include "render/stamp/KeptRows.h"
 
 #include <cstdint>
@@ -42,6 +43,7 @@ struct StarTables {
     uint32_t turnDistance; // up to here the states rise; from here on they turn
     uint32_t lowestTurned; // of the states from there on
     RainbowFactors factors[kRainbowStates];
+    GlowFactors glowFactors[kRainbowStates]; // the same
 };
 
 // Appends an arm with its table. Nothing happens when the arm is too short or too faint. False when memory

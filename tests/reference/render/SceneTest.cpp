@@ -41,7 +41,7 @@ protected:
         FillBytes(expected.buffer, 0x3C);
         reference::Render(scene.context, image.buffer, target, scene.sources, &expected.buffer);
         const int32_t step = random->Chance(20) ? static_cast<int32_t>(random->Pick(11, 70)) : 0;
-        for (const RenderPath *path : {&kPortablePath, Avx2Path()}) {
+        for (const RenderPath *path : {&kPortablePath, Avx2Path(), Avx512Path()}) {
             if (!path)
                 continue;
             SCOPED_TRACE(path->name);

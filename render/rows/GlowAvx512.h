@@ -1,0 +1,8 @@
+// Glow, for processors with AVX-512 (F, BW, DQ and VL); to be called on no other.
+#pragma once
+
+#include "render/rows/RowLoops.h"
+
+void FillArmGlowAvx512(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]);
+void FillFlareGlowAvx512(const FlarePiece &piece, float *glow);
+int32_t BlendGlowAvx512(const GlowPiece &piece, uint16_t *left);

@@ -1,0 +1,14 @@
+// Lays rows of arms and flares by glow (RowLoops.h).
+#pragma once
+
+#include "render/stamp/Laying.h"
+
+// How many channels the glow of an arm has: one when its rainbow has no colours.
+int32_t CountGlowChannels(const StarTables &tables);
+
+void LayGlowingArm(const Laying &laying, const StarTables &tables, const Arm &arm, const PixelRange &walked);
+void LayKeptGlow(const Laying &laying, const StarTables &tables, const Arm &arm, const PixelRange &walked,
+                 const KeptArm &kept);
+// One row of a flare, `halfWidth` pixels to each side.
+void LayGlowingFlareRow(const Laying &laying, const FlareStamp &flare, const ValueTable &values, int32_t row,
+                        int32_t halfWidth);

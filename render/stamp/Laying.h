@@ -1,0 +1,39 @@
+// One light source's stamp on its way into a band; what laying it by integers and by glow have in common.
+#pragma once
+
+#include "render/stamp/StampLayer.h"
+
+// Calls work(from, count) for each piece of a span.
+template <typename Work> void ForEachPiece(int32_t from, int32_t to, Work work) {
+    for (; from <= to; from += kRowPiece)
+        work(from, to - from + 1 < kRowPiece ? to - from + 1 : kRowPiece);
+}
+
+struct Laying {
+    const BandTarget &target;
+    const StampPlace &place;
+    const Tint &tint;
+    IntRect window;         // the band, as offsets from the place
+    uint32_t leastValue;    // smaller values cannot show
+    uint32_t faintestValue; // the same for the brightest light source there could be
+    bool glows;             // laid by glow
+    BlendPiece blend;       // what is the same for all pieces
+    GlowPiece glow;
+    void (*blendPiece)(const BlendPiece &piece);
+};
+
+inline bool IsAborted(const Laying &laying) {
+    return laying.target.abort.load(std::memory_order_relaxed) != 0;
+}
+
+// The sample at an offset from the place, in the first plane; and how many belong to its row from there on.
+struct SamplePlace {
+    int64_t index;
+    int32_t room;
+};
+inline SamplePlace FindSample(const Laying &laying, int32_t row, int32_t from) {
+    const ImageBuffer &output = laying.target.output;
+    const int64_t y = int64_t{laying.place.y} + row - output.bounds.top;
+    const int64_t x = int64_t{laying.place.x} + from - output.bounds.left;
+    return {y * output.width + x, static_cast<int32_t>(output.width - x)};
+}
