@@ -125,6 +125,6 @@ void FillFlareGlowAvx2(const FlarePiece &piece, float *glow) {
     FillFlareGlowAs<Lanes8>(piece, glow);
 }
 
-int32_t BlendGlowAvx2(const GlowPiece &piece, uint16_t *left) {
-    return piece.planes == 1 ? BlendGlowAs<Lanes8, 1>(piece, left) : BlendGlowAs<Lanes8, 3>(piece, left);
+int32_t BlendGlowAvx2(const GlowBatch &batch, LeftPixel *left) {
+    return batch.planes == 1 ? BlendGlowAs<Lanes8, 1>(batch, left) : BlendGlowAs<Lanes8, 3>(batch, left);
 }

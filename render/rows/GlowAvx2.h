@@ -5,4 +5,4 @@
 
 void FillArmGlowAvx2(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]);
 void FillFlareGlowAvx2(const FlarePiece &piece, float *glow);
-int32_t BlendGlowAvx2(const GlowPiece &piece, uint16_t *left);
+int32_t BlendGlowAvx2(const GlowBatch &batch, LeftPixel *left);

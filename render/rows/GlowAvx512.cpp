@@ -82,7 +82,7 @@ struct Lanes16 {
 
     static Mask First(int32_t count) { return static_cast<Mask>((1u << count) - 1); }
     static Floats LoadFirst(const float *from, int32_t count) {
-        return count == kCount ? _mm512_loadu_ps(from) : _mm512_maskz_loadu_ps(First(count), from);
+        return _mm512_maskz_loadu_ps(First(count), from);
     }
     static void StoreFirst(Floats a, int32_t count, float *to) {
         if (count >= kCount)
@@ -118,6 +118,6 @@ void FillFlareGlowAvx512(const FlarePiece &piece, float *glow) {
     FillFlareGlowAs<Lanes16>(piece, glow);
 }
 
-int32_t BlendGlowAvx512(const GlowPiece &piece, uint16_t *left) {
-    return piece.planes == 1 ? BlendGlowAs<Lanes16, 1>(piece, left) : BlendGlowAs<Lanes16, 3>(piece, left);
+int32_t BlendGlowAvx512(const GlowBatch &batch, LeftPixel *left) {
+    return batch.planes == 1 ? BlendGlowAs<Lanes16, 1>(batch, left) : BlendGlowAs<Lanes16, 3>(batch, left);
 }

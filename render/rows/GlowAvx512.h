@@ -5,4 +5,4 @@
 
 void FillArmGlowAvx512(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]);
 void FillFlareGlowAvx512(const FlarePiece &piece, float *glow);
-int32_t BlendGlowAvx512(const GlowPiece &piece, uint16_t *left);
+int32_t BlendGlowAvx512(const GlowBatch &batch, LeftPixel *left);

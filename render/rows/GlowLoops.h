@@ -109,12 +109,20 @@ typename Lanes::Integers MoveBytes(typename Lanes::Integers old, typename Lanes:
     return Lanes::Plus(old, steps);
 }
 
-// Blends the first `count` lanes from pixel i on; returns a bit for each pixel that it left out.
+// What is the same for all rows of a batch.
+template <typename Lanes> struct GlowLight {
+    typename Lanes::Floats strength[3];
+    uint8_t *samples[3];
+};
+
+// Blends the first `count` lanes from pixel i of a row on; returns a bit for each pixel that it left out.
 template <typename Lanes, int32_t planes>
-BX_ALWAYS_INLINE uint32_t BlendGlowLanes(const GlowPiece &piece, int32_t i, int32_t count) {
+BX_ALWAYS_INLINE uint32_t BlendGlowLanes(const GlowLight<Lanes> &light, const GlowRow &row, int32_t i,
+                                         int32_t count) {
+    const float *const glow = row.glow + i;
     typename Lanes::Floats part[3];
     for (int32_t c = 0; c < 3; ++c)
-        part[c] = Lanes::Times(Lanes::LoadFirst(piece.glow[c] + i, count), Lanes::All(piece.strength[c]));
+        part[c] = Lanes::Times(Lanes::LoadFirst(glow + int64_t{c} * row.step, count), light.strength[c]);
     const auto largest = Lanes::Most(Lanes::Most(part[0], part[1]), part[2]);
     if (Lanes::Any(Lanes::IsAbove(largest, Lanes::All(1.0f)))) {
         const auto scale = Lanes::Over(Lanes::All(1.0f), Lanes::Most(largest, Lanes::All(1.0f)));
@@ -123,29 +131,49 @@ BX_ALWAYS_INLINE uint32_t BlendGlowLanes(const GlowPiece &piece, int32_t i, int3
     }
     if constexpr (planes == 1)
         part[0] = Lanes::Times(Lanes::Plus(Lanes::Plus(part[0], part[1]), part[2]), Lanes::All(1.0f / 3.0f));
+    const int64_t at = row.sample + i;
     typename Lanes::Integers old[planes], moved[planes];
     auto left = Lanes::None();
     for (int32_t plane = 0; plane < planes; ++plane) {
-        old[plane] = Lanes::ReadFirst(piece.samples[plane] + i, count, piece.room - i);
+        old[plane] = Lanes::ReadFirst(light.samples[plane] + at, count, row.room - i);
         moved[plane] = MoveBytes<Lanes>(old[plane], part[plane], &left);
     }
     if (Lanes::Any(left)) [[unlikely]]
         for (int32_t plane = 0; plane < planes; ++plane)
             moved[plane] = Lanes::Choose(left, old[plane], moved[plane]);
     for (int32_t plane = 0; plane < planes; ++plane)
-        Lanes::WriteFirst(moved[plane], count, piece.room - i, piece.samples[plane] + i);
+        Lanes::WriteFirst(moved[plane], count, row.room - i, light.samples[plane] + at);
     return Lanes::Bits(left);
 }
 
-template <typename Lanes, int32_t planes> int32_t BlendGlowAs(const GlowPiece &piece, uint16_t *left) {
+// Most rows are short and lie far from each other, too far for the processor to see them coming.
+constexpr int32_t kRowsAhead = 8, kCacheLine = 64;
+template <int32_t planes> void FetchRow(const GlowBatch &batch, const GlowRow &row) {
+    for (int32_t plane = 0; plane < planes; ++plane) {
+        const uint8_t *const first = batch.samples[plane] + row.sample;
+        _mm_prefetch(reinterpret_cast<const char *>(first), _MM_HINT_T0);
+        _mm_prefetch(reinterpret_cast<const char *>(first + row.count - 1), _MM_HINT_T0);
+    }
+}
+
+template <typename Lanes, int32_t planes> int32_t BlendGlowAs(const GlowBatch &batch, LeftPixel *left) {
+    GlowLight<Lanes> light;
+    for (int32_t c = 0; c < 3; ++c) {
+        light.strength[c] = Lanes::All(batch.strength[c]);
+        light.samples[c] = batch.samples[c];
+    }
     int32_t found = 0;
-    for (int32_t i = 0; i < piece.count; i += Lanes::kCount) {
-        const int32_t count = piece.count - i < Lanes::kCount ? piece.count - i : Lanes::kCount;
-        const uint32_t bits = BlendGlowLanes<Lanes, planes>(piece, i, count);
-        if (bits) [[unlikely]]
-            for (int32_t lane = 0; lane < count; ++lane)
-                if (bits >> lane & 1)
-                    left[found++] = static_cast<uint16_t>(i + lane);
+    for (int32_t r = 0; r < batch.count; ++r) {
+        const GlowRow &row = batch.rows[r];
+        if (r + kRowsAhead < batch.count)
+            FetchRow<planes>(batch, batch.rows[r + kRowsAhead]);
+        for (int32_t i = 0; i < row.count; i += Lanes::kCount) {
+            const int32_t count = row.count - i < Lanes::kCount ? row.count - i : Lanes::kCount;
+            uint32_t bits = BlendGlowLanes<Lanes, planes>(light, row, i, count);
+            for (int32_t lane = 0; bits; ++lane, bits >>= 1)
+                [[unlikely]] if (bits & 1)
+                    left[found++] = {static_cast<uint16_t>(r), static_cast<uint16_t>(i + lane)};
+        }
     }
     return found;
 }

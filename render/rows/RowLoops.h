@@ -67,13 +67,23 @@ struct alignas(16) GlowFactors {
     float factor[3]; // for red, green, blue
 };
 
-// A row of glow to be laid into bytes side by side.
-struct GlowPiece {
-    const float *glow[3]; // by channel
-    int32_t count, room;  // as above; at most kRowPiece
-    float strength[3];    // of the light source, by channel: 256 is full
-    int32_t planes;       // 1 (grey) or 3
-    uint8_t *samples[3];  // the row's first sample in each plane
+// Rows of glow to be laid into bytes. They come in batches: most are short.
+constexpr int32_t kBatchRows = 64, kBatchPixels = 1024;
+struct GlowRow {
+    const float *glow;   // of the first channel
+    int32_t step;        // values from one channel to the next
+    int32_t count, room; // as above; at most kRowPiece
+    int64_t sample;      // index of the first sample in each plane
+};
+struct GlowBatch {
+    const GlowRow *rows;
+    int32_t count;       // at most kBatchRows, with at most kBatchPixels pixels
+    float strength[3];   // of the light source, by channel: 256 is full
+    int32_t planes;      // 1 (grey) or 3
+    uint8_t *samples[3]; // each plane's first
+};
+struct LeftPixel {
+    uint16_t row, pixel; // of the batch, of the row
 };
 
 // The functions write up to seven values past `count`, and a blend may rewrite samples past it, inside
@@ -88,6 +98,6 @@ struct RenderPath {
     // Null where the path has no glow. Without factors, all of them being 1.0, one channel is filled.
     void (*fillArmGlow)(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]);
     void (*fillFlareGlow)(const FlarePiece &piece, float *glow);
-    // Returns how many pixels are left to the integers; these are listed by their places in the row.
-    int32_t (*blendGlow)(const GlowPiece &piece, uint16_t *left);
+    // Returns how many pixels are left to the integers, and lists them.
+    int32_t (*blendGlow)(const GlowBatch &batch, LeftPixel *left);
 };

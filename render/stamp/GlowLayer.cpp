@@ -27,22 +27,40 @@ void BlendByIntegers(const Laying &laying, const PixelLaid &laid, int64_t index)
     kPortablePath.blend[0](piece);
 }
 
-// Blends glow into the row at offset `row` from the offset `from` on. layAt(offset) gives what the integers
-// lay there.
-template <typename LayAt>
-void BlendGlowRow(const Laying &laying, int32_t row, int32_t from, int32_t count,
-                  const float *const glow[kChannels], LayAt layAt) {
+// Rows on their way, with the offsets of their first pixels from the place.
+struct RowsLaid {
+    GlowRow rows[kBatchRows];
+    struct {
+        int32_t row, pixel;
+    } first[kBatchRows];
+    int32_t count = 0, pixels = 0;
+};
+
+bool HasRoom(const RowsLaid &laid, int32_t count) {
+    return laid.count < kBatchRows && laid.pixels + count <= kBatchPixels;
+}
+
+void AddRow(const Laying &laying, int32_t row, int32_t from, int32_t count, const float *glow, int32_t step,
+            RowsLaid *laid) {
     const SamplePlace place = FindSample(laying, row, from);
-    GlowPiece piece = laying.glow;
-    piece.count = count;
-    piece.room = place.room;
-    std::copy_n(glow, kChannels, piece.glow);
-    for (int32_t plane = 0; plane < piece.planes; ++plane)
-        piece.samples[plane] = laying.target.output.planes[plane] + place.index;
-    uint16_t left[kRowPiece];
-    const int32_t leftCount = gRenderPath->blendGlow(piece, left);
-    for (int32_t i = 0; i < leftCount; ++i)
-        BlendByIntegers(laying, layAt(from + left[i]), place.index + left[i]);
+    laid->rows[laid->count] = {glow, step, count, place.room, place.index};
+    laid->first[laid->count++] = {row, from};
+    laid->pixels += count;
+}
+
+// Blends the rows and forgets them. layAt(row, pixel) gives what the integers lay there.
+template <typename LayAt> void BlendRows(const Laying &laying, RowsLaid *laid, LayAt layAt) {
+    GlowBatch batch = laying.glow;
+    batch.rows = laid->rows;
+    batch.count = laid->count;
+    LeftPixel left[kBatchPixels];
+    const int32_t leftCount = gRenderPath->blendGlow(batch, left);
+    for (int32_t i = 0; i < leftCount; ++i) {
+        const auto [row, pixel] = left[i];
+        BlendByIntegers(laying, layAt(laid->first[row].row, laid->first[row].pixel + pixel),
+                        laid->rows[row].sample + pixel);
+    }
+    laid->count = laid->pixels = 0;
 }
 
 PixelLaid LayArmAt(const StarTables &tables, const Arm &arm, int32_t row, int32_t pixel) {
@@ -60,61 +78,69 @@ int32_t CountGlowChannels(const StarTables &tables) {
 }
 
 void LayGlowingArm(const Laying &laying, const StarTables &tables, const Arm &arm, const PixelRange &walked) {
-    float room[kChannels][kRowPiece];
-    const bool isPlain = CountGlowChannels(tables) == 1;
-    float *const glow[kChannels] = {room[0], room[isPlain ? 0 : 1], room[isPlain ? 0 : 2]};
+    float room[kChannels][kBatchPixels];
+    const int32_t step = CountGlowChannels(tables) == 1 ? 0 : kBatchPixels;
+    const auto layAt = [&](int32_t row, int32_t pixel) { return LayArmAt(tables, arm, row, pixel); };
     const IntRect &window = laying.window;
     const PixelRange rows = ArmRows(arm, walked);
     const int32_t last = std::min(rows.to, window.bottom - 1);
+    RowsLaid laid;
     for (int32_t row = std::max(rows.from, window.top); row <= last && !IsAborted(laying); ++row) {
         const PixelRange span = SpanAbove(arm, walked, row, laying.leastValue);
         ForEachPiece(std::max(span.from, window.left), std::min(span.to, window.right - 1),
                      [&](int32_t from, int32_t count) {
+                         if (!HasRoom(laid, count))
+                             BlendRows(laying, &laid, layAt);
+                         float *const first = room[0] + laid.pixels;
+                         float *const glow[kChannels] = {first, first + step, first + 2 * step};
                          gRenderPath->fillArmGlow({&arm, tables.stateOfDistance, true, row, from, count},
-                                                  isPlain ? nullptr : tables.glowFactors, glow);
-                         BlendGlowRow(laying, row, from, count, glow,
-                                      [&](int32_t pixel) { return LayArmAt(tables, arm, row, pixel); });
+                                                  step ? tables.glowFactors : nullptr, glow);
+                         AddRow(laying, row, from, count, first, step, &laid);
                      });
     }
+    BlendRows(laying, &laid, layAt);
 }
 
 void LayKeptGlow(const Laying &laying, const StarTables &tables, const Arm &arm, const PixelRange &walked,
                  const KeptArm &kept) {
+    const auto layAt = [&](int32_t row, int32_t pixel) { return LayArmAt(tables, arm, row, pixel); };
     const IntRect &window = laying.window;
     const PixelRange rows = ArmRows(arm, walked);
     const int32_t last = std::min({rows.to, kept.range.to, window.bottom - 1});
+    RowsLaid laid;
     for (int32_t row = std::max({rows.from, kept.range.from, window.top}); row <= last && !IsAborted(laying);
          ++row) {
         const KeptRow &keptRow = kept.rows[row - kept.range.from];
         const int32_t length = static_cast<int32_t>((&keptRow)[1].first - keptRow.first);
         const float *const first = kept.glow + size_t{keptRow.first} * static_cast<size_t>(kept.channels);
-        const int32_t step = kept.channels == 1 ? 0 : length;
         ForEachPiece(std::max(keptRow.from, window.left), std::min(keptRow.from + length, window.right) - 1,
                      [&](int32_t from, int32_t count) {
-                         const float *const at = first + (from - keptRow.from);
-                         const float *const glow[kChannels] = {at, at + step, at + 2 * ptrdiff_t{step}};
-                         BlendGlowRow(laying, row, from, count, glow,
-                                      [&](int32_t pixel) { return LayArmAt(tables, arm, row, pixel); });
+                         if (!HasRoom(laid, count))
+                             BlendRows(laying, &laid, layAt);
+                         AddRow(laying, row, from, count, first + (from - keptRow.from),
+                                kept.channels == 1 ? 0 : length, &laid);
                      });
     }
+    BlendRows(laying, &laid, layAt);
 }
 
 void LayGlowingFlareRow(const Laying &laying, const FlareStamp &flare, const ValueTable &values, int32_t row,
                         int32_t halfWidth) {
     float room[kRowPiece];
-    const float *const glow[kChannels] = {room, room, room};
-    const auto layAt = [&](int32_t pixel) {
+    const auto layAt = [&](int32_t, int32_t pixel) {
         PixelLaid laid{0, {{kFractionOne, kFractionOne, kFractionOne}}};
         kPortablePath.fillFlare({&flare, &values, row, pixel, 1}, &laid.value);
         if (flare.centreIsForced && row == 0 && pixel == 0)
             laid.value = flare.centre;
         return laid;
     };
+    RowsLaid laid;
     ForEachPiece(std::max(-halfWidth, laying.window.left), std::min(halfWidth, laying.window.right - 1),
                  [&](int32_t from, int32_t count) {
                      gRenderPath->fillFlareGlow({&flare, &values, row, from, count}, room);
                      if (flare.centreIsForced && row == 0 && from <= 0 && from + count > 0)
                          room[-from] = static_cast<float>(flare.centre * 0x1p-32);
-                     BlendGlowRow(laying, row, from, count, glow, layAt);
+                     AddRow(laying, row, from, count, room, 0, &laid);
+                     BlendRows(laying, &laid, layAt);
                  });
 }

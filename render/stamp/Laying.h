@@ -18,7 +18,7 @@ struct Laying {
     uint32_t faintestValue; // the same for the brightest light source there could be
     bool glows;             // laid by glow
     BlendPiece blend;       // what is the same for all pieces
-    GlowPiece glow;
+    GlowBatch glow;
     void (*blendPiece)(const BlendPiece &piece);
 };
 

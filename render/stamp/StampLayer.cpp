@@ -49,9 +49,11 @@ Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint
     laying.glows = gRenderPath->blendGlow && laying.blend.precise && target.output.bytesPerSample == 1 &&
                    threshold == kHalfByteStep + 1;
     laying.glow.planes = target.output.colorPlanes;
-    for (int32_t c = 0; c < 3; ++c)
+    for (int32_t c = 0; c < 3; ++c) {
+        laying.glow.samples[c] = target.output.planes[c];
         laying.glow.strength[c] =
             static_cast<float>(tint.channel[c] * 0x1p-32 * (tint.value * 0x1p-32) * kOpaqueStrengths);
+    }
     return laying;
 }
 

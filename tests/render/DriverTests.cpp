@@ -56,31 +56,44 @@ const Arm *gArmAtAbort;
 int32_t gLaterArms;
 
 // Raise the flag while the first arm or flare is laid, of the arm where it is bright.
-void FillArmAndAbort(const ArmPiece &piece, uint32_t *values, uint16_t *states) {
+void AbortAt(const ArmPiece &piece) {
     if (std::abs(piece.row) <= 1 && !gAbort.exchange(1))
         gArmAtAbort = piece.arm;
     gLaterArms += gAbort && piece.arm != gArmAtAbort;
+}
+void FillArmAndAbort(const ArmPiece &piece, uint32_t *values, uint16_t *states) {
+    AbortAt(piece);
     gInnerPath->fillArm(piece, values, states);
+}
+void FillArmGlowAndAbort(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]) {
+    AbortAt(piece);
+    gInnerPath->fillArmGlow(piece, factors, glow);
 }
 void FillFlareAndAbort(const FlarePiece &piece, uint32_t *values) {
     gAbort = 1;
     gInnerPath->fillFlare(piece, values);
 }
+void FillFlareGlowAndAbort(const FlarePiece &piece, float *glow) {
+    gAbort = 1;
+    gInnerPath->fillFlareGlow(piece, glow);
+}
 
 TEST_F(DriverTest, AbortIsPolledBeforeEachSourceOfBothPassesAndBetweenArms) {
-    gInnerPath = path;
-    RenderPath aborting = *path;
-    aborting.fillArm = FillArmAndAbort;
-    aborting.fillFlare = FillFlareAndAbort;
+    RenderPath aborting{};
     gRenderPath = &aborting;
     RenderSettings settings = kSettings;
     settings.effectsOnly = true;
-    settings.length = 1; // neither star nor flare reaches the other source
-    for (const bool flarePass : {false, true}) {
+    settings.length = 1;                      // neither star nor flare reaches the other source
+    for (int round = 0; round < 4; ++round) { // by integers or by glow, in the pass of stars or of flares
+        gInnerPath = round % 2 ? path : &kPortablePath;
+        aborting = *gInnerPath;
+        aborting.fillArm = FillArmAndAbort;
+        aborting.fillFlare = FillFlareAndAbort;
+        aborting.fillArmGlow = FillArmGlowAndAbort;
+        aborting.fillFlareGlow = FillFlareGlowAndAbort;
         gAbort = 0;
         gLaterArms = 0;
-        if (flarePass)
-            settings.intensity = settings.secondaryIntensity = 0;
+        settings.intensity = settings.secondaryIntensity = round < 2 ? 50 : 0;
         EXPECT_FALSE(
             Render(settings, source, {MakeSource(60, 80), MakeSource(160, 80, 1, 1)}, &output, gAbort));
         EXPECT_EQ(gLaterArms, 0);
