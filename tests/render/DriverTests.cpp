@@ -202,6 +202,8 @@ TEST_F(DriverTest, ArmsOfOneFallOffShareATable) {
     settings.secondaryIntensity = 0;
     ASSERT_TRUE(Render(settings, source, kOneSource, &output));
     EXPECT_EQ(gRenderState.stars.tables.count, 1);
+    ASSERT_TRUE(Render(settings, source, kOneSource, &output, std::atomic<uint8_t>{0}, StandardThreads(3)));
+    EXPECT_EQ(gRenderState.colors.workers, 3) << "one set of colours was there";
 }
 
 TEST_F(DriverTest, ClampedSettingsAreInRange) {

@@ -132,7 +132,7 @@ TEST_F(ImageViewerTest, TellsThePixelAndTheNearestLightAndZoomsByWheelAndKeys) {
         Drag(display, 0, 9000);
         SendMouse(display, WM_MOUSEMOVE, {4 * 100 + 1, 4 * 58 + 1});
         const std::string text = TextOf(display);
-        EXPECT_EQ(text.find("x 100, y 58 (document 100.0, 58.0)   R "), 0u) << text;
+        EXPECT_EQ(text.find("x 100, y 58 (document 100.0, 58.0)   R CCCCCC G C8C8C8 B C0C0C0 "), 0u) << text;
         EXPECT_NE(text.find("selected 100 %, covered 100 %   nearest light 0: "), std::string::npos) << text;
         EXPECT_NE(text.find(" pixels away, Diam = "), std::string::npos) << text;
         SendMouse(display, WM_MOUSEMOVE, {4 * 20 + 2, 4 * 40 + 2});
