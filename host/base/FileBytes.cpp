@@ -2,6 +2,7 @@
 
 #include "host/base/Display.h"
 #include "host/base/SystemText.h"
+#include "host/base/UnixFile.h"
 
 #include <algorithm>
 #include <list>
@@ -142,10 +143,12 @@ static void CopyAccess(const std::wstring &from, const std::wstring &to) {
         SetFileSecurityW(to.c_str(), DACL_SECURITY_INFORMATION, rules.data());
 }
 
-// A replaced file keeps its access rules, attributes and streams where the file system knows how. Wine would
-// make other rules of those that it is given, so there they are the user's usual ones.
+// A replaced file keeps its access rules, attributes and streams where the file system knows how.
 static bool PutInPlace(const std::wstring &temporary, const std::wstring &path) {
-    if (DoesFileExist(path) && !IsUnderWine()) {
+    if (DoesFileExist(path) && IsUnderWine()) {
+        if (PutUnixFile(temporary, path, path))
+            return true;
+    } else if (DoesFileExist(path)) {
         if (ReplaceFileW(path.c_str(), temporary.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr,
                          nullptr))
             return true;

@@ -1,5 +1,6 @@
 #include "host/batch/BatchRun.h"
 
+#include "host/base/CommandLine.h"
 #include "host/base/Console.h"
 #include "host/base/ExitStatus.h"
 #include "host/base/FileBytes.h"

@@ -1,5 +1,6 @@
 #include "host/batch/WorkerProcess.h"
 
+#include "host/base/CommandLine.h"
 #include "host/base/SystemText.h"
 
 #include <mutex>
@@ -15,26 +16,6 @@ HANDLE MakeWorkerJob() {
     if (job)
         SetInformationJobObject(job, JobObjectExtendedLimitInformation, &limits, sizeof(limits));
     return job;
-}
-
-// Backslashes count only before a quotation mark.
-static std::wstring Quote(const std::wstring &word) {
-    std::wstring quoted = L"\"";
-    size_t slashes = 0;
-    for (const wchar_t letter : word) {
-        if (letter == L'"')
-            quoted.append(slashes + 1, L'\\');
-        slashes = letter == L'\\' ? slashes + 1 : 0;
-        quoted += letter;
-    }
-    return quoted.append(slashes, L'\\') + L"\"";
-}
-
-std::wstring JoinWords(const std::vector<std::wstring> &words) {
-    std::wstring line;
-    for (const std::wstring &word : words)
-        line += (line.empty() ? L"" : L" ") + Quote(word);
-    return line;
 }
 
 struct WorkerEnds {

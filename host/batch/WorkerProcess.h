@@ -19,9 +19,6 @@ struct WorkerProcess {
 // A job that ends its processes with this one. Null when the system has none.
 HANDLE MakeWorkerJob();
 
-// A command line that the system takes apart into the same words.
-std::wstring JoinWords(const std::vector<std::wstring> &words);
-
 // This program with the words, its pipes and nothing to write errors to. False with a reason.
 bool StartWorker(const std::vector<std::wstring> &words, HANDLE job, WorkerProcess *worker, std::string *why);
 // Ends the process when it does not end by itself, and gives its exit status.

@@ -13,10 +13,9 @@ constexpr char kExifName[] = "Exif\0"; // two zeros end it
 constexpr size_t kExifNameSize = 6;
 constexpr uint16_t kExifDirectory = 34665, kPlaceDirectory = 34853, kInteroperability = 40965;
 constexpr uint16_t kOrientation = 274, kIptc = 33723;
-constexpr uint16_t kUndefined = 7;           // type
-constexpr size_t kMostValueBytes = 1u << 20; // of one tag; longer ones are no EXIF
-constexpr uint64_t kMostAdded = 64u << 20;   // of directories, in bytes
-constexpr size_t kHeaderSize = 8, kCountSize = 2, kEntrySize = 12, kNextSize = 4;
+constexpr uint16_t kUndefined = 7, kLongOffset = 18; // types
+constexpr size_t kMostValueBytes = 1u << 20;         // of one tag; longer ones are no EXIF
+constexpr uint64_t kMostAdded = 64u << 20;           // of directories, in bytes
 
 // Tags of the first directory that say something of the picture, not of its samples.
 static constexpr uint16_t kPictureTags[] = {270,   271,   272,   282,   283,   296,   305,   306,   315,  316,
@@ -74,7 +73,7 @@ static Bytes TakeIptc(const TiffDirectory &directory) {
 }
 
 static std::vector<ExifEntry> TakeBehind(const TiffDirectory &parent, uint16_t tag) {
-    const std::vector<uint32_t> at = TiffNumbers(parent, tag);
+    const std::vector<uint64_t> at = TiffNumbers(parent, tag);
     TiffDirectory directory;
     if (at.empty() || !ReadTiffDirectoryAt(parent, at[0], &directory))
         return {};
@@ -94,54 +93,69 @@ ExifTree ReadExifTree(const Bytes &bytes) {
 
 // --- Writing. Directories lie behind the bytes that are there already, which are `base` long.
 
-static void PutEntry(const ExifEntry &entry, uint32_t base, Bytes *directory, Bytes *values) {
-    AppendNumber(*directory, entry.tag);
-    AppendNumber(*directory, entry.type);
-    AppendNumber(*directory, entry.count);
-    if (entry.isPlaced || entry.value.size() <= 4) {
-        Bytes inPlace = entry.value;
-        inPlace.resize(4);
-        AppendBytes(*directory, inPlace.data(), 4);
-        return;
-    }
-    AppendNumber(*directory, static_cast<uint32_t>(base + values->size()));
-    AppendBytes(*values, entry.value.data(), entry.value.size());
-    if (values->size() % 2 != 0)
-        values->push_back(0);
+// What the two forms of the format differ in: bytes of the file's head, of a directory's count, of an entry,
+// and of an offset, which is also how long a value in its place may be.
+struct DirectoryForm {
+    size_t header, count, entry, offset;
+};
+static constexpr DirectoryForm kClassic = {8, 2, 12, 4}, kBig = {16, 8, 20, 8};
+
+static void PutNumber(uint64_t number, size_t size, Bytes *bytes) {
+    for (size_t i = 0; i < size; i++)
+        bytes->push_back(static_cast<uint8_t>(number >> (8 * i)));
 }
 
-// A directory at file position `at`, its values right behind it.
-static Bytes MakeDirectory(std::vector<ExifEntry> entries, uint32_t at, uint32_t next) {
+static void PutEntry(const DirectoryForm &form, const ExifEntry &entry, uint64_t base, Bytes *directory,
+                     Bytes *values) {
+    AppendNumber(*directory, entry.tag);
+    AppendNumber(*directory, entry.type);
+    PutNumber(entry.isPlaced ? entry.placedCount : entry.count, form.offset, directory);
+    if (entry.isPlaced || entry.value.size() <= form.offset) {
+        Bytes inPlace = entry.value;
+        inPlace.resize(form.offset);
+        AppendBytes(*directory, inPlace.data(), inPlace.size());
+        return;
+    }
+    PutNumber(base + values->size(), form.offset, directory);
+    AppendBytes(*values, entry.value.data(), entry.value.size());
+    values->resize((values->size() + form.offset - 1) / form.offset * form.offset);
+}
+
+// A directory at file position `at`, its values right behind it. It is the last of its chain.
+static Bytes MakeDirectory(const DirectoryForm &form, std::vector<ExifEntry> entries, uint64_t at) {
     std::stable_sort(entries.begin(), entries.end(),
                      [](const ExifEntry &a, const ExifEntry &b) { return a.tag < b.tag; });
-    const size_t length = kCountSize + entries.size() * kEntrySize + kNextSize;
+    const size_t length = form.count + entries.size() * form.entry + form.offset;
     Bytes directory, values;
-    AppendNumber(directory, static_cast<uint16_t>(entries.size()));
+    PutNumber(entries.size(), form.count, &directory);
     for (const ExifEntry &entry : entries)
-        PutEntry(entry, static_cast<uint32_t>(at + length), &directory, &values);
-    AppendNumber(directory, next);
+        PutEntry(form, entry, at + length, &directory, &values);
+    PutNumber(0, form.offset, &directory);
     AppendBytes(directory, values.data(), values.size());
     return directory;
 }
 
-static ExifEntry OffsetEntry(uint16_t tag, uint32_t offset) {
-    ExifEntry entry = {tag, kTiffLong, 1, {}};
-    AppendNumber(entry.value, offset);
+static ExifEntry OffsetEntry(const DirectoryForm &form, uint16_t tag, uint64_t offset) {
+    ExifEntry entry = {tag, form.offset == 8 ? kLongOffset : kTiffLong, 1, {}};
+    PutNumber(offset, form.offset, &entry.value);
     return entry;
 }
 
 // Appends the tree's directories for a file of `base` bytes, the first one last, with `others` in it. Returns
 // where that one begins.
-static uint32_t AppendTree(const ExifTree &tree, std::vector<ExifEntry> others, uint32_t next, uint32_t base,
-                           Bytes *bytes) {
-    const auto end = [&] { return static_cast<uint32_t>(base + bytes->size()); };
+static uint64_t AppendTree(const DirectoryForm &form, const ExifTree &tree, std::vector<ExifEntry> others,
+                           uint64_t base, Bytes *bytes) {
+    const auto end = [&] {
+        bytes->resize((bytes->size() + form.offset - 1) / form.offset * form.offset);
+        return base + bytes->size();
+    };
     const auto appendSub = [&](uint16_t tag, const std::vector<ExifEntry> &entries) {
         if (entries.empty())
             return;
-        const uint32_t at = end();
-        const Bytes directory = MakeDirectory(entries, at, 0);
+        const uint64_t at = end();
+        const Bytes directory = MakeDirectory(form, entries, at);
         AppendBytes(*bytes, directory.data(), directory.size());
-        others.push_back(OffsetEntry(tag, at));
+        others.push_back(OffsetEntry(form, tag, at));
     };
     appendSub(kExifDirectory, tree.exif);
     appendSub(kPlaceDirectory, tree.place);
@@ -149,8 +163,8 @@ static uint32_t AppendTree(const ExifTree &tree, std::vector<ExifEntry> others, 
         if (std::none_of(others.begin(), others.end(),
                          [&](const ExifEntry &other) { return other.tag == entry.tag; }))
             others.push_back(entry);
-    const uint32_t at = end();
-    const Bytes first = MakeDirectory(std::move(others), at, next);
+    const uint64_t at = end();
+    const Bytes first = MakeDirectory(form, std::move(others), at);
     AppendBytes(*bytes, first.data(), first.size());
     return at;
 }
@@ -160,55 +174,64 @@ Bytes MakeExifBlock(const ExifTree &tree) {
         return {};
     ExifEntry upright = {kOrientation, kTiffShort, 1, {1, 0}};
     Bytes body;
-    const uint32_t first = AppendTree(tree, {upright}, 0, kHeaderSize, &body);
+    const uint64_t first = AppendTree(kClassic, tree, {upright}, kClassic.header, &body);
     Bytes block(kExifName, kExifName + kExifNameSize);
     AppendBytes(block, "II*\0", 4);
-    AppendNumber(block, first);
+    AppendNumber(block, static_cast<uint32_t>(first));
     AppendBytes(block, body.data(), body.size());
     return block;
 }
 
+static uint64_t NumberOf(const uint8_t *at, size_t size) {
+    return size == 2 ? NumberAt<uint16_t>(at) : size == 4 ? NumberAt<uint32_t>(at) : NumberAt<uint64_t>(at);
+}
+
 // The first directory's entries as they stand, values elsewhere by their offsets. Empty when they cannot be
 // read.
-static std::vector<ExifEntry> ReadOwnEntries(std::fstream &file, uint32_t at) {
+static std::vector<ExifEntry> ReadOwnEntries(const DirectoryForm &form, std::fstream &file, uint64_t at) {
+    constexpr uint64_t kMostEntries = 65535;
     std::vector<ExifEntry> entries;
-    uint8_t raw[kEntrySize] = {};
-    file.seekg(at);
-    file.read(reinterpret_cast<char *>(raw), kCountSize);
-    const uint16_t count = file ? NumberAt<uint16_t>(raw) : 0;
-    for (uint16_t i = 0; i < count && file.read(reinterpret_cast<char *>(raw), kEntrySize); i++) {
-        ExifEntry entry = {
-            NumberAt<uint16_t>(raw), NumberAt<uint16_t>(raw + 2), NumberAt<uint32_t>(raw + 4), {}};
-        entry.value.assign(raw + 8, raw + 12);
+    uint8_t raw[kBig.entry] = {};
+    file.seekg(static_cast<std::streamoff>(at));
+    file.read(reinterpret_cast<char *>(raw), static_cast<std::streamsize>(form.count));
+    const uint64_t count = file ? NumberOf(raw, form.count) : 0;
+    for (uint64_t i = 0; i < std::min(count, kMostEntries) &&
+                         file.read(reinterpret_cast<char *>(raw), static_cast<std::streamsize>(form.entry));
+         i++) {
+        ExifEntry entry = {NumberAt<uint16_t>(raw), NumberAt<uint16_t>(raw + 2), 0, {}};
         entry.isPlaced = true;
+        entry.placedCount = NumberOf(raw + 4, form.offset);
+        entry.value.assign(raw + 4 + form.offset, raw + form.entry);
         entries.push_back(std::move(entry));
     }
     return file ? entries : std::vector<ExifEntry>();
 }
 
 static bool AddToOpenTiff(std::fstream &file, const ExifTree &tree) {
-    uint8_t header[kHeaderSize] = {};
-    file.read(reinterpret_cast<char *>(header), kHeaderSize);
-    if (!file || std::memcmp(header, "II*\0", 4) != 0)
+    uint8_t header[kBig.header] = {};
+    file.read(reinterpret_cast<char *>(header), sizeof(header));
+    const bool isBig = std::memcmp(header, "II+\0", 4) == 0;
+    if (!file || (!isBig && std::memcmp(header, "II*\0", 4) != 0))
         return false;
-    std::vector<ExifEntry> own = ReadOwnEntries(file, NumberAt<uint32_t>(header + 4));
+    const DirectoryForm &form = isBig ? kBig : kClassic;
+    const size_t place = form.header - form.offset; // of the first directory's offset
+    std::vector<ExifEntry> own = ReadOwnEntries(form, file, NumberOf(header + place, form.offset));
     file.seekg(0, std::ios::end);
     const auto end = static_cast<uint64_t>(file.tellg());
-    const uint64_t base = (end + 1) / 2 * 2;
-    if (own.empty() || base > UINT32_MAX - kMostAdded)
+    const uint64_t base = (end + form.offset - 1) / form.offset * form.offset;
+    if (own.empty() || (!isBig && base > UINT32_MAX - kMostAdded))
         return false;
     if (!tree.iptc.empty())
         own.push_back({kIptc, kUndefined, static_cast<uint32_t>(tree.iptc.size()), tree.iptc});
-    Bytes added(static_cast<size_t>(base - end)), first;
-    Bytes tail;
-    AppendNumber(first, AppendTree(tree, std::move(own), 0, static_cast<uint32_t>(base), &tail));
+    Bytes added(static_cast<size_t>(base - end)), first, tail;
+    PutNumber(AppendTree(form, tree, std::move(own), base, &tail), form.offset, &first);
     if (tail.size() > kMostAdded)
         return false;
     AppendBytes(added, tail.data(), tail.size());
     file.seekp(static_cast<std::streamoff>(end));
     file.write(reinterpret_cast<const char *>(added.data()), static_cast<std::streamsize>(added.size()));
     file.flush(); // the header points to the new directory only when that is there
-    file.seekp(4);
+    file.seekp(static_cast<std::streamoff>(place));
     file.write(reinterpret_cast<const char *>(first.data()), static_cast<std::streamsize>(first.size()));
     file.flush();
     return file.good();

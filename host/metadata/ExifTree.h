@@ -14,8 +14,9 @@ struct ExifEntry {
     uint16_t tag;
     uint16_t type;
     uint32_t count;
-    Bytes value;           // in little-endian order
-    bool isPlaced = false; // the value is four bytes as they stand in a directory
+    Bytes value;              // in little-endian order
+    bool isPlaced = false;    // the value is what stands in a directory, and its count
+    uint64_t placedCount = 0; // is this one
 };
 
 struct ExifTree {
@@ -33,8 +34,8 @@ ExifTree ReadExifTree(const Bytes &bytes);
 // As an EXIF block, "Exif\0\0" in front, without IPTC data. Empty when there is nothing else.
 Bytes MakeExifBlock(const ExifTree &tree);
 
-// Adds the tree to the first directory of a finished classic TIFF file of less than 4 GB. Tags that the file
-// has already stay as they are. False with a reason.
+// Adds the tree to the first directory of a finished TIFF file, a classic one of less than 4 GB. Tags that
+// the file has already stay as they are. False with a reason.
 bool AddExifToTiff(const std::wstring &path, const ExifTree &tree, std::string *why);
 
 } // namespace host

@@ -20,7 +20,8 @@ static uint64_t NumberOf(const TiffDirectory &directory, size_t at, size_t size)
 }
 
 static size_t NumberSize(uint16_t type) {
-    return type == kTiffShort ? 2 : type == kTiffLong ? 4 : 0;
+    static constexpr size_t kSizes[] = {0, 0, 0, 2, 4, 0, 0, 0, 0, 0, 0, 0, 0, 4, 0, 0, 8, 0, 8};
+    return type < std::size(kSizes) ? kSizes[type] : 0;
 }
 
 // Of one value of the type; 0 for an unknown one.
@@ -82,21 +83,20 @@ bool HasTiffTag(const TiffDirectory &directory, uint16_t tag) {
     return FindEntry(directory, tag) != nullptr;
 }
 
-std::vector<uint32_t> TiffNumbers(const TiffDirectory &directory, uint16_t tag) {
-    std::vector<uint32_t> numbers;
+std::vector<uint64_t> TiffNumbers(const TiffDirectory &directory, uint16_t tag) {
+    std::vector<uint64_t> numbers;
     const TiffEntry *entry = FindEntry(directory, tag);
     const size_t size = entry ? NumberSize(entry->type) : 0;
     if (size == 0 || entry->at > directory.length || entry->count > (directory.length - entry->at) / size)
         return numbers;
     for (size_t i = 0; i < entry->count; i++)
-        numbers.push_back(
-            static_cast<uint32_t>(NumberOf(directory, static_cast<size_t>(entry->at) + i * size, size)));
+        numbers.push_back(NumberOf(directory, static_cast<size_t>(entry->at) + i * size, size));
     return numbers;
 }
 
 uint32_t TiffNumber(const TiffDirectory &directory, uint16_t tag, uint32_t whenAbsent) {
-    const std::vector<uint32_t> numbers = TiffNumbers(directory, tag);
-    return numbers.empty() ? whenAbsent : numbers[0];
+    const std::vector<uint64_t> numbers = TiffNumbers(directory, tag);
+    return numbers.empty() ? whenAbsent : static_cast<uint32_t>(numbers[0]);
 }
 
 } // namespace host

@@ -37,8 +37,8 @@ bool ReadTiffDirectory(const uint8_t *bytes, size_t length, TiffDirectory *direc
 // Another directory of the same file, at a position that an entry names.
 bool ReadTiffDirectoryAt(const TiffDirectory &file, uint64_t at, TiffDirectory *directory);
 bool HasTiffTag(const TiffDirectory &directory, uint16_t tag);
-// Shorts and longs within the file; empty when the tag is absent or something else.
-std::vector<uint32_t> TiffNumbers(const TiffDirectory &directory, uint16_t tag);
+// Shorts, longs and offsets within the file; empty when the tag is absent or something else.
+std::vector<uint64_t> TiffNumbers(const TiffDirectory &directory, uint16_t tag);
 uint32_t TiffNumber(const TiffDirectory &directory, uint16_t tag, uint32_t whenAbsent);
 
 } // namespace host

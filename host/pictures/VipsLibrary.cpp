@@ -34,21 +34,21 @@ static bool FindAll(HMODULE module, VipsLibrary *vips, std::string *why) {
 #define FIND(name) Find(module, #name, &vips->name, why)
     return FIND(vips_init) && FIND(vips_cache_set_max) && FIND(vips_error_buffer) && FIND(vips_error_clear) &&
            FIND(g_object_unref) && FIND(g_free) && FIND(g_log_set_default_handler) &&
-           FIND(vips_source_new_from_memory) && FIND(vips_jpegload_source) && FIND(vips_pngload_source) &&
-           FIND(vips_tiffload_source) && FIND(vips_webpload_source) && FIND(vips_heifload_source) &&
-           FIND(vips_gifload_source) && FIND(vips_image_new_from_memory) && FIND(vips_image_get_width) &&
-           FIND(vips_image_get_height) && FIND(vips_image_get_bands) && FIND(vips_image_get_format) &&
-           FIND(vips_image_get_interpretation) && FIND(vips_image_get_orientation) &&
-           FIND(vips_image_get_n_pages) && FIND(vips_image_get_xres) && FIND(vips_image_get_yres) &&
-           FIND(vips_image_get_typeof) && FIND(vips_image_get_blob) && FIND(vips_image_get_string) &&
-           FIND(vips_image_set_blob_copy) && FIND(vips_image_set_int) && FIND(vips_image_set) &&
-           FIND(vips_image_remove) && FIND(vips_image_map) && FIND(vips_image_set_progress) &&
-           FIND(vips_image_set_kill) && FIND(g_signal_connect_data) && FIND(vips_region_new) &&
-           FIND(vips_region_fetch) && FIND(vips_black) && FIND(vips_copy) && FIND(vips_cast) &&
-           FIND(vips_linear1) && FIND(vips_bandjoin) && FIND(vips_colourspace) && FIND(vips_icc_transform) &&
-           FIND(vips_thumbnail_image) && FIND(vips_jpegsave_buffer) && FIND(vips_pngsave) &&
-           FIND(vips_tiffsave) && FIND(vips_webpsave_buffer) && FIND(vips_heifsave_buffer) &&
-           FIND(vips_gifsave_buffer);
+           FIND(vips_source_new_from_memory) && FIND(vips_source_new_from_file) &&
+           FIND(vips_jpegload_source) && FIND(vips_pngload_source) && FIND(vips_tiffload_source) &&
+           FIND(vips_webpload_source) && FIND(vips_heifload_source) && FIND(vips_gifload_source) &&
+           FIND(vips_image_new_from_memory) && FIND(vips_image_get_width) && FIND(vips_image_get_height) &&
+           FIND(vips_image_get_bands) && FIND(vips_image_get_format) && FIND(vips_image_get_interpretation) &&
+           FIND(vips_image_get_orientation) && FIND(vips_image_get_n_pages) && FIND(vips_image_get_xres) &&
+           FIND(vips_image_get_yres) && FIND(vips_image_get_typeof) && FIND(vips_image_get_blob) &&
+           FIND(vips_image_get_string) && FIND(vips_image_set_blob_copy) && FIND(vips_image_set_int) &&
+           FIND(vips_image_set) && FIND(vips_image_remove) && FIND(vips_image_map) &&
+           FIND(vips_image_set_progress) && FIND(vips_image_set_kill) && FIND(g_signal_connect_data) &&
+           FIND(vips_region_new) && FIND(vips_region_fetch) && FIND(vips_black) && FIND(vips_copy) &&
+           FIND(vips_cast) && FIND(vips_linear1) && FIND(vips_bandjoin) && FIND(vips_colourspace) &&
+           FIND(vips_icc_transform) && FIND(vips_thumbnail_image) && FIND(vips_jpegsave_buffer) &&
+           FIND(vips_pngsave) && FIND(vips_tiffsave) && FIND(vips_webpsave_buffer) &&
+           FIND(vips_heifsave_buffer) && FIND(vips_gifsave_buffer);
 #undef FIND
 }
 

@@ -54,6 +54,7 @@ struct VipsLibrary {
     void *(*g_log_set_default_handler)(void (*log)(const char *, int, const char *, void *), void *data);
 
     VipsSource *(*vips_source_new_from_memory)(const void *data, size_t length); // which must outlive it
+    VipsSource *(*vips_source_new_from_file)(const char *path);
     int (*vips_jpegload_source)(VipsSource *source, VipsImage **out, ...);
     int (*vips_pngload_source)(VipsSource *source, VipsImage **out, ...);
     int (*vips_tiffload_source)(VipsSource *source, VipsImage **out, ...);

@@ -3,6 +3,7 @@
 
 #include "host/base/SystemText.h"
 #include "host/metadata/ExifTree.h"
+#include "host/metadata/PngGamma.h"
 #include "host/pictures/VipsLibrary.h"
 
 #include <algorithm>
@@ -264,6 +265,8 @@ static bool ReadOpened(const Bytes &file, Reading *reading, Picture *picture, Pi
         TakeBackAdditions(&read);
     ApplyOrientation(read, orientation);
     Bytes profile = BlobOf(image, "icc-profile-data");
+    if (profile.empty() && origin->kind == PictureKind::kPng)
+        profile = MakeGammaProfile(file, read.colourPlanes);
     if (DoesProfileFit(profile, read.colourPlanes))
         read.iccProfile = std::move(profile);
     origin->notes.insert(origin->notes.end(), reading->notes.begin(), reading->notes.end());

@@ -287,7 +287,7 @@ static bool SaveCoded(PictureKind kind, VipsImage *image, const PictureOrigin &o
 // What the library does not put into a TIFF itself.
 static bool FinishTiff(const PictureOrigin &origin, const WriteOptions &options, const std::wstring &path,
                        std::string *why) {
-    if (origin.isBig || options.metadata == MetadataChoice::kNone || !origin.fields)
+    if (options.metadata == MetadataChoice::kNone || !origin.fields)
         return true;
     ExifTree tree = ReadExifTree(BlobOf(origin.fields.get(), "exif-data"));
     tree.iptc = UnwrapIptc(BlobOf(origin.fields.get(), "iptc-data"));

@@ -4,6 +4,7 @@
 #include "host/base/Display.h"
 #include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
+#include "host/base/UnixFile.h"
 
 #include <algorithm>
 
@@ -20,7 +21,8 @@ static bool KeepOriginal(const std::wstring &photo, bool *isMade, std::string *w
         return true;
     NoteTemporary(temporary);
     *isMade = CopyFileW(photo.c_str(), temporary.c_str(), FALSE) &&
-              MoveFileExW(temporary.c_str(), backup.c_str(), MOVEFILE_WRITE_THROUGH);
+              ((IsUnderWine() && PutUnixFile(temporary, backup, photo)) ||
+               MoveFileExW(temporary.c_str(), backup.c_str(), MOVEFILE_WRITE_THROUGH));
     const DWORD error = GetLastError();
     if (!*isMade)
         DeleteFileW(temporary.c_str());

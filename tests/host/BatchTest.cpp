@@ -131,22 +131,59 @@ TEST_F(BatchTest, FaultsStayWithTheirPhotos) {
     EXPECT_EQ(none.status, 3u) << none.err;
 }
 
-// The first Ctrl+C lets the photo in work end; the rest is left for --resume.
+// A list, a limit of memory below any photo's need, a sheet; and a batch that ends with its first failure.
+TEST_F(BatchTest, ListsLimitsAndSheets) {
+    AddPhoto(L"a.png", 10);
+    AddPhoto(L"b.png", 12);
+    const std::wstring list = folder.File(L"list.txt"), sheet = folder.File(L"sheet.png");
+    const auto write = [&](const std::string &lines) { WriteBytes(list, {lines.begin(), lines.end()}); };
+    const std::string a = host::ToUtf8(in + L"\\a.png\r\n"), b = host::ToUtf8(in + L"\\b.png");
+    write("\xEF\xBB\xBF" + a + "\n" + b);
+    const ProgramRun all = RunBatch({L"--memory", L"1", L"--contact-sheet", sheet, L"@" + list}, L"");
+    EXPECT_EQ(all.status, 0u) << all.err;
+    ExpectResults({L"a_stars.png", L"b_stars.png"});
+    const host::Picture pairs = ReadGood(sheet);
+    const host::Picture before = ReadGood(in + L"\\a.png");
+    const size_t width = static_cast<size_t>(pairs.width);
+    bool holdsBoth = false; // the first row of the photo, and some way to its right the same inverted
+    for (size_t at = 0; at + width < pairs.planes[0].size() && !holdsBoth; at++) {
+        bool isHere = true;
+        for (size_t x = 0; x < 20 && isHere; x++)
+            isHere = pairs.planes[0][at + x] == before.planes[0][x] &&
+                     pairs.planes[0][at + x + 326] == 255 - before.planes[0][x];
+        holdsBoth = isHere;
+    }
+    EXPECT_TRUE(holdsBoth);
+    EXPECT_EQ(RunBatch({L"--existing", L"number", L"--contact-sheet", in + L"\\b.png", in}).status, 3u);
+    write(host::ToUtf8(in + L"\\absent.png\n") + a + b);
+    const ProgramRun stopped =
+        RunBatch({L"--existing", L"number", L"--jobs", L"1", L"--on-error", L"stop", L"@" + list});
+    EXPECT_EQ(stopped.status, 3u) << stopped.err;
+    EXPECT_TRUE(Holds(stopped.err, "0 done, 1 failed, 2 not begun in ")) << stopped.err;
+}
+
+// The first Ctrl+C lets the photo in work end, the second does not; the rest is left for --resume.
 TEST_F(BatchTest, CancelAndResume) {
     for (const wchar_t *name : {L"1.png", L"2.png", L"3.png", L"4.png"})
         AddPhoto(name, 33);
     SetEnvironmentVariableW(L"INVERT_FILTER", L"batch");
-    SetEnvironmentVariableW(L"INVERT_SLOW", L"1000");
     const HANDLE atWork = CreateEventA(nullptr, FALSE, FALSE, "InvertFilterAtWork");
-    const PROCESS_INFORMATION process = Begin(
-        {L"batch", L"--jobs", L"1", L"--out", out, L"--plugin", ProgramFile(L"InvertFilter.8bf"), in}, 0);
-    EXPECT_EQ(WaitForSingleObject(atWork, kLongestRun), WAIT_OBJECT_0);
+    for (const int presses : {2, 1}) {
+        SetEnvironmentVariableW(L"INVERT_SLOW", presses == 1 ? L"1000" : L"60000");
+        const PROCESS_INFORMATION process = Begin({L"batch", L"--jobs", L"1", L"--out", out, L"--plugin",
+                                                   ProgramFile(L"InvertFilter.8bf"), L"--resume", in},
+                                                  0);
+        EXPECT_EQ(WaitForSingleObject(atWork, kLongestRun), WAIT_OBJECT_0);
+        for (int press = 0; press < presses; press++)
+            EXPECT_TRUE(PressCtrlC(process.hProcess));
+        const ProgramRun run = End(process);
+        EXPECT_EQ(run.status, 5u) << run.err;
+        EXPECT_TRUE(
+            Holds(run.err, presses == 1 ? "1 done, 3 not begun in " : "0 done, 1 cancelled, 3 not begun in "))
+            << run.err;
+    }
     CloseHandle(atWork);
-    EXPECT_TRUE(PressCtrlC(process.hProcess));
-    const ProgramRun run = End(process);
     SetEnvironmentVariableW(L"INVERT_SLOW", nullptr);
-    EXPECT_EQ(run.status, 5u) << run.err;
-    EXPECT_TRUE(Holds(run.err, "1 done, 3 not begun in ")) << run.err;
     ExpectResults({L"1_stars.png", L"brillatrix.journal"});
     const ProgramRun again = RunBatch({L"--resume", in});
     EXPECT_EQ(again.status, 0u) << again.err;

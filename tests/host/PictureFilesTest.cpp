@@ -4,6 +4,7 @@
 #include "host/metadata/ExifTree.h"
 #include "host/metadata/JpegSegments.h"
 #include "host/pictures/VipsLibrary.h"
+#include "host/pictures/VipsLibrary.h"
 #include "host/program/PhotoDocument.h"
 
 #include <algorithm>
@@ -280,6 +281,7 @@ TEST(PictureFiles, MetadataTravelsAsFarAsTheKindsCan) {
         size_t dropped;
     } cases[] = {{L"a.jpg", host::MetadataChoice::kKeep, kExif | kPlace | kXmp | kIptc | kComment, 0},
                  {L"a.tif", host::MetadataChoice::kKeep, kExif | kPlace | kXmp | kIptc, 1},
+                 {L"big.tif", host::MetadataChoice::kKeep, kExif | kPlace | kXmp | kIptc, 1},
                  {L"a.webp", host::MetadataChoice::kKeep, kExif | kPlace | kXmp, 2},
                  {L"a.avif", host::MetadataChoice::kKeep, kExif | kPlace | kXmp, 2},
                  {L"a.png", host::MetadataChoice::kKeep, kExif | kPlace, 2}, // its XMP is compressed
@@ -293,7 +295,11 @@ TEST(PictureFiles, MetadataTravelsAsFarAsTheKindsCan) {
         host::WriteOptions options;
         options.metadata = c.metadata;
         const std::wstring path = folder.File(c.name);
-        ASSERT_TRUE(host::WritePicture(path, picture, {}, &why, origin, options)) << why;
+        const bool isBig = std::wstring(c.name) == L"big.tif"; // offsets of 64 bits
+        host::PictureOrigin from = origin;
+        if (isBig)
+            from.kind = host::PictureKind::kTiff, from.isBig = true;
+        ASSERT_TRUE(host::WritePicture(path, picture, {}, &why, from, options)) << why;
         EXPECT_EQ(host::ListDropped(path, picture, origin, options).size(), c.dropped);
         const Bytes file = ReadBytes(path);
         const std::string text(file.begin(), file.end());
@@ -307,11 +313,36 @@ TEST(PictureFiles, MetadataTravelsAsFarAsTheKindsCan) {
         host::PictureOrigin origin2;
         ASSERT_TRUE(host::ReadPicture(path, &again, &why, &origin2)) << why;
         EXPECT_EQ(again.width, 32) << "turned twice";
+        EXPECT_EQ(origin2.isBig, isBig);
+        if (isBig) {
+            EXPECT_NE(host::Vips().vips_image_get_typeof(origin2.fields.get(), "exif-data"), 0u);
+        }
         if (origin2.kind == host::PictureKind::kJpeg) {
             EXPECT_EQ(origin2.quality, 83) << "not as in the input";
             EXPECT_TRUE(origin2.halvesColour);
         }
     }
+}
+
+// What a PNG says by a number of its own becomes a profile, which is kept.
+TEST(PictureFiles, GammaOfAPngIsKeptAsAProfile) {
+    const TestFolder folder;
+    const std::wstring path = folder.File(L"a.png");
+    std::string why;
+    for (const int32_t planes : {1, 3})
+        for (const auto &[gamma, checksum] : {std::pair(45455u, 0x0BFC6105u), {100000u, 0x31E8965Fu}}) {
+            ASSERT_TRUE(host::WritePicture(path, MakeTestPicture(4, 4, 8, planes, false), {}, &why));
+            Bytes file = ReadBytes(path);
+            Bytes chunk = {0, 0, 0, 4, 'g', 'A', 'M', 'A'};
+            host::AppendNumber(chunk, gamma, host::ByteOrder::kBig);
+            host::AppendNumber(chunk, checksum, host::ByteOrder::kBig);
+            file.insert(file.begin() + 33, chunk.begin(), chunk.end()); // behind the header
+            WriteBytes(path, file);
+            const Picture picture = ReadGood(path);
+            EXPECT_EQ(picture.iccProfile.empty(), gamma == 45455u);
+            ASSERT_TRUE(host::WritePicture(path, picture, {}, &why));
+            EXPECT_EQ(ReadGood(path), picture);
+        }
 }
 
 TEST(PictureFiles, KindsOfSamplesAndRefusals) {

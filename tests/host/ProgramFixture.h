@@ -33,6 +33,7 @@ class ProgramTest : public testing::Test {
 protected:
     TestFolder folder;
     host::Picture photo;
+    HANDLE standardInput = nullptr;
 
     void SetUp() override {
         photo = MakeTestPicture(40, 30, 8, 3, false);
@@ -51,6 +52,7 @@ protected:
         STARTUPINFOW startup = {};
         startup.cb = sizeof(startup);
         startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdInput = standardInput;
         startup.hStdOutput = OpenForChild(folder.File(L"out.txt"));
         startup.hStdError = OpenForChild(folder.File(L"err.txt"));
         PROCESS_INFORMATION process = {};

@@ -189,6 +189,25 @@ TEST_F(ProgramTest, NothingIsReplacedUnasked) {
     ExpectFiles({L"in.png_original"});
 }
 
+// Byte for byte what the same run writes into a file.
+TEST_F(ProgramTest, PicturesGoOverTheStandardStreams) {
+    ASSERT_EQ(Invert({folder.File(L"in.png"), folder.File(L"out.png")}).status, 0u);
+    ASSERT_EQ(Invert({folder.File(L"in.png"), folder.File(L"out.ppm")}).status, 0u);
+    for (const wchar_t *kind : {L"png", L"ppm"}) {
+        SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
+        standardInput = CreateFileW(folder.File(L"in.png").c_str(), GENERIC_READ, FILE_SHARE_READ, &inherited,
+                                    OPEN_EXISTING, 0, nullptr);
+        const ProgramRun run = Invert({L"--format", kind, L"-", L"-"});
+        CloseHandle(standardInput);
+        EXPECT_EQ(run.status, 0u) << run.err;
+        EXPECT_EQ(run.out, TakeText(folder.File(std::wstring(L"out.") + kind)));
+    }
+    standardInput = nullptr;
+    for (const auto &words : {std::vector<std::wstring>{L"inplace", L"-"}, {L"--lights", L"-", L"-"}})
+        EXPECT_EQ(Run(words).status, 2u);
+    ExpectFiles({});
+}
+
 TEST_F(ProgramTest, CtrlCCancelsWithinATileAndLeavesNothing) {
     std::string why;
     ASSERT_TRUE(
