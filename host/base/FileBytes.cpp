@@ -255,6 +255,13 @@ bool TakeOutputBack(OutputFile *file, std::string *why) {
     return true;
 }
 
+bool IsDiskFull(const std::wstring &path) {
+    constexpr uint64_t kHardlyAny = 1u << 20;
+    ULARGE_INTEGER free = {};
+    const std::wstring folder = path.substr(0, path.find_last_of(L"\\/") + 1);
+    return GetDiskFreeSpaceExW(folder.c_str(), &free, nullptr, nullptr) && free.QuadPart < kHardlyAny;
+}
+
 void DiscardOutput(OutputFile *file) {
     if (file->temporaryPath.empty())
         return;

@@ -46,6 +46,8 @@ void NoteTemporary(const std::wstring &path);
 void ForgetTemporary(const std::wstring &path);
 // For a process that ends at once, on a thread of its own: whatever it has not finished is removed.
 void RemoveTemporaries();
+// Whether there is hardly any room left where the file is.
+bool IsDiskFull(const std::wstring &path);
 // Throws away what was written. Does nothing to a file that was not begun.
 void DiscardOutput(OutputFile *file);
 

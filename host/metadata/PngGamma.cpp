@@ -1,5 +1,7 @@
 #include "host/metadata/PngGamma.h"
 
+#include "host/metadata/PngChunks.h"
+
 #include <array>
 #include <cmath>
 #include <optional>
@@ -7,8 +9,7 @@
 
 namespace host {
 
-constexpr size_t kSignature = 8, kChunkFrame = 12; // a chunk's length, name and checksum
-constexpr uint32_t kUnit = 100000;                 // of the chunks' numbers
+constexpr uint32_t kUnit = 100000; // of the chunks' numbers
 constexpr uint32_t kUsualGamma = 45455, kGammaSlack = 600;
 
 using Triple = std::array<double, 3>;
@@ -34,19 +35,15 @@ static Primaries TakePrimaries(const uint8_t *at) {
 // The chunks in front of the samples.
 static PngColours ReadColours(const Bytes &file) {
     PngColours colours;
-    for (size_t at = kSignature; at + kChunkFrame <= file.size();) {
-        const size_t length = NumberAt<uint32_t>(file.data() + at, ByteOrder::kBig);
-        const std::string_view name(reinterpret_cast<const char *>(file.data()) + at + 4, 4);
-        const uint8_t *body = file.data() + at + 8;
-        if (length > file.size() - at - kChunkFrame || name == "IDAT")
+    for (const PngChunk &chunk : ListPngChunks(file)) {
+        if (chunk.name == "IDAT")
             break;
-        if (name == "iCCP" || name == "sRGB")
+        if (chunk.name == "iCCP" || chunk.name == "sRGB")
             colours.isSaidElse = true;
-        else if (name == "gAMA" && length == 4)
-            colours.gamma = NumberAt<uint32_t>(body, ByteOrder::kBig);
-        else if (name == "cHRM" && length == 32)
-            colours.primaries = TakePrimaries(body);
-        at += length + kChunkFrame;
+        else if (chunk.name == "gAMA" && chunk.length == 4)
+            colours.gamma = NumberAt<uint32_t>(chunk.body, ByteOrder::kBig);
+        else if (chunk.name == "cHRM" && chunk.length == 32)
+            colours.primaries = TakePrimaries(chunk.body);
     }
     return colours;
 }

@@ -79,6 +79,11 @@ static const TiffEntry *FindEntry(const TiffDirectory &directory, uint16_t tag) 
     return found == directory.entries.end() ? nullptr : &*found;
 }
 
+uint64_t TiffPlace(const TiffDirectory &directory, uint16_t tag) {
+    const TiffEntry *entry = FindEntry(directory, tag);
+    return entry ? entry->at : 0;
+}
+
 bool HasTiffTag(const TiffDirectory &directory, uint16_t tag) {
     return FindEntry(directory, tag) != nullptr;
 }

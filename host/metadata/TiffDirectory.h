@@ -7,14 +7,14 @@
 
 namespace host {
 
-constexpr uint16_t kTiffSubfileType = 254, kTiffCompression = 259, kTiffPhotometric = 262,
-                   kTiffPredictor = 317, kTiffSubDirectories = 330, kTiffCfaPattern = 33422,
-                   kTiffDngVersion = 50706;
+constexpr uint16_t kTiffSubfileType = 254, kTiffBits = 258, kTiffSamples = 277, kTiffCompression = 259,
+                   kTiffPhotometric = 262, kTiffPredictor = 317, kTiffSubDirectories = 330,
+                   kTiffCfaPattern = 33422, kTiffDngVersion = 50706;
 constexpr uint16_t kTiffShort = 3, kTiffLong = 4;
 
-constexpr uint32_t kTiffRgb = 2, kTiffCfa = 32803; // photometric
-constexpr uint32_t kTiffReducedPicture = 1;        // subfile type
-constexpr uint32_t kTiffUncompressed = 1;
+constexpr uint32_t kTiffRgb = 2, kTiffLab = 8, kTiffCfa = 32803; // photometric
+constexpr uint32_t kTiffReducedPicture = 1;                      // subfile type
+constexpr uint32_t kTiffUncompressed = 1, kTiffJpeg = 7;         // compression
 
 struct TiffEntry {
     uint16_t tag;
@@ -36,6 +36,8 @@ bool IsTiff(const uint8_t *bytes, size_t length);
 bool ReadTiffDirectory(const uint8_t *bytes, size_t length, TiffDirectory *directory);
 // Another directory of the same file, at a position that an entry names.
 bool ReadTiffDirectoryAt(const TiffDirectory &file, uint64_t at, TiffDirectory *directory);
+// Where the tag's value stands in the file; 0 without the tag.
+uint64_t TiffPlace(const TiffDirectory &directory, uint16_t tag);
 bool HasTiffTag(const TiffDirectory &directory, uint16_t tag);
 // Shorts, longs and offsets within the file; empty when the tag is absent or something else.
 std::vector<uint64_t> TiffNumbers(const TiffDirectory &directory, uint16_t tag);

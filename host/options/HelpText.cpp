@@ -36,7 +36,7 @@ static const char kWriting[] = R"(
 The file, which is written like the photo's where nothing else is said:
   --quality 1..100         of jpg, webp, avif (jpg of another kind of photo: 95)
   --subsampling 444|420    colour of a jpg in full or at half the resolution
-  --compression KIND       of tif: none, lzw, deflate, zstd, packbits, jpeg
+  --compression KIND       of tif: none, lzw, deflate, packbits, jpeg
   --format KIND            the kind for an OUT without such an ending, and for - (the photo's own)
   --depth 8|16|32          bits a sample; 32 are floats
   --metadata KIND          keep (all), no-gps (not the place), none

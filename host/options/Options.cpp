@@ -100,9 +100,11 @@ static bool TakeSubsampling(Options &options, const GivenOption &given) {
 }
 
 static bool TakeCompression(Options &options, const GivenOption &given) {
-    static constexpr Choice<int> kChoices[] = {{L"none", kVipsTiffNone},         {L"lzw", kVipsTiffLzw},
-                                               {L"deflate", kVipsTiffDeflate},   {L"zstd", kVipsTiffZstd},
-                                               {L"packbits", kVipsTiffPackBits}, {L"jpeg", kVipsTiffJpeg}};
+    static constexpr Choice<int> kChoices[] = {{L"none", kVipsTiffNone},
+                                               {L"lzw", kVipsTiffLzw},
+                                               {L"deflate", kVipsTiffDeflate},
+                                               {L"packbits", kVipsTiffPackBits},
+                                               {L"jpeg", kVipsTiffJpeg}};
     return TakeChoice(given, kChoices, &options.write.compression);
 }
 

@@ -130,7 +130,13 @@ std::vector<std::string> ListDropped(const std::wstring &path, const Picture &pi
     drop(keeps && !(format->metadata & kExif) && Says(origin, "exif-data"), "the EXIF data is");
     drop(keeps && !(format->metadata & kXmp) && Says(origin, "xmp-data"), "the XMP data is");
     drop(keeps && !(format->metadata & kIptc) && Says(origin, "iptc-data"), "the IPTC data is");
-    drop(keeps && format->kind != PictureKind::kJpeg && !origin.comments.empty(), "the comment is");
+    const bool isPng = format->kind == PictureKind::kPng;
+    drop(keeps && !isPng && format->kind != PictureKind::kJpeg && !origin.comments.empty(), "the comment is");
+    std::string keywords;
+    for (const PngText &text : origin.texts)
+        if (text.keyword != "Comment" && !text.keyword.starts_with("date:"))
+            keywords += (keywords.empty() ? "" : ", ") + text.keyword;
+    drop(keeps && !isPng && !keywords.empty(), ("the text (" + keywords + ") is").c_str());
     if (format->kind == PictureKind::kGif)
         dropped.push_back("the colours are reduced to 256: a .gif file has no room for more");
     if (format->kind == PictureKind::kAvif && picture.depth == 16)

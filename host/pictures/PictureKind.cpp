@@ -96,6 +96,9 @@ static bool TellTiff(const Bytes &file, PictureOrigin *origin, std::string *why)
     origin->compression = TiffNumber(tiff, kTiffCompression, kTiffUncompressed);
     origin->hasPredictor = TiffNumber(tiff, kTiffPredictor, 1) != 1;
     origin->isBig = tiff.isBig;
+    const bool isLab = TiffNumber(tiff, kTiffPhotometric, kTiffRgb) == kTiffLab;
+    if (isLab && TiffNumber(tiff, kTiffBits, 1) == 8 && TiffNumber(tiff, kTiffSamples, 1) == 3)
+        origin->labPlace = static_cast<size_t>(TiffPlace(tiff, kTiffPhotometric)) + (file[0] == 'M' ? 1 : 0);
     return true;
 }
 
@@ -104,6 +107,8 @@ static void TellOrigin(const Bytes &file, PictureOrigin *origin) {
         origin->quality = EstimateJpegQuality(file);
         origin->comments = ReadJpegComments(file);
     }
+    if (origin->kind == PictureKind::kPng)
+        origin->texts = ReadPngTexts(file);
     if (origin->kind == PictureKind::kWebp) {
         constexpr std::string_view lossless = "VP8L";
         const size_t end = std::min<size_t>(file.size(), 4096); // behind the colour profile at most

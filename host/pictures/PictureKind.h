@@ -2,6 +2,7 @@
 #pragma once
 
 #include "host/base/ByteStream.h"
+#include "host/metadata/PngChunks.h"
 
 #include <cstdint>
 #include <memory>
@@ -24,8 +25,10 @@ struct PictureOrigin {
     uint32_t compression = 1;           // TIFF: the tag's number; 1: none
     bool hasPredictor = false;          // TIFF
     bool isBig = false;                 // TIFF: 64-bit offsets
+    size_t labPlace = 0;                // TIFF of 8-bit Lab samples: where the file says so; 0: another
     int32_t frames = 1;                 // pictures in the file; the first one is read
-    std::vector<Bytes> comments;        // of JPEG
+    std::vector<Bytes> comments;        // of JPEG, and of a PNG the texts so called
+    std::vector<PngText> texts;         // of PNG
     std::shared_ptr<_VipsImage> fields; // EXIF, XMP, IPTC, comments, resolution; null: none. Read only
     std::vector<std::string> notes;     // what the user should know of the reading, a sentence each
 };
@@ -43,8 +46,7 @@ enum TiffCompressionChoice {
     kVipsTiffJpeg = 1,
     kVipsTiffDeflate = 2,
     kVipsTiffPackBits = 3,
-    kVipsTiffLzw = 5,
-    kVipsTiffZstd = 7
+    kVipsTiffLzw = 5
 };
 
 // What is not said is as in the input's file, where that is of the same kind.

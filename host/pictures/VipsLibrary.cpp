@@ -45,10 +45,11 @@ static bool FindAll(HMODULE module, VipsLibrary *vips, std::string *why) {
            FIND(vips_image_set) && FIND(vips_image_remove) && FIND(vips_image_map) &&
            FIND(vips_image_set_progress) && FIND(vips_image_set_kill) && FIND(g_signal_connect_data) &&
            FIND(vips_region_new) && FIND(vips_region_fetch) && FIND(vips_black) && FIND(vips_copy) &&
-           FIND(vips_cast) && FIND(vips_linear1) && FIND(vips_bandjoin) && FIND(vips_colourspace) &&
-           FIND(vips_icc_transform) && FIND(vips_thumbnail_image) && FIND(vips_jpegsave_buffer) &&
-           FIND(vips_pngsave) && FIND(vips_tiffsave) && FIND(vips_webpsave_buffer) &&
-           FIND(vips_heifsave_buffer) && FIND(vips_gifsave_buffer);
+           FIND(vips_cast) && FIND(vips_boolean_const) && FIND(vips_linear) && FIND(vips_linear1) &&
+           FIND(vips_bandjoin) && FIND(vips_colourspace) && FIND(vips_icc_transform) &&
+           FIND(vips_thumbnail_image) && FIND(vips_jpegsave_buffer) && FIND(vips_pngsave_buffer) &&
+           FIND(vips_tiffsave) && FIND(vips_webpsave_buffer) && FIND(vips_heifsave_buffer) &&
+           FIND(vips_gifsave_buffer);
 #undef FIND
 }
 
@@ -106,6 +107,8 @@ std::string TakeVipsError() {
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == ' '))
         text.pop_back();
     // One complaint a line: the first says what happened, the others what followed from it.
+    if (text.starts_with("source: bad seek") && text.find('\n') != std::string::npos)
+        text.erase(0, text.find('\n') + 1);
     text = text.substr(0, text.find('\n'));
     return text;
 }

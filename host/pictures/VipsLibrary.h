@@ -32,11 +32,13 @@ enum VipsMeaning { // what the samples stand for
     kVipsGrey = 1,
     kVipsLab = 13,
     kVipsCmyk = 15,
+    kVipsLabQ = 16,
     kVipsLabS = 21,
     kVipsSRgb = 22,
     kVipsRgb16 = 25,
     kVipsGrey16 = 26
 };
+constexpr int kVipsExclusiveOr = 2;
 constexpr int kVipsSequential = 1; // access
 constexpr int kVipsFailOnTruncated = 1, kVipsFailOnError = 2, kVipsFailOnWarning = 3;
 constexpr int kVipsSubsampleOn = 1, kVipsSubsampleOff = 2;
@@ -92,13 +94,17 @@ struct VipsLibrary {
     int (*vips_black)(VipsImage **out, int width, int height, ...);
     int (*vips_copy)(VipsImage *in, VipsImage **out, ...);
     int (*vips_cast)(VipsImage *in, VipsImage **out, int samples, ...);
+    int (*vips_boolean_const)(VipsImage *in, VipsImage **out, int operation, const double *constants,
+                              int count, ...);
+    int (*vips_linear)(VipsImage *in, VipsImage **out, const double *factors, const double *offsets,
+                       int count, ...);
     int (*vips_linear1)(VipsImage *in, VipsImage **out, double factor, double offset, ...);
     int (*vips_bandjoin)(VipsImage **in, VipsImage **out, int count, ...);
     int (*vips_colourspace)(VipsImage *in, VipsImage **out, int meaning, ...);
     int (*vips_icc_transform)(VipsImage *in, VipsImage **out, const char *profile, ...);
     int (*vips_thumbnail_image)(VipsImage *in, VipsImage **out, int width, ...);
     int (*vips_jpegsave_buffer)(VipsImage *in, void **data, size_t *length, ...);
-    int (*vips_pngsave)(VipsImage *in, const char *path, ...);
+    int (*vips_pngsave_buffer)(VipsImage *in, void **data, size_t *length, ...);
     int (*vips_tiffsave)(VipsImage *in, const char *path, ...);
     int (*vips_webpsave_buffer)(VipsImage *in, void **data, size_t *length, ...);
     int (*vips_heifsave_buffer)(VipsImage *in, void **data, size_t *length, ...);

@@ -4,6 +4,7 @@
 #include "host/base/SystemText.h"
 #include "host/metadata/ExifTree.h"
 #include "host/metadata/PngGamma.h"
+#include "host/metadata/TiffDirectory.h"
 #include "host/pictures/VipsLibrary.h"
 
 #include <algorithm>
@@ -28,17 +29,23 @@ using RegionHandle = std::unique_ptr<VipsRegion, VipsRelease>;
 
 // One reading.
 struct Reading {
+    Bytes changed; // the file, where the library is to see another one
     SourceHandle source;
     ImageHandle image; // as in the file, then converted
     std::vector<std::string> notes;
 };
 
 static bool FailDamaged(std::string *why) {
-    return Fail(why, "the file is damaged or ends early (" + TakeVipsError() + ")");
+    const std::string text = TakeVipsError();
+    if (text.find("not configured") != std::string::npos)
+        return Fail(why,
+                    "its compression is not supported; save it with LZW, Deflate or none (" + text + ")");
+    return Fail(why, "the file is damaged or ends early" + (text.empty() ? "" : " (" + text + ")"));
 }
 
 // The reader of the kind told, whatever the library would take the bytes for.
-static bool OpenImage(const Bytes &file, PictureKind kind, int failOn, Reading *reading, std::string *why) {
+static bool OpenImage(const Bytes &read, PictureKind kind, int failOn, Reading *reading, std::string *why) {
+    const Bytes &file = reading->changed.empty() ? read : reading->changed;
     const VipsLibrary &vips = Vips();
     const auto load = kind == PictureKind::kJpeg   ? vips.vips_jpegload_source
                       : kind == PictureKind::kPng  ? vips.vips_pngload_source
@@ -73,6 +80,23 @@ static bool Take(int result, VipsImage *const *converted, Reading *reading, std:
     return true;
 }
 
+// The library opens no Lab samples of 8 bits, so they come as if they were RGB ones: lightness, and two
+// signed numbers.
+static bool ConvertLab8(Reading *reading, std::string *why) {
+    static constexpr double kSigns[] = {0, 128, 128};
+    static constexpr double kFactors[] = {100.0 / 255.0, 1, 1}, kOffsets[] = {0, -128, -128};
+    const VipsLibrary &vips = Vips();
+    VipsImage *next = nullptr;
+    reading->notes.push_back("its Lab colours are converted to sRGB");
+    return Take(vips.vips_boolean_const(reading->image.get(), &next, kVipsExclusiveOr, kSigns, 3, nullptr),
+                &next, reading, why) &&
+           Take(vips.vips_linear(reading->image.get(), &next, kFactors, kOffsets, 3, nullptr), &next, reading,
+                why) &&
+           Take(vips.vips_copy(reading->image.get(), &next, "interpretation", kVipsLab, nullptr), &next,
+                reading, why) &&
+           Take(vips.vips_colourspace(reading->image.get(), &next, kVipsSRgb, nullptr), &next, reading, why);
+}
+
 // Colours that are neither grey nor RGB, by the profile in the file where it has one.
 static bool ConvertColours(Reading *reading, std::string *why) {
     VipsImage *image = reading->image.get(), *converted = nullptr;
@@ -85,6 +109,7 @@ static bool ConvertColours(Reading *reading, std::string *why) {
                     &converted, reading, why);
     case kVipsLab:
     case kVipsLabS:
+    case kVipsLabQ:
         reading->notes.push_back("its Lab colours are converted to sRGB");
         return Take(Vips().vips_colourspace(image, &converted, isDeep ? kVipsRgb16 : kVipsSRgb, nullptr),
                     &converted, reading, why);
@@ -197,6 +222,16 @@ static void *CopyField(VipsImage *, const char *name, GValue *value, void *data)
     return nullptr;
 }
 
+// A PNG's text of that name.
+static void *TakeComment(VipsImage *image, const char *name, GValue *, void *data) {
+    const std::string_view field = name;
+    const char *text = nullptr;
+    if (field.starts_with("png-comment-") && field.ends_with("-Comment") &&
+        Vips().vips_image_get_string(image, name, &text) == 0)
+        static_cast<std::vector<Bytes> *>(data)->emplace_back(text, text + std::strlen(text));
+    return nullptr;
+}
+
 // What the file says besides samples, on an image of one pixel, upright. Null when there is no memory.
 static std::shared_ptr<VipsImage> TakeFields(VipsImage *image) {
     VipsImage *black = nullptr, *holder = nullptr;
@@ -233,6 +268,7 @@ static void TakeOrigin(const Bytes &file, VipsImage *image, PictureOrigin *origi
         origin->notes.push_back("it holds " + std::to_string(origin->frames) +
                                 " pictures; the first one is taken");
     origin->fields = TakeFields(image);
+    Vips().vips_image_map(image, TakeComment, &origin->comments);
     if (origin->fields && origin->kind == PictureKind::kTiff)
         TakeTiffFields(file, origin->fields.get());
 }
@@ -245,7 +281,8 @@ static bool ReadOpened(const Bytes &file, Reading *reading, Picture *picture, Pi
     const bool hasPalette = HasField(opened, "palette") || origin->kind == PictureKind::kGif;
     const int32_t orientation = Vips().vips_image_get_orientation(opened);
     TakeOrigin(file, opened, origin);
-    if (!ConvertColours(reading, why) || !ConvertSamples(reading, why))
+    if (!(origin->labPlace != 0 ? ConvertLab8(reading, why) : ConvertColours(reading, why)) ||
+        !ConvertSamples(reading, why))
         return false;
     VipsImage *image = reading->image.get();
     const int bands = Vips().vips_image_get_bands(image);
@@ -278,6 +315,10 @@ static bool ReadOnce(const Bytes &file, int failOn, Picture *picture, PictureOri
                      std::string *why) {
     Reading reading;
     PictureOrigin told = *origin;
+    if (told.labPlace != 0 && told.labPlace < file.size()) {
+        reading.changed = file;
+        reading.changed[told.labPlace] = kTiffRgb;
+    }
     if (!OpenImage(file, told.kind, failOn, &reading, why) ||
         !ReadOpened(file, &reading, picture, &told, why))
         return false;
@@ -291,11 +332,17 @@ bool ReadWithLibrary(const Bytes &file, bool isStrict, Picture *picture, Picture
         return false;
     // A JPEG decoder calls damage a warning; a TIFF's decoder warns of every tag that it does not know.
     const bool isJpeg = origin->kind == PictureKind::kJpeg;
-    if (ReadOnce(file, isJpeg ? kVipsFailOnWarning : kVipsFailOnError, picture, origin, why))
+    const bool holdsJpeg = origin->kind == PictureKind::kTiff && origin->compression == kTiffJpeg;
+    if (ReadOnce(file, isJpeg || holdsJpeg ? kVipsFailOnWarning : kVipsFailOnError, picture, origin, why))
         return true;
-    if (isStrict || !isJpeg || !ReadOnce(file, kVipsFailOnTruncated, picture, origin, why))
+    const int lesser = isJpeg ? kVipsFailOnTruncated : kVipsFailOnError;
+    if ((isJpeg && isStrict) || (!isJpeg && !holdsJpeg))
         return false;
-    origin->notes.push_back("the file is damaged; parts of the picture are wrong");
+    const std::string first = *why;
+    if (!ReadOnce(file, lesser, picture, origin, why))
+        return false;
+    origin->notes.push_back(isJpeg ? "the file is damaged; parts of the picture are wrong"
+                                   : "parts of the picture may be wrong: " + first);
     return true;
 }
 

@@ -89,7 +89,7 @@ static bool IsOfSamples(const char *name) {
 
 static void *PutField(VipsImage *from, const char *name, GValue *value, void *data) {
     const auto *copy = static_cast<const FieldCopy *>(data);
-    if (IsOfSamples(name))
+    if (IsOfSamples(name) || StartsWith(name, "png-comment-")) // those are written by their chunks
         return nullptr;
     if (copy->choice == MetadataChoice::kKeep || !MayTellPlace(from, name))
         Vips().vips_image_set(copy->to, name, value);
@@ -208,10 +208,6 @@ static bool SaveJpeg(VipsImage *image, const PictureOrigin &origin, const WriteO
            AppendOutput(file, jpeg + place, coded.length - place, why);
 }
 
-static int SavePng(VipsImage *image, const char *path, const PictureOrigin &, const WriteOptions &) {
-    return Vips().vips_pngsave(image, path, "filter", kAllPngFilters, "keep", Keep(image), nullptr);
-}
-
 // Of the tag's numbers those that the library writes.
 static int TiffCompression(uint32_t tag) {
     switch (tag) {
@@ -224,8 +220,6 @@ static int TiffCompression(uint32_t tag) {
         return kVipsTiffDeflate;
     case 32773:
         return kVipsTiffPackBits;
-    case 50000:
-        return kVipsTiffZstd;
     default:
         return kVipsTiffNone;
     }
@@ -253,12 +247,18 @@ static int SaveTiff(VipsImage *image, const char *path, const PictureOrigin &ori
                                 isBig ? 1 : 0, "keep", Keep(image), nullptr);
 }
 
+static int CodePng(VipsImage *image, Coded *coded, const PictureOrigin &, const WriteOptions &) {
+    return Vips().vips_pngsave_buffer(image, &coded->bytes, &coded->length, "filter", kAllPngFilters, "keep",
+                                      Keep(image), nullptr);
+}
+
 static int CodeWebp(VipsImage *image, Coded *coded, const PictureOrigin &origin,
                     const WriteOptions &options) {
     const bool isLossless = origin.kind == PictureKind::kWebp && origin.isLossless && options.quality == 0;
     return Vips().vips_webpsave_buffer(image, &coded->bytes, &coded->length, "lossless", isLossless ? 1 : 0,
                                        "Q", options.quality != 0 ? options.quality : kWebpQuality,
-                                       "smart_subsample", 1, "keep", Keep(image), nullptr);
+                                       "smart_subsample", 1, "exact", isLossless ? 1 : 0, "keep", Keep(image),
+                                       nullptr);
 }
 
 static int CodeAvif(VipsImage *image, Coded *coded, const PictureOrigin &, const WriteOptions &options) {
@@ -274,14 +274,34 @@ static int CodeGif(VipsImage *image, Coded *coded, const PictureOrigin &, const 
     return Vips().vips_gifsave_buffer(image, &coded->bytes, &coded->length, "keep", Keep(image), nullptr);
 }
 
+// A JPEG's comments become texts.
+static Bytes PngTextsOf(const PictureOrigin &origin, const WriteOptions &options) {
+    std::vector<PngText> texts = origin.texts;
+    for (const Bytes &comment : origin.comments)
+        if (origin.kind == PictureKind::kJpeg)
+            texts.push_back(MakePngText("Comment", comment));
+    Bytes chunks;
+    for (const PngText &text : texts)
+        if (options.metadata != MetadataChoice::kNone)
+            AppendBytes(chunks, text.chunk.data(), text.chunk.size());
+    return chunks;
+}
+
 // Kinds whose coded form is small, or is there only when all is coded.
 static bool SaveCoded(PictureKind kind, VipsImage *image, const PictureOrigin &origin,
                       const WriteOptions &options, OutputFile *file, std::string *why) {
     Coded coded;
-    const auto code = kind == PictureKind::kWebp ? CodeWebp : kind == PictureKind::kAvif ? CodeAvif : CodeGif;
+    const auto code = kind == PictureKind::kPng    ? CodePng
+                      : kind == PictureKind::kWebp ? CodeWebp
+                      : kind == PictureKind::kAvif ? CodeAvif
+                                                   : CodeGif;
     if (code(image, &coded, origin, options) != 0)
         return FailWriting(why);
-    return AppendOutput(file, coded.bytes, coded.length, why);
+    const auto *bytes = static_cast<const uint8_t *>(coded.bytes);
+    const Bytes texts = kind == PictureKind::kPng ? PngTextsOf(origin, options) : Bytes();
+    const size_t place = PngTextPlace(coded.length);
+    return AppendOutput(file, bytes, place, why) && AppendOutput(file, texts.data(), texts.size(), why) &&
+           AppendOutput(file, bytes + place, coded.length - place, why);
 }
 
 // What the library does not put into a TIFF itself.
@@ -296,15 +316,13 @@ static bool FinishTiff(const PictureOrigin &origin, const WriteOptions &options,
     return AddExifToTiff(path, tree, why);
 }
 
-// By its path, as the library wants it.
-static bool SaveToPath(PictureKind kind, VipsImage *image, const PictureOrigin &origin,
-                       const WriteOptions &options, OutputFile *file, std::string *why) {
-    const auto save = kind == PictureKind::kPng ? SavePng : SaveTiff;
+// By its path, so that it never lies in memory whole.
+static bool SaveTiffFile(VipsImage *image, const PictureOrigin &origin, const WriteOptions &options,
+                         OutputFile *file, std::string *why) {
     LendOutput(file);
-    if (save(image, ToUtf8(file->temporaryPath).c_str(), origin, options) != 0)
-        return FailWriting(why);
-    return (kind != PictureKind::kTiff || FinishTiff(origin, options, file->temporaryPath, why)) &&
-           TakeOutputBack(file, why);
+    if (SaveTiff(image, ToUtf8(file->temporaryPath).c_str(), origin, options) != 0)
+        return IsDiskFull(file->temporaryPath) ? Fail(why, "the disk is full") : FailWriting(why);
+    return FinishTiff(origin, options, file->temporaryPath, why) && TakeOutputBack(file, why);
 }
 
 bool WriteWithLibrary(PictureKind kind, const Picture &picture, const PictureOrigin &origin,
@@ -316,10 +334,10 @@ bool WriteWithLibrary(PictureKind kind, const Picture &picture, const PictureOri
     if (!image)
         return FailWriting(why);
     WatchForCancel(image.get(), isCancelled);
-    const bool isByPath = kind == PictureKind::kPng || kind == PictureKind::kTiff;
-    const auto save = isByPath ? SaveToPath : SaveCoded;
     const bool isSaved = kind == PictureKind::kJpeg ? SaveJpeg(image.get(), origin, options, file, why)
-                                                    : save(kind, image.get(), origin, options, file, why);
+                         : kind == PictureKind::kTiff
+                             ? SaveTiffFile(image.get(), origin, options, file, why)
+                             : SaveCoded(kind, image.get(), origin, options, file, why);
     if (!isSaved && isCancelled && isCancelled())
         why->clear();
     return isSaved;
