@@ -117,7 +117,7 @@ TEST(Options, WrongUsageIsExplained) {
         {{L"--points", L"33", L"a", L"b"}, "--points goes from 1 to 32"},
         {{L"--quality", L"0", L"a", L"b"}, "--quality goes from 1 to 100, not \"0\""},
         {{L"--depth", L"12", L"a", L"b"}, "--depth takes one of 8, 16, 32"},
-        {{L"--compression=zip", L"a", L"b"}, "none, lzw, deflate, zstd, packbits, jpeg"},
+        {{L"--compression=zip", L"a", L"b"}, "none, lzw, deflate, packbits, jpeg"},
         {{L"--treshold", L"5", L"a", L"b"}, "did you mean --threshold?"},
         {{L"--jobs", L"2", L"a", L"b"}, "--jobs does not go with this command"},
         {{L"inplace", L"--overwrite", L"a"}, "--overwrite does not go with this command"},

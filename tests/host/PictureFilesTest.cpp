@@ -279,17 +279,18 @@ TEST(PictureFiles, MetadataTravelsAsFarAsTheKindsCan) {
         host::MetadataChoice metadata;
         unsigned kept;
         size_t dropped;
-    } cases[] = {{L"a.jpg", host::MetadataChoice::kKeep, kExif | kPlace | kXmp | kIptc | kComment, 0},
-                 {L"a.tif", host::MetadataChoice::kKeep, kExif | kPlace | kXmp | kIptc, 1},
-                 {L"big.tif", host::MetadataChoice::kKeep, kExif | kPlace | kXmp | kIptc, 1},
-                 {L"a.webp", host::MetadataChoice::kKeep, kExif | kPlace | kXmp, 2},
-                 {L"a.avif", host::MetadataChoice::kKeep, kExif | kPlace | kXmp, 2},
-                 {L"a.png", host::MetadataChoice::kKeep, kExif | kPlace, 2}, // its XMP is compressed
-                 {L"a.ppm", host::MetadataChoice::kKeep, 0, 4},
-                 {L"a.jpg", host::MetadataChoice::kNoPlace, kExif | kXmp | kIptc | kComment, 0},
-                 {L"a.tif", host::MetadataChoice::kNoPlace, kExif | kXmp | kIptc, 1},
-                 {L"a.jpg", host::MetadataChoice::kNone, 0, 0},
-                 {L"a.tif", host::MetadataChoice::kNone, 0, 0}};
+    } cases[] = {
+        {L"a.jpg", host::MetadataChoice::kKeep, kExif | kPlace | kXmp | kIptc | kComment, 0},
+        {L"a.tif", host::MetadataChoice::kKeep, kExif | kPlace | kXmp | kIptc, 1},
+        {L"big.tif", host::MetadataChoice::kKeep, kExif | kPlace | kXmp | kIptc, 1},
+        {L"a.webp", host::MetadataChoice::kKeep, kExif | kPlace | kXmp, 2},
+        {L"a.avif", host::MetadataChoice::kKeep, kExif | kPlace | kXmp, 2},
+        {L"a.png", host::MetadataChoice::kKeep, kExif | kPlace | kComment, 1}, // its XMP is compressed
+        {L"a.ppm", host::MetadataChoice::kKeep, 0, 4},
+        {L"a.jpg", host::MetadataChoice::kNoPlace, kExif | kXmp | kIptc | kComment, 0},
+        {L"a.tif", host::MetadataChoice::kNoPlace, kExif | kXmp | kIptc, 1},
+        {L"a.jpg", host::MetadataChoice::kNone, 0, 0},
+        {L"a.tif", host::MetadataChoice::kNone, 0, 0}};
     for (const auto &c : cases) {
         SCOPED_TRACE(host::ToUtf8(c.name) + " " + std::to_string(static_cast<int>(c.metadata)));
         host::WriteOptions options;
