@@ -42,16 +42,26 @@ struct Pool {
     std::string failureText;
 };
 
+static bool IsOver(const Pool &pool) {
+    return pool.isStopping || IsCancelled() || pool.next == pool.tasks.size();
+}
+
+// No worker is started for nothing: killed at its very start, it could leave somebody who holds its pipe.
+static bool IsPhotoLeft(Pool &pool) {
+    const std::lock_guard<std::mutex> lock(pool.guard);
+    return !IsOver(pool);
+}
+
 // Waits until the next photo's memory is free. False when there is none to begin.
 static bool TakeTask(Pool &pool, size_t *task) {
     std::unique_lock<std::mutex> lock(pool.guard);
     const auto mayGoOn = [&] {
-        return pool.isStopping || IsCancelled() || pool.next == pool.tasks.size() || pool.inWork == 0 ||
+        return IsOver(pool) || pool.inWork == 0 ||
                pool.memory + pool.tasks[pool.next].memory <= pool.settings.memory;
     };
     while (!mayGoOn())
         pool.changed.wait_for(lock, kWatchPause);
-    if (pool.isStopping || IsCancelled() || pool.next == pool.tasks.size())
+    if (IsOver(pool))
         return false;
     *task = pool.next++;
     pool.inWork++;
@@ -154,7 +164,7 @@ static PhotoResult DoTask(Pool &pool, WorkerSlot &slot, const PoolTask &task) {
 
 static void RunWorkerThread(Pool &pool, WorkerSlot &slot) {
     size_t task;
-    while (HaveWorker(pool, slot) && TakeTask(pool, &task))
+    while (IsPhotoLeft(pool) && HaveWorker(pool, slot) && TakeTask(pool, &task))
         GiveResult(pool, task, DoTask(pool, slot, pool.tasks[task]));
     EndWorker(&slot.worker, false);
     const std::lock_guard<std::mutex> lock(pool.guard);
