@@ -36,6 +36,8 @@ protected:
     HANDLE standardInput = nullptr;
 
     void SetUp() override {
+        GetDesktopWindow(); // Wine's desktop process would else be started by the program, and keep its files
+                            // open
         photo = MakeTestPicture(40, 30, 8, 3, false);
         std::string why;
         ASSERT_TRUE(host::WritePicture(folder.File(L"in.png"), photo, {}, &why)) << why;
