@@ -137,6 +137,26 @@ TEST(ViewStates, AFittedImageHasNothingToScroll) {
     }
 }
 
+TEST(ViewStates, ClientAndDocumentPixelsAgree) {
+    std::mt19937 random(4);
+    for (int i = 0; i < 20000; ++i) {
+        ViewState view = MakeViewState({-300, 40, 3700, 3040});
+        SetViewClientSize(&view, 300 + static_cast<int32_t>(random() % 300), 333);
+        SetViewZoom(&view, kZoomLadder[random() % kZoomStepCount]);
+        SetViewCenter(&view, (random() % 4000) * view.zoom / 100.0, (random() % 3000) * view.zoom / 100.0);
+        const int32_t x = static_cast<int32_t>(random() % 4000) - 300,
+                      y = 40 + static_cast<int32_t>(random() % 3000);
+        const ViewPoint client = ClientFromDocument(view, x * 4, y * 4);
+        const ViewPoint back = DocumentFromClient(view, client);
+        const int32_t slack = view.zoom >= 100.0 ? 0 : static_cast<int32_t>(100.0 / view.zoom) + 1;
+        ASSERT_NEAR(back.x, x, slack) << view.zoom;
+        ASSERT_NEAR(back.y, y, slack) << view.zoom;
+        const IntRect one = DocumentRectFromClient(view, {client.x, client.y, client.x + 1, client.y + 1});
+        ASSERT_TRUE(RectContains(one, back.x, back.y));
+        ASSERT_LE(Width(one), static_cast<int32_t>(std::ceil(100.0 / view.zoom)) + 1);
+    }
+}
+
 // Zooming, panning and resizing at random: the image place under the pointer stays within half a display
 // pixel of where it was, however long it goes on, unless the image's edge comes into play.
 TEST(ViewStates, ThePlaceUnderThePointerStaysThroughRandomZooms) {
