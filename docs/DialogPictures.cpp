@@ -59,6 +59,16 @@ TEST_F(DialogPictures, States) {
     });
 }
 
+// As large as a screen lets it be.
+TEST_F(DialogPictures, Large) {
+    RunDialog([this] {
+        Key('0', true);
+        Settle();
+        Keep("large");
+        PressCancel();
+    });
+}
+
 TEST_F(DialogPictures, Effects) {
     RunDialog([this] {
         Enlarge();

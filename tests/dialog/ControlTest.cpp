@@ -5,6 +5,7 @@
 #include "ui/window/DialogMessages.h"
 
 #include <algorithm>
+#include <commctrl.h>
 #include <map>
 #include <oleacc.h>
 #include <set>
@@ -259,6 +260,24 @@ TEST_F(DialogControls, TypesAreShownBesideTheirNames) {
         }
         EXPECT_EQ(pictures.size(), 7u);
         EXPECT_EQ(SizeOf(ScreenPlace(kEffectCombo)).cy, SizeOf(ScreenPlace(kSettingsCombo)).cy);
+        PressCancel();
+    });
+}
+
+TEST_F(DialogControls, ChangesOfTheSystemReachThem) {
+    RunDialog([this] {
+        static std::vector<UINT> told;
+        const auto note = [](HWND bar, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
+                             DWORD_PTR) -> LRESULT {
+            told.push_back(message);
+            return DefSubclassProc(bar, message, wParam, lParam);
+        };
+        SetWindowSubclass(Item(kPairs[10].trackbar), note, 9, 0);
+        for (const UINT message : {WM_SYSCOLORCHANGE, WM_SETTINGCHANGE}) {
+            SendMessageW(dialog, message, 0, 0);
+            EXPECT_EQ(std::count(told.begin(), told.end(), message), 1) << message;
+        }
+        RemoveWindowSubclass(Item(kPairs[10].trackbar), note, 9);
         PressCancel();
     });
 }

@@ -232,6 +232,12 @@ TEST_F(DialogView, ZoomAndScrollByMouse) {
 // The preview takes all that is gained; every control can be clicked, and the way back leads to the same
 // picture.
 TEST_F(DialogView, AnySizeFromTheMinimumTo4000By3000) {
+    int unpainted = 0; // after the message that shows it or gives it a size: it would be black there
+    afterMessage = [&](UINT message) {
+        for (const HWND window : {dialog, Item(IDOK), Item(kEffectCombo)})
+            unpainted += message == WM_WINDOWPOSCHANGED && IsWindowVisible(window) &&
+                         GetUpdateRect(window, nullptr, FALSE);
+    };
     RunDialog(
         [&] {
             const auto picture = [this] {
@@ -263,6 +269,7 @@ TEST_F(DialogView, AnySizeFromTheMinimumTo4000By3000) {
                     Click(id);
             }
             Shown();
+            EXPECT_EQ(unpainted, 0);
             const Picture shown = CaptureClient(dialog);
             EXPECT_EQ(shown.width, 4000 - (least.cx - smallest.width));
             EXPECT_TRUE(shown.pixels == picture().pixels) << "something stale stood there";

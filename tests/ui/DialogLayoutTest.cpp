@@ -10,8 +10,10 @@
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/look/DialogPictures.h"
+#include "ui/look/PaintedControls.h"
 #include "ui/look/PreviewFrame.h"
 #include "ui/window/DpiScope.h"
+#include "ui/window/Palette.h"
 #include "web/MakerAddresses.h"
 
 #include <gtest/gtest.h>
@@ -56,6 +58,14 @@ INT_PTR CALLBACK LookProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPara
         info.ptMinTrackSize = {least.cx, least.cy};
         info.ptMaxTrackSize = {8000, 8000};
         return TRUE;
+    }
+    case WM_CTLCOLORSTATIC:
+        return reinterpret_cast<INT_PTR>(OnControlColor(message, reinterpret_cast<HDC>(wParam)));
+    case WM_NOTIFY: {
+        LRESULT result = 0;
+        const bool handled = OnControlNotify(*reinterpret_cast<const NMHDR *>(lParam), &result);
+        SetWindowLongPtrA(dialog, DWLP_MSGRESULT, result);
+        return handled;
     }
     case WM_DPICHANGED:
         return OnDialogDpiChanged(dialog, HIWORD(wParam), *reinterpret_cast<const RECT *>(lParam)) &&
@@ -130,6 +140,7 @@ protected:
         EXPECT_TRUE(CreateDialogBackBuffer(dialog));
         SubclassPreviewFrame(dialog);
         SubclassCornerIcon(dialog);
+        DressControls(dialog);
         SubclassMakersLogo(dialog);
         SetDlgItemTextA(dialog, kHelpId, "Help and Support");
         SetDlgItemTextA(dialog, kZoomTextId, " 1600.00%");
@@ -314,6 +325,80 @@ TEST_F(DialogLook, BackgroundIsPainted) {
         EXPECT_EQ(wrong, picture.pixels.end())
             << "at " << at % picture.width << ", " << at / picture.width << " with +" << gain.cx;
     }
+}
+
+// Letters, their underline and the gap in a group's frame have one measure, so that none stands off its text.
+TEST_F(DialogLook, UnderlinesAndFramesFollowTheirText) {
+    const HWND name = GetWindow(Item(BX_ID_SOFT_FLARE_EDIT), GW_HWNDPREV), group = Item(kSpikesGroupId);
+    ASSERT_EQ(NameOf(name), "-1 Soft Flare Intensit&y");
+    const auto Seen =
+        [this](HWND control) { // in the corner of the screen, which may be smaller than the window
+            const RECT place = RectOf(control);
+            SetWindowPos(dialog, nullptr, -static_cast<int>(place.left), -static_cast<int>(place.top), 0, 0,
+                         SWP_NOSIZE | SWP_NOZORDER);
+            Show();
+            return CaptureClient(control);
+        };
+    for (const UINT scale : {96, 120, 144, 192}) {
+        SetDialogLayoutDpi(dialog, scale);
+        Resize(DialogMinimumSize());
+        const Picture text = Seen(name), frame = Seen(group);
+        int inked[2] = {}; // columns that ink reaches: with the underline and, in the upper half, without
+        for (int i = 0; i < text.width * text.height; ++i)
+            if (text.pixels[i] != text.pixels.back())
+                for (int half = 0; half <= (i < text.width * text.height / 2 ? 1 : 0); ++half)
+                    inked[half] = std::max(inked[half], i % text.width);
+        EXPECT_NEAR(inked[0], inked[1], static_cast<int>(scale) / 48) << scale;
+        // Ends of the gap in the frame's line and of the caption in it.
+        const uint32_t line = frame.pixels.back();
+        int lineAt = 0, gapEnd = frame.width - 1, inkEnd = 0;
+        while (frame.pixels[static_cast<size_t>(lineAt + 1) * frame.width - 1] != line)
+            ++lineAt;
+        while (frame.pixels[static_cast<size_t>(lineAt) * frame.width + gapEnd] == line)
+            --gapEnd;
+        for (int i = 0; i < 2 * lineAt * frame.width; ++i)
+            if (i % frame.width <= gapEnd && (frame.pixels[i] & 0xFF) < 0x60)
+                inkEnd = std::max(inkEnd, i % frame.width);
+        EXPECT_NEAR(gapEnd - inkEnd, lineAt / 2, lineAt / 2) << scale;
+    }
+}
+
+bool gHasContrast;
+
+LSTATUS WINAPI AppsAreDark(HKEY, LPCWSTR, LPCWSTR, DWORD, LPDWORD, PVOID value, LPDWORD) {
+    *static_cast<DWORD *>(value) = 0;
+    return ERROR_SUCCESS;
+}
+
+BOOL WINAPI TellContrast(UINT action, UINT size, PVOID value, UINT flags) {
+    if (action != SPI_GETHIGHCONTRAST)
+        return SystemParametersInfoA(action, size, value, flags);
+    static_cast<HIGHCONTRASTW *>(value)->dwFlags = gHasContrast ? HCF_HIGHCONTRASTON : 0;
+    return TRUE;
+}
+
+TEST_F(DialogLook, DarkAppsHaveItDarkUnlessTheContrastIsHigh) {
+    const auto LightParts = [this] { // of a thousand, beside the pictures, which have colours of their own
+        EXPECT_TRUE(LoadDialogPictures(dialog));
+        DressControls(dialog);
+        ResizeDialogBackBuffer(dialog);
+        Show();
+        Picture picture = CaptureClient(dialog);
+        Blank(&picture, RectOf(Item(kPreviewDisplayId)), false, 0);
+        return std::count_if(picture.pixels.begin(), picture.pixels.end(),
+                             [](uint32_t pixel) { return (pixel >> 8 & 0xFF) > 0xB0; }) *
+               1000 / static_cast<int>(picture.pixels.size());
+    };
+    EXPECT_GT(LightParts(), 400);
+    host::ImportHooks hooks;
+    host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "RegGetValueW", AppsAreDark, &hooks);
+    host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "SystemParametersInfoW", TellContrast, &hooks);
+    EXPECT_TRUE(ReadLook());
+    EXPECT_LT(LightParts(), 40);
+    gHasContrast = true;
+    EXPECT_TRUE(ReadLook());
+    host::RestoreImports(&hooks);
+    EXPECT_GT(LightParts(), 400);
 }
 
 TEST_F(DialogLook, APictureThatCannotBeMadeIsReported) {

@@ -1,8 +1,12 @@
 #include "ui/window/WindowPlacement.h"
 
+#include "host/module/ModuleImports.h"
+#include "ui/window/DesktopWindow.h"
+
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <string>
 
 namespace {
 
@@ -26,6 +30,51 @@ TEST(WindowPlacement, WindowsOnAMonitorStay) {
     for (const RECT &rect : {RECT{100, 100, 500, 400}, RECT{area.right - 50, 100, area.right + 300, 400},
                              RECT{100, area.bottom - 50, 500, area.bottom + 300}})
         EXPECT_TRUE(PlaceOnMonitor(rect) == rect);
+}
+
+// Snapped to the full height, where the resize borders that nobody sees lie outside.
+TEST(WindowPlacement, WhatCannotBeSeenMayLieOutside) {
+    const RECT area = PrimaryWorkArea(), hidden = {7, 0, 7, 7};
+    const RECT snapped = {area.left - 7, area.top, area.left + 607, area.bottom + 7};
+    EXPECT_TRUE(PlaceOnMonitor(snapped, hidden) == snapped);
+    EXPECT_FALSE(PlaceOnMonitor(snapped) == snapped);
+    EXPECT_TRUE(PlaceOnMonitor({100, 100, 900, area.bottom + 300}, hidden) ==
+                (RECT{100, area.top, 900, area.bottom + 7}));
+}
+
+// The system's answer, where it has one: a frame, or for a window not shown yet its own rectangle.
+RECT gVisibleFrame;
+
+HRESULT WINAPI TellVisibleFrame(HWND window, DWORD attribute, void *value, DWORD size) {
+    if (attribute != 9 || size != sizeof(RECT))
+        return E_INVALIDARG;
+    if (IsRectEmpty(&gVisibleFrame))
+        GetWindowRect(window, &gVisibleFrame);
+    *static_cast<RECT *>(value) = gVisibleFrame;
+    return S_OK;
+}
+
+const auto gFindFunction = GetProcAddress;
+
+FARPROC WINAPI FindFunction(HMODULE library, LPCSTR name) {
+    return std::string(name) == "DwmGetWindowAttribute"
+               ? reinterpret_cast<FARPROC>(reinterpret_cast<void *>(TellVisibleFrame))
+               : gFindFunction(library, name);
+}
+
+TEST(WindowPlacement, TheFrameThatIsSeenIsTheSystemsToTell) {
+    const HWND window = CreateWindowExW(0, L"STATIC", L"", WS_OVERLAPPEDWINDOW, 50, 60, 300, 200, nullptr,
+                                        nullptr, nullptr, nullptr);
+    EXPECT_TRUE(InvisibleFrame(window) == RECT{}) << "this system tells nothing";
+    host::ImportHooks hooks;
+    host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "GetProcAddress", FindFunction, &hooks);
+    gVisibleFrame = {57, 60, 343, 253};
+    EXPECT_TRUE(InvisibleFrame(window) == (RECT{7, 0, 7, 7}));
+    gVisibleFrame = {};
+    const RECT usual = InvisibleFrame(window);
+    EXPECT_TRUE(usual.left > 0 && usual.left == usual.bottom && usual.top == 0) << usual.left;
+    host::RestoreImports(&hooks);
+    DestroyWindow(window);
 }
 
 TEST(WindowPlacement, WindowsOutOfReachComeBackWhole) {

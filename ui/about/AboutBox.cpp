@@ -5,9 +5,12 @@
 #include "resources/ResourceIds.h"
 #include "ui/about/Guide.h"
 #include "ui/about/LinkButton.h"
+#include "ui/look/PaintedControls.h"
 #include "ui/window/ControlStyle.h"
+#include "ui/window/DesktopWindow.h"
 #include "ui/window/DpiScope.h"
 #include "ui/window/MessageBoxOwner.h"
+#include "ui/window/Palette.h"
 #include "ui/window/ScaledBitmap.h"
 #include "ui/window/WaitCursor.h"
 #include "web/MakerAddresses.h"
@@ -84,6 +87,8 @@ void OnInit(HWND dialog, MessageBoxOwner *owner) {
             SetLinkText(GetDlgItem(dialog, link.id), ShownAddress(link.address));
     ShowGuideLink(dialog);
     ShowUpdateControls(dialog);
+    DressControls(dialog);
+    DressCaption(dialog);
     SetFocus(GetDlgItem(dialog, IDOK));
 }
 
@@ -131,7 +136,7 @@ void BlendBitmap(HDC target, const RECT &area, HBITMAP bitmap, const SIZE &size)
 }
 
 void DrawLogo(const DRAWITEMSTRUCT &item) {
-    FillRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_BTNFACE));
+    FillWith(item.hDC, item.rcItem, kFaceColor);
     SIZE size = {};
     const SIZE room = {item.rcItem.right - item.rcItem.left, item.rcItem.bottom - item.rcItem.top};
     const HBITMAP logo = LoadFittingBitmap(kProductLogoBitmapId, kBitmapScaleCount, room, &size);
@@ -159,6 +164,10 @@ INT_PTR CALLBACK AboutProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPar
         return FALSE;
     case WM_COMMAND:
         return OnCommand(dialog, LOWORD(wParam), HIWORD(wParam));
+    case WM_CTLCOLORDLG:
+    case WM_CTLCOLORSTATIC:
+    case WM_CTLCOLORBTN:
+        return reinterpret_cast<INT_PTR>(OnControlColor(message, reinterpret_cast<HDC>(wParam)));
     case WM_DRAWITEM:
         return OnDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT *>(lParam));
     default:
@@ -174,6 +183,7 @@ bool ShowAboutBox(void *parentWindow) {
     ShowWaitCursor();
     const DpiCookie dpi = EnterDialogDpi();
     const ControlStyle style = EnterControlStyle();
+    ReadLook();
     MessageBoxOwner owner = {};
     const INT_PTR closed =
         DialogBoxParamA(ModuleInstance(), MAKEINTRESOURCEA(kAboutDialogId), static_cast<HWND>(parentWindow),

@@ -1,5 +1,7 @@
 #include "ui/about/LinkButton.h"
 
+#include "ui/window/Palette.h"
+
 #include <algorithm>
 #include <commctrl.h>
 
@@ -17,10 +19,10 @@ int Brightness(COLORREF color) {
 // The system's colour of links, but where a theme makes it nearly that of the dialog, the colour of text:
 // what it is can still be told by its line.
 COLORREF LinkColor() {
-    const COLORREF color = GetSysColor(COLOR_HOTLIGHT), face = GetSysColor(COLOR_BTNFACE);
+    const COLORREF color = ColorOf(kLinkColor), face = ColorOf(kFaceColor);
     const int difference = Brightness(color) - Brightness(face);
     const bool canBeRead = difference >= kLeastContrast || difference <= -kLeastContrast;
-    return canBeRead ? color : GetSysColor(COLOR_BTNTEXT);
+    return canBeRead ? color : ColorOf(kTextColor);
 }
 
 // The button's own font, underlined. Null without memory.
@@ -53,7 +55,7 @@ void DrawLinkText(HDC context, const RECT &area, const LinkText &link, bool hasF
     if (!hasFocus)
         return;
     InflateRect(&text, 1, 0);
-    SetTextColor(context, GetSysColor(COLOR_BTNTEXT));
+    SetTextColor(context, ColorOf(kTextColor));
     DrawFocusRect(context, &text);
 }
 
@@ -110,7 +112,7 @@ void DrawLink(const DRAWITEMSTRUCT &item) {
     const int saved = SaveDC(item.hDC);
     if (font)
         SelectObject(item.hDC, font);
-    FillRect(item.hDC, &item.rcItem, GetSysColorBrush(COLOR_BTNFACE));
+    FillWith(item.hDC, item.rcItem, kFaceColor);
     SetBkMode(item.hDC, TRANSPARENT);
     SetTextColor(item.hDC, LinkColor());
     DrawLinkText(item.hDC, item.rcItem, TextOf(item.hwndItem),

@@ -8,6 +8,7 @@
 #include "ui/look/DialogLayout.h"
 #include "ui/pixels/TypePictures.h"
 #include "ui/window/DialogMessages.h"
+#include "ui/window/Palette.h"
 
 #include <algorithm>
 #include <array>
@@ -64,9 +65,9 @@ void DrawRowText(const DRAWITEMSTRUCT &item, LONG left) {
     RECT text = item.rcItem;
     text.left += left;
     SetBkMode(item.hDC, TRANSPARENT);
-    SetTextColor(item.hDC, GetSysColor(item.itemState & ODS_DISABLED ? COLOR_GRAYTEXT
-                                       : isSelected                  ? COLOR_HIGHLIGHTTEXT
-                                                                     : COLOR_WINDOWTEXT));
+    SetTextColor(item.hDC, ColorOf(item.itemState & ODS_DISABLED ? kGreyTextColor
+                                   : isSelected                  ? kHighlightTextColor
+                                                                 : kFieldTextColor));
     DrawTextW(item.hDC, kEffectTypes[item.itemID].name, -1, &text, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
 }
 
@@ -86,7 +87,7 @@ bool DrawEffectRow(const DRAWITEMSTRUCT &item) {
     if (item.CtlID != static_cast<UINT>(kEffectComboId))
         return false;
     const bool isSelected = (item.itemState & ODS_SELECTED) != 0;
-    FillRect(item.hDC, &item.rcItem, GetSysColorBrush(isSelected ? COLOR_HIGHLIGHT : COLOR_WINDOW));
+    FillWith(item.hDC, item.rcItem, isSelected ? kHighlightColor : kFieldColor);
     if (item.itemID < static_cast<UINT>(kEffectTypeCount)) {
         LONG left = kTextMargin;
         if (!(item.itemState & ODS_COMBOBOXEDIT)) {

@@ -18,13 +18,16 @@
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/look/DialogPictures.h"
+#include "ui/look/PaintedControls.h"
 #include "ui/preview/PreviewRequest.h"
 #include "ui/settings/SettingsMenu.h"
 #include "ui/view/FirstView.h"
 #include "ui/view/StateLine.h"
 #include "ui/view/ViewTools.h"
 #include "ui/view/ZoomField.h"
+#include "ui/window/DesktopWindow.h"
 #include "ui/window/DialogMessages.h"
+#include "ui/window/Palette.h"
 
 #include <algorithm>
 #include <commctrl.h>
@@ -35,11 +38,17 @@ namespace {
 
 constexpr UINT kLeastDpi = 48, kMostDpi = 960; // that a monitor may have
 
+// What the system shows of a window before its first painting, or beyond its old edge, is black.
+void PaintAtOnce(HWND dialog) {
+    RedrawWindow(dialog, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+}
+
 void RelayOut(HWND dialog) {
     CloseZoomField();
     FitEffectList(dialog);
     LayOutDialog(dialog);
     ResizeDialogBackBuffer(dialog);
+    PaintAtOnce(dialog);
     PostMessageW(dialog, kMsgRequestPreview, 0, 0);
 }
 
@@ -61,6 +70,10 @@ void OnWindowPosChanged(HWND dialog, const WINDOWPOS &position) {
     GetWindowRect(dialog, &gMainDialog.rect);
     if (!(position.flags & SWP_NOSIZE))
         RelayOut(dialog);
+    if (!(position.flags & SWP_SHOWWINDOW))
+        return;
+    PaintAtOnce(dialog);
+    CloakWindow(dialog, false);
 }
 
 bool OnGetMinMaxInfo(MINMAXINFO *info) {
@@ -87,23 +100,39 @@ void OnNcCalcSize(HWND dialog, WPARAM wParam, LPARAM lParam) {
     SetWindowLongPtrW(dialog, DWLP_MSGRESULT, result);
 }
 
-INT_PTR OnCtlColorStatic(HWND control, HDC dc) {
-    if (GetDlgCtrlID(control) != kZoomTextId || !gMainDialog.zoomTextBrush)
-        return 0;
-    SetTextColor(dc, GetSysColor(COLOR_WINDOWTEXT));
-    SetBkColor(dc, GetSysColor(COLOR_WINDOW));
+INT_PTR OnControlColors(UINT message, HWND control, HDC dc) {
+    if (message != WM_CTLCOLORSTATIC || GetDlgCtrlID(control) != kZoomTextId || !gMainDialog.zoomTextBrush)
+        return reinterpret_cast<INT_PTR>(OnControlColor(message, dc));
+    ControlBrush(dc, kFaceColor, kTextColor);
     return reinterpret_cast<INT_PTR>(gMainDialog.zoomTextBrush);
 }
 
+INT_PTR OnNotify(HWND dialog, const NMHDR &notice) {
+    LRESULT result = 0;
+    if (!OnControlNotify(notice, &result))
+        return FALSE;
+    SetWindowLongPtrW(dialog, DWLP_MSGRESULT, result);
+    return TRUE;
+}
+
 void OnColorsChanged(HWND dialog) {
-    if (const HBRUSH brush = CreateSolidBrush(GetSysColor(COLOR_WINDOW))) {
+    ReadLook();
+    DressMainDialog(dialog);
+    if (const HBRUSH brush = CreateSolidBrush(ColorOf(kFaceColor))) {
         if (gMainDialog.zoomTextBrush)
             DeleteObject(gMainDialog.zoomTextBrush);
         gMainDialog.zoomTextBrush = brush;
     }
     ResizeDialogBackBuffer(dialog);
     LoadDialogPictures(dialog);
-    RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_ALLCHILDREN);
+    RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_FRAME | RDW_ALLCHILDREN);
+}
+
+// The system tells only the windows of the top, and controls keep colours, fonts and lines a wheel's step.
+void TellControls(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    for (HWND control = GetWindow(dialog, GW_CHILD); control; control = GetWindow(control, GW_HWNDNEXT))
+        SendMessageW(control, message, wParam, lParam);
+    SendMessageW(gMainDialog.tooltips, message, wParam, lParam);
 }
 
 void OnDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
@@ -203,6 +232,7 @@ bool IsForged(HWND dialog, UINT message, LPARAM lParam) {
     case WM_WINDOWPOSCHANGED:
     case WM_GETMINMAXINFO:
     case WM_NCCALCSIZE:
+    case WM_NOTIFY:
     case WM_DPICHANGED:
         return lParam == 0;
     case WM_INITDIALOG:
@@ -276,13 +306,27 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
         return OnParameterLabelDoubleClick(dialog, {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
     case WM_DRAWITEM:
         return lParam && DrawEffectRow(*reinterpret_cast<const DRAWITEMSTRUCT *>(lParam));
+    case WM_CTLCOLORDLG:
     case WM_CTLCOLORSTATIC:
-        return OnCtlColorStatic(reinterpret_cast<HWND>(lParam), reinterpret_cast<HDC>(wParam));
+    case WM_CTLCOLORBTN:
+    case WM_CTLCOLOREDIT:
+    case WM_CTLCOLORLISTBOX:
+        return OnControlColors(message, reinterpret_cast<HWND>(lParam), reinterpret_cast<HDC>(wParam));
+    case WM_NOTIFY:
+        return OnNotify(dialog, *reinterpret_cast<const NMHDR *>(lParam));
     case WM_DPICHANGED:
         OnDpiChanged(dialog, HIWORD(wParam), *reinterpret_cast<const RECT *>(lParam));
         return TRUE;
+    case WM_SETTINGCHANGE:
+        TellControls(dialog, message, wParam, lParam);
+        if (ReadLook())
+            OnColorsChanged(dialog);
+        return FALSE;
     case WM_SYSCOLORCHANGE:
-    case WM_THEMECHANGED:
+        TellControls(dialog, message, wParam, lParam);
+        OnColorsChanged(dialog);
+        return TRUE;
+    case WM_THEMECHANGED: // the system tells the controls itself
         OnColorsChanged(dialog);
         return TRUE;
     }

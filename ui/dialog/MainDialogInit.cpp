@@ -21,13 +21,16 @@
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/look/DialogPictures.h"
+#include "ui/look/PaintedControls.h"
 #include "ui/look/PictureButton.h"
 #include "ui/look/PreviewFrame.h"
 #include "ui/settings/ParameterSetList.h"
 #include "ui/settings/SettingsMenu.h"
 #include "ui/view/StateLine.h"
+#include "ui/window/DesktopWindow.h"
 #include "ui/window/DialogMessages.h"
 #include "ui/window/DropDownList.h"
+#include "ui/window/Palette.h"
 #include "ui/window/WindowPlacement.h"
 
 namespace {
@@ -103,7 +106,7 @@ void PlaceDialog(HWND dialog) {
     const ScreenRect saved = GetDialogRect();
     if (IsEmptyScreenRect(saved))
         return CenterDialog(dialog);
-    const RECT rect = PlaceOnMonitor(RectOfScreenRect(saved));
+    const RECT rect = PlaceOnMonitor(RectOfScreenRect(saved), InvisibleFrame(dialog));
     // Twice: the first move may reach a monitor of another scale, where the system proposes another size.
     for (int i = 0; i < 2; ++i)
         SetWindowPos(dialog, nullptr, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
@@ -126,7 +129,8 @@ void InitializeMainDialog(HWND dialog) {
     gMainDialog = {};
     gMainDialog.window = dialog;
     TakeMessageBoxes(dialog, &gMainDialog.messageBoxOwner);
-    gMainDialog.zoomTextBrush = CreateSolidBrush(GetSysColor(COLOR_WINDOW));
+    ReadLook();
+    gMainDialog.zoomTextBrush = CreateSolidBrush(ColorOf(kFaceColor));
     CreateDialogBackBuffer(dialog);
     InstallKeyboardHook();
     ResetViewTool();
@@ -141,11 +145,19 @@ void InitializeMainDialog(HWND dialog) {
     GetWindowRect(dialog, &gMainDialog.rect);
     gMainDialog.initialRect = gMainDialog.rect;
     SetUpControls(dialog);
+    DressMainDialog(dialog);
     if (gFatalErrorStatus != 0)
         return;
     PlaceDialog(dialog);
     FocusFirstControl(dialog);
+    CloakWindow(dialog, true); // until it is painted
     PostMessageW(dialog, kMsgRequestPreview, 0, 0);
+}
+
+void DressMainDialog(HWND dialog) {
+    DressControls(dialog);
+    DressTooltips(gMainDialog.tooltips);
+    DressCaption(dialog);
 }
 
 void FreeHost() {

@@ -6,6 +6,8 @@
 // WM_INITDIALOG and WM_DESTROY.
 void InitializeMainDialog(HWND dialog);
 void ReleaseMainDialog();
+// The colours of the present look: once, and when it has changed.
+void DressMainDialog(HWND dialog);
 // Gives the host its window back, once.
 void FreeHost();
 

@@ -8,6 +8,7 @@
 #include "ui/display/PreviewDisplayState.h"
 #include "ui/preview/PreviewImages.h"
 #include "ui/view/ViewTools.h"
+#include "ui/window/Palette.h"
 
 #include <algorithm>
 #include <cstring>
@@ -232,7 +233,7 @@ void DrawLabel(HDC dc, const IntRect &display, const char *text) {
 // The border of one pixel is the focus mark.
 void DrawBorder(HDC dc, const RECT &client) {
     const bool focused = GetFocus() == gPreviewDisplay.window;
-    FrameRect(dc, &client, GetSysColorBrush(focused ? COLOR_HIGHLIGHT : COLOR_BTNSHADOW));
+    FrameWith(dc, client, focused ? kHighlightColor : kLineColor);
 }
 
 void DrawDisplay(HDC dc, const RECT &client) {

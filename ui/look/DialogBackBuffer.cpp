@@ -1,5 +1,7 @@
 #include "ui/look/DialogBackBuffer.h"
 
+#include "ui/window/Palette.h"
+
 namespace {
 
 constexpr size_t kClassNameCapacity = 32;
@@ -20,7 +22,7 @@ SIZE WindowSize(HWND window) {
 }
 
 void FillBackground(HDC dc, const RECT &rect) {
-    FillRect(dc, &rect, GetSysColorBrush(COLOR_3DFACE));
+    FillWith(dc, rect, kFaceColor);
 }
 
 // The part of the buffer that is there, and plain background for the rest.

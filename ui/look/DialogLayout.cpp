@@ -153,16 +153,33 @@ bool RecordPlace(HWND dialog, HWND control, const Units &pixels) {
     return true;
 }
 
-// The template's own size is not asked of the window: the system cuts down one that is larger than the
-// screen.
-bool RecordTemplate(HWND dialog) {
-    RECT measured = {0, 0, kMeasuredUnits, kMeasuredUnits}, client = {}, window = {};
-    if (!MapDialogRect(dialog, &measured) || measured.right <= 0 || measured.bottom <= 0)
-        return false;
-    const Units pixels = {measured.right, measured.bottom};
+void MeasureFrame(HWND dialog) {
+    RECT client = {}, window = {};
     GetClientRect(dialog, &client);
     GetWindowRect(dialog, &window);
     gLayout.frame = {SizeOf(window).cx - client.right, SizeOf(window).cy - client.bottom};
+}
+
+// On a monitor of another scale the system would move and size controls by itself, in units of its own.
+void KeepSystemsHandsOff(HWND dialog) {
+    using Function = BOOL(WINAPI *)(HWND, int, int);
+    constexpr int allOfDialog = 1, allOfControl = 3; // font and place
+    const HMODULE library = GetModuleHandleA("user32.dll");
+    if (const auto keep = SystemFunction<Function>(library, "SetDialogDpiChangeBehavior"))
+        keep(dialog, allOfDialog, allOfDialog);
+    const auto keep = SystemFunction<Function>(library, "SetDialogControlDpiChangeBehavior");
+    for (int i = 0; keep && i < gLayout.count; ++i)
+        keep(gLayout.places[i].control, allOfControl, allOfControl);
+}
+
+// The template's own size is not asked of the window: the system cuts down one that is larger than the
+// screen.
+bool RecordTemplate(HWND dialog) {
+    RECT measured = {0, 0, kMeasuredUnits, kMeasuredUnits};
+    if (!MapDialogRect(dialog, &measured) || measured.right <= 0 || measured.bottom <= 0)
+        return false;
+    const Units pixels = {measured.right, measured.bottom};
+    MeasureFrame(dialog);
     for (HWND control = GetWindow(dialog, GW_CHILD); control; control = GetWindow(control, GW_HWNDNEXT))
         if (!RecordPlace(dialog, control, pixels))
             return false;
@@ -228,6 +245,7 @@ bool RecordDialogLayout(HWND dialog) {
         FreeDialogLayout();
         return false;
     }
+    KeepSystemsHandsOff(dialog);
     TightenToFit(dialog);
     ResizeWindow(dialog, DialogMinimumSize());
     LayOutDialog(dialog);
@@ -254,15 +272,16 @@ void FreeDialogLayout() {
 bool OnDialogDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
     if (!gLayout.count)
         return false;
-    RECT client = {}, window = {};
-    GetClientRect(dialog, &client);
-    GetWindowRect(dialog, &window);
-    gLayout.frame = {SizeOf(window).cx - client.right, SizeOf(window).cy - client.bottom};
-    const UINT fitting = FittingDpi(dialog, dpi);
-    SetDialogLayoutDpi(dialog, fitting);
-    const SIZE least = DialogMinimumSize(), wanted = SizeOf(suggested);
-    SetWindowPos(dialog, nullptr, suggested.left, suggested.top, std::max(least.cx, wanted.cx),
-                 std::max(least.cy, wanted.cy), SWP_NOZORDER | SWP_NOACTIVATE);
+    MeasureFrame(dialog);
+    SetDialogLayoutDpi(dialog, FittingDpi(dialog, dpi));
+    // The frame has the new scale only after the move.
+    for (int i = 0; i < 2; ++i) {
+        const SIZE least = DialogMinimumSize(), wanted = SizeOf(suggested);
+        SetWindowPos(dialog, nullptr, suggested.left, suggested.top, std::max(least.cx, wanted.cx),
+                     std::max(least.cy, wanted.cy), SWP_NOZORDER | SWP_NOACTIVATE);
+        MeasureFrame(dialog);
+        TightenToFit(dialog);
+    }
     return true;
 }
 

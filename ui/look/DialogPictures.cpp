@@ -7,6 +7,7 @@
 #include "ui/look/AccessibleControl.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/view/ViewTools.h"
+#include "ui/window/Palette.h"
 #include "ui/window/ScaledBitmap.h"
 
 #include <algorithm>
@@ -185,8 +186,8 @@ Canvas LoadBitmapFor(const ControlPicture &picture, const Canvas &room) {
     return KeptIf(copied, canvas);
 }
 
-uint32_t SystemColor(int index) {
-    const COLORREF color = GetSysColor(index);
+uint32_t PixelOf(PaletteColor entry) {
+    const COLORREF color = ColorOf(entry);
     return static_cast<uint32_t>(GetRValue(color)) << 16 | static_cast<uint32_t>(GetGValue(color)) << 8 |
            GetBValue(color);
 }
@@ -226,8 +227,8 @@ void LayPicture(const ControlPicture &picture, const Canvas &canvas, const Canva
 // A tint of the window colour, on which the drawing stands out whatever the dialog's own colour, with a frame
 // in the full one; the corners are left out.
 void FillPlate(const Canvas &canvas) {
-    const uint32_t frame = SystemColor(COLOR_HIGHLIGHT);
-    const uint32_t plate = Mixed(SystemColor(COLOR_WINDOW), frame, kPlateAlpha);
+    const uint32_t frame = PixelOf(kHighlightColor);
+    const uint32_t plate = Mixed(PixelOf(kFieldColor), frame, kPlateAlpha);
     const int line = ScaledPixels(1);
     for (int y = 0; y < canvas.height; ++y)
         for (int x = 0; x < canvas.width; ++x) {
@@ -251,7 +252,7 @@ Canvas Compose(HWND control, const ControlPicture &picture, ToolPicture state) {
         FreeCanvas(canvas);
         return {};
     }
-    const uint32_t background = SystemColor(COLOR_3DFACE);
+    const uint32_t background = PixelOf(kFaceColor);
     std::fill_n(canvas.pixels, static_cast<size_t>(canvas.width) * canvas.height, background);
     if (state == kPictureSelected)
         FillPlate(canvas);

@@ -60,7 +60,7 @@ constexpr int kRowTops[] = {72, 98, 124, 150, 176, 202, 243, 269, 295, 336, 362}
 constexpr int kRowCount = std::size(kRowTops), kRowUnits = 26;
 constexpr int kNameUnits = 8;                      // height of a name
 constexpr int kPictureUnits = 16;                  // height of the pictures beside the trackbar
-constexpr int kNameIndent = 17, kNameOutdent = 46; // clear the pictures when those stand beside it
+constexpr int kNameIndent = 16, kNameOutdent = 45; // clear the pictures when those stand beside it
 constexpr int kNameRoom = 6;                       // that the panel takes for it then
 constexpr int kMostTightened = 5;                  // of a row
 constexpr int kMostSpread = 9;                     // of a row

@@ -1,6 +1,7 @@
 #include "ui/look/PreviewFrame.h"
 
 #include "resources/DialogControlIds.h"
+#include "ui/window/Palette.h"
 
 #include <commctrl.h>
 
@@ -17,7 +18,7 @@ void PaintFrame(HWND window) {
         return;
     RECT client = {};
     GetClientRect(window, &client);
-    FrameRect(dc, &client, GetSysColorBrush(COLOR_3DSHADOW));
+    FrameWith(dc, client, kLineColor);
     EndPaint(window, &paint);
 }
 

@@ -2,8 +2,10 @@
 
 #include "resources/DialogControlIds.h"
 #include "storage/UISettings.h"
+#include "ui/window/DesktopWindow.h"
 #include "ui/window/DialogMessages.h"
 #include "ui/window/Tooltips.h"
+#include "ui/window/WindowPlacement.h"
 
 #include <algorithm>
 
@@ -203,9 +205,9 @@ void FitOnScreen() {
     MONITORINFO monitor = {};
     monitor.cbSize = sizeof monitor;
     if (GetMonitorInfoA(MonitorFromWindow(gViewTools.dialog, MONITOR_DEFAULTTONEAREST), &monitor)) {
-        const RECT &work = monitor.rcWork;
-        SetWindowPos(gViewTools.dialog, nullptr, work.left, work.top, work.right - work.left,
-                     work.bottom - work.top, SWP_NOZORDER | SWP_NOACTIVATE);
+        const RECT place = GrownBy(monitor.rcWork, InvisibleFrame(gViewTools.dialog));
+        SetWindowPos(gViewTools.dialog, nullptr, place.left, place.top, place.right - place.left,
+                     place.bottom - place.top, SWP_NOZORDER | SWP_NOACTIVATE);
     }
     FitInView();
 }

@@ -1,6 +1,7 @@
 #include "ui/window/WindowPlacement.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 
 namespace {
@@ -30,7 +31,17 @@ RECT MoveIntoArea(const RECT &rect, const RECT &area) {
     return {across.first, down.first, across.last, down.last};
 }
 
-RECT PlaceOnMonitor(const RECT &wanted) {
+RECT GrownBy(const RECT &rect, const RECT &frame) {
+    const auto sum = [](LONG a, int64_t b) {
+        return static_cast<LONG>(std::clamp<int64_t>(a + b, LONG_MIN, LONG_MAX));
+    };
+    return {sum(rect.left, -int64_t{frame.left}), sum(rect.top, -int64_t{frame.top}),
+            sum(rect.right, frame.right), sum(rect.bottom, frame.bottom)};
+}
+
+RECT PlaceOnMonitor(const RECT &rect, const RECT &invisibleFrame) {
+    const RECT &f = invisibleFrame;
+    const RECT wanted = GrownBy(rect, {-f.left, -f.top, -f.right, -f.bottom});
     const int64_t captionBottom = int64_t{wanted.top} + GetSystemMetrics(SM_CYCAPTION);
     const RECT caption = {wanted.left, wanted.top, wanted.right,
                           static_cast<LONG>(std::min<int64_t>(captionBottom, wanted.bottom))};
@@ -39,6 +50,7 @@ RECT PlaceOnMonitor(const RECT &wanted) {
     monitor.cbSize = sizeof monitor;
     if (!GetMonitorInfoA(reachable ? reachable : MonitorFromRect(&wanted, MONITOR_DEFAULTTONEAREST),
                          &monitor))
-        return wanted;
-    return reachable && HasRoomIn(wanted, monitor.rcWork) ? wanted : MoveIntoArea(wanted, monitor.rcWork);
+        return rect;
+    return reachable && HasRoomIn(wanted, monitor.rcWork) ? rect
+                                                          : GrownBy(MoveIntoArea(wanted, monitor.rcWork), f);
 }
