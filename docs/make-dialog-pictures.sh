@@ -1,6 +1,6 @@
 #!/bin/sh
 # Makes the pictures of the dialog: its states on the demonstration photo (in the public domain, SpaceX) at 100 and at
-# 150 %, and the preview with each of the seven effects. Needs the test programs; uses a virtual screen and Wine
+# 150 %, and on a system whose apps are dark, and the preview with each of the seven effects. Needs the test programs; uses a virtual screen and Wine
 # prefixes of its own.
 set -eu
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -12,22 +12,25 @@ photo=$("$root/cmake/demo-photo.sh")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
-# take PERCENT: runs the program on a screen of that scale, in $work/PERCENT
+# take PERCENT [dark]: runs the program on a screen of that scale, in $work/PERCENT or $work/PERCENT-dark
 take() {
+    name="$1${2:+-$2}"
     (
-        export BRILLATRIX_WINEPREFIX="$work/wine-$1" BRILLATRIX_WINE_GRAPHICS=x11
+        export BRILLATRIX_WINEPREFIX="$work/wine-$name" BRILLATRIX_WINE_GRAPHICS=x11
         export WINEPREFIX="$BRILLATRIX_WINEPREFIX" WINEARCH=win64 WINEDEBUG=-all
-        mkdir "$work/$1"
-        cp "$photo" "$work/$1/launchpad_dusk.jpg"
-        cd "$work/$1"
+        mkdir "$work/$name"
+        cp "$photo" "$work/$name/launchpad_dusk.jpg"
+        cd "$work/$name"
         sh "$root/cmake/wine-setup.sh"
         wine reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d $(($1 * 96 / 100)) /f
+        [ -z "${2:-}" ] || wine reg add 'HKCU\Software\Microsoft\Windows\CurrentVersion\Themes\Personalize' \
+            /v AppsUseLightTheme /t REG_DWORD /d 0 /f
         wineserver -k || true
         wineserver -w
         timeout 300 "$root/cmake/wine-run.sh" "$program" || true
         wineserver -k || true
-    ) </dev/null >"$work/$1.log" 2>&1
-    grep -q "3 tests" "$work/$1.log" && ! grep -q FAILED "$work/$1.log" || { cat "$work/$1.log" >&2; exit 1; }
+    ) </dev/null >"$work/$name.log" 2>&1
+    grep -q "4 tests" "$work/$name.log" && ! grep -q FAILED "$work/$name.log" || { cat "$work/$name.log" >&2; exit 1; }
 }
 export root work photo program
 for percent in 100 150; do
@@ -35,6 +38,7 @@ for percent in 100 150; do
     server=$!
     sleep 1
     DISPLAY=":$((60 + percent))" take $percent
+    [ $percent -ne 100 ] || DISPLAY=":$((60 + percent))" take $percent dark
     kill $server
 done
 
@@ -43,6 +47,8 @@ jpeg 100/building.bmp dialog-building.jpg
 jpeg 100/ready.bmp dialog.jpg
 jpeg 100/hidden.bmp dialog-hidden-lights.jpg
 jpeg 100/minimum.bmp dialog-minimum.jpg
+jpeg 100/large.bmp dialog-large.jpg 80
+jpeg 100-dark/ready.bmp dialog-dark.jpg
 jpeg 150/minimum.bmp dialog-150-percent.jpg
 set --
 row=0

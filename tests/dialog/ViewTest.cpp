@@ -229,6 +229,48 @@ TEST_F(DialogView, ZoomAndScrollByMouse) {
         false);
 }
 
+// The system has no dark scroll bars, so that the mouse on them is the dialog's own to follow.
+TEST_F(DialogView, DarkBarsFollowTheMouse) {
+    const auto dark = [](HKEY, LPCWSTR, LPCWSTR, DWORD, LPDWORD, PVOID value, LPDWORD) -> LSTATUS {
+        *static_cast<DWORD *>(value) = 0;
+        return ERROR_SUCCESS;
+    };
+    host::ReplaceImport<LSTATUS(WINAPI *)(HKEY, LPCWSTR, LPCWSTR, DWORD, LPDWORD, PVOID, LPDWORD)>(
+        module.module, nullptr, "RegGetValueW", dark, &hooks);
+    RunDialog([this] {
+        Settle();
+        for (int i = 0; i < 4; ++i)
+            Click(kZoomInButton);
+        Settle();
+        for (const int bar : {kHorizontalBar, kVerticalBar}) {
+            SCROLLINFO info = {};
+            info.cbSize = sizeof info;
+            info.fMask = SIF_ALL;
+            GetScrollInfo(Item(bar), SB_CTL, &info);
+            const int page = static_cast<int>(info.nPage);
+            const RECT area = ClientOf(Item(bar));
+            const bool isVertical = bar == kVerticalBar;
+            const auto at = [&](int along) {
+                return isVertical ? POINT{area.right / 2, along} : POINT{along, area.bottom / 2};
+            };
+            const int end = static_cast<int>(isVertical ? area.bottom : area.right) - 1, arrow = 20;
+            const auto Moved = [&](int from, int to) {
+                const int before = GetScrollPos(Item(bar), SB_CTL);
+                Drag(bar, at(from), at(to));
+                return GetScrollPos(Item(bar), SB_CTL) - before;
+            };
+            EXPECT_EQ(Moved(2, 2), -1);
+            EXPECT_EQ(Moved(end - 2, end - 2), 1);
+            EXPECT_NEAR(Moved(end - arrow, end - arrow), std::min(page, info.nMax - page + 1 - info.nPos), 1);
+            const int middle = end / 2, before = GetScrollPos(Item(bar), SB_CTL);
+            Moved(arrow, arrow); // back, so that the thumb is about the middle
+            EXPECT_LT(GetScrollPos(Item(bar), SB_CTL), before);
+            EXPECT_NEAR(Moved(middle, middle + 40), 40 * (info.nMax + 1) / (end + 1 - 2 * (arrow - 3)), 30);
+        }
+        PressCancel();
+    });
+}
+
 // The preview takes all that is gained; every control can be clicked, and the way back leads to the same
 // picture.
 TEST_F(DialogView, AnySizeFromTheMinimumTo4000By3000) {

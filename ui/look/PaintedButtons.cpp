@@ -89,7 +89,7 @@ void DrawBox(HWND control, HDC dc, RECT box, const BoxState &state) {
         return DrawDarkBox(dc, box, state);
     if (DrawThemedBox(control, dc, box, state))
         return;
-    const UINT look = DFCS_BUTTONCHECK | (state.checked ? DFCS_CHECKED : 0U) |
+    const UINT look = DFCS_BUTTONCHECK | DFCS_FLAT | (state.checked ? DFCS_CHECKED : 0U) |
                       (state.enabled ? 0U : static_cast<UINT>(DFCS_INACTIVE)) |
                       (state.pressed ? static_cast<UINT>(DFCS_PUSHED) : 0U);
     DrawFrameControl(dc, &box, DFC_BUTTON, look);
@@ -134,7 +134,11 @@ void AskOwnerToDraw(HWND combo, HDC dc, const RECT &rect, UINT state) {
     item.itemData =
         row < 0 ? 0
                 : static_cast<ULONG_PTR>(SendMessageW(combo, CB_GETITEMDATA, static_cast<WPARAM>(row), 0));
+    const LRESULT font = SendMessageW(combo, WM_GETFONT, 0, 0);
+    const HGDIOBJ oldFont = font ? SelectObject(dc, reinterpret_cast<HGDIOBJ>(font)) : nullptr;
     SendMessageW(GetParent(combo), WM_DRAWITEM, item.CtlID, reinterpret_cast<LPARAM>(&item));
+    if (oldFont)
+        SelectObject(dc, oldFont);
 }
 
 } // namespace
