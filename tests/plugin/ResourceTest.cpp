@@ -66,7 +66,8 @@ TEST_F(BuiltModule, ExportsTheEntryAndThreeDialogProceduresAndNothingElse) {
 TEST_F(BuiltModule, ImportsSystemLibrariesOnly) {
     const std::set<std::string> allowed = {"kernel32.dll", "msvcrt.dll",  "user32.dll",   "shell32.dll",
                                            "ole32.dll",    "gdi32.dll",   "advapi32.dll", "comctl32.dll",
-                                           "comdlg32.dll", "version.dll", "uxtheme.dll"};
+                                           "comdlg32.dll", "version.dll", "uxtheme.dll",  "oleacc.dll",
+                                           "oleaut32.dll"};
     const std::vector<std::string> imports = host::ListImports(module);
     EXPECT_FALSE(imports.empty());
     for (const std::string &import : imports) {

@@ -1,5 +1,7 @@
 #include "ui/look/PictureButton.h"
 
+#include "ui/window/Palette.h"
+
 #include <commctrl.h>
 #include <windowsx.h>
 
@@ -16,7 +18,7 @@ void DrawFocus(HWND picture) {
     RECT client = {};
     GetClientRect(picture, &client);
     if (const HDC dc = GetDC(picture)) {
-        FrameRect(dc, &client, GetSysColorBrush(COLOR_WINDOWTEXT));
+        FrameWith(dc, client, kTextColor);
         ReleaseDC(picture, dc);
     }
 }
