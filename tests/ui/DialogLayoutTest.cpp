@@ -10,7 +10,7 @@
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/look/DialogPictures.h"
-#include "ui/look/PaintedControls.h"
+#include "ui/paint/PaintedControls.h"
 #include "ui/look/PreviewFrame.h"
 #include "ui/window/DpiScope.h"
 #include "ui/window/Palette.h"

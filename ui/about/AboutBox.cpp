@@ -5,7 +5,7 @@
 #include "resources/ResourceIds.h"
 #include "ui/about/Guide.h"
 #include "ui/about/LinkButton.h"
-#include "ui/look/PaintedControls.h"
+#include "ui/paint/PaintedControls.h"
 #include "ui/window/ControlStyle.h"
 #include "ui/window/DesktopWindow.h"
 #include "ui/window/DpiScope.h"

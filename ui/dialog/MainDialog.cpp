@@ -18,7 +18,7 @@
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/look/DialogPictures.h"
-#include "ui/look/PaintedControls.h"
+#include "ui/paint/PaintedControls.h"
 #include "ui/preview/PreviewRequest.h"
 #include "ui/settings/SettingsMenu.h"
 #include "ui/view/FirstView.h"
@@ -43,6 +43,15 @@ void PaintAtOnce(HWND dialog) {
     RedrawWindow(dialog, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
 }
 
+// At the first message with which it is on the screen.
+void ShowPainted(HWND dialog) {
+    if (!gMainDialog.isCloaked || !IsWindowVisible(dialog))
+        return;
+    gMainDialog.isCloaked = false;
+    PaintAtOnce(dialog);
+    CloakWindow(dialog, false);
+}
+
 void RelayOut(HWND dialog) {
     CloseZoomField();
     FitEffectList(dialog);
@@ -65,15 +74,12 @@ void OnSize(HWND dialog, WPARAM kind) {
 }
 
 void OnWindowPosChanged(HWND dialog, const WINDOWPOS &position) {
+    ShowPainted(dialog);
     if (IsIconic(dialog))
         return;
     GetWindowRect(dialog, &gMainDialog.rect);
     if (!(position.flags & SWP_NOSIZE))
         RelayOut(dialog);
-    if (!(position.flags & SWP_SHOWWINDOW))
-        return;
-    PaintAtOnce(dialog);
-    CloakWindow(dialog, false);
 }
 
 bool OnGetMinMaxInfo(MINMAXINFO *info) {

@@ -21,7 +21,7 @@
 #include "ui/look/DialogBackBuffer.h"
 #include "ui/look/DialogLayout.h"
 #include "ui/look/DialogPictures.h"
-#include "ui/look/PaintedControls.h"
+#include "ui/paint/PaintedControls.h"
 #include "ui/look/PictureButton.h"
 #include "ui/look/PreviewFrame.h"
 #include "ui/settings/ParameterSetList.h"
@@ -150,7 +150,8 @@ void InitializeMainDialog(HWND dialog) {
         return;
     PlaceDialog(dialog);
     FocusFirstControl(dialog);
-    CloakWindow(dialog, true); // until it is painted
+    CloakWindow(dialog, true);
+    gMainDialog.isCloaked = true;
     PostMessageW(dialog, kMsgRequestPreview, 0, 0);
 }
 

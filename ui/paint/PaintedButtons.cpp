@@ -1,6 +1,6 @@
-#include "ui/look/PaintedButtons.h"
+#include "ui/paint/PaintedButtons.h"
 
-#include "ui/look/CaptionText.h"
+#include "ui/paint/CaptionText.h"
 #include "ui/window/Palette.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "ui/look/PaintedScrollBar.h"
+#include "ui/paint/PaintedScrollBar.h"
 
 #include "ui/window/Palette.h"
 

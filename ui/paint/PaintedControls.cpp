@@ -1,7 +1,7 @@
-#include "ui/look/PaintedControls.h"
+#include "ui/paint/PaintedControls.h"
 
-#include "ui/look/PaintedButtons.h"
-#include "ui/look/PaintedScrollBar.h"
+#include "ui/paint/PaintedButtons.h"
+#include "ui/paint/PaintedScrollBar.h"
 #include "ui/window/Palette.h"
 
 #include <algorithm>

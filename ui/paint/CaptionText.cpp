@@ -1,4 +1,4 @@
-#include "ui/look/CaptionText.h"
+#include "ui/paint/CaptionText.h"
 
 #include <algorithm>
 
