@@ -363,6 +363,35 @@ TEST_F(DialogLook, UnderlinesAndFramesFollowTheirText) {
     }
 }
 
+std::vector<HWND> gKept;
+
+BOOL WINAPI KeepHandsOff(HWND window, int mask, int values) {
+    EXPECT_NE(mask & values, 0);
+    gKept.push_back(window);
+    return TRUE;
+}
+
+decltype(&GetProcAddress) gFindFunction;
+
+FARPROC WINAPI FindFunction(HMODULE library, LPCSTR name) {
+    return strstr(name, "DpiChangeBehavior")
+               ? reinterpret_cast<FARPROC>(reinterpret_cast<void *>(KeepHandsOff))
+               : gFindFunction(library, name);
+}
+
+// At another scale it is laid out here, and the system is asked to leave every window as it is.
+TEST_F(DialogLook, TheSystemKeepsItsHandsOff) {
+    Close();
+    gFindFunction = GetProcAddress;
+    host::ImportHooks hooks;
+    host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "GetProcAddress", FindFunction, &hooks);
+    Open(1);
+    host::RestoreImports(&hooks);
+    EXPECT_EQ(std::count(gKept.begin(), gKept.end(), dialog), 1);
+    for (const HWND control : Controls())
+        EXPECT_EQ(std::count(gKept.begin(), gKept.end(), control), 1) << NameOf(control);
+}
+
 bool gHasContrast;
 
 LSTATUS WINAPI AppsAreDark(HKEY, LPCWSTR, LPCWSTR, DWORD, LPDWORD, PVOID value, LPDWORD) {

@@ -8,6 +8,7 @@
 #include <commctrl.h>
 #include <cwchar>
 #include <iterator>
+#include <richedit.h>
 #include <uxtheme.h>
 
 namespace {
@@ -150,6 +151,8 @@ void DressControl(HWND control) {
         DressAs(control, kList);
     else if (HasClass(control, L"ScrollBar"))
         DressScrollBar(control);
+    else if (HasClass(control, MSFTEDIT_CLASS))
+        SendMessageW(control, EM_SETBKGNDCOLOR, 0, static_cast<LPARAM>(ColorOf(kFieldColor)));
     else if (HasClass(control, PROGRESS_CLASSW))
         DressProgress(control);
 }
