@@ -13,7 +13,8 @@ STYLE = """body{font:16px/1.55 'Segoe UI',sans-serif;max-width:58em;margin:2em a
 h1{border-bottom:2px solid #c90;margin-top:2.2em}h2{margin-top:1.8em}img{max-width:100%;border-radius:4px}
 code,pre{font:14px/1.45 Consolas,monospace;background:#f3f1ec;border-radius:3px}code{padding:0 .25em}
 pre{padding:.7em 1em;overflow-x:auto}pre code{padding:0}table{border-collapse:collapse}
-td,th{border:1px solid #ccc;padding:.3em .6em;vertical-align:top;text-align:left}a{color:#85500a}
+td,th{border:1px solid #ccc;padding:.3em .6em;vertical-align:top;text-align:left}td:last-child{min-width:14em}
+a{color:#85500a}
 @media(prefers-color-scheme:dark){body{color:#ddd;background:#1c1c1c}code,pre{background:#2b2b2b}a{color:#f0b45a}
 td,th{border-color:#555}}"""
 

@@ -3,7 +3,8 @@
 ;
 ; Silent: installer.exe /S [/AllUsers | /CurrentUser] [/PluginFolder=DIR] [/NoHosts] [/Path] [/D=DIR]
 Target amd64-unicode
-SetCompressor /SOLID lzma
+; Lzma would save a fifth of the size and cost twenty times the time.
+SetCompressor /SOLID zlib
 SetDateSave on
 Name "Brillatrix Pro"
 OutFile "${OUT}"
@@ -52,6 +53,8 @@ Var FoundName
 !insertmacro MUI_PAGE_LICENSE "${FILES}/LICENSE.txt"
 Page custom AskForWhom TakeForWhom
 !define MUI_PAGE_HEADER_TEXT "Where the plug-in goes"
+!define MUI_PAGE_HEADER_SUBTEXT "Take the tick away where it is not to go."
+!define MUI_COMPONENTSPAGE_NODESC
 !define MUI_COMPONENTSPAGE_TEXT_TOP "These plug-in folders were found. The next page takes another one."
 !insertmacro MUI_PAGE_COMPONENTS
 Page custom AskExtraFolder TakeExtraFolder
@@ -424,15 +427,6 @@ FunctionEnd
 Function FindHosts
     StrCpy $Count 0
     !insertmacro ForSlots ClearSlot
-    StrCpy $R6 0
-    ${Do}
-        EnumRegValue $R7 SHCTX "${KEY}\PluginFolders" $R6
-        ${If} $R7 == ""
-            ${ExitDo}
-        ${EndIf}
-        !insertmacro Place "As before" "$R7"
-        IntOp $R6 $R6 + 1
-    ${Loop}
     !insertmacro Place "All Photoshop versions since CC" "$COMMONFILES64\Adobe\Plug-Ins\CC"
     !insertmacro Versions "Photoshop" "SOFTWARE\Adobe\Photoshop" "PluginPath" ""
     !insertmacro Versions "Photoshop" "SOFTWARE\Adobe\Photoshop" "ApplicationPath" "Plug-ins"
@@ -457,6 +451,15 @@ Function FindHosts
     !insertmacro Place "paint.net (for its bridge)" "$PROGRAMFILES64\paint.net\Effects"
     !insertmacro Each "$PROGRAMFILES64\GIMP 2" "lib\gimp\2.0\plug-ins\pspi"
     !insertmacro Each "$PROGRAMFILES64\GIMP 3" "lib\gimp\3.0\plug-ins\pspi"
+    StrCpy $R6 0
+    ${Do}
+        EnumRegValue $R7 SHCTX "${KEY}\PluginFolders" $R6
+        ${If} $R7 == ""
+            ${ExitDo}
+        ${EndIf}
+        !insertmacro Place "As before" "$R7"
+        IntOp $R6 $R6 + 1
+    ${Loop}
 FunctionEnd
 
 ; The path, whose type and length NSIS's own reading would not tell
