@@ -21,6 +21,7 @@ LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"')
 def statements(text):
     text = re.sub(r'^\s*#.*$', "", text, flags=re.M)
     text = re.sub(r'(?<!["\w:])//[^\n]*', "", text)
+    text = re.sub(r'find\("[^"]*"\)', "", text)  # what is looked for in somebody else's text
     text = re.sub(r'"\s*\n\s*"', "", text)
     return re.findall(r'(?:"(?:[^"\\]|\\.)*"|[^;{}"])+', text)
 
