@@ -5,7 +5,7 @@
 #   bench/table.sh --native BUILD_FOLDER   a native release build: renderer and detection only
 #
 # The targets are built first. COPY is a plain copy of the same image, PF the plain form (bench/plain);
-# "portable" is the renderer without AVX2. Takes about ten minutes with nothing else running, most of it PF, and 2 GB.
+# "portable" is the renderer without AVX2 and AVX-512. Takes about ten minutes with nothing else running, most of it PF, and 2 GB.
 set -eu
 native=no
 [ "${1:-}" = --native ] && { native=yes; shift; }
@@ -25,7 +25,7 @@ fi
 
 echo "Measured $(date -u '+%Y-%m-%d %H:%M') UTC, $(nproc) processors, load before: $(cut -d' ' -f1 /proc/loadavg)"
 echo
-run render_bench --cases 24-50,24-500,24-long,100-50,24-flare,24-sharp20,24-worst >"$scratch/render"
+run render_bench --cases 24-50,24-500,24-long,100-50,strip-1024,24-flare,24-sharp20,24-worst >"$scratch/render"
 run render_bench --portable --no-plain --cases 24-50,24-500,24-long,100-50 >"$scratch/portable"
 head -n 1 "$scratch/render"
 echo
@@ -39,10 +39,11 @@ tr -d '\r' <"$scratch/render" | awk -v slow="$scratch/slow" '
         plain = $3 > 0 ? $3 " s" : "not run"
         other = $1 in portable ? portable[$1] " s" : ""
         printf "| %s | %s s | %s | %s s | %s s | %s | %s | %s | %s MB%s |\n", $1, $2, plain, $4, $5, ratio($3, $5), other,
-            ratio($3, portable[$1]), $7, $8 == "" ? "" : ", " $8
+            ratio($3, portable[$1]), $7, $9 == "" ? "" : ", " $9
     }'
 echo
 run render_bench --workers 1 --cases preview | tail -n +3
+run render_bench --cases first | tail -n +3
 run render_bench --cases cancel | tail -n +3
 echo
 run detect_bench --repeat 9 --plain "$([ $native = yes ] && echo 1 || echo 0)"

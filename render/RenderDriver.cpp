@@ -22,8 +22,9 @@ namespace {
 // than this.
 constexpr int32_t kBandsPerWorker = 4, kLeastBandRows = 32;
 
-// A stamp that is laid more often than this, parts added up, keeps its rows.
-constexpr double kStarsWorthKeeping = 1.0;
+// A stamp that is laid more often than this, parts added up, keeps its rows: less often they are not worth
+// their memory.
+constexpr double kStarsWorthKeeping = 4.0;
 
 // One render's inputs. All workers read it.
 struct RenderJob {
