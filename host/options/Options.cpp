@@ -287,7 +287,7 @@ static bool FailUnknown(const std::wstring &word, const std::wstring &name, std:
     std::vector<std::wstring> names = ListParameterOptions();
     for (const OptionRow &row : kRows)
         names.push_back(row.name);
-    const std::wstring nearest = FindRow(name) ? L"" : NearestWord(name, names);
+    const std::wstring nearest = NearestWord(name, names);
     return Fail(why, "unknown option " + ToUtf8(word) +
                          (nearest.empty() ? "" : "; did you mean " + ToUtf8(nearest) + "?"));
 }
@@ -335,8 +335,10 @@ static bool TakeOption(Reading *reading) {
     const OptionRow *row = FindRow(given.name);
     const bool isParameter = IsParameterOption(given.name);
     const ValueNeed need = row ? row->need : ValueNeed::kNeeded;
-    if ((!row && !isParameter) || (need == ValueNeed::kNone && equals != std::wstring::npos))
+    if (!row && !isParameter)
         return FailUnknown(word, given.name, reading->why);
+    if (need == ValueNeed::kNone && equals != std::wstring::npos)
+        return Fail(reading->why, ToUtf8(given.name) + " takes no value");
     if (row && !(row->commands & CommandBit(reading->command)))
         return Fail(reading->why, ToUtf8(given.name) + " does not go with this command");
     if (need != ValueNeed::kNone && !TakeValue(reading, need, equals, &given))

@@ -106,7 +106,7 @@ TEST(Options, WrongUsageIsExplained) {
         {{L"a", L"b", L"c"}, "not also \"c\""},
         {{L"--nonsense", L"a", L"b"}, "unknown option --nonsense"},
         {{L"-x", L"a", L"b"}, "unknown option -x"},
-        {{L"--quiet=1", L"a", L"b"}, "unknown option --quiet=1"},
+        {{L"--quiet=1", L"a", L"b"}, "--quiet takes no value"},
         {{L"a", L"b", L"--angle"}, "--angle needs a value"},
         {{L"--angle", L"x", L"a", L"b"}, "--angle needs a number"},
         {{L"--angle", L"nan", L"a", L"b"}, "--angle needs a number"},
