@@ -47,7 +47,7 @@ jpeg 100/building.bmp dialog-building.jpg
 jpeg 100/ready.bmp dialog.jpg
 jpeg 100/hidden.bmp dialog-hidden-lights.jpg
 jpeg 100/minimum.bmp dialog-minimum.jpg
-jpeg 100/large.bmp dialog-large.jpg 80
+convert "$work/100/large.bmp" -strip -resize 50% -quality 88 "$root/docs/dialog-large.jpg"
 jpeg 100-dark/ready.bmp dialog-dark.jpg
 jpeg 150/minimum.bmp dialog-150-percent.jpg
 set --
