@@ -1,7 +1,29 @@
 // One light source's stamp on its way into a band; what laying it by integers and by glow have in common.
 #pragma once
 
-#include "render/stamp/StampLayer.h"
+#include "engine/image/Geometry.h"
+#include "engine/image/ImageBuffer.h"
+#include "render/rows/PixelBlender.h"
+#include "render/rows/RenderPath.h"
+#include "render/stamp/StarStamp.h"
+
+#include <atomic>
+#include <cstdint>
+
+// Where a stamp goes: a pixel and the sub-pixel phase, each 0..3 quarter pixels.
+struct StampPlace {
+    int32_t x, y;
+    int32_t px, py;
+};
+
+// Where and how a worker draws. Bands of one image that have no row in common may be drawn at the same time.
+struct BandTarget {
+    const StampContext &context;
+    const ImageBuffer &output;
+    IntRect band; // inside the output
+    const std::atomic<uint8_t> &abort;
+    BlendColor *colors; // the worker's own, kRainbowStates of them
+};
 
 // Calls work(from, count) for each piece of a span.
 template <typename Work> void ForEachPiece(int32_t from, int32_t to, Work work) {
