@@ -44,11 +44,7 @@ for text in LICENSE THIRD-PARTY.md CHANGELOG.md; do
 done
 sed -e "s/@VERSION@/$version/" -e 's/$/\r/' "$root/cmake/package/readme.txt" >"$files/README.txt"
 cp "$bin/libvips-terms.md" "$bin/libvips-parts.json" "$files/licences/"
-for licence in GPL-3 LGPL-3 MPL-1.1; do
-    text=$(find /usr/share/common-licenses /mingw64/share/licenses /usr/share/licenses -name "$licence*" 2>/dev/null | head -n 1) || true
-    [ -n "$text" ] || { echo "package.sh: the text of $licence is not at hand" >&2; exit 1; }
-    cp -L "$text" "$files/licences/$licence.txt"
-done
+cp "$root"/cmake/package/licences/*.txt "$files/licences/"
 (cd "$files" && find . -type f ! -name SHA256SUMS.txt | sort | sed 's|^\./||' | tr '\n' '\0' | xargs -0 sha256sum >SHA256SUMS.txt)
 find "$files" -type d -exec chmod 755 {} + -o -type f -exec chmod 644 {} +
 find "$files" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
