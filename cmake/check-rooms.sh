@@ -8,7 +8,7 @@ find host plugin ui render web engine storage diag resources -name '*.h' -o -nam
 # A room, its sub-folders (. is the room itself) from top to bottom, then the other rooms that it may include. A
 # sub-folder may include what stands behind it.
 BEGIN {
-    Room("host",      "program options batch sheet filter services module pictures metadata base",
+    Room("host",      "program options batch workers sheet filter services module pictures metadata base",
                                                                "plugin/interface render resources")
     Room("plugin",    ". parameters record interface",         "ui web render engine storage diag resources")
     Room("ui",        "dialog history settings about viewers look display view preview pixels fields paint window",

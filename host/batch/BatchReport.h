@@ -3,7 +3,7 @@
 
 #include "host/batch/BatchOptions.h"
 #include "host/batch/OutputNames.h"
-#include "host/batch/PhotoResult.h"
+#include "host/workers/PhotoResult.h"
 
 #include <windows.h>
 

@@ -9,8 +9,8 @@
 #include "host/batch/BatchSheet.h"
 #include "host/batch/Journal.h"
 #include "host/batch/PhotoMemory.h"
-#include "host/batch/WorkerPool.h"
-#include "host/batch/WorkerProcess.h"
+#include "host/workers/WorkerPool.h"
+#include "host/workers/WorkerProcess.h"
 
 #include <shlobj.h>
 

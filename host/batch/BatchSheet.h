@@ -2,8 +2,8 @@
 #pragma once
 
 #include "host/batch/OutputNames.h"
-#include "host/batch/PhotoResult.h"
 #include "host/sheet/ContactSheet.h"
+#include "host/workers/PhotoResult.h"
 
 #include <map>
 #include <string>

@@ -5,7 +5,6 @@
 #include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
 #include "host/batch/BatchRun.h"
-#include "host/batch/Worker.h"
 #include "host/module/ShownBoxes.h"
 #include "host/options/HelpText.h"
 #include "host/options/Options.h"
@@ -14,6 +13,7 @@
 #include "host/program/InPlace.h"
 #include "host/program/PhotoRun.h"
 #include "host/program/ResultText.h"
+#include "host/workers/Worker.h"
 
 #include <new>
 

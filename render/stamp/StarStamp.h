@@ -2,11 +2,11 @@
 // source of that phase; and the tables that all arms share.
 #pragma once
 
+#include "render/rows/RowLoops.h"
 #include "render/shape/ArmSpan.h"
 #include "render/shape/EffectTypes.h"
 #include "render/shape/Rainbow.h"
 #include "render/shape/SpikeProfile.h"
-#include "render/rows/RowLoops.h"
 #include "render/stamp/KeptRows.h"
 
 #include <cstdint>

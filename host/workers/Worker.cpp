@@ -1,4 +1,4 @@
-#include "host/batch/Worker.h"
+#include "host/workers/Worker.h"
 
 #include "host/base/ExitStatus.h"
 #include "host/base/SystemText.h"

@@ -1,10 +1,10 @@
-#include "host/batch/WorkerPool.h"
+#include "host/workers/WorkerPool.h"
 
 #include "host/base/Console.h"
 #include "host/base/ExitStatus.h"
 #include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
-#include "host/batch/WorkerProcess.h"
+#include "host/workers/WorkerProcess.h"
 
 #include <condition_variable>
 #include <cstdio>

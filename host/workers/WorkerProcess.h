@@ -1,7 +1,7 @@
 // The batch's side of a worker.
 #pragma once
 
-#include "host/batch/Worker.h"
+#include "host/workers/Worker.h"
 
 #include <windows.h>
 

@@ -1,8 +1,8 @@
 // The worker's side of a batch: a process of its own that does photo after photo.
 #pragma once
 
-#include "host/batch/PhotoResult.h"
-#include "host/batch/WorkerMessage.h"
+#include "host/workers/PhotoResult.h"
+#include "host/workers/WorkerMessage.h"
 
 #include <functional>
 #include <string>

@@ -1,8 +1,7 @@
 // Workers that share the photos of a batch.
 #pragma once
 
-#include "host/batch/OutputNames.h"
-#include "host/batch/PhotoResult.h"
+#include "host/workers/PhotoResult.h"
 
 #include <functional>
 #include <string>

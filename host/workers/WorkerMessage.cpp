@@ -1,4 +1,4 @@
-#include "host/batch/WorkerMessage.h"
+#include "host/workers/WorkerMessage.h"
 
 #include "host/base/ByteStream.h"
 

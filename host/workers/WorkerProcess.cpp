@@ -1,4 +1,4 @@
-#include "host/batch/WorkerProcess.h"
+#include "host/workers/WorkerProcess.h"
 
 #include "host/base/CommandLine.h"
 #include "host/base/SystemText.h"
