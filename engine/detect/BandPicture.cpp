@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr size_t kLogGrowth = 32768; // pixels
+constexpr size_t kLogGrowth = 4096; // runs, at least
 
 size_t Width(const BandPicture &picture) {
     return static_cast<size_t>(picture.bounds.right - picture.bounds.left);
@@ -19,24 +19,6 @@ size_t Height(const BandPicture &picture) {
 
 PixelSample *SharedRow(const BandPicture &picture, size_t row) {
     return picture.shared + row * Width(picture);
-}
-
-bool AppendToLog(MarkedPixel pixel, MarkLog *log) {
-    if (log->count == log->allocatedBytes / sizeof(MarkedPixel)) {
-        const size_t newBytes = log->allocatedBytes + kLogGrowth * sizeof(MarkedPixel);
-        void *grown = CountedRealloc(log->pixels, log->allocatedBytes, newBytes);
-        if (!grown)
-            return false;
-        log->pixels = static_cast<MarkedPixel *>(grown);
-        log->allocatedBytes = newBytes;
-    }
-    log->pixels[log->count++] = pixel;
-    return true;
-}
-
-void FreeLog(MarkLog *log) {
-    CountedFree(log->pixels, log->allocatedBytes);
-    *log = MarkLog{};
 }
 
 bool MakeRowOwn(size_t row, BandPicture *picture) {
@@ -59,6 +41,26 @@ void ShowSharedRows(BandPicture *picture) {
 
 } // namespace
 
+bool AppendRuns(const MarkedRun *runs, size_t count, MarkLog *log) {
+    const size_t capacity = log->allocatedBytes / sizeof(MarkedRun);
+    if (count > capacity - log->count) {
+        const size_t newBytes = (capacity + std::max(count, kLogGrowth)) * sizeof(MarkedRun);
+        void *grown = CountedRealloc(log->runs, log->allocatedBytes, newBytes);
+        if (!grown)
+            return false;
+        log->runs = static_cast<MarkedRun *>(grown);
+        log->allocatedBytes = newBytes;
+    }
+    std::copy_n(runs, count, log->runs + log->count);
+    log->count += count;
+    return true;
+}
+
+void FreeMarkLog(MarkLog *log) {
+    CountedFree(log->runs, log->allocatedBytes);
+    *log = MarkLog{};
+}
+
 bool AttachBandPicture(const AnalysisImage &image, BandPicture *picture) {
     *picture = BandPicture{};
     picture->bounds = image.bounds;
@@ -78,8 +80,7 @@ void FreeBandPicture(BandPicture *picture) {
     if (picture->rows)
         ShowSharedRows(picture);
     CountedFree(picture->rows, Height(*picture) * sizeof(PixelSample *));
-    FreeLog(&picture->own);
-    FreeLog(&picture->taken);
+    FreeMarkLog(&picture->own);
     *picture = BandPicture{};
 }
 
@@ -88,26 +89,22 @@ void ShowSharedPicture(BandPicture *picture) {
     picture->hasOwnRows = false;
     ++picture->state;
     picture->own.count = 0;
-    picture->taken.count = 0;
     picture->lookedAt = kNoRows;
 }
 
-void TakeBackMarks(BandPicture *picture, MarkLog *log) {
-    for (; log->count > 0; --log->count) {
-        const MarkedPixel at = log->pixels[log->count - 1];
-        const auto row = static_cast<size_t>(at.y - picture->bounds.top);
-        const int32_t column = at.x - picture->bounds.left;
-        picture->rows[row][column] = SharedRow(*picture, row)[column];
-    }
-    ++picture->state;
-}
-
-bool MarkBandPixel(BandPicture *picture, MarkedPixel at, MarkLog *log) {
-    const auto row = static_cast<size_t>(at.y - picture->bounds.top);
+bool MarkRun(BandPicture *picture, const MarkedRun &run) {
+    const auto row = static_cast<size_t>(run.y - picture->bounds.top);
     if (picture->hasOwnRows && picture->rows[row] == SharedRow(*picture, row) && !MakeRowOwn(row, picture))
         return false;
-    if (!AppendToLog(at, log))
-        return false;
-    picture->rows[row][at.x - picture->bounds.left] = kMarkedSample;
+    PixelSample *samples = picture->rows[row] - picture->bounds.left;
+    std::fill(samples + run.left, samples + run.right, kMarkedSample);
     return true;
+}
+
+void RestoreRun(BandPicture *picture, const MarkedRun &run) {
+    const auto row = static_cast<size_t>(run.y - picture->bounds.top);
+    const PixelSample *shared = SharedRow(*picture, row) - picture->bounds.left;
+    if (picture->rows[row] != SharedRow(*picture, row)) // else it was never marked
+        std::copy(shared + run.left, shared + run.right,
+                  picture->rows[row] - picture->bounds.left + run.left);
 }

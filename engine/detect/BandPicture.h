@@ -13,20 +13,30 @@
 // From `first` to `last`, both included; empty when first > last.
 struct RowRange {
     int32_t first, last;
-};
-constexpr RowRange kNoRows = {INT32_MAX, INT32_MIN};
 
-struct MarkedPixel {
-    int32_t x, y;
+    bool Contains(int32_t y) const { return y >= first && y <= last; }
+    void Include(int32_t from, int32_t to) {
+        first = std::min(first, from);
+        last = std::max(last, to);
+    }
+};
+constexpr RowRange kNoRows = {INT32_MAX, INT32_MIN}, kAllRows = {INT32_MIN, INT32_MAX};
+
+// Pixels of one row, from `left` to before `right`.
+struct MarkedRun {
+    int32_t y, left, right;
 };
 
-// Pixels in the order in which they were marked, none of them twice. Owner: the picture.
+// Runs in the order in which they were marked, all inside the bounds. Owner: the record it is in.
 struct MarkLog {
-    MarkedPixel *pixels;
+    MarkedRun *runs;
     size_t count, allocatedBytes;
 };
 
-// Owner of `rows`, the rows that are its own, and the logs; FreeBandPicture releases them.
+bool AppendRuns(const MarkedRun *runs, size_t count, MarkLog *log); // false without memory
+void FreeMarkLog(MarkLog *log);
+
+// Owner of `rows`, the rows that are its own, and the log; FreeBandPicture releases them.
 struct BandPicture {
     IntRect bounds;
     uint32_t maxBrightness;
@@ -34,8 +44,7 @@ struct BandPicture {
     PixelSample **rows;  // one for each row: the shared picture's, or its own
     bool hasOwnRows;     // marks go into rows of its own
     uint32_t state;      // changes whenever pixels are marked or taken back; never 0
-    MarkLog own;         // what this worker marked
-    MarkLog taken;       // what it took over from earlier bands; only with own rows
+    MarkLog own;         // what this worker marked; no pixel twice
     mutable RowRange lookedAt;
 };
 
@@ -46,11 +55,10 @@ void FreeBandPicture(BandPicture *picture);
 // Forgets its own marks and what was looked at, and marks in the shared picture from here on.
 void ShowSharedPicture(BandPicture *picture);
 
-// For a picture with rows of its own: takes back what one of its logs holds, and empties the log.
-void TakeBackMarks(BandPicture *picture, MarkLog *log);
-
-// Takes a pixel inside the bounds out of detection and enters it in the log. False without the memory for it.
-bool MarkBandPixel(BandPicture *picture, MarkedPixel at, MarkLog *log);
+// Takes the pixels of a run out of detection, whether they were or not. False without the memory for it.
+bool MarkRun(BandPicture *picture, const MarkedRun &run);
+// For a picture with rows of its own: shows the pixels of a run as they are in the shared picture.
+void RestoreRun(BandPicture *picture, const MarkedRun &run);
 
 inline PixelSample FetchPixel(const BandPicture &picture, int32_t x, int32_t y) {
     if (!RectContains(picture.bounds, x, y))
@@ -60,9 +68,5 @@ inline PixelSample FetchPixel(const BandPicture &picture, int32_t x, int32_t y) 
 
 // To be called for all rows that a result depends on. They may lie outside the bounds.
 inline void NoteRows(const BandPicture &picture, int32_t first, int32_t last) {
-    picture.lookedAt.first = std::min(picture.lookedAt.first, first);
-    picture.lookedAt.last = std::max(picture.lookedAt.last, last);
-}
-inline bool WasLookedAt(const BandPicture &picture, int32_t y) {
-    return y >= picture.lookedAt.first && y <= picture.lookedAt.last;
+    picture.lookedAt.Include(first, last);
 }

@@ -1,13 +1,14 @@
 #include "engine/detect/BandScan.h"
 
+#include "engine/detect/AheadScan.h"
 #include "engine/detect/CandidateAnalysis.h"
 #include "engine/detect/EarlierMarks.h"
 
 namespace {
 
 // A worker that scans ahead looks at no more rows than its band has, so many times over: what it has not
-// brought to an end by then is scanned in order.
-constexpr int64_t kScansAhead = 2;
+// brought to an end by then is scanned when the earlier bands are settled.
+constexpr int64_t kScansAhead = 3;
 
 // A candidate has at least seven tenths of the largest brightness. The product wraps in 32 bits: meant so.
 uint32_t CandidateBrightness(uint32_t maxBrightness) {
@@ -42,27 +43,25 @@ bool ScanRow(WorkerContext *worker, int32_t y) {
             !IsCandidate(picture.rows[y - picture.bounds.top][x - picture.bounds.left], threshold))
             continue;
         AnalyzeCandidate(worker, x, y);
-        if (picture.hasOwnRows && (worker->ahead.isOutdated || !KeepUpWithEarlierBands(worker)))
+        if (picture.hasOwnRows && !KeepUpWithEarlierBands(worker))
             return false;
     }
     CountRow(worker, y);
     return true;
 }
 
-// Scans until something earlier changes. True when the band is done, or it is no use to go on.
-bool ScanUntilOutdated(WorkerContext *worker, int64_t *rowsLeft) {
-    for (int32_t y = worker->band.top; y < worker->band.bottom; ++y) {
-        if (--*rowsLeft < 0 || worker->result != kNoError)
-            return true;
-        if (!ScanRow(worker, y))
-            return IsCancelled(*worker);
-        if (HasMissedMarks(*worker))
-            return false;
+// Scans on from where the worker stands, but no more than so many rows.
+void ScanOn(WorkerContext *worker, int64_t rows) {
+    AheadScan &ahead = worker->ahead;
+    while (!IsCancelled(*worker)) {
+        if (!KeepUpWithEarlierBands(worker) && worker->result == kNoError)
+            GoBack(worker);
+        if (worker->result != kNoError || ahead.row >= worker->band.bottom || --rows < 0)
+            return;
+        BeginRow(worker);
+        if (ScanRow(worker, ahead.row))
+            EndRow(worker);
     }
-    if (!KeepUpWithEarlierBands(worker) || HasMissedMarks(*worker))
-        return false;
-    worker->ahead.isComplete = worker->result == kNoError;
-    return true;
 }
 
 } // namespace
@@ -78,9 +77,13 @@ void ScanBandAhead(WorkerContext *worker) {
         ScanBand(worker);
         return;
     }
-    PrepareAheadScan(worker);
-    int64_t rowsLeft = kScansAhead * (int64_t{worker->band.bottom} - worker->band.top);
-    do
-        StartOver(worker);
-    while (!ScanUntilOutdated(worker, &rowsLeft));
+    if (PrepareAheadScan(worker))
+        ScanOn(worker, kScansAhead * (int64_t{worker->band.bottom} - worker->band.top));
+    else
+        worker->result = kMemFullErr;
+}
+
+void FinishAheadScan(WorkerContext *worker) {
+    if (worker->result == kNoError)
+        ScanOn(worker, INT64_MAX);
 }

@@ -10,3 +10,6 @@ void ScanBand(WorkerContext *worker);
 // The same for one of several workers that run at once, each on a thread of its own. What it finds may be
 // incomplete or outdated until SettleBands (BandOrder.h).
 void ScanBandAhead(WorkerContext *worker);
+
+// Brings that to an end once all earlier bands are settled. Without memory the result says so.
+void FinishAheadScan(WorkerContext *worker);

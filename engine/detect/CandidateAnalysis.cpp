@@ -1,5 +1,6 @@
 #include "engine/detect/CandidateAnalysis.h"
 
+#include "engine/detect/AheadScan.h"
 #include "engine/detect/FloodFill.h"
 #include "engine/detect/RadialProfile.h"
 #include "engine/detect/RadiusRefinement.h"
@@ -212,14 +213,13 @@ void AnalyzeCandidate(WorkerContext *worker, int32_t x, int32_t y) {
         RememberRefusal(*worker, at, state);
         return;
     }
-    uint32_t levels[3];
-    MeasureColorLevels(*worker, center, radius, levels);
+    FoundLight light{center, static_cast<float>(radius * radius), {}, false};
+    MeasureColorLevels(*worker, center, radius, light.levels);
     const BandPicture &image = worker->picture;
     if (!RectContains(image.bounds, center.X, center.Y))
         return;
-    const bool enabled = IsPixelSelected(FetchPixel(image, center.X, center.Y));
-    const HostResult result = AddLightSource(&worker->table, center, static_cast<float>(radius * radius),
-                                             levels[0], levels[1], levels[2], enabled);
+    light.enabled = IsPixelSelected(FetchPixel(image, center.X, center.Y));
+    const HostResult result = AddFoundLight(light, worker);
     if (result != kNoError)
         worker->result = result;
 }

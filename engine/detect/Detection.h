@@ -1,7 +1,7 @@
 // Light source detection: one worker scans one horizontal band of the analysis image and collects what it
 // finds in a table of its own. Tables and marks are those of the bands scanned one after another, from the
 // first to the last, on one picture. Several workers scan ahead at once: each takes over what earlier bands
-// mark meanwhile, and what a mark came too late for is scanned again in the end (BandOrder.h).
+// mark meanwhile, and goes back to the first row that a mark came too late for (AheadScan.h, BandOrder.h).
 #pragma once
 
 #include "diag/ResultCodes.h"
@@ -37,20 +37,47 @@ struct DetectionShared {
     std::atomic<uint32_t> news; // changes with every log; written under imageLock
 };
 
-// A scan of one band while earlier bands are still being scanned.
+// A light as it was handed to the worker's table.
+struct FoundLight {
+    LightSourcePosition position;
+    float radiusSquared;
+    uint32_t levels[3];
+    bool enabled;
+};
+
+// How far a scan had come when it began with a row of its band.
+struct RowStart {
+    uint32_t lights; // found
+    size_t runs;     // of its own log
+};
+
+// What a worker took over of an earlier band's log.
+struct TakenMarks {
+    MarkLog log;
+    size_t shown; // of its runs, as far as they lie in the window
+    uint32_t rewinds;
+};
+
+// A scan of one band while earlier bands are still being scanned. Owner of what it points to;
+// ReleaseAheadScan frees it.
 struct AheadScan {
     bool wasStarted;
-    bool isComplete;    // it came to the end of the band
-    bool isOutdated;    // an earlier band has changed what was looked at
-    uint32_t starts;    // each start takes all marks back; written under imageLock
-    RowRange window;    // marks of earlier bands are taken over in these rows
-    bool hasPassedOver; // such marks outside the window
+    int32_t row;      // the next one to scan, or the one at hand
+    int32_t outdated; // the first row whose scan saw what is no longer so; kNoRow: none
+    uint32_t rewinds; // each takes marks back; written under imageLock
+    RowRange window;  // marks of earlier bands are shown in these rows
     uint32_t seenNews;
-    struct {
-        uint32_t starts;
-        size_t count;    // of the log's pixels
-    } seen[kMaxWorkers]; // what was taken over from each earlier band
+    TakenMarks taken[kMaxWorkers - 1];
+    MarkLog withdrawn; // marks that earlier bands have taken back, still shown
+    RowStart *starts;  // one for each row of the band
+    int32_t
+        *firstLook; // for each row of the picture the first of the band whose scan looked there, or kNoRow
+    size_t startBytes, lookBytes;
+    FoundLight *lights; // in the order in which they were found
+    uint32_t lightCount;
+    size_t lightBytes;
 };
+constexpr int32_t kNoRow = INT32_MAX;
 
 // One worker. Owned by the run that made it; used by one thread at a time.
 struct WorkerContext {

@@ -1,26 +1,62 @@
 #include "engine/detect/EarlierMarks.h"
 
-#include "engine/detect/WorkerContext.h"
-
 #include <algorithm>
 
 namespace {
 
-// Few spots are followed further than this from the candidate that led to them.
-constexpr int32_t kUsualReach = 256;
+bool IsSameRun(const MarkedRun &a, const MarkedRun &b) {
+    return a.y == b.y && a.left == b.left && a.right == b.right;
+}
 
-bool TakeMark(MarkedPixel at, WorkerContext *worker) {
-    BandPicture *picture = &worker->picture;
-    if (WasLookedAt(*picture, at.y))
-        return false;
-    if (at.y < worker->ahead.window.first || at.y > worker->ahead.window.last) {
-        worker->ahead.hasPassedOver = true;
-        return true;
+// How many runs two logs begin with alike.
+size_t CountCommonRuns(const MarkLog &a, const MarkLog &b) {
+    const size_t count = std::min(a.count, b.count);
+    return static_cast<size_t>(std::mismatch(a.runs, a.runs + count, b.runs, IsSameRun).first - a.runs);
+}
+
+// Makes the copy of an earlier band's log what that is now. False without memory.
+bool TakeLog(const WorkerContext &earlier, TakenMarks *taken, MarkLog *withdrawn) {
+    const MarkLog &log = earlier.picture.own;
+    size_t same = taken->log.count;
+    bool hasMemory = true;
+    if (taken->rewinds != earlier.ahead.rewinds) {
+        same = CountCommonRuns(taken->log, log);
+        if (taken->shown > same)
+            hasMemory = AppendRuns(taken->log.runs + same, taken->shown - same, withdrawn);
+        taken->shown = std::min(taken->shown, same);
+        taken->log.count = same;
+        taken->rewinds = earlier.ahead.rewinds;
     }
-    if (IsPixelMarked(FetchPixel(*picture, at.x, at.y)) || MarkBandPixel(picture, at, &picture->taken))
-        return true;
-    worker->result = kMemFullErr;
-    return false;
+    return hasMemory && AppendRuns(log.runs + same, log.count - same, &taken->log);
+}
+
+bool TakeLogs(WorkerContext *worker) {
+    const DetectionShared &shared = *worker->shared;
+    bool hasMemory = true;
+    LockImage(shared);
+    worker->ahead.seenNews = shared.news.load(std::memory_order_relaxed);
+    for (uint32_t i = 0; i < worker->index; ++i)
+        hasMemory =
+            hasMemory && TakeLog(shared.workers[i], &worker->ahead.taken[i], &worker->ahead.withdrawn);
+    UnlockImage(shared);
+    return hasMemory;
+}
+
+// A change in the row y is too late for the scan from the row found on.
+void NoteChange(int32_t y, WorkerContext *worker) {
+    AheadScan &ahead = worker->ahead;
+    ahead.outdated = std::min(ahead.outdated, ahead.firstLook[y - worker->picture.bounds.top]);
+    if (worker->picture.lookedAt.Contains(y))
+        ahead.outdated = std::min(ahead.outdated, ahead.row);
+}
+
+void NoteChanges(WorkerContext *worker) {
+    AheadScan &ahead = worker->ahead;
+    for (size_t i = 0; i < ahead.withdrawn.count; ++i)
+        NoteChange(ahead.withdrawn.runs[i].y, worker);
+    for (const TakenMarks &taken : ahead.taken)
+        for (size_t i = taken.shown; i < taken.log.count; ++i)
+            NoteChange(taken.log.runs[i].y, worker);
 }
 
 bool LooksBeyondWindow(const WorkerContext &worker) {
@@ -28,43 +64,43 @@ bool LooksBeyondWindow(const WorkerContext &worker) {
     return seen.first < window.first || seen.last > window.last;
 }
 
-void WidenWindow(WorkerContext *worker) {
-    RowRange *window = &worker->ahead.window;
-    window->first = std::min(window->first, worker->picture.lookedAt.first);
-    window->last = std::max(window->last, worker->picture.lookedAt.last);
+void Show(const MarkedRun &run, WorkerContext *worker) {
+    if (worker->ahead.window.Contains(run.y) && !MarkRun(&worker->picture, run))
+        worker->result = kMemFullErr;
 }
 
-bool HasTakenWhatIsGone(const WorkerContext &worker) {
-    for (uint32_t i = 0; i < worker.index; ++i)
-        if (worker.ahead.seen[i].count > 0 &&
-            worker.ahead.seen[i].starts != worker.shared->workers[i].ahead.starts)
-            return true;
-    return false;
+// Few spots are followed out of the window: from then on marks are shown wherever they are.
+void OpenWindow(WorkerContext *worker) {
+    const RowRange before = worker->ahead.window;
+    worker->ahead.window = kAllRows;
+    ++worker->picture.state;
+    for (const TakenMarks &taken : worker->ahead.taken)
+        for (size_t i = 0; i < taken.log.count; ++i)
+            if (!before.Contains(taken.log.runs[i].y)) {
+                NoteChange(taken.log.runs[i].y, worker);
+                Show(taken.log.runs[i], worker);
+            }
 }
 
-// What was taken over before is kept while it still holds. The caller holds the image lock.
-void TakeAfresh(bool isWider, WorkerContext *worker) {
-    if (isWider || HasTakenWhatIsGone(*worker)) {
-        TakeBackMarks(&worker->picture, &worker->picture.taken);
-        worker->ahead.hasPassedOver = false;
-        for (auto &seen : worker->ahead.seen)
-            seen = {};
+bool HasChanges(const AheadScan &ahead) {
+    return ahead.withdrawn.count > 0 ||
+           std::any_of(std::begin(ahead.taken), std::end(ahead.taken),
+                       [](const TakenMarks &taken) { return taken.shown < taken.log.count; });
+}
+
+void ShowChanges(WorkerContext *worker) {
+    RowRange restored = kNoRows;
+    ++worker->picture.state;
+    for (size_t i = 0; i < worker->ahead.withdrawn.count; ++i) {
+        const MarkedRun &run = worker->ahead.withdrawn.runs[i];
+        RestoreRun(&worker->picture, run);
+        restored.Include(run.y, run.y);
     }
-    TakeEarlierMarks(worker);
-}
-
-bool TakeMarksOf(const WorkerContext &earlier, WorkerContext *worker) {
-    auto &seen = worker->ahead.seen[earlier.index];
-    if (seen.starts != earlier.ahead.starts && seen.count > 0)
-        return false; // they have been taken back
-    seen.starts = earlier.ahead.starts;
-    const MarkLog &log = earlier.picture.own;
-    if (seen.count < log.count)
-        ++worker->picture.state;
-    for (; seen.count < log.count; ++seen.count)
-        if (!TakeMark(log.pixels[seen.count], worker))
-            return false;
-    return true;
+    worker->ahead.withdrawn.count = 0;
+    for (TakenMarks &taken : worker->ahead.taken)
+        for (; taken.shown < taken.log.count; ++taken.shown)
+            Show(taken.log.runs[taken.shown], worker);
+    ShowMarksAgain(restored, worker);
 }
 
 } // namespace
@@ -83,47 +119,29 @@ void PublishMarks(DetectionShared *shared) {
     shared->news.fetch_add(1, std::memory_order_relaxed);
 }
 
-bool TakeEarlierMarks(WorkerContext *worker) {
-    const DetectionShared &shared = *worker->shared;
-    worker->ahead.seenNews = shared.news.load(std::memory_order_relaxed);
-    for (uint32_t i = 0; i < worker->index; ++i)
-        if (!TakeMarksOf(shared.workers[i], worker))
-            return false;
-    return true;
+void ShowMarksAgain(RowRange rows, WorkerContext *worker) {
+    if (rows.first > rows.last)
+        return;
+    const auto show = [&](const MarkLog &log) {
+        for (size_t i = 0; i < log.count; ++i)
+            if (rows.Contains(log.runs[i].y))
+                Show(log.runs[i], worker);
+    };
+    for (const TakenMarks &taken : worker->ahead.taken)
+        show(taken.log);
+    show(worker->picture.own);
 }
 
 bool KeepUpWithEarlierBands(WorkerContext *worker) {
-    const DetectionShared &shared = *worker->shared;
-    if (shared.news.load(std::memory_order_relaxed) == worker->ahead.seenNews)
-        return true;
-    LockImage(shared);
-    const bool isGood = TakeEarlierMarks(worker);
-    UnlockImage(shared);
-    return isGood;
-}
-
-void PrepareAheadScan(WorkerContext *worker) {
-    worker->picture.hasOwnRows = true;
-    worker->ahead.wasStarted = true;
-    worker->ahead.window = {worker->band.top - kUsualReach, worker->band.bottom - 1 + kUsualReach};
-}
-
-void StartOver(WorkerContext *worker) {
-    BandPicture *picture = &worker->picture;
-    const bool isWider = LooksBeyondWindow(*worker);
-    EmptyWorkerTable(worker);
-    worker->ahead.isOutdated = false;
-    WidenWindow(worker);
-    picture->lookedAt = kNoRows;
-    LockImage(*worker->shared);
-    if (picture->own.count > 0)
-        PublishMarks(worker->shared);
-    TakeBackMarks(picture, &picture->own);
-    ++worker->ahead.starts;
-    TakeAfresh(isWider && worker->ahead.hasPassedOver, worker);
-    UnlockImage(*worker->shared);
-}
-
-bool HasMissedMarks(const WorkerContext &worker) {
-    return worker.ahead.hasPassedOver && LooksBeyondWindow(worker);
+    if (LooksBeyondWindow(*worker))
+        OpenWindow(worker);
+    if (worker->index > 0 && worker->shared->news.load(std::memory_order_relaxed) != worker->ahead.seenNews) {
+        if (!TakeLogs(worker))
+            worker->result = kMemFullErr;
+        if (HasChanges(worker->ahead)) {
+            NoteChanges(worker);
+            ShowChanges(worker);
+        }
+    }
+    return worker->ahead.outdated == kNoRow && worker->result == kNoError;
 }

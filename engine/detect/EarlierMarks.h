@@ -3,20 +3,13 @@
 
 #include "engine/detect/Detection.h"
 
-// Takes over what earlier bands have marked since the last call; the caller holds the image lock. False when
-// that changes what the worker has looked at, or there is no memory for it: the scan is then worth nothing.
-bool TakeEarlierMarks(WorkerContext *worker);
-
-// The same without the lock, and quick while there is no news.
+// Takes over what earlier bands have marked or taken back since the last call. False when that changes what
+// the worker has looked at, and ahead.outdated then says from which row on; or without the memory for it, as
+// the result then says.
 bool KeepUpWithEarlierBands(WorkerContext *worker);
 
-// Whether the worker looked at rows so far off that it may have missed marks in them.
-bool HasMissedMarks(const WorkerContext &worker);
-
-// Once, before the first StartOver.
-void PrepareAheadScan(WorkerContext *worker);
-// Takes back all that the worker has marked and found, and begins with what earlier bands have marked so far.
-void StartOver(WorkerContext *worker);
+// Marks once more what is marked in the rows: pixels there have been restored.
+void ShowMarksAgain(RowRange rows, WorkerContext *worker);
 
 // For a caller that holds the image lock: tells the other workers that this one's log has changed.
 void PublishMarks(DetectionShared *shared);

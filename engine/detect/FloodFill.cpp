@@ -28,40 +28,47 @@ bool BelongsToArea(const PixelSample &p, const AreaColors &colors) {
            p.green - colors.least[1] <= colors.span[1] && p.blue - colors.least[2] <= colors.span[2];
 }
 
-// One fill. Its pixels are the last of the log, which is also the list of those above and below which nobody
-// has looked yet.
+// One fill. The list holds its runs, which is also the list of those above and below which nobody has looked
+// yet. Owner of the list: FillFlatArea.
 struct Fill {
     BandPicture *picture;
     AreaColors colors;
+    MarkLog list;
 
-    bool Takes(int32_t x, int32_t y) const {
-        return RectContains(picture->bounds, x, y) &&
-               BelongsToArea(picture->rows[y - picture->bounds.top][x - picture->bounds.left], colors);
+    const PixelSample *Row(int32_t y) const {
+        return picture->rows[y - picture->bounds.top] - picture->bounds.left;
     }
 };
 
-// These return false without memory. The first marks a pixel and what belongs to the area right and left of
-// it.
-bool MarkRun(const Fill &fill, MarkedPixel at) {
-    BandPicture *picture = fill.picture;
-    bool hasMemory = MarkBandPixel(picture, at, &picture->own);
-    for (int32_t x = at.x + 1; hasMemory && fill.Takes(x, at.y); ++x)
-        hasMemory = MarkBandPixel(picture, {x, at.y}, &picture->own);
-    for (int32_t x = at.x - 1; hasMemory && fill.Takes(x, at.y); --x)
-        hasMemory = MarkBandPixel(picture, {x, at.y}, &picture->own);
-    NoteRows(*picture, at.y - 1, at.y + 1);
-    return hasMemory;
+// These return false without memory. The first marks the pixel (x, y) and what belongs to the area right and
+// left of it; *end becomes the end of that.
+bool MarkAround(Fill *fill, int32_t x, int32_t y, int32_t *end) {
+    const PixelSample *row = fill->Row(y);
+    MarkedRun run{y, x, x + 1};
+    while (run.right < fill->picture->bounds.right && BelongsToArea(row[run.right], fill->colors))
+        ++run.right;
+    while (run.left > fill->picture->bounds.left && BelongsToArea(row[run.left - 1], fill->colors))
+        --run.left;
+    NoteRows(*fill->picture, y - 1, y + 1);
+    *end = run.right;
+    return MarkRun(fill->picture, run) && AppendRuns(&run, 1, &fill->list);
 }
 
-bool FillFrom(BandPicture *picture, MarkedPixel seed, const PixelSample &reference) {
-    const Fill fill{picture, ColorsAround(reference)};
-    size_t next = picture->own.count;
-    ++picture->state;
-    bool hasMemory = MarkRun(fill, seed);
-    for (; hasMemory && next < picture->own.count; ++next) {
-        const MarkedPixel from = picture->own.pixels[next];
-        for (const int32_t y : {from.y - 1, from.y + 1})
-            hasMemory = hasMemory && (!fill.Takes(from.x, y) || MarkRun(fill, {from.x, y}));
+// Marks what of the area touches the run from above or below, in the row y.
+bool MarkBeside(Fill *fill, const MarkedRun &run, int32_t y) {
+    if (y < fill->picture->bounds.top || y >= fill->picture->bounds.bottom)
+        return true;
+    for (int32_t x = run.left; x < run.right; ++x)
+        if (BelongsToArea(fill->Row(y)[x], fill->colors) && !MarkAround(fill, x, y, &x))
+            return false;
+    return true;
+}
+
+bool FillFrom(Fill *fill, int32_t x, int32_t y) {
+    bool hasMemory = MarkAround(fill, x, y, &x);
+    for (size_t next = 0; hasMemory && next < fill->list.count; ++next) {
+        const MarkedRun run = fill->list.runs[next];
+        hasMemory = MarkBeside(fill, run, run.y - 1) && MarkBeside(fill, run, run.y + 1);
     }
     return hasMemory;
 }
@@ -72,14 +79,16 @@ void FillFlatArea(WorkerContext *worker, int32_t x, int32_t y, const PixelSample
     BandPicture *picture = &worker->picture;
     if (IsPixelMarked(FetchPixel(*picture, x, y)))
         return; // it spreads nowhere
-    bool hasMemory = true;
+    if (picture->hasOwnRows && !KeepUpWithEarlierBands(worker))
+        return;
     LockImage(*worker->shared);
-    worker->ahead.isOutdated = picture->hasOwnRows && !TakeEarlierMarks(worker);
-    if (!worker->ahead.isOutdated) {
-        hasMemory = FillFrom(picture, MarkedPixel{x, y}, reference);
-        PublishMarks(worker->shared);
-    }
+    Fill fill{picture, ColorsAround(reference), MarkLog{}};
+    ++picture->state;
+    const bool hasMemory =
+        FillFrom(&fill, x, y) && AppendRuns(fill.list.runs, fill.list.count, &picture->own);
+    PublishMarks(worker->shared);
     UnlockImage(*worker->shared);
+    FreeMarkLog(&fill.list);
     if (hasMemory)
         return;
     worker->result = kMemFullErr;

@@ -2,6 +2,7 @@
 
 #include "diag/BufferUsage.h"
 #include "diag/ErrorReport.h"
+#include "engine/detect/AheadScan.h"
 #include "engine/detect/SpotMemo.h"
 #include "engine/table/LightSourceGrid.h"
 #include "engine/table/LightSourceTable.h"
@@ -99,6 +100,7 @@ void ReleaseWorkerContext(WorkerContext *worker) {
     CountedFree(worker->DiskParamsBuff, worker->diskParamsBytes);
     CountedFree(worker->RingParamsBuff, worker->ringParamsBytes);
     CountedFree(worker->spare, worker->spareBytes);
+    ReleaseAheadScan(worker);
     FreeBandPicture(&worker->picture);
     FreeTableRecords(&worker->table);
     *worker = WorkerContext{};
