@@ -59,6 +59,13 @@ void *CountedAlloc(size_t size) {
     return block;
 }
 
+void *CountedZeroAlloc(size_t size) {
+    void *block = calloc(size, 1);
+    if (block)
+        CountBytes(static_cast<int64_t>(size));
+    return block;
+}
+
 // A size of 0 asks for one byte: realloc would free the block and return null, as if it had failed.
 void *CountedRealloc(void *block, size_t oldSize, size_t newSize) {
     void *grown = realloc(block, newSize ? newSize : 1);

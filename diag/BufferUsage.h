@@ -13,9 +13,12 @@ void PassThroughBufferUsageSection();
 // No other thread may take or give back memory meanwhile.
 void DeleteBufferUsageSection();
 
-// malloc, realloc and free with the counter. `size` and `oldSize` are in bytes; a caller keeps the size of
-// what it owns and hands it back. CountedRealloc leaves the old block alone when it returns null. Any thread.
+// malloc, calloc, realloc and free with the counter. `size` and `oldSize` are in bytes; a caller keeps the
+// size of what it owns and hands it back. CountedRealloc leaves the old block alone when it returns null. Any
+// thread.
 void *CountedAlloc(size_t size);
+// CountedZeroAlloc gives zeroed memory, which costs nothing where it is never looked at.
+void *CountedZeroAlloc(size_t size);
 void *CountedRealloc(void *block, size_t oldSize, size_t newSize);
 void CountedFree(void *block, size_t size);
 

@@ -68,7 +68,6 @@ void FindLightsAgain(uint32_t kept, WorkerContext *worker) {
 bool PrepareAheadScan(WorkerContext *worker) {
     AheadScan &ahead = worker->ahead;
     worker->picture.hasOwnRows = true;
-    ahead.wasStarted = true;
     ahead.row = worker->band.top;
     ahead.outdated = kNoRow;
     ahead.window = {worker->band.top - kUsualReach, worker->band.bottom - 1 + kUsualReach};

@@ -6,8 +6,8 @@
 
 namespace {
 
-// A worker that scans ahead looks at no more rows than its band has, so many times over: what it has not
-// brought to an end by then is scanned when the earlier bands are settled.
+// A band that is scanned ahead is looked at so many times over, in rows: what has not come to an end by then
+// is scanned when the earlier bands are settled.
 constexpr int64_t kScansAhead = 3;
 
 // A candidate has at least seven tenths of the largest brightness. The product wraps in 32 bits: meant so.
@@ -50,18 +50,52 @@ bool ScanRow(WorkerContext *worker, int32_t y) {
     return true;
 }
 
-// Scans on from where the worker stands, but no more than so many rows.
-void ScanOn(WorkerContext *worker, int64_t rows) {
+// Scans on from where the band's scan stands.
+void ScanOn(WorkerContext *worker) {
     AheadScan &ahead = worker->ahead;
     while (!IsCancelled(*worker)) {
         if (!KeepUpWithEarlierBands(worker) && worker->result == kNoError)
             GoBack(worker);
-        if (worker->result != kNoError || ahead.row >= worker->band.bottom || --rows < 0)
+        if (worker->result != kNoError || ahead.row >= worker->band.bottom || --ahead.rowsLeft < 0)
             return;
         BeginRow(worker);
         if (ScanRow(worker, ahead.row))
             EndRow(worker);
     }
+}
+
+bool CanGoOn(const WorkerContext &worker) {
+    const AheadScan &ahead = worker.ahead;
+    return ahead.wasStarted && !ahead.isAtWork && worker.result == kNoError && ahead.rowsLeft > 0 &&
+           LagsBehind(worker);
+}
+
+// Hands back a band whose scan has come to an end for now, and takes the first that nobody
+// scans though earlier bands have marked since. Null when there is none.
+WorkerContext *ExchangeBand(WorkerContext *done) {
+    DetectionShared *shared = done->shared;
+    WorkerContext *next = nullptr;
+    LockImage(*shared);
+    done->ahead.isAtWork = false;
+    for (int32_t i = 0; i < shared->workerCount && !next; ++i)
+        if (CanGoOn(shared->workers[i]))
+            next = &shared->workers[i];
+    if (next)
+        next->ahead.isAtWork = true;
+    UnlockImage(*shared);
+    return next;
+}
+
+bool StartAheadScan(WorkerContext *worker) {
+    const bool isReady = PrepareAheadScan(worker);
+    worker->ahead.rowsLeft = kScansAhead * (int64_t{worker->band.bottom} - worker->band.top);
+    if (!isReady)
+        worker->result = kMemFullErr;
+    LockImage(*worker->shared);
+    worker->ahead.wasStarted = true;
+    worker->ahead.isAtWork = isReady;
+    UnlockImage(*worker->shared);
+    return isReady;
 }
 
 } // namespace
@@ -77,13 +111,14 @@ void ScanBandAhead(WorkerContext *worker) {
         ScanBand(worker);
         return;
     }
-    if (PrepareAheadScan(worker))
-        ScanOn(worker, kScansAhead * (int64_t{worker->band.bottom} - worker->band.top));
-    else
-        worker->result = kMemFullErr;
+    if (!StartAheadScan(worker))
+        return;
+    for (WorkerContext *next = worker; next && !IsCancelled(*next); next = ExchangeBand(next))
+        ScanOn(next);
 }
 
 void FinishAheadScan(WorkerContext *worker) {
+    worker->ahead.rowsLeft = INT64_MAX;
     if (worker->result == kNoError)
-        ScanOn(worker, INT64_MAX);
+        ScanOn(worker);
 }

@@ -61,7 +61,9 @@ struct TakenMarks {
 // A scan of one band while earlier bands are still being scanned. Owner of what it points to;
 // ReleaseAheadScan frees it.
 struct AheadScan {
-    bool wasStarted;
+    bool wasStarted;  // written under imageLock, as the next
+    bool isAtWork;    // some thread scans it
+    int64_t rowsLeft; // to scan ahead, see BandScan.cpp
     int32_t row;      // the next one to scan, or the one at hand
     int32_t outdated; // the first row whose scan saw what is no longer so; kNoRow: none
     uint32_t rewinds; // each takes marks back; written under imageLock

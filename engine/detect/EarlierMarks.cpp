@@ -132,6 +132,16 @@ void ShowMarksAgain(RowRange rows, WorkerContext *worker) {
     show(worker->picture.own);
 }
 
+bool LagsBehind(const WorkerContext &worker) {
+    for (uint32_t i = 0; i < worker.index; ++i) {
+        const TakenMarks &taken = worker.ahead.taken[i];
+        const WorkerContext &earlier = worker.shared->workers[i];
+        if (taken.rewinds != earlier.ahead.rewinds || taken.log.count != earlier.picture.own.count)
+            return true;
+    }
+    return false;
+}
+
 bool KeepUpWithEarlierBands(WorkerContext *worker) {
     if (LooksBeyondWindow(*worker))
         OpenWindow(worker);

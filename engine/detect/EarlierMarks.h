@@ -8,6 +8,9 @@
 // the result then says.
 bool KeepUpWithEarlierBands(WorkerContext *worker);
 
+// Whether there is anything to take over; the caller holds the image lock and nobody scans the band.
+bool LagsBehind(const WorkerContext &worker);
+
 // Marks once more what is marked in the rows: pixels there have been restored.
 void ShowMarksAgain(RowRange rows, WorkerContext *worker);
 

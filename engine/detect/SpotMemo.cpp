@@ -2,8 +2,6 @@
 
 #include "diag/BufferUsage.h"
 
-#include <cstring>
-
 namespace {
 
 // The block in `spare`: this, then one MeasuredPixel for each pixel of the picture, row by row.
@@ -24,11 +22,8 @@ void AttachSpotMemo(WorkerContext *worker) {
     const size_t pixels =
         static_cast<size_t>(bounds.right - bounds.left) * static_cast<size_t>(bounds.bottom - bounds.top);
     const size_t bytes = sizeof(SpotMemo) + pixels * sizeof(MeasuredPixel);
-    worker->spare = CountedAlloc(bytes);
-    if (!worker->spare)
-        return;
-    memset(worker->spare, 0, bytes);
-    worker->spareBytes = bytes;
+    worker->spare = CountedZeroAlloc(bytes);
+    worker->spareBytes = worker->spare ? bytes : 0;
 }
 
 MeasuredPixel *MemoEntry(const WorkerContext &worker, int32_t x, int32_t y) {

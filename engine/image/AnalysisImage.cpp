@@ -28,21 +28,15 @@ IntRect ReduceBounds(const IntRect &bounds, double scale) {
     return r;
 }
 
-uint32_t LargestBrightness(const AnalysisImage &image, size_t pixels) {
-    uint64_t largest = 0; // sum of channels
-    for (size_t i = 0; i < pixels; ++i) {
-        const PixelSample &p = image.samples[i];
-        largest = std::max(largest, uint64_t{p.red} + p.green + p.blue);
-    }
-    return static_cast<uint32_t>(largest / 3);
-}
-
 HostResult FillSamples(const ImageBuffer &source, const std::atomic<uint8_t> &cancel,
                        const WorkerThreads &threads, AnalysisImage *image) {
     if (image->scale != 1.0)
         return ReduceToAnalysisImage(source, cancel, image, threads);
-    for (int32_t y = 0; y < source.height; ++y)
-        ReadSampleRow(source, source.bounds.top + y, image->samples + int64_t{y} * source.width);
+    for (int32_t y = 0; y < source.height; ++y) {
+        PixelSample *row = image->samples + int64_t{y} * source.width;
+        ReadSampleRow(source, source.bounds.top + y, row);
+        image->maxBrightness = std::max(image->maxBrightness, LargestBrightness(row, source.width));
+    }
     return kNoError;
 }
 
@@ -67,7 +61,6 @@ HostResult PrepareAnalysisImage(const ImageBuffer &source, const std::atomic<uin
         FreeAnalysisImage(&image);
         return result;
     }
-    image.maxBrightness = LargestBrightness(image, pixels);
     *out = image;
     return kNoError;
 }

@@ -302,8 +302,8 @@ void ReduceLayerRowOrFill(const Layer &layer, const ImageBuffer &source, const A
             out[i].*value = 0xFFFFFFFFu;
 }
 
-// One row of the result.
-void ReduceRow(const ImageBuffer &source, int32_t y, const Scratch &s, AnalysisImage *image) {
+// One row of the result. Returns its largest brightness.
+uint32_t ReduceRow(const ImageBuffer &source, int32_t y, const Scratch &s, AnalysisImage *image) {
     const AxisWindow rows = WindowAt(y, image->scale, source.bounds.top, source.bounds.bottom);
     PixelSample *out = image->samples + int64_t{y - image->bounds.top} * s.analysisWidth;
     ReduceLayerRow(ColorLayer(source, 0), source, rows, s, &PixelSample::red, out);
@@ -316,6 +316,7 @@ void ReduceRow(const ImageBuffer &source, int32_t y, const Scratch &s, AnalysisI
     }
     ReduceLayerRowOrFill(CoverageLayer(source), source, rows, s, &PixelSample::coverage, out);
     ReduceLayerRowOrFill(SelectionLayer(source), source, rows, s, &PixelSample::selectionLevel, out);
+    return LargestBrightness(out, s.analysisWidth);
 }
 
 struct ReductionJob {
@@ -323,15 +324,24 @@ struct ReductionJob {
     const std::atomic<uint8_t> &cancel;
     AnalysisImage *image;
     Scratch scratch;
+    std::atomic<uint32_t> brightest;
 };
 
+void KeepLargest(uint32_t value, std::atomic<uint32_t> *largest) {
+    uint32_t before = largest->load(std::memory_order_relaxed);
+    while (before < value && !largest->compare_exchange_weak(before, value, std::memory_order_relaxed))
+        ;
+}
+
 void ReduceBand(void *data, int32_t band, int32_t worker) {
-    const ReductionJob &job = *static_cast<const ReductionJob *>(data);
+    ReductionJob &job = *static_cast<ReductionJob *>(data);
     const Scratch scratch = ScratchOfWorker(job.scratch, worker);
     const int32_t top = job.image->bounds.top + band * kBandRows;
     const int32_t bottom = std::min(top + kBandRows, job.image->bounds.bottom);
+    uint32_t brightest = 0;
     for (int32_t y = top; y < bottom && !job.cancel.load(std::memory_order_relaxed); ++y)
-        ReduceRow(job.source, y, scratch, job.image);
+        brightest = std::max(brightest, ReduceRow(job.source, y, scratch, job.image));
+    KeepLargest(brightest, &job.brightest);
 }
 
 // Reads one value of every pixel in a row of the source.
@@ -346,6 +356,13 @@ void ReadLayerRow(const Layer &layer, int64_t start, int32_t width, uint32_t Pix
 
 } // namespace
 
+uint32_t LargestBrightness(const PixelSample *row, int32_t width) {
+    uint64_t largest = 0; // sum of channels
+    for (int32_t x = 0; x < width; ++x)
+        largest = std::max(largest, uint64_t{row[x].red} + row[x].green + row[x].blue);
+    return static_cast<uint32_t>(largest / 3);
+}
+
 void ReadSampleRow(const ImageBuffer &buffer, int32_t y, PixelSample *row) {
     const int64_t start = int64_t{y - buffer.bounds.top} * buffer.width;
     const int32_t lastPlane = buffer.colorPlanes - 1;
@@ -358,13 +375,14 @@ void ReadSampleRow(const ImageBuffer &buffer, int32_t y, PixelSample *row) {
 
 HostResult ReduceToAnalysisImage(const ImageBuffer &source, const std::atomic<uint8_t> &cancel,
                                  AnalysisImage *image, const WorkerThreads &threads) {
-    ReductionJob job{source, cancel, image, Scratch{}};
+    ReductionJob job{source, cancel, image, Scratch{}, {0}};
     const int32_t workers = std::clamp(threads.count, 1, kMaxBandWorkers);
     const int32_t bands = (image->bounds.bottom - image->bounds.top + kBandRows - 1) / kBandRows;
     const bool isReady = AllocateScratch(source, *image, workers, &job.scratch);
     if (isReady)
         ForEachBand(bands, {workers, threads.start, threads.join}, ReduceBand, &job);
     FreeScratch(&job.scratch);
+    image->maxBrightness = job.brightest;
     if (!isReady)
         return kParamErr;
     return cancel.load(std::memory_order_relaxed) ? kUserCanceledErr : kNoError;

@@ -101,6 +101,15 @@ void *CountedAlloc(size_t size) {
     return block;
 }
 
+void *CountedZeroAlloc(size_t size) {
+    if (MustFail())
+        return nullptr;
+    void *block = calloc(size, 1);
+    if (block)
+        Count(static_cast<int64_t>(size));
+    return block;
+}
+
 void *CountedRealloc(void *block, size_t oldSize, size_t newSize) {
     if (MustFail())
         return nullptr;
