@@ -29,8 +29,8 @@ template <typename Change> bool ChangeRecord(Change change) {
                     "TakeProcessLock() failed with Settings Directory = '%s'", gSettingsFolder);
         return false;
     }
-    UpdateRecord record = LoadUpdateRecord();
-    const bool kept = change(&record) && SaveUpdateRecord(record);
+    UpdateRecord record;
+    const bool kept = ReadUpdateRecord(&record) && change(&record) && SaveUpdateRecord(record);
     ReleaseProcessLock(lock);
     return kept;
 }

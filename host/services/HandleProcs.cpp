@@ -23,13 +23,16 @@ HandleBlock *FindHandle(HostState &state, HostHandle handle) {
 }
 
 HostHandle MakeHandle(HostState &state, const void *bytes, size_t length) {
-    char *data = AllocateGuarded(length);
-    if (!data)
+    state.handles.push_back({nullptr, static_cast<int32_t>(length), 0}); // first: it may throw
+    char *&data = state.handles.back().data;
+    data = AllocateGuarded(length);
+    if (!data) {
+        state.handles.pop_back();
         return nullptr;
+    }
     if (bytes && length)
         std::memcpy(data, bytes, length);
-    state.handles.push_back({data, static_cast<int32_t>(length), 0});
-    return &state.handles.back().data;
+    return &data;
 }
 
 void DropHandle(HostState &state, HostHandle handle) {

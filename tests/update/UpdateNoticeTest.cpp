@@ -330,6 +330,16 @@ TEST_F(UpdateTest, ChangesOfTwoProcessesBothStay) {
         EXPECT_EQ(LoadUpdateRecord().newest.parts[0], 8);
         EXPECT_EQ(LoadUpdateRecord().isOn, isInTime ? 1u : 0u);
     }
+    for (const DWORD held : {150u, 900u}) { // by a program that lets nobody in
+        ASSERT_TRUE(SaveUpdateRecord({kUpdateRecordMagic, 0, 0, {{9, 1, 0, 0}}}));
+        const HANDLE file = CreateFileA((folder / "UpdateNotice.bin").c_str(), GENERIC_READ, 0, nullptr,
+                                        OPEN_EXISTING, 0, nullptr);
+        std::thread holder([&] { Sleep(held), CloseHandle(file); });
+        EXPECT_EQ(SetUpdateNotice(true), held < 500);
+        holder.join();
+        EXPECT_EQ(LoadUpdateRecord().isOn, held < 500 ? 1u : 0u);
+        EXPECT_EQ(LoadUpdateRecord().newest.parts[0], 9) << "the record must not be lost";
+    }
 }
 
 // A system that knows no good protocol must not ask with a bad one.

@@ -7,7 +7,7 @@
 #include <atomic>
 
 // The last of the qualities, gProxies.draftQuality; 0 is the finest.
-constexpr int32_t kCoarsestDraft = 5, kFirstDraft = 1;
+constexpr int32_t kCoarsestDraft = 7, kFirstDraft = 1;
 
 // Renders the view of a request, of any quality that is fast enough, and puts it in the place of the draft
 // that there was. False when stopped or without memory: the draft is then as before.

@@ -25,7 +25,7 @@ constexpr uint32_t kQuietMilliseconds = 400;
 
 // Milliseconds that the exact view may be expected to take without a draft before it: when requests come one
 // by one, and when the one before was not finished in time.
-constexpr double kShortAlone = 60.0, kShortInSeries = 20.0;
+constexpr double kShortAlone = 35.0, kShortInSeries = 20.0;
 
 // One request as it is served.
 struct Serving {
