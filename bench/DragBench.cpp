@@ -3,9 +3,11 @@
 // shows, how old it is, and whether it is torn, parts of it showing one value and parts another.
 //
 //   drag_bench [--megapixels 24] [--lights 400] [--every 8] [--seconds 3] [--zoom 0] [--slider -1] [--strip
-//   FILE]
+//   FILE] [--views 0|1]
 //
-// A zoom of 0 fits the image into the view, slider -1 is each of the eleven in turn. --strip writes eight
+// A zoom of 0 fits the image into the view, slider -1 is each of the eleven in turn. --views 1 pans and zooms
+// instead: the longest repaint and request, and how long after the last event something on the screen was not
+// yet as it stays. --strip writes eight
 // frames from the middle of the drag, one below the other, as FILE (PPM).
 #include "diag/BufferUsage.h"
 #include "engine/InitializationTask.h"
@@ -243,6 +245,14 @@ std::vector<Move> Drag(Session *session, int32_t slider, int32_t every, double s
     return moves;
 }
 
+// Time from which on every frame showed what it shows at the end; -1: the last one does not.
+double SettledAt(const std::vector<Frame> &frames, const Samples &last) {
+    double time = -1.0;
+    for (size_t i = frames.size(); i-- > 0 && frames[i].samples == last;)
+        time = frames[i].time;
+    return time;
+}
+
 void PlaySlider(Session *session, int32_t slider, int32_t every, double seconds, const char *strip) {
     std::vector<double> firstChanges, ages;
     const std::vector<Samples> exact = LearnValues(session, slider, &firstChanges);
@@ -264,9 +274,8 @@ void PlaySlider(Session *session, int32_t slider, int32_t every, double seconds,
             }
     }
     const Samples &last = exact[static_cast<size_t>(moves.back().value)];
-    double atRest = -1.0;
-    for (size_t i = session->frames.size(); i-- > 0 && session->frames[i].samples == last;)
-        atRest = session->frames[i].time - moves.back().time;
+    const double settled = SettledAt(session->frames, last);
+    const double atRest = settled < 0.0 ? -1.0 : settled - moves.back().time;
     printf("%-11s %6.1f %6.1f %8.0f %8.0f %8.0f %8.0f %8.0f %8.1f %8.1f\n", kSliders[slider].name,
            whole / seconds, torn / seconds, At(firstChanges, 0.5), At(firstChanges, 1.0), At(ages, 0.5),
            At(ages, 1.0), atRest, session->longestPaint, session->longestRequest);
@@ -277,12 +286,48 @@ void PlaySlider(Session *session, int32_t slider, int32_t every, double seconds,
     }
 }
 
+// To and fro between two views, or towards one end and back; `viewAt` has a share of the way.
+template <typename ViewAt>
+void PlayViews(Session *session, const char *name, int32_t every, double seconds, ViewAt viewAt) {
+    session->longestPaint = session->longestRequest = 0.0;
+    session->frames.clear();
+    const double start = session->Now();
+    double last = start;
+    for (int32_t i = 0; session->Now() - start < seconds * 1000.0; ++i) {
+        session->view = viewAt(0.5 - 0.5 * std::cos(i * 0.02));
+        last = session->Now();
+        Ask(session, kLength, 3);
+        InvalidateRect(session->run.display, nullptr, FALSE);
+        TakeTurn(session);
+        while (session->Now() < start + double(i + 1) * every)
+            Sleep(1);
+    }
+    WaitForEnd(session);
+    printf("%-11s %8.1f %8.1f %8.0f %8zu\n", name, session->longestPaint, session->longestRequest,
+           SettledAt(session->frames, ExactView(session)) - last, session->frames.size());
+    fflush(stdout);
+}
+
+void PlayAllViews(Session *session, double zoom, int32_t every, double seconds) {
+    const auto view = [session](double at) { return session->run.View(at, kWidth, kHeight); };
+    printf("%-11s %8s %8s %8s %8s\n", "", "paint", "request", "stale", "frames");
+    PlayViews(session, "pan", every, seconds, [&](double share) {
+        PreviewGeometry at = view(100.0);
+        at.centerX += static_cast<int32_t>(share * 1500);
+        at.centerY += static_cast<int32_t>(share * 900);
+        return at;
+    });
+    PlayViews(session, "zoom", every, seconds,
+              [&](double share) { return view(zoom * std::pow(100.0 / zoom, share)); });
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
     int megapixels = 24, lights = 400, every = 8, slider = -1;
     double zoom = 0.0, seconds = 3.0;
     const char *strip = nullptr;
+    bool playsViews = false;
     for (int i = 1; i + 1 < argc; i += 2) {
         const auto is = [&](const char *name) { return !strcmp(argv[i], name); };
         const int number = atoi(argv[i + 1]);
@@ -298,6 +343,8 @@ int main(int argc, char **argv) {
             zoom = number;
         else if (is("--seconds"))
             seconds = std::max(number, 1);
+        else if (is("--views"))
+            playsViews = number != 0;
         else if (is("--strip"))
             strip = argv[i + 1];
     }
@@ -314,14 +361,21 @@ int main(int argc, char **argv) {
     const int64_t before = BufferBytesInUse();
     if (!session.run.Start())
         return 1;
+    const double opened = session.Now();
     Ask(&session, kLength, 3);
     WaitForEnd(&session);
-    printf("%d x %d, %u light sources, zoom %.2f %%, a move every %d ms; frames a second, "
-           "milliseconds\n%-11s %6s %6s "
-           "%8s %8s %8s %8s %8s %8s %8s\n",
-           image.width, image.height, GetLightSourceTable().count, zoom, every, "", "whole", "torn", "first",
-           "worst", "age", "oldest", "at rest", "paint", "request");
-    for (int32_t i = 0; i < kParameterCount; ++i)
+    printf("opening: first frame %.0f ms, whole %.0f ms, longest repaint %.1f ms\n",
+           session.frames.empty() ? -1.0 : session.frames.front().time - opened,
+           SettledAt(session.frames, ExactView(&session)) - opened, session.longestPaint);
+    if (playsViews)
+        PlayAllViews(&session, zoom, every, seconds);
+    else
+        printf("%d x %d, %u light sources, zoom %.2f %%, a move every %d ms; frames a second, "
+               "milliseconds\n%-11s %6s %6s "
+               "%8s %8s %8s %8s %8s %8s %8s\n",
+               image.width, image.height, GetLightSourceTable().count, zoom, every, "", "whole", "torn",
+               "first", "worst", "age", "oldest", "at rest", "paint", "request");
+    for (int32_t i = 0; i < kParameterCount && !playsViews; ++i)
         if (slider < 0 || slider == i)
             PlaySlider(&session, i, every, seconds, strip);
     StopProxyUpdateTask();

@@ -3,8 +3,6 @@
 #include "diag/BufferUsage.h"
 #include "engine/image/AnalysisImage.h"
 
-#include <cstring>
-
 namespace {
 
 constexpr size_t kLogGrowth = 4096; // runs, at least
@@ -21,22 +19,27 @@ PixelSample *SharedRow(const BandPicture &picture, size_t row) {
     return picture.shared + row * Width(picture);
 }
 
+size_t PictureBytes(const BandPicture &picture) {
+    return Width(picture) * Height(picture) * sizeof(PixelSample);
+}
+
+// Room for all rows is asked for at once: what no row is copied into, the system never gives.
 bool MakeRowOwn(size_t row, BandPicture *picture) {
-    const size_t bytes = Width(*picture) * sizeof(PixelSample);
-    auto *own = static_cast<PixelSample *>(CountedAlloc(bytes));
-    if (!own)
+    if (!picture->ownSamples)
+        picture->ownSamples = static_cast<PixelSample *>(CountedAlloc(PictureBytes(*picture)));
+    if (!picture->ownSamples)
         return false;
-    memcpy(own, SharedRow(*picture, row), bytes);
+    PixelSample *own = picture->ownSamples + row * Width(*picture);
+    std::copy_n(SharedRow(*picture, row), Width(*picture), own);
     picture->rows[row] = own;
     return true;
 }
 
 void ShowSharedRows(BandPicture *picture) {
-    for (size_t row = 0; row < Height(*picture); ++row) {
-        if (picture->rows[row] != SharedRow(*picture, row))
-            CountedFree(picture->rows[row], Width(*picture) * sizeof(PixelSample));
+    for (size_t row = 0; row < Height(*picture); ++row)
         picture->rows[row] = SharedRow(*picture, row);
-    }
+    CountedFree(picture->ownSamples, PictureBytes(*picture));
+    picture->ownSamples = nullptr;
 }
 
 } // namespace
@@ -71,8 +74,7 @@ bool AttachBandPicture(const AnalysisImage &image, BandPicture *picture) {
     picture->rows = static_cast<PixelSample **>(CountedAlloc(Height(*picture) * sizeof(PixelSample *)));
     if (!picture->rows)
         return false;
-    for (size_t row = 0; row < Height(*picture); ++row)
-        picture->rows[row] = SharedRow(*picture, row);
+    ShowSharedRows(picture);
     return true;
 }
 

@@ -36,15 +36,16 @@ struct MarkLog {
 bool AppendRuns(const MarkedRun *runs, size_t count, MarkLog *log); // false without memory
 void FreeMarkLog(MarkLog *log);
 
-// Owner of `rows`, the rows that are its own, and the log; FreeBandPicture releases them.
+// Owner of `rows`, `ownSamples` and the log; FreeBandPicture releases them.
 struct BandPicture {
     IntRect bounds;
     uint32_t maxBrightness;
-    PixelSample *shared; // the shared picture's samples
-    PixelSample **rows;  // one for each row: the shared picture's, or its own
-    bool hasOwnRows;     // marks go into rows of its own
-    uint32_t state;      // changes whenever pixels are marked or taken back; never 0
-    MarkLog own;         // what this worker marked; no pixel twice
+    PixelSample *shared;     // the shared picture's samples
+    PixelSample **rows;      // one for each row: the shared picture's, or its own
+    PixelSample *ownSamples; // room for its own rows; null until there is one
+    bool hasOwnRows;         // marks go into rows of its own
+    uint32_t state;          // changes whenever pixels are marked or taken back; never 0
+    MarkLog own;             // what this worker marked; no pixel twice
     mutable RowRange lookedAt;
 };
 

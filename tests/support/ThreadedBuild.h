@@ -20,7 +20,7 @@ struct ThreadedBuild {
         FreeTableRecords(gLightSourceTable);
         const ImageLock lock{[](void *owner) { static_cast<std::mutex *>(owner)->lock(); },
                              [](void *owner) { static_cast<std::mutex *>(owner)->unlock(); }, &imageMutex};
-        ResetTableBuild(&cancel, lock, WorkerHooks{}, &build);
+        ResetTableBuild(&cancel, lock, WorkerHooks{nullptr, nullptr, StandardThreads(workers)}, &build);
         HostResult result = PrepareTableBuild(image, workers, &build);
         if (result == kNoError) {
             scan(&build);
