@@ -3,7 +3,6 @@
 #include "diag/ErrorReport.h"
 #include "engine/SystemThreads.h"
 #include "engine/TableBuild.h"
-#include "engine/detect/BandOrder.h"
 #include "engine/detect/BandScan.h"
 #include "engine/table/LightSourceTable.h"
 

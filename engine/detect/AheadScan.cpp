@@ -2,7 +2,7 @@
 
 #include "diag/BufferUsage.h"
 #include "engine/detect/EarlierMarks.h"
-#include "engine/detect/WorkerContext.h"
+#include "engine/table/LightSourceGrid.h"
 #include "engine/table/LightSourceTable.h"
 
 #include <algorithm>
@@ -127,4 +127,11 @@ HostResult AddFoundLight(const FoundLight &light, WorkerContext *worker) {
     if (worker->picture.hasOwnRows && !KeepLight(light, &worker->ahead))
         return kMemFullErr;
     return AddToTable(light, worker);
+}
+
+void EmptyWorkerTable(WorkerContext *worker) {
+    FreeLightSourceGrid(&worker->table);
+    worker->table.Count = 0;
+    AttachLightSourceGrid(worker->shared->image.bounds, kGridCellSize, &worker->table);
+    worker->result = kNoError;
 }

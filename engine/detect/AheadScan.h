@@ -17,3 +17,6 @@ void GoBack(WorkerContext *worker);
 // Hands a light to the worker's table, and keeps it for GoBack when the worker scans ahead. kMemFullErr when
 // there is no memory for it.
 HostResult AddFoundLight(const FoundLight &light, WorkerContext *worker);
+
+// Forgets what the worker has found, and how it failed.
+void EmptyWorkerTable(WorkerContext *worker);

@@ -3,6 +3,9 @@
 #include "engine/detect/AheadScan.h"
 #include "engine/detect/CandidateAnalysis.h"
 #include "engine/detect/EarlierMarks.h"
+#include "engine/image/AnalysisImage.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -98,6 +101,31 @@ bool StartAheadScan(WorkerContext *worker) {
     return isReady;
 }
 
+// On the shared picture, which needs the least memory.
+void ScanAlone(WorkerContext *worker) {
+    EmptyWorkerTable(worker);
+    ShowSharedPicture(&worker->picture);
+    ++worker->ahead.rewinds;
+    PublishMarks(worker->shared);
+    ScanBand(worker);
+}
+
+void MarkInSharedPicture(const MarkLog &log, AnalysisImage *image) {
+    const int64_t width = image->bounds.right - image->bounds.left;
+    for (size_t i = 0; i < log.count; ++i) {
+        const MarkedRun &run = log.runs[i];
+        PixelSample *row = image->samples + (run.y - image->bounds.top) * width - image->bounds.left;
+        std::fill(row + run.left, row + run.right, kMarkedSample);
+    }
+}
+
+// Brings an ahead scan to an end once all earlier bands are settled. Without memory the result says so.
+void FinishAheadScan(WorkerContext *worker) {
+    worker->ahead.rowsLeft = INT64_MAX;
+    if (worker->result == kNoError)
+        ScanOn(worker);
+}
+
 } // namespace
 
 void ScanBand(WorkerContext *worker) {
@@ -117,8 +145,17 @@ void ScanBandAhead(WorkerContext *worker) {
         ScanOn(next);
 }
 
-void FinishAheadScan(WorkerContext *worker) {
-    worker->ahead.rowsLeft = INT64_MAX;
-    if (worker->result == kNoError)
-        ScanOn(worker);
+void SettleBands(DetectionShared *shared) {
+    for (int32_t i = 0; i < shared->workerCount && shared->workerCount > 1; ++i) {
+        WorkerContext *worker = &shared->workers[i];
+        if (!worker->ahead.wasStarted)
+            continue;
+        FinishAheadScan(worker);
+        if (shared->cancel->load(std::memory_order_relaxed))
+            return;
+        if (worker->result != kNoError)
+            ScanAlone(worker);
+        else
+            MarkInSharedPicture(worker->picture.own, &shared->image);
+    }
 }

@@ -8,8 +8,12 @@
 void ScanBand(WorkerContext *worker);
 
 // The same for one of several workers that run at once, each on a thread of its own. What it finds may be
-// incomplete or outdated until SettleBands (BandOrder.h).
+// incomplete or outdated until SettleBands.
 void ScanBandAhead(WorkerContext *worker);
 
-// Brings that to an end once all earlier bands are settled. Without memory the result says so.
-void FinishAheadScan(WorkerContext *worker);
+// After ScanBandAhead has ended for every worker that was started: makes each worker's table, and the marks
+// in the shared picture, what the bands give when they are scanned one after another from the first to the
+// last. A band that looked at rows which it saw otherwise is scanned again from the first of its rows that
+// did, on the calling thread. Bands whose workers were not started stay without a scan. Returns early when
+// the run is cancelled.
+void SettleBands(DetectionShared *shared);

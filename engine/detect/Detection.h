@@ -1,7 +1,7 @@
 // Light source detection: one worker scans one horizontal band of the analysis image and collects what it
 // finds in a table of its own. Tables and marks are those of the bands scanned one after another, from the
 // first to the last, on one picture. Several workers scan ahead at once: each takes over what earlier bands
-// mark meanwhile, and goes back to the first row that a mark came too late for (AheadScan.h, BandOrder.h).
+// mark meanwhile, and goes back to the first row that a mark came too late for (AheadScan.h).
 #pragma once
 
 #include "diag/ResultCodes.h"

@@ -87,13 +87,6 @@ HostResult InitializeWorkerContext(uint32_t index, const IntRect &band, Detectio
     return kNoError;
 }
 
-void EmptyWorkerTable(WorkerContext *worker) {
-    FreeLightSourceGrid(&worker->table);
-    worker->table.Count = 0;
-    AttachLightSourceGrid(worker->shared->image.bounds, kGridCellSize, &worker->table);
-    worker->result = kNoError;
-}
-
 void ReleaseWorkerContext(WorkerContext *worker) {
     FreeShapes(worker->DiskShapeBuff, worker->diskShapeBytes);
     FreeShapes(worker->RingShapeBuff, worker->ringShapeBytes);

@@ -9,9 +9,6 @@
 HostResult InitializeWorkerContext(uint32_t index, const IntRect &band, DetectionShared *shared,
                                    WorkerContext *worker);
 
-// Forgets what the worker has found, and how it failed.
-void EmptyWorkerTable(WorkerContext *worker);
-
 // Frees all memory of the context, the table included, and zeroes it. A zeroed context may be passed. The
 // termination event is its creator's to close.
 void ReleaseWorkerContext(WorkerContext *worker);

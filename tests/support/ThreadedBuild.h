@@ -2,7 +2,6 @@
 #pragma once
 
 #include "engine/TableBuild.h"
-#include "engine/detect/BandOrder.h"
 #include "engine/detect/BandScan.h"
 #include "engine/image/BandWorkers.h"
 #include "engine/table/LightSourceTable.h"
