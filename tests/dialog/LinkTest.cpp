@@ -105,3 +105,29 @@ TEST_F(Links, TheAboutBoxOpensItsAddressesAndTellsWhatItCannotOpen) {
     memcpy(&record, bytes.data(), std::min(bytes.size(), sizeof record));
     EXPECT_EQ(record.isOn, 0u);
 }
+
+TEST_F(Links, TheGuideIsOfferedWhereItIsInstalled) {
+    constexpr wchar_t key[] = L"Software\\Nexorvanta\\Brillatrix";
+    static std::wstring opened;
+    opened.clear();
+    const auto open = [](HWND, LPCWSTR, LPCWSTR file, LPCWSTR, LPCWSTR, INT) {
+        opened = file;
+        return reinterpret_cast<HINSTANCE>(INT_PTR{33});
+    };
+    host::ImportHooks hooks;
+    host::ReplaceImport<decltype(&ShellExecuteW)>(module.module, nullptr, "ShellExecuteW", open, &hooks);
+    MakeFolder(folder / "guide");
+    WriteWholeFile(folder / "guide\\Brillatrix Pro Guide.html", "guide");
+    const std::string path = folder / "";
+    const std::wstring place(path.begin(), path.end());
+    RegSetKeyValueW(HKEY_CURRENT_USER, key, L"InstallFolder", REG_SZ, place.c_str(),
+                    static_cast<DWORD>((place.size() + 1) * sizeof(wchar_t)));
+    ShowAbout([](HWND box) {
+        EXPECT_TRUE(IsWindowVisible(GetDlgItem(box, kAboutGuideLinkId)));
+        SendDlgItemMessageA(box, kAboutGuideLinkId, BM_CLICK, 0, 0);
+    });
+    RegDeleteTreeW(HKEY_CURRENT_USER, key);
+    host::RestoreImports(&hooks);
+    EXPECT_NE(opened.find(L"guide\\Brillatrix Pro Guide.html"), std::wstring::npos);
+    EXPECT_TRUE(gAnswers.opened.empty());
+}
