@@ -23,9 +23,13 @@ if [ -z "$bin" ]; then
 fi
 export TZ=UTC LC_ALL=C
 version=$(cat "$root/VERSION")
-SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct)
+if SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct 2>/dev/null); then
+    [ -z "$(git -C "$root" status --porcelain -uno)" ] || echo "package.sh: there are changes that no commit has" >&2
+else
+    SOURCE_DATE_EPOCH=$(stat -c %Y "$root/VERSION")
+    echo "package.sh: no commit is known here; the files get the time of VERSION" >&2
+fi
 export SOURCE_DATE_EPOCH
-[ -z "$(git -C "$root" status --porcelain -uno)" ] || echo "package.sh: there are changes that no commit has" >&2
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
