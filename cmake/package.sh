@@ -53,6 +53,9 @@ cp "$root"/cmake/package/licences/*.txt "$files/licences/"
 find "$files" -type d -exec chmod 755 {} + -o -type f -exec chmod 644 {} +
 find "$files" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
 
+# The installer's maker is a Windows program where this runs in a Windows shell.
+native() { if command -v cygpath >/dev/null; then cygpath -m "$1"; else echo "$1"; fi; }
+packed=$(native "$files")
 # What the installer packs and the uninstaller removes, file by file.
 {
     echo "!define SIZE_KB $(($(find "$files" -type f -printf '%s\n' | paste -sd+ -) / 1024))"
@@ -61,7 +64,7 @@ find "$files" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
     find . -type f | sed 's|^\./||' | sort | while read -r file; do
         folder=$(dirname "$file")
         [ "$folder" != . ] && folder="\\$folder" || folder=""
-        printf '    SetOutPath "$INSTDIR%s"\n    File "%s/%s"\n' "$folder" "$files" "$file"
+        printf '    SetOutPath "$INSTDIR%s"\n    File "%s/%s"\n' "$folder" "$packed" "$file"
     done
     printf '!macroend\n!macro UninstallFiles\n'
     find . -type f | sed 's|^\./||; s|/|\\|g' | sort | sed 's|.*|    Delete "$INSTDIR\\&"|'
@@ -72,7 +75,7 @@ find "$files" -exec touch -d "@$SOURCE_DATE_EPOCH" {} +
 mkdir -p "$out"
 rm -f "$out/$name.zip" "$out/$name-setup.exe"
 (cd "$work" && find "$name" -type f | sort | zip -X -9 -q "$out/$name.zip" -@)
-makensis -V2 -NOCD "-DVERSION=$version" "-DFILES=$files" "-DLISTS=$work/lists.nsh" "-DOUT=$out/$name-setup.exe" \
-    "$root/cmake/package/installer.nsi" >&2
+makensis -V2 -NOCD "-DVERSION=$version" "-DFILES=$packed" "-DLISTS=$(native "$work/lists.nsh")" \
+    "-DOUT=$(native "$out/$name-setup.exe")" "$(native "$root/cmake/package/installer.nsi")" >&2
 (cd "$out" && sha256sum "$name.zip" "$name-setup.exe" >"$name.sha256")
 ls -l "$out/$name".zip "$out/$name-setup.exe"

@@ -28,7 +28,7 @@ VIAddVersionKey LegalCopyright "MIT licence"
 !define KEY "Software\Nexorvanta\Brillatrix"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Brillatrix"
 !define MACHINE_PATH_KEY "SYSTEM\CurrentControlSet\Control\Session Manager\Environment"
-!define MOST_PATH 1000 ; of NSIS's 1023 characters; a longer path is left alone rather than cut
+!define MOST_PATH 65000 ; bytes: Windows takes no longer path
 !define SLOTS 16
 
 Var ForAll       ; 1: for all users
@@ -89,6 +89,10 @@ Function SetMode
     ${EndIf}
     ${If} $Given != ""
         StrCpy $INSTDIR $Given
+    ${EndIf}
+    ReadRegDWORD $0 SHCTX "${KEY}" OnPath
+    ${If} $0 == 1
+        Call TickPath
     ${EndIf}
     Call FindHosts
 FunctionEnd
@@ -198,8 +202,13 @@ FunctionEnd
 Section "-Program"
     SetRegView 64
     StrCpy $Failed ""
+    Call RemoveOlder
+    ClearErrors
     !insertmacro InstallFiles
     WriteUninstaller "$INSTDIR\Uninstall.exe"
+    ${If} ${Errors}
+        StrCpy $Failed "$\r$\n$INSTDIR"
+    ${EndIf}
     CreateDirectory "$SMPROGRAMS\Brillatrix Pro"
     CreateShortcut "$SMPROGRAMS\Brillatrix Pro\Brillatrix Pro Guide.lnk" "$INSTDIR\guide\Brillatrix Pro Guide.html"
     CreateShortcut "$SMPROGRAMS\Brillatrix Pro\Uninstall Brillatrix Pro.lnk" "$INSTDIR\Uninstall.exe"
@@ -216,6 +225,18 @@ Section "-Program"
     WriteRegDWORD SHCTX "${UNINSTALL_KEY}" NoModify 1
     WriteRegDWORD SHCTX "${UNINSTALL_KEY}" NoRepair 1
 SectionEnd
+
+; An older installation takes itself away, with files that this version has no more, its folder if that was another one,
+; and its entry in the path. Told its folder in this way, it runs where it is and is waited for, but does not delete itself.
+Function RemoveOlder
+    ReadRegStr $R0 SHCTX "${KEY}" InstallFolder
+    ${If} $R0 != ""
+    ${AndIf} ${FileExists} "$R0\Uninstall.exe"
+        ExecWait '"$R0\Uninstall.exe" /S _?=$R0'
+        Delete "$R0\Uninstall.exe"
+        RMDir "$R0"
+    ${EndIf}
+FunctionEnd
 
 ; $0: a plug-in folder. Each is remembered before it is written to.
 Function InstallModule
@@ -271,17 +292,17 @@ SectionGroup /e "Plug-in folders"
 SectionGroupEnd
 
 Section /o "brillatrix on the command line (adds its folder to the path)" AddToPath
-    Call ReadPath
-    ${If} $0 == toolong
-        DetailPrint "The path is too long to be changed safely; add $INSTDIR yourself."
-    ${Else}
-        Call WithoutFolder
-        ${If} $3 != ""
-            StrCpy $3 "$3;"
-        ${EndIf}
-        StrCpy $3 "$3$INSTDIR"
+    Call OpenPath
+    ${If} $8 = 0
+        Call TakeFolderOut
+        Call AddFolder
         Call WritePath
+    ${EndIf}
+    ${If} $8 = 0
         WriteRegDWORD SHCTX "${KEY}" OnPath 1
+    ${Else}
+        SetErrorLevel 4
+        MessageBox MB_OK|MB_ICONEXCLAMATION "The path could not be changed (error $8) and stays as it was. Add this folder yourself:$\r$\n$INSTDIR" /SD IDOK
     ${EndIf}
 SectionEnd
 
@@ -292,7 +313,7 @@ Section "-Last"
     ${EndIf}
     ${If} $Failed != ""
         SetErrorLevel 3
-        MessageBox MB_OK|MB_ICONEXCLAMATION "The plug-in could not be written to:$Failed$\r$\n$\r$\nClose the program that uses it and run this again, or choose $\"for all users$\"." /SD IDOK
+        MessageBox MB_OK|MB_ICONEXCLAMATION "Not all could be written to:$Failed$\r$\n$\r$\nClose the programs that use it and run this again, or choose $\"for all users$\"." /SD IDOK
     ${EndIf}
 SectionEnd
 
@@ -462,76 +483,131 @@ Function FindHosts
     ${Loop}
 FunctionEnd
 
-; The path, whose type and length NSIS's own reading would not tell
+; The path, in memory of its own size, as NSIS's own texts would cut it. In each of these $8 is Windows's error or 0,
+; $6 the open key, $5 the path with room for one more folder, $4 its type. With an error nothing is left open.
+
+!define HKLM -2147483646
+!define HKCU -2147483647
+!define QUERY_SET_64 0x103
+!define NOT_FOUND 2
+!define SEMICOLON 59
 
 !macro PathFunctions un
-; $0: the path, or "toolong"; $4: its type, $6: its key
-Function ${un}ReadPath
-    ${If} $ForAll == 1
-        StrCpy $5 0x80000002
-        StrCpy $6 "${MACHINE_PATH_KEY}"
-    ${Else}
-        StrCpy $5 0x80000001
-        StrCpy $6 "Environment"
+Function ${un}ClosePath
+    ${If} $5 P<> 0
+        System::Free $5
     ${EndIf}
-    StrCpy $4 2
-    StrCpy $0 ""
-    System::Call 'advapi32::RegOpenKeyExW(p $5, w r6, i 0, i 0x20119, *p .r7) i .r8'
-    ${If} $8 == 0
-        System::Call 'advapi32::RegQueryValueExW(p r7, w "Path", p 0, *i .r4, p 0, *i .r9) i .r8'
-        System::Call 'advapi32::RegCloseKey(p r7)'
-        ${If} $8 != 0
-            StrCpy $4 2
-        ${ElseIf} $9 > ${MOST_PATH}
-            StrCpy $0 toolong
-        ${Else}
-            ReadRegStr $0 SHCTX $6 Path
+    System::Call 'advapi32::RegCloseKey(p r6)'
+FunctionEnd
+
+Function ${un}OpenPath
+    ${If} $ForAll == 1
+        StrCpy $5 ${HKLM}
+        StrCpy $7 "${MACHINE_PATH_KEY}"
+    ${Else}
+        StrCpy $5 ${HKCU}
+        StrCpy $7 "Environment"
+    ${EndIf}
+    System::Call 'advapi32::RegCreateKeyExW(p r5, w r7, i 0, p 0, i 0, i ${QUERY_SET_64}, p 0, *p .r6, p 0) i .r8'
+    ${If} $8 <> 0
+        Return
+    ${EndIf}
+    StrCpy $5 0
+    System::Call 'advapi32::RegQueryValueExW(p r6, w "Path", p 0, *i .r4, p 0, *i .r9) i .r8'
+    ${If} $8 = ${NOT_FOUND}
+        StrCpy $4 2 ; REG_EXPAND_SZ
+        StrCpy $9 0
+        StrCpy $8 0
+    ${ElseIf} $8 = 0
+        ${If} $4 <> 1
+        ${AndIf} $4 <> 2
+            StrCpy $8 13 ; no text
         ${EndIf}
+    ${EndIf}
+    ${If} $8 = 0
+        StrLen $7 $INSTDIR
+        IntOp $7 $7 * 2
+        IntOp $7 $7 + $9
+        IntOp $7 $7 + 8
+        System::Alloc $7 ; comes zeroed, so that the path ends wherever the value did
+        Pop $5
+        ${If} $5 P= 0
+            StrCpy $8 14
+        ${ElseIf} $7 > ${MOST_PATH}
+            StrCpy $8 111
+        ${ElseIf} $9 > 0
+            System::Call 'advapi32::RegQueryValueExW(p r6, w "Path", p 0, p 0, p r5, *i r9) i .r8'
+        ${EndIf}
+    ${EndIf}
+    ${If} $8 <> 0
+        Call ${un}ClosePath
     ${EndIf}
 FunctionEnd
 
-; $3: $0 without the installation's folder
-Function ${un}WithoutFolder
-    StrCpy $3 ""
+; Each entry that is the installation's folder goes, with one semicolon.
+Function ${un}TakeFolderOut
+    StrCpy $1 $INSTDIR
+    StrLen $9 $1
+    IntOp $9 $9 * 2
+    StrCpy $7 $5
     ${Do}
-        StrCpy $8 0
-        StrLen $9 $0
-        ${DoWhile} $8 < $9
-            StrCpy $7 $0 1 $8
-            ${If} $7 == ";"
-                ${ExitDo}
-            ${EndIf}
-            IntOp $8 $8 + 1
-        ${Loop}
-        StrCpy $7 $0 $8
-        ${If} $7 != ""
-        ${AndIf} $7 != $INSTDIR
-            ${If} $3 != ""
-                StrCpy $3 "$3;"
-            ${EndIf}
-            StrCpy $3 "$3$7"
-        ${EndIf}
-        ${If} $8 >= $9
+        System::Call 'shlwapi::StrStrIW(p r7, w r1) p .r7'
+        ${If} $7 P= 0
             ${ExitDo}
         ${EndIf}
-        IntOp $8 $8 + 1
-        StrCpy $0 $0 "" $8
+        StrCpy $2 ${SEMICOLON}
+        ${If} $7 P<> $5
+            IntPtrOp $3 $7 - 2
+            System::Call '*$3(&i2 .r2)'
+        ${EndIf}
+        IntPtrOp $3 $7 + $9
+        System::Call '*$3(&i2 .r0)'
+        ${If} $0 = 0
+        ${AndIf} $2 = ${SEMICOLON}
+            ${If} $7 P<> $5
+                IntPtrOp $7 $7 - 2
+            ${EndIf}
+            System::Call '*$7(&i2 0)'
+        ${ElseIf} $0 = ${SEMICOLON}
+        ${AndIf} $2 = ${SEMICOLON}
+            IntPtrOp $3 $3 + 2
+            System::Call 'kernel32::lstrlenW(p r3) i .r0'
+            IntOp $0 $0 * 2
+            IntOp $0 $0 + 2
+            System::Call 'kernel32::RtlMoveMemory(p r7, p r3, p r0)'
+        ${Else}
+            IntPtrOp $7 $7 + 2
+        ${EndIf}
     ${Loop}
 FunctionEnd
 
 Function ${un}WritePath
-    ${If} $3 == ""
-        DeleteRegValue SHCTX $6 Path
-    ${ElseIf} $4 == 1
-        WriteRegStr SHCTX $6 Path $3
+    System::Call 'kernel32::lstrlenW(p r5) i .r9'
+    ${If} $9 = 0
+        System::Call 'advapi32::RegDeleteValueW(p r6, w "Path") i .r8'
+        ${If} $8 = ${NOT_FOUND}
+            StrCpy $8 0
+        ${EndIf}
     ${Else}
-        WriteRegExpandStr SHCTX $6 Path $3
+        IntOp $9 $9 * 2
+        IntOp $9 $9 + 2
+        System::Call 'advapi32::RegSetValueExW(p r6, w "Path", i 0, i r4, p r5, i r9) i .r8'
     ${EndIf}
+    Call ${un}ClosePath
     SendMessage ${HWND_BROADCAST} ${WM_SETTINGCHANGE} 0 "STR:Environment" /TIMEOUT=2000
 FunctionEnd
 !macroend
 !insertmacro PathFunctions ""
 !insertmacro PathFunctions "un."
+
+Function AddFolder
+    StrCpy $1 $INSTDIR
+    System::Call 'kernel32::lstrlenW(p r5) i .r9'
+    ${If} $9 > 0
+        System::Call 'kernel32::lstrcatW(p r5, w ";")'
+    ${EndIf}
+    System::Call 'kernel32::lstrcatW(p r5, w r1)'
+FunctionEnd
 
 ; Taking it away: what was installed, not what the user made
 
@@ -544,11 +620,20 @@ Function un.onInit
         StrCpy $ForAll 0
         SetShellVarContext current
     ${EndIf}
+    UserInfo::GetAccountType
+    Pop $0
+    ${If} $ForAll == 1
+    ${AndIf} $0 != "Admin"
+        MessageBox MB_OK|MB_ICONSTOP "It was installed for all users: only an administrator may take it away." /SD IDOK
+        SetErrorLevel 5
+        Abort
+    ${EndIf}
 FunctionEnd
 
 Section Uninstall
+    StrCpy $R0 0
     ${Do}
-        EnumRegValue $0 SHCTX "${KEY}\PluginFolders" 0
+        EnumRegValue $0 SHCTX "${KEY}\PluginFolders" $R0
         ${If} $0 == ""
             ${ExitDo}
         ${EndIf}
@@ -557,14 +642,18 @@ Section Uninstall
         ${If} $1 == made
             RMDir $0
         ${EndIf}
-        DeleteRegValue SHCTX "${KEY}\PluginFolders" $0
+        IntOp $R0 $R0 + 1
     ${Loop}
     ReadRegDWORD $1 SHCTX "${KEY}" OnPath
     ${If} $1 == 1
-        Call un.ReadPath
-        ${If} $0 != toolong
-            Call un.WithoutFolder
+        Call un.OpenPath
+        ${If} $8 = 0
+            Call un.TakeFolderOut
             Call un.WritePath
+        ${EndIf}
+        ${If} $8 <> 0
+            SetErrorLevel 4
+            MessageBox MB_OK|MB_ICONEXCLAMATION "The path could not be changed (error $8). Take this folder out yourself:$\r$\n$INSTDIR" /SD IDOK
         ${EndIf}
     ${EndIf}
     !insertmacro UninstallFiles

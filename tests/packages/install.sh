@@ -46,21 +46,29 @@ photoshop="$drive/Program Files/Adobe/Adobe Photoshop 2025/Plug-ins"
 mkdir -p "$photoshop" "$drive/Own" "$drive/ProgramData/Affinity/Photo/2.0/Plugins" "$drive/Viewers/XnView/Plugins" "$drive/Photoshop CS6/Filters"
 registry add 'HKLM\Software\Microsoft\Windows\CurrentVersion\App Paths\xnviewmp.exe' /ve /d 'C:\Viewers\XnView\xnviewmp.exe' /f >/dev/null
 registry add 'HKLM\Software\Adobe\Photoshop\60.0' /v PluginPath /d 'C:\Photoshop CS6\Filters' /f >/dev/null
+# Longer than the installer's own texts can be
+registry add 'HKLM\SYSTEM\CurrentControlSet\Control\Session Manager\Environment' /v Path /t REG_EXPAND_SZ /f \
+    /d "%SystemRoot%\\system32;%SystemRoot%;C:\\Stars at home$(printf ';C:\\Folder %04d' $(seq 300))" >/dev/null
 listing >before.txt
 user_path >path-before.txt
-install() { run one/*-setup.exe /S /AllUsers /Path "/PluginFolder=$own" "$@" '/D=C:\Stars'; }
+install() { run one/*-setup.exe /S /AllUsers /Path "/PluginFolder=$own" "/D=${1:-C:\\Stars}"; }
 check_installed() {
     local places=("$photoshop" "$drive/ProgramData/Affinity/Photo/2.0/Plugins" "$drive/Viewers/XnView/Plugins"
         "$drive/Photoshop CS6/Filters" "$drive/Own/Filters" "$drive/Stars")
     for place in "${places[@]}"; do cmp "$zip/BrillatrixX64.8bf" "$place/BrillatrixX64.8bf" || fail "$1: $place"; done
     (cd "$drive/Stars" && sha256sum --quiet -c SHA256SUMS.txt) || fail "$1: the files are not those of the package"
-    [ "$(user_path | grep -oF 'C:\Stars' | wc -l)" -eq 1 ] || fail "$1: the path"
+    [ "$(user_path | grep -oE 'C:.(Stars|Older)(;|$)' | wc -l)" -eq 1 ] || fail "$1: the path"
     rm -f third.pgm
     run "$drive/Stars/brillatrix.exe" --quiet --plugin "$photoshop/BrillatrixX64.8bf" --preset Cross --threshold 100 photo.pgm third.pgm
     cmp first.pgm third.pgm || fail "$1: another picture"
 }
+install 'C:\Older'
+echo dropped >"$drive/Older/dropped.txt" # is not the installer's
 install
 check_installed "installed"
+[ "$(ls -A "$drive/Older")" = dropped.txt ] || fail "the older folder is left"
+user_path | grep -q 'REG_EXPAND_SZ.*C:.Stars at home.*C:.Folder 0300;C:.Stars$' || fail "the path is another"
+rm -r "$drive/Older"
 say "installed in five plug-in folders and run from one"
 echo broken >"$photoshop/BrillatrixX64.8bf"
 rm "$drive/Stars/guide/"*.html
@@ -81,6 +89,11 @@ for key in 'Nexorvanta' 'Microsoft\Windows\CurrentVersion\Uninstall\Brillatrix';
 done
 [ -f "$sets/Cross.sss" ] || fail "the user's sets are gone"
 say "uninstalled: nothing left but the user's sets and settings"
+
+mkdir -p "$drive/Taken/brillatrix.exe"
+run one/*-setup.exe /S /AllUsers /NoHosts '/D=C:\Taken' && fail "a file could not be written" || [ $? -eq 3 ] || fail "its status"
+uninstall "$drive/Taken/Uninstall.exe"
+rm -r "$drive/Taken"
 
 run one/*-setup.exe /S /CurrentUser /NoHosts
 mine="$drive/users/$(id -un)/AppData/Local/Programs/Brillatrix Pro"
