@@ -7,6 +7,7 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 
 set(BRILLATRIX_SANITIZE "" CACHE STRING "Sanitizers of a native build, comma-separated")
+option(BRILLATRIX_FUZZ "Make libFuzzer programs of the fuzzing targets; needs clang" OFF)
 
 # -ffp-contract=off: a fused multiply-add would give other integers on other machines.
 add_library(brillatrix_options INTERFACE)
@@ -22,6 +23,9 @@ endif()
 if(BRILLATRIX_SANITIZE)
     add_compile_options(-fsanitize=${BRILLATRIX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -O1)
     add_link_options(-fsanitize=${BRILLATRIX_SANITIZE})
+endif()
+if(BRILLATRIX_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
 # A static library of one room, or of test support, with the project's options.

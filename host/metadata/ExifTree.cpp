@@ -43,6 +43,7 @@ static Bytes ToLittle(const uint8_t *from, size_t length, uint16_t type, ByteOrd
 
 static std::vector<ExifEntry> TakeEntries(const TiffDirectory &directory, bool isPicture) {
     std::vector<ExifEntry> entries;
+    size_t left = directory.length; // thousands of entries may claim the same bytes
     for (const TiffEntry &entry : directory.entries) {
         const size_t unit = UnitSize(entry.type);
         const bool isWanted = !isPicture || std::find(std::begin(kPictureTags), std::end(kPictureTags),
@@ -51,8 +52,9 @@ static std::vector<ExifEntry> TakeEntries(const TiffDirectory &directory, bool i
         if (!isWanted || unit == 0 || entry.tag == kInteroperability || entry.count > kMostValueBytes / unit)
             continue;
         const size_t length = static_cast<size_t>(entry.count) * unit;
-        if (entry.at > directory.length || length > directory.length - entry.at)
+        if (entry.at > directory.length || length > std::min(left, directory.length - entry.at))
             continue;
+        left -= length;
         entries.push_back({entry.tag, entry.type, static_cast<uint32_t>(entry.count),
                            ToLittle(directory.bytes + entry.at, length, entry.type, directory.order)});
     }
