@@ -82,7 +82,7 @@ static bool MatchesAny(const std::wstring &name, const std::vector<std::wstring>
                        [&](const std::wstring &pattern) { return MatchesPattern(name, pattern); });
 }
 
-static bool IsPhotoName(const std::wstring &name) {
+bool IsPhotoName(const std::wstring &name) {
     return std::any_of(std::begin(kPhotoPatterns), std::end(kPhotoPatterns),
                        [&](const wchar_t *pattern) { return MatchesPattern(name, pattern); });
 }

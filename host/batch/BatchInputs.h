@@ -17,6 +17,9 @@ struct BatchInput {
 // `*` is any run of characters, `?` one; the case of letters does not count.
 bool MatchesPattern(const std::wstring &name, const std::wstring &pattern);
 
+// By its ending, as photos are found in folders.
+bool IsPhotoName(const std::wstring &name);
+
 // In the order given, names in folders sorted, each photo once. A file that is not there is an input all the
 // same: it fails later. False with a reason when there is nothing at all, and for lists that cannot be read.
 bool FindInputs(const BatchOptions &options, std::vector<BatchInput> *inputs, std::string *why);

@@ -5,9 +5,12 @@
 #include "host/base/SystemText.h"
 
 #include <cstdio>
+#include <set>
+#include <sstream>
 
 namespace host {
 
+static const char kJsonStart[] = "{\"input\":";
 static const char *const kStateNames[] = {"done", "failed", "skipped", "cancelled", "planned"};
 
 static std::string JsonText(const std::string &text) {
@@ -36,7 +39,7 @@ static std::string JsonNotes(const PhotoResult &result) {
 }
 
 std::string JsonLine(const BatchPhoto &photo, const PhotoResult &result) {
-    std::string line = "{\"input\":" + JsonText(ToUtf8(photo.input)) +
+    std::string line = kJsonStart + JsonText(ToUtf8(photo.input)) +
                        ",\"output\":" + JsonText(ToUtf8(photo.output)) + ",\"status\":\"" +
                        kStateNames[static_cast<int>(result.state)] +
                        "\",\"reason\":" + JsonText(result.reason) + ",\"notes\":" + JsonNotes(result);
@@ -49,10 +52,51 @@ static bool IsFile(const std::wstring &json) {
     return !json.empty() && json != L"-";
 }
 
+// Whether every line is a photo's name.
+static bool IsPhotoList(const std::string &text) {
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+        const std::wstring name = FromUtf8(line.substr(0, line.find_last_not_of('\r') + 1));
+        if (!name.empty() && !IsPhotoName(name) && !DoesFileExist(NativePath(name)))
+            return false;
+    }
+    return true;
+}
+
+static bool CheckReport(const std::wstring &path, bool isJson, std::string *why) {
+    Bytes bytes;
+    if (!DoesFileExist(NativePath(path)))
+        return true;
+    if (!ReadWholeFile(NativePath(path), &bytes, why))
+        return false;
+    const std::string text(bytes.begin(), bytes.end());
+    return (isJson ? text.empty() || text.starts_with(kJsonStart) : IsPhotoList(text)) ||
+           Fail(why, isJson ? "it is there and no report of a batch" : "it is there and no list of photos");
+}
+
+bool CheckReports(const BatchOptions &options, const std::vector<BatchPhoto> &photos, std::string *why) {
+    std::set<std::wstring> taken = {ComparablePath(options.contactSheet)};
+    for (const BatchPhoto &photo : photos)
+        taken.insert({ComparablePath(photo.input), ComparablePath(photo.output)});
+    for (const bool isJson : {false, true}) {
+        const std::wstring &path = isJson ? options.json : options.failedList;
+        const std::string start = "cannot write " + ToUtf8(path) + ": ";
+        if (!IsFile(path))
+            continue;
+        if (!taken.insert(ComparablePath(path)).second)
+            return Fail(why, start + "it is a photo of this batch, or its result");
+        if (!CheckReport(path, isJson, why))
+            return Fail(why, start + *why);
+    }
+    return true;
+}
+
 bool BeginReport(BatchReport *report, size_t total, std::string *why) {
     report->total = total;
     report->begun = GetTickCount64();
     const BatchOptions &options = report->options;
+    if (options.isDryRun)
+        return true;
     if (!options.failedList.empty() && !CheckOutputPlace(NativePath(options.failedList), why))
         return Fail(why, "cannot write " + ToUtf8(options.failedList) + ": " + *why);
     if (!options.writesJson || !IsFile(options.json))
@@ -127,7 +171,7 @@ bool EndReport(BatchReport *report, std::string *why) {
     report->json = nullptr;
     if (!report->options.isQuiet)
         PrintError("brillatrix: " + Summary(*report) + "\n");
-    if (report->options.failedList.empty())
+    if (report->options.failedList.empty() || report->options.isDryRun)
         return true;
     std::string list;
     for (const std::wstring &photo : report->failed)

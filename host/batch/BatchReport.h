@@ -21,7 +21,9 @@ struct BatchReport {
     ULONGLONG begun = 0;
 };
 
-// False with a reason when the files for it cannot be written.
+// Before a batch: a report replaces nothing but an older report. False with a reason.
+bool CheckReports(const BatchOptions &options, const std::vector<BatchPhoto> &photos, std::string *why);
+// False with a reason when the files for it cannot be written. A dry run writes none: its lines are printed.
 bool BeginReport(BatchReport *report, size_t total, std::string *why);
 void TellPhoto(BatchReport &report, const BatchPhoto &photo, const PhotoResult &result);
 // The closing line and the list of what failed. False with a reason when that cannot be written.

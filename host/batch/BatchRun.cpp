@@ -41,6 +41,19 @@ static bool CheckFolders(const std::vector<BatchPhoto> &photos, std::string *why
     return true;
 }
 
+// Without the results of the earlier batch among the photos, so that each has the number it had.
+static bool ResumePlan(const BatchOptions &options, const std::string &words, std::vector<BatchInput> inputs,
+                       std::vector<BatchPhoto> *photos, std::string *why) {
+    DoneBefore done;
+    if (!ReadJournal(JournalPath(options, *photos), words, &done, why))
+        return false;
+    DropDone(done, &inputs);
+    if (!NameOutputs(options, std::move(inputs), photos, why))
+        return false;
+    MarkDone(done, photos);
+    return !photos->empty() || Fail(why, "there is no photo to work on");
+}
+
 // The photos with their names, in order. An exit status when that is all there is to do.
 static int PlanBatch(const BatchOptions &options, const std::string &words, std::vector<BatchPhoto> *photos) {
     std::vector<BatchInput> inputs;
@@ -51,7 +64,7 @@ static int PlanBatch(const BatchOptions &options, const std::string &words, std:
         return FailBatch(kExitUsage, why);
     if (photos->empty())
         return FailBatch(kExitFile, "there is no photo to work on");
-    if (options.resumes && !TakeFromJournal(JournalPath(options, *photos), words, photos, &why))
+    if (options.resumes && !ResumePlan(options, words, std::move(inputs), photos, &why))
         return FailBatch(kExitFile, why);
     if (!SettleOutputs(options, photos, &why))
         return FailBatch(kExitFile, why);
@@ -100,7 +113,7 @@ static int StatusOf(const BatchReport &report) {
         return kExitCancelled;
     if (failed == 0)
         return kExitDone;
-    return failed == report.told ? kExitFile : kExitSomeFailed;
+    return failed == report.total ? kExitFile : kExitSomeFailed;
 }
 
 static int RunPhotos(BatchReport &report, const std::vector<BatchPhoto> &photos, Journal &journal,
@@ -136,8 +149,8 @@ int RunBatch(const BatchOptions &options, const std::vector<std::wstring> &words
     if (const int status = PlanBatch(options, journalWords, &photos))
         return status;
     BatchReport report{options, 0, 0, {}, nullptr, {}, 0};
-    if (!CheckSheet(options, photos, &why) || (!options.isDryRun && !CheckFolders(photos, &why)) ||
-        !BeginReport(&report, photos.size(), &why))
+    if (!CheckSheet(options, photos, &why) || !CheckReports(options, photos, &why) ||
+        (!options.isDryRun && !CheckFolders(photos, &why)) || !BeginReport(&report, photos.size(), &why))
         return FailBatch(kExitFile, why);
     TellSkipped(report, photos);
     if (options.isDryRun)

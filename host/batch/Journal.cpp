@@ -3,7 +3,7 @@
 #include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
 
-#include <map>
+#include <set>
 #include <sstream>
 
 namespace host {
@@ -36,8 +36,7 @@ static std::string Key(const std::wstring &input) {
     return Stamp(input) + "\t" + ToUtf8(ComparablePath(input));
 }
 
-bool TakeFromJournal(const std::wstring &path, const std::string &words, std::vector<BatchPhoto> *photos,
-                     std::string *why) {
+bool ReadJournal(const std::wstring &path, const std::string &words, DoneBefore *done, std::string *why) {
     if (!DoesFileExist(path))
         return true;
     Bytes bytes;
@@ -47,10 +46,21 @@ bool TakeFromJournal(const std::wstring &path, const std::string &words, std::ve
     std::string line;
     if (!std::getline(lines, line) || line != Heading(words))
         return Fail(why, ToUtf8(path) + " is the journal of a batch with other options");
-    std::map<std::string, std::wstring> done; // key, output
     while (std::getline(lines, line))
         if (const size_t tab = line.find_last_of('\t'); tab != std::string::npos)
-            done[line.substr(0, tab)] = FromUtf8(line.substr(tab + 1));
+            (*done)[line.substr(0, tab)] = FromUtf8(line.substr(tab + 1));
+    return true;
+}
+
+void DropDone(const DoneBefore &done, std::vector<BatchInput> *inputs) {
+    std::set<std::wstring> outputs;
+    for (const auto &[key, output] : done)
+        outputs.insert(ComparablePath(output));
+    std::erase_if(*inputs,
+                  [&](const BatchInput &input) { return outputs.contains(ComparablePath(input.path)); });
+}
+
+void MarkDone(const DoneBefore &done, std::vector<BatchPhoto> *photos) {
     for (BatchPhoto &photo : *photos) {
         const auto found = done.find(Key(photo.input));
         if (found == done.end() || !DoesFileExist(NativePath(found->second)))
@@ -59,7 +69,6 @@ bool TakeFromJournal(const std::wstring &path, const std::string &words, std::ve
         photo.isSkipped = true;
         photo.reason = kAlreadyDone;
     }
-    return true;
 }
 
 static void WriteLine(const Journal &journal, const std::string &line) {

@@ -5,6 +5,7 @@
 
 #include <windows.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -18,10 +19,16 @@ struct Journal {
 // Beside the first result.
 std::wstring JournalPath(const BatchOptions &options, const std::vector<BatchPhoto> &photos);
 
-// Marks the photos that an earlier batch with the same words has done as skipped. Nothing to do without a
-// journal. False with a reason when it is another batch's, or cannot be read.
-bool TakeFromJournal(const std::wstring &path, const std::string &words, std::vector<BatchPhoto> *photos,
-                     std::string *why);
+// What an earlier batch has done: photos as they were then, and their results.
+using DoneBefore = std::map<std::string, std::wstring>;
+
+// Of an earlier batch with the same words; nothing without a journal. False with a reason when it is another
+// batch's, or cannot be read.
+bool ReadJournal(const std::wstring &path, const std::string &words, DoneBefore *done, std::string *why);
+// Its results are no photos, whoever names them.
+void DropDone(const DoneBefore &done, std::vector<BatchInput> *inputs);
+// Its photos are skipped.
+void MarkDone(const DoneBefore &done, std::vector<BatchPhoto> *photos);
 
 // Begins a new one, with the photos that are done already.
 bool BeginJournal(const std::wstring &path, const std::string &words, const std::vector<BatchPhoto> &photos,

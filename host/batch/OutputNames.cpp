@@ -5,12 +5,15 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cwctype>
 #include <map>
 #include <set>
 
 namespace host {
 
 constexpr int kMostNumbers = 100000;
+constexpr size_t kNoNumber = 0;
+constexpr wchar_t kAnyNumber = 0xE000; // no letter, and in no name
 
 static std::wstring Today() {
     SYSTEMTIME now;
@@ -22,14 +25,14 @@ static std::wstring Today() {
 
 // The number with leading zeros, as "{n:04}" asks for. False for another form.
 static bool FormatNumber(const std::wstring &form, size_t number, std::wstring *text) {
-    *text = std::to_wstring(number);
+    *text = number == kNoNumber ? std::wstring(1, kAnyNumber) : std::to_wstring(number);
     if (form == L"n")
         return true;
     if (form.size() < 3 || form.size() > 4 || !form.starts_with(L"n:") ||
         form.find_first_not_of(L"0123456789", 2) != std::wstring::npos)
         return false;
     const size_t width = std::stoul(form.substr(2));
-    text->insert(0, width > text->size() ? width - text->size() : 0, L'0');
+    text->insert(0, number != kNoNumber && width > text->size() ? width - text->size() : 0, L'0');
     return true;
 }
 
@@ -77,24 +80,75 @@ static std::wstring OutputFolder(const BatchOptions &options, const BatchInput &
     return isPlaced || input.below.empty() ? options.outFolder : JoinPath(options.outFolder, input.below);
 }
 
-bool NameOutputs(const BatchOptions &options, const std::vector<BatchInput> &inputs,
-                 std::vector<BatchPhoto> *photos, std::string *why) {
-    std::set<std::wstring> results;
+static bool NameOutput(const BatchOptions &options, const BatchInput &input, size_t number,
+                       std::wstring *output, std::string *why) {
+    std::wstring name;
+    if (!FillPattern(options, input, number, &name, why))
+        return false;
+    *output = JoinPath(OutputFolder(options, input), name);
+    return true;
+}
+
+// The results that the photos would have, by what they are called without their numbers, and whose they are.
+using ResultMap = std::map<std::wstring, const BatchInput *>;
+
+// Whether the name, with some digits taken as the number, is what the batch gives to another photo.
+static bool IsNumberedResult(const BatchOptions &options, const std::wstring &path, size_t most,
+                             const ResultMap &results) {
+    std::string why;
+    std::wstring output;
+    for (size_t from = NamePlace(path); from < path.size(); from++) {
+        size_t number = 0;
+        for (size_t to = from; to < path.size() && std::iswdigit(path[to]) && number <= most; to++) {
+            number = number * 10 + static_cast<size_t>(path[to] - L'0');
+            const auto found = results.find(path.substr(0, from) + kAnyNumber + path.substr(to + 1));
+            if (found != results.end() && number > 0 && number <= most &&
+                NameOutput(options, *found->second, number, &output, &why) && ComparablePath(output) == path)
+                return true;
+        }
+    }
+    return false;
+}
+
+// Photos that were only found and are results of others. The numbers of those that stay are not known yet, so
+// any number makes a result, where the pattern has the photo's name too.
+static bool DropResults(const BatchOptions &options, std::vector<BatchInput> *inputs, std::string *why) {
+    const bool isNumbered = options.namePattern.find(L"{name}") != std::wstring::npos;
+    ResultMap plain, numbered;
+    std::wstring output;
+    for (const BatchInput &input : *inputs) {
+        if (!NameOutput(options, input, kNoNumber, &output, why))
+            return false;
+        const bool hasNumber = output.find(kAnyNumber) != std::wstring::npos;
+        if (!hasNumber && ComparablePath(output) != ComparablePath(input.path))
+            plain.emplace(ComparablePath(output), &input);
+        else if (hasNumber && isNumbered)
+            numbered.emplace(ComparablePath(output), &input);
+    }
+    std::vector<BatchInput> rest;
+    for (const BatchInput &input : *inputs) {
+        const std::wstring path = ComparablePath(input.path);
+        if (!input.isFound ||
+            !(plain.contains(path) ||
+              (!numbered.empty() && IsNumberedResult(options, path, inputs->size(), numbered))))
+            rest.push_back(input);
+    }
+    *inputs = std::move(rest);
+    return true;
+}
+
+bool NameOutputs(const BatchOptions &options, std::vector<BatchInput> inputs, std::vector<BatchPhoto> *photos,
+                 std::string *why) {
+    photos->clear();
+    if (!DropResults(options, &inputs, why))
+        return false;
     for (const BatchInput &input : inputs) {
         BatchPhoto photo;
-        std::wstring name;
-        if (!FillPattern(options, input, photos->size() + 1, &name, why))
-            return false;
         photo.input = input.path;
-        photo.output = JoinPath(OutputFolder(options, input), name);
-        photo.isFound = input.isFound;
-        if (ComparablePath(photo.output) != ComparablePath(photo.input))
-            results.insert(ComparablePath(photo.output));
+        if (!NameOutput(options, input, photos->size() + 1, &photo.output, why))
+            return false;
         photos->push_back(std::move(photo));
     }
-    std::erase_if(*photos, [&](const BatchPhoto &photo) {
-        return photo.isFound && results.contains(ComparablePath(photo.input));
-    });
     return true;
 }
 

@@ -39,7 +39,7 @@ The file, which is written like the photo's where nothing else is said:
   --compression KIND       of tif: none, lzw, deflate, packbits, jpeg
   --format KIND            the kind for an OUT without such an ending, and for - (the photo's own)
   --depth 8|16|32          bits a sample; 32 are floats
-  --metadata KIND          keep (all), no-gps (not the place), none
+  --metadata KIND          keep (all), no-gps (not the GPS position), none
   --no-strict              take a jpg that is damaged in its middle, with a warning; --strict refuses it
 )";
 
@@ -96,7 +96,8 @@ How:
   --timeout SECONDS        at most so long a photo
   --resume                 leave out what an earlier, unfinished batch has done
   --dry-run                only tell what would be done
-  --json [FILE|-]          a line a photo: input, output, status, reason, notes, lights, stars, milliseconds
+  --json, --json=FILE      a line a photo: input, output, status, reason, notes, lights, stars, milliseconds;
+                           printed, or into FILE, which may replace an older report alone
   --contact-sheet FILE     the photos before and after, small, with their names
   --failed FILE            names of the failed photos, to be taken again with @FILE
   --progress KIND          auto (a bar on a terminal), plain (a line a photo), none

@@ -15,6 +15,17 @@ static std::wstring PicturePath(const Options &options, uint32_t choice) {
     return NativePath(options.debugImages + L"\\" + kPictureNames[choice]);
 }
 
+std::vector<std::wstring> ListDiagnosticFiles(const Options &options) {
+    std::vector<std::wstring> files;
+    for (const std::wstring &file : {options.lightsCsv, options.lightsSvg, options.contactSheet})
+        if (!file.empty())
+            files.push_back(file);
+    for (const wchar_t *name : kPictureNames)
+        if (!options.debugImages.empty())
+            files.push_back(options.debugImages + L"\\" + name);
+    return files;
+}
+
 static bool CanWrite(const std::wstring &path, OutputFailure *failure) {
     failure->path = path;
     return CheckOutputPlace(NativePath(path), &failure->why);

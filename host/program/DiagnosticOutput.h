@@ -12,6 +12,8 @@ struct OutputFailure {
     std::string why;
 };
 
+// The files that a run with these options writes beside OUT.
+std::vector<std::wstring> ListDiagnosticFiles(const Options &options);
 // Before a run, so that a wrong path costs no waiting: makes the pictures' folder and tries the others. False
 // with the first failure; nothing is left of what was tried.
 bool CheckDiagnosticPlaces(const Options &options, OutputFailure *failure);

@@ -35,7 +35,9 @@ static PhotoOutcome ReplacePhoto(PhotoSession &session, const std::wstring &phot
     bool hasNewBackup = false;
     PhotoOutcome outcome;
     std::string why;
-    if (!session.options.keepsNoBackup && DoesFileExist(path) && !KeepOriginal(path, &hasNewBackup, &why)) {
+    const bool isBacked =
+        !session.options.keepsNoBackup && DoesFileExist(path) && CheckOutputPlace(path, &why);
+    if (isBacked && !KeepOriginal(path, &hasNewBackup, &why)) {
         outcome.status = kExitFile;
         outcome.reason = "cannot write " + ToUtf8(BackupPath(photo)) + ": " + why;
         return outcome;
@@ -64,9 +66,13 @@ int RunInPlace(PhotoSession &session, const std::function<void(const PhotoOutcom
     return failed == 0 || photos.size() == 1 ? status : failed == photos.size() ? kExitFile : kExitSomeFailed;
 }
 
-bool AreDroppedFiles(const std::vector<std::wstring> &arguments) {
+bool HasOwnConsole() {
     DWORD processes[2];
-    return !arguments.empty() && !IsUnderWine() && GetConsoleProcessList(processes, 2) == 1 &&
+    return !IsUnderWine() && GetConsoleProcessList(processes, 2) == 1;
+}
+
+bool AreDroppedFiles(const std::vector<std::wstring> &arguments) {
+    return !arguments.empty() && HasOwnConsole() &&
            std::all_of(arguments.begin(), arguments.end(), DoesFileExist);
 }
 

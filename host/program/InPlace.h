@@ -12,6 +12,8 @@ namespace host {
 // dialog, it opens on the first photo alone, and Cancel there ends it all. An exit status.
 int RunInPlace(PhotoSession &session, const std::function<void(const PhotoOutcome &)> &tell);
 
+// Whether the console was opened for the program alone, and closes with it.
+bool HasOwnConsole();
 // Whether the program was started by dropping files on it, or with a double click on one that it opens:
 // nothing but the names of files, in a console of its own.
 bool AreDroppedFiles(const std::vector<std::wstring> &arguments);

@@ -4,11 +4,13 @@
 #include "host/base/Display.h"
 #include "host/base/FileBytes.h"
 #include "host/base/SystemText.h"
+#include "host/batch/BatchInputs.h"
 #include "host/batch/BatchRun.h"
 #include "host/module/ShownBoxes.h"
 #include "host/options/HelpText.h"
 #include "host/options/Options.h"
 #include "host/options/Presets.h"
+#include "host/program/DiagnosticOutput.h"
 #include "host/program/EffectSheet.h"
 #include "host/program/InPlace.h"
 #include "host/program/PhotoRun.h"
@@ -16,6 +18,7 @@
 #include "host/workers/Worker.h"
 
 #include <new>
+#include <set>
 
 #ifndef BRILLATRIX_VERSION // for tools that look at this file outside the build
 #define BRILLATRIX_VERSION "unknown"
@@ -109,6 +112,33 @@ static bool MayOpenWindows(const Options &options, std::string *why) {
     return !OpensWindows(options) || HasDisplay(why);
 }
 
+// A folder in its place is told when the place is tried.
+static bool WouldReplace(const Options &options, const std::wstring &file) {
+    const DWORD attributes = GetFileAttributesW(NativePath(file).c_str());
+    return !file.empty() && !IsStream(file) && !options.overwrites && attributes != INVALID_FILE_ATTRIBUTES &&
+           !(attributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+// Nothing is replaced unasked, and what is told beside OUT never replaces the photo.
+static bool CheckResults(const Options &options) {
+    std::vector<std::wstring> files = ListDiagnosticFiles(options);
+    std::set<std::wstring> taken = {ComparablePath(options.out)};
+    if (!IsStream(options.photo))
+        taken.insert(ComparablePath(options.photo));
+    for (const std::wstring &file : files)
+        if (!taken.insert(ComparablePath(file)).second) {
+            FailFile("write", file, "it is PHOTO, OUT or another result");
+            return false;
+        }
+    files.insert(files.begin(), options.out);
+    for (const std::wstring &file : files)
+        if (WouldReplace(options, file)) {
+            FailFile("write", file, "it exists already; --overwrite replaces it");
+            return false;
+        }
+    return true;
+}
+
 // What stands in the way before any work.
 static int CheckStart(const Options &options) {
     std::string why;
@@ -116,9 +146,8 @@ static int CheckStart(const Options &options) {
         PrintProblem("cannot open a window: " + why);
         return kExitNoScreen;
     }
-    for (const std::wstring &file : {options.out, options.contactSheet})
-        if (!file.empty() && !IsStream(file) && !options.overwrites && DoesFileExist(NativePath(file)))
-            return FailFile("write", file, "it exists already; --overwrite replaces it");
+    if (!CheckResults(options))
+        return kExitFile;
     if (!options.contactSheet.empty() && !CheckSheetPlace(options.contactSheet, &why))
         return FailFile("write", options.contactSheet, why);
     return options.savePreset.empty() ? kExitDone : SaveParameters(options);
@@ -235,6 +264,8 @@ int RunProgram(const std::vector<std::wstring> &arguments) {
         return RunDropped(arguments);
     if (!ParseOptions(arguments, &options, &why)) {
         PrintProblem(why + "\nbrillatrix --help tells how it is used");
+        if (arguments.empty() && HasOwnConsole()) // a double click
+            WaitForReader();
         return kExitUsage;
     }
     WatchForCancel(options.task == ProgramTask::kBatch);

@@ -45,6 +45,12 @@ TEST(BatchNames, PatternsPlacesAndClashes) {
     EXPECT_NE(name(options, {two[0], {folder.File(L"b.jpg"), L"", false}}).find("would both become"),
               std::string::npos);
     options.outFolder.clear();
+    options.namePattern = L"{n:02}_{name}.{ext}";
+    EXPECT_EQ(name(options, {{folder.File(L"01_A.jpg"), L"", true},
+                             {folder.File(L"1_a.jpg"), L"", true},
+                             {folder.File(L"77_a.jpg"), L"", true},
+                             two[0]}),
+              "01_1_a.jpg 02_77_a.jpg 03_a.jpg ");
     options.namePattern = L"{name}.{ext}";
     EXPECT_NE(name(options, two).find("is a photo of this batch"), std::string::npos);
     for (const auto &[pattern, matches] : {std::pair(L"*.JPG", true),
@@ -126,7 +132,16 @@ TEST_F(BatchTest, FaultsStayWithTheirPhotos) {
     ExpectResults(
         {L"a_stars.png", L"z_stars.png", L"crash_stars.png", L"hang_stars.ppm", L"locked_stars.png"});
     EXPECT_EQ(RunBatch({in}).status, 3u) << "the results exist";
-    EXPECT_EQ(RunBatch({L"--existing", L"skip", L"--dry-run", in}).status, 0u);
+    const host::Bytes photo = ReadBytes(in + L"\\a.png");
+    for (const auto &[option, file] : {std::pair(L"--json=", in + L"\\a.png"),
+                                       {L"--failed=", in + L"\\a.png"},
+                                       {L"--json=", folder.File(L"in.png")},
+                                       {L"--failed=", folder.File(L"in.png")},
+                                       {L"--json=", out + L"\\z_stars.png"}})
+        EXPECT_EQ(RunBatch({L"--existing", L"overwrite", option + file, in}).status, 3u);
+    EXPECT_EQ(ReadBytes(in + L"\\a.png"), photo);
+    WriteBytes(json, {'x'});
+    EXPECT_EQ(RunBatch({L"--existing", L"skip", L"--dry-run", L"--failed", list, in}).status, 0u);
     const ProgramRun none = RunBatch({in + L"\\absent.png"});
     EXPECT_EQ(none.status, 3u) << none.err;
 }
@@ -158,7 +173,7 @@ TEST_F(BatchTest, ListsLimitsAndSheets) {
     write(host::ToUtf8(in + L"\\absent.png\n") + a + b);
     const ProgramRun stopped =
         RunBatch({L"--existing", L"number", L"--jobs", L"1", L"--on-error", L"stop", L"@" + list});
-    EXPECT_EQ(stopped.status, 3u) << stopped.err;
+    EXPECT_EQ(stopped.status, 7u) << stopped.err;
     EXPECT_TRUE(Holds(stopped.err, "0 done, 1 failed, 2 not begun in ")) << stopped.err;
 }
 

@@ -367,6 +367,8 @@ TEST_F(RealFilterTest, PlacesThatCannotBeWrittenAreToldBeforeTheRun) {
     } cases[] = {{L"--lights-csv", folder.File(L"no\\l.csv"), "l.csv: "},
                  {L"--lights-svg", folder.path, "it is a folder"},
                  {L"--debug-images", in, "it is no folder"},
+                 {L"--lights-csv", in, "it is PHOTO, OUT"},
+                 {L"--lights-svg", folder.File(L"out.png"), "it is PHOTO, OUT"},
                  {L"--debug-images", folder.File(L"no\\such"), "such: "}};
     for (const auto &c : cases) {
         const ProgramRun run = Run({c.option, c.place, in, folder.File(L"out.png")});
