@@ -1,5 +1,6 @@
 #include "host/filter/ImageAccess.h"
 
+#include "host/base/SampleRows.h"
 #include "host/filter/DocumentFit.h"
 #include "host/services/GuardedMemory.h"
 #include "host/services/HostState.h"
@@ -9,6 +10,7 @@
 namespace host {
 
 constexpr size_t kBufferGuard = 64;
+constexpr size_t kLargestSpare = 16u << 20;
 constexpr uint8_t kUnwrittenByte = 0xA5; // output that the filter asked the host not to prefill
 constexpr uint16_t kWhite16 = 32768;
 
@@ -97,7 +99,10 @@ static void DropBuffer(HostState &state, SampleBuffer &buffer, const char *name)
                    IsGuard(BufferRow(buffer, row) + buffer.rowLength, buffer.rowBytes - buffer.rowLength);
     if (!isIntact)
         AddViolation(state, std::string("wrote outside the rows of ") + name);
+    std::vector<uint8_t> spare = std::move(buffer.bytes);
     buffer = {};
+    if (spare.size() <= kLargestSpare)
+        buffer.spare = std::move(spare);
 }
 
 void DropBuffers(HostState &state) {
@@ -106,6 +111,7 @@ void DropBuffers(HostState &state) {
     DropBuffer(state, state.mask, "maskData");
 }
 
+// The rows themselves hold anything: whoever asks for the buffer fills them.
 static void MakeBuffer(HostState &state, SampleBuffer &buffer, const Rectangle &rectangle, int32_t lo,
                        int32_t hi, size_t sampleSize) {
     SampleBuffer made;
@@ -117,19 +123,14 @@ static void MakeBuffer(HostState &state, SampleBuffer &buffer, const Rectangle &
     made.rowLength = width * static_cast<size_t>(hi - lo + 1) * sampleSize;
     const size_t padding = static_cast<size_t>(std::max(state.owner->settings.rowPadding, 0));
     made.rowBytes = made.rowLength + (padding + sampleSize - 1) / sampleSize * sampleSize;
-    made.bytes.assign(2 * kBufferGuard + height * made.rowBytes, kGuardByte);
+    made.bytes = std::move(buffer.spare);
+    made.bytes.resize(2 * kBufferGuard + height * made.rowBytes);
+    std::fill_n(made.bytes.begin(), kBufferGuard, kGuardByte);
+    std::fill_n(made.bytes.end() - static_cast<ptrdiff_t>(kBufferGuard), kBufferGuard, kGuardByte);
     buffer = std::move(made);
-}
-
-// Copies between the rows of a buffer and the planes of the document, sample by sample or row by row.
-static void CopyRow(uint8_t *to, size_t toStep, const uint8_t *from, size_t fromStep, size_t count,
-                    size_t size) {
-    if (toStep == size && fromStep == size) {
-        std::memcpy(to, from, count * size);
-        return;
-    }
-    for (size_t i = 0; i < count; i++)
-        std::memcpy(to + i * toStep, from + i * fromStep, size);
+    for (size_t row = 0; row < height; row++)
+        std::memset(BufferRow(buffer, static_cast<int32_t>(row)) + buffer.rowLength, kGuardByte,
+                    buffer.rowBytes - buffer.rowLength);
 }
 
 static size_t DocumentOffset(const Document &document, int32_t x, int32_t y) {
@@ -146,15 +147,15 @@ static const uint8_t *SourcePlane(const HostState &state, int32_t plane) {
     return state.owner->document.planes[index].data();
 }
 
-static void FillInputRow(const HostState &state, SampleBuffer &buffer, int32_t plane, int32_t y) {
+static void FillInputRow(const HostState &state, SampleBuffer &buffer, int32_t y) {
     const Document &document = state.owner->document;
-    const size_t size = static_cast<size_t>(BytesPerSample(document));
-    const size_t step = static_cast<size_t>(buffer.hiPlane - buffer.loPlane + 1) * size;
-    uint8_t *to =
-        BufferRow(buffer, y - buffer.rectangle.top) + static_cast<size_t>(plane - buffer.loPlane) * size;
-    const uint8_t *from = SourcePlane(state, plane);
-    CopyRow(to, step, from + DocumentOffset(document, buffer.rectangle.left, y), size,
-            static_cast<size_t>(buffer.rectangle.right - buffer.rectangle.left), size);
+    const size_t offset = DocumentOffset(document, buffer.rectangle.left, y);
+    std::vector<const uint8_t *> from;
+    for (int32_t plane = buffer.loPlane; plane <= buffer.hiPlane; plane++)
+        from.push_back(SourcePlane(state, plane) + offset);
+    JoinPixels(BufferRow(buffer, y - buffer.rectangle.top), from.data(), from.size(),
+               static_cast<size_t>(buffer.rectangle.right - buffer.rectangle.left),
+               static_cast<size_t>(BytesPerSample(document)));
 }
 
 static int16_t Refuse(HostState &state, const char *what, const Rectangle &r, int32_t lo, int32_t hi) {
@@ -203,9 +204,8 @@ static int16_t ServeInput(HostState &state, const AdvanceCall &call) {
         return Refuse(state, "inRect", call.in, call.inLo, call.inHi);
     MakeBuffer(state, state.in, call.in, call.inLo, call.inHi,
                static_cast<size_t>(BytesPerSample(state.owner->document)));
-    for (int32_t plane = call.inLo; plane <= call.inHi; plane++)
-        for (int32_t y = call.in.top; y < call.in.bottom; y++)
-            FillInputRow(state, state.in, plane, y);
+    for (int32_t y = call.in.top; y < call.in.bottom; y++)
+        FillInputRow(state, state.in, y);
     record.inData = BufferRow(state.in, 0);
     record.inRowBytes = static_cast<int32_t>(state.in.rowBytes);
     return kNoError;

@@ -201,7 +201,10 @@ bool SaveHostMemory(const HostMemory &memory, std::string *why) {
         AppendBytes(bytes, entry.key.data(), entry.key.size());
         AppendDescriptor(bytes, entry.descriptor);
     }
-    return WriteWholeFile(folder + kMemoryName, bytes, why);
+    Bytes kept;
+    std::string absent;
+    return (ReadWholeFile(folder + kMemoryName, &kept, &absent) && kept == bytes) ||
+           WriteWholeFile(folder + kMemoryName, bytes, why);
 }
 
 } // namespace host

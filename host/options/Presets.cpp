@@ -60,14 +60,15 @@ std::vector<std::wstring> ListPresets() {
     return {names.begin(), names.end()};
 }
 
-bool SavePreset(const std::wstring &name, const Descriptor &parameters, bool overwrites, std::string *why) {
+bool SavePreset(const std::wstring &name, const Descriptor &parameters, bool overwrites,
+                const std::string &advice, std::string *why) {
     if (name.empty() || name.find_first_of(L"\\/:*?\"<>|") != std::wstring::npos)
         return Fail(why, "a preset's name is that of a file, without \\ / : * ? \" < > |");
     const std::wstring path = PathIn(PresetFolder(), name);
     if (path.empty())
         return Fail(why, "there is no folder for it");
     if (!overwrites && GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES)
-        return Fail(why, "it exists already; --overwrite replaces it");
+        return Fail(why, "it exists already; " + advice);
     const int made = SHCreateDirectoryExW(nullptr, PresetFolder().c_str(), nullptr);
     if (made != ERROR_SUCCESS && made != ERROR_ALREADY_EXISTS && made != ERROR_FILE_EXISTS)
         return Fail(why, SystemErrorText(static_cast<uint32_t>(made)));

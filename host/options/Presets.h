@@ -13,7 +13,9 @@ namespace host {
 std::wstring PresetPath(const std::wstring &name);
 // Sorted names of both.
 std::vector<std::wstring> ListPresets();
-// False with a reason, for a name that no file can have and when there is one already.
-bool SavePreset(const std::wstring &name, const Descriptor &parameters, bool overwrites, std::string *why);
+// False with a reason, for a name that no file can have and when there is one already; the advice says what
+// to do about that one.
+bool SavePreset(const std::wstring &name, const Descriptor &parameters, bool overwrites,
+                const std::string &advice, std::string *why);
 
 } // namespace host

@@ -17,18 +17,28 @@ bool CheckPictureSize(uint64_t width, uint64_t height, std::string *why) {
     return false;
 }
 
-Picture MakePicture(int32_t width, int32_t height, int32_t depth, int32_t colourPlanes, bool hasAlpha) {
+static size_t PlaneSize(const Picture &picture) {
+    return static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height) *
+           static_cast<size_t>(picture.depth / 8);
+}
+
+Picture MakeRoom(int32_t width, int32_t height, int32_t depth, int32_t colourPlanes, bool hasAlpha) {
     Picture picture;
     picture.width = width;
     picture.height = height;
     picture.depth = depth;
     picture.colourPlanes = colourPlanes;
     picture.hasAlpha = hasAlpha;
-    const size_t planeSize =
-        static_cast<size_t>(width) * static_cast<size_t>(height) * static_cast<size_t>(depth / 8);
     picture.planes.resize(static_cast<size_t>(colourPlanes) + (hasAlpha ? 1 : 0));
     for (Bytes &plane : picture.planes)
-        plane.resize(planeSize);
+        plane.reserve(PlaneSize(picture));
+    return picture;
+}
+
+Picture MakePicture(int32_t width, int32_t height, int32_t depth, int32_t colourPlanes, bool hasAlpha) {
+    Picture picture = MakeRoom(width, height, depth, colourPlanes, hasAlpha);
+    for (Bytes &plane : picture.planes)
+        plane.resize(PlaneSize(picture));
     return picture;
 }
 
@@ -127,6 +137,8 @@ static double SampleFraction(const Picture &picture, size_t plane, size_t index)
 }
 
 Bytes ToGrey8(const Picture &picture) {
+    if (picture.depth == 8 && picture.colourPlanes == 1)
+        return picture.planes[0];
     Bytes grey(static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height));
     for (size_t i = 0; i < grey.size(); i++) {
         double value = SampleFraction(picture, 0, i);

@@ -25,8 +25,10 @@ struct Picture {
 
 // False, with a reason, for a size that is 0 or too large.
 bool CheckPictureSize(uint64_t width, uint64_t height, std::string *why);
-// A picture of zeros. The size must have been checked. Throws std::bad_alloc.
+// A picture of zeros, or of planes that are empty and have room for it. The size must have been checked.
+// Throws std::bad_alloc.
 Picture MakePicture(int32_t width, int32_t height, int32_t depth, int32_t colourPlanes, bool hasAlpha);
+Picture MakeRoom(int32_t width, int32_t height, int32_t depth, int32_t colourPlanes, bool hasAlpha);
 
 // Turns the picture as an EXIF orientation (1 .. 8) says; any other number changes nothing.
 void ApplyOrientation(Picture &picture, int32_t orientation);

@@ -10,7 +10,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <future>
 #include <new>
+#include <system_error>
 
 namespace host {
 
@@ -155,10 +157,27 @@ static bool ReadKind(const Bytes &file, bool isStrict, Picture *picture, Picture
     return ReadWithLibrary(file, isStrict, picture, origin, why);
 }
 
+// The library is loaded in the meantime when the file looks like one for it. Whether that went well is asked
+// again where the library is needed.
+static bool ReadWhileLoading(const std::wstring &path, Bytes *file, std::string *why) {
+    const FileFormat *format = FindFormat(path, "");
+    std::string notYet;
+    if (!format || format->kind == PictureKind::kNetpbm || format->kind == PictureKind::kBmp)
+        return ReadWholeFile(path, file, why);
+    std::future<bool> reading;
+    try {
+        reading = std::async(std::launch::async, ReadWholeFile, path, file, why);
+    } catch (const std::system_error &) { // no thread to be had
+        return ReadWholeFile(path, file, why);
+    }
+    LoadVips(&notYet);
+    return reading.get();
+}
+
 bool ReadPicture(const std::wstring &path, Picture *picture, std::string *why, PictureOrigin *origin,
                  bool isStrict) {
     Bytes file;
-    return ReadWholeFile(path, &file, why) && ReadPictureBytes(file, picture, why, origin, isStrict);
+    return ReadWhileLoading(path, &file, why) && ReadPictureBytes(file, picture, why, origin, isStrict);
 }
 
 bool ReadPictureBytes(const Bytes &file, Picture *picture, std::string *why, PictureOrigin *origin,

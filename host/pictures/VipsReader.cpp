@@ -5,6 +5,7 @@
 #include "host/metadata/ExifTree.h"
 #include "host/metadata/PngGamma.h"
 #include "host/metadata/TiffDirectory.h"
+#include "host/pictures/TiffStrips.h"
 #include "host/pictures/VipsLibrary.h"
 
 #include <algorithm>
@@ -139,17 +140,6 @@ static bool ConvertSamples(Reading *reading, std::string *why) {
     }
 }
 
-template <typename Sample>
-static void TakeSamples(const unsigned char *rows, size_t bands, size_t firstPixel, size_t count,
-                        Picture *picture) {
-    for (size_t plane = 0; plane < picture->planes.size(); plane++) {
-        uint8_t *to = picture->planes[plane].data() + firstPixel * sizeof(Sample);
-        const unsigned char *from = rows + plane * sizeof(Sample);
-        for (size_t i = 0; i < count; i++)
-            std::memcpy(to + i * sizeof(Sample), from + i * bands * sizeof(Sample), sizeof(Sample));
-    }
-}
-
 static bool CopySamples(VipsImage *image, size_t bands, Picture *picture, std::string *why) {
     const RegionHandle region(Vips().vips_region_new(image));
     if (!region)
@@ -160,12 +150,7 @@ static bool CopySamples(VipsImage *image, size_t bands, Picture *picture, std::s
         unsigned char *rows = Vips().vips_region_fetch(region.get(), 0, y, picture->width, count, &length);
         if (!rows)
             return FailDamaged(why);
-        const size_t first = static_cast<size_t>(y) * static_cast<size_t>(picture->width);
-        const size_t pixels = static_cast<size_t>(count) * static_cast<size_t>(picture->width);
-        const auto take = picture->depth == 8    ? TakeSamples<uint8_t>
-                          : picture->depth == 16 ? TakeSamples<uint16_t>
-                                                 : TakeSamples<float>;
-        take(rows, bands, first, pixels, picture);
+        AppendPixels(rows, bands, static_cast<size_t>(count) * static_cast<size_t>(picture->width), picture);
         Vips().g_free(rows);
     }
     return true;
@@ -291,12 +276,14 @@ static bool ReadOpened(const Bytes &file, Reading *reading, Picture *picture, Pi
     const bool hasAlpha = bands > colours;
     if (bands > colours + 1)
         reading->notes.push_back("its channels beyond the fourth are dropped");
-    Picture read = MakePicture(Vips().vips_image_get_width(image), Vips().vips_image_get_height(image),
-                               format == kVipsUChar    ? 8
-                               : format == kVipsUShort ? 16
-                                                       : 32,
-                               colours, hasAlpha);
-    if (!CopySamples(image, static_cast<size_t>(bands), &read, why))
+    Picture read = MakeRoom(Vips().vips_image_get_width(image), Vips().vips_image_get_height(image),
+                            format == kVipsUChar    ? 8
+                            : format == kVipsUShort ? 16
+                                                    : 32,
+                            colours, hasAlpha);
+    const bool isAsInFile = image == opened && origin->kind == PictureKind::kTiff && origin->labPlace == 0;
+    if (!(isAsInFile && TakeTiffStrips(file, &read)) &&
+        !CopySamples(image, static_cast<size_t>(bands), &read, why))
         return false;
     if (hasPalette && read.depth == 8)
         TakeBackAdditions(&read);

@@ -95,7 +95,13 @@ static int SaveParameters(const Options &options) {
     const PhotoOutcome gathered = GatherParameters(options, PrintNotes(options), memory, &parameters);
     if (gathered.status != kExitDone)
         return Tell(gathered);
-    if (!SavePreset(options.savePreset, parameters, options.overwrites, &why))
+    // Runs over many photos take no --overwrite.
+    const bool isMany = options.task == ProgramTask::kBatch || options.task == ProgramTask::kInPlace;
+    const std::string advice = isMany
+                                   ? "take another name, or replace it first: brillatrix --save-preset NAME "
+                                     "--overwrite, with the parameters"
+                                   : "--overwrite replaces it";
+    if (!SavePreset(options.savePreset, parameters, options.overwrites, advice, &why))
         return FailFile("save the preset", options.savePreset, why);
     return kExitDone;
 }

@@ -49,6 +49,7 @@ struct Writer {
 // A buffer handed to the filter: guard, rows with guard bytes behind each, guard.
 struct SampleBuffer {
     std::vector<uint8_t> bytes; // empty: none handed out
+    std::vector<uint8_t> spare; // memory of the one before, while none is
     Rectangle rectangle;
     int32_t loPlane = 0;
     int32_t hiPlane = 0;
