@@ -160,6 +160,10 @@ TEST_F(DialogSettings, LoadDeleteAndTheGreyedItem) {
             Pick(kSave, SetFile(name));
             EXPECT_EQ(RowText(kSettingsCombo, Selected(kSettingsCombo)), std::wstring(1, *name));
         }
+        Pick(kLoad, SetFile("A")); // of the folder: none is selected, but it is what is saved next
+        EXPECT_EQ(Selected(kSettingsCombo), -1);
+        Pick(kSave);
+        EXPECT_EQ(gAnswers.offered, Wide(SetFile("A")));
         const int rows = Rows();
         EXPECT_EQ(rows, 6);
         for (int row = 0; row < rows; ++row) {

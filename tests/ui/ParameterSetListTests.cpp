@@ -177,7 +177,7 @@ TEST_F(ParameterSetList, LoadingAppliesAndFromElsewhereAddsAndSelects) {
     FillParameterSetList(dialog);
     SelectParameterSet(dialog, 0);
     Pick(Wide(L"one.SSS"));
-    LoadParameterFileDialog(dialog);
+    EXPECT_EQ(LoadParameterFileDialog(dialog), 0);
     PumpMessages();
     EXPECT_EQ(CurrentMark(), '1');
     EXPECT_EQ(SelectedParameterSet(dialog), -1);

@@ -69,17 +69,22 @@ void SelectAsUser(HWND dialog, int index) {
                  reinterpret_cast<LPARAM>(GetDlgItem(dialog, kSettingsComboId)));
 }
 
-void TakeLoadedBlock(HWND dialog, const WidePath &folder, const WidePath &path, ParameterBlock *block) {
+// The row of what was loaded.
+std::optional<int> TakeLoadedBlock(HWND dialog, const WidePath &folder, const WidePath &path,
+                                   ParameterBlock *block) {
     if (IsInFolder(path.text, folder.text)) {
-        if (ApplyParameterBlock(dialog, *block))
+        const bool isApplied = ApplyParameterBlock(dialog, *block);
+        if (isApplied)
             PostMessageW(dialog, kMsgRequestPreview, 0, 0);
         SelectParameterSet(dialog, -1);
         free(block);
-        return;
+        return isApplied ? std::optional(FindParameterSetFile(dialog, path.text)) : std::nullopt;
     }
     const int index = ListParameterSetFile(dialog, path.text, block);
-    if (index >= 0)
-        SelectAsUser(dialog, index);
+    if (index < 0)
+        return std::nullopt;
+    SelectAsUser(dialog, index);
+    return index;
 }
 
 int SaveCurrentSet(HWND dialog, const WidePath &path) {
@@ -140,16 +145,15 @@ bool ApplyParameterBlock(HWND dialog, const ParameterBlock &block) {
     return true;
 }
 
-void LoadParameterFileDialog(HWND dialog) {
+std::optional<int> LoadParameterFileDialog(HWND dialog) {
     WidePath folder, path = {};
     if (!GetUserParametersFolder(&folder) || !PickParameterFile(dialog, kOpenDialog, folder, &path))
-        return;
-    ParameterBlock *block = ReadSavedParameterSet(dialog, path.text);
-    if (block)
-        TakeLoadedBlock(dialog, folder, path, block);
-    else
-        ReportError({kSiteLoad, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
-                    "LoadParameterStructure() failed with FilePath = '%s'", DescribePath(path.text).text);
+        return std::nullopt;
+    if (ParameterBlock *block = ReadSavedParameterSet(dialog, path.text))
+        return TakeLoadedBlock(dialog, folder, path, block);
+    ReportError({kSiteLoad, kDebugMessage, 0}, kStopIcon, kTitleUnexpected,
+                "LoadParameterStructure() failed with FilePath = '%s'", DescribePath(path.text).text);
+    return std::nullopt;
 }
 
 int SaveParameterFileDialog(HWND dialog, const WidePath &offered) {

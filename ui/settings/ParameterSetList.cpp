@@ -51,13 +51,6 @@ int AddEntry(HWND dialog, const wchar_t *name, const WidePath &path, ParameterBl
     return static_cast<int>(index);
 }
 
-int FindFile(HWND dialog, const wchar_t *path) {
-    for (int i = static_cast<int>(SendToList(dialog, CB_GETCOUNT, 0, 0)) - 1; i >= 0; --i)
-        if (const WidePath other = ParameterSetPath(dialog, i); *other.text && IsSamePath(other.text, path))
-            return i;
-    return -1;
-}
-
 int AddFile(HWND dialog, const wchar_t *path, ParameterBlock *block) {
     WidePath name, kept = {};
     NameOfParameterSet(path, &name);
@@ -89,8 +82,15 @@ int AddParameterSet(HWND dialog, const wchar_t *name, ParameterBlock *block) {
     return AddEntry(dialog, name, {}, block);
 }
 
+int FindParameterSetFile(HWND dialog, const wchar_t *path) {
+    for (int i = static_cast<int>(SendToList(dialog, CB_GETCOUNT, 0, 0)) - 1; i >= 0; --i)
+        if (const WidePath other = ParameterSetPath(dialog, i); *other.text && IsSamePath(other.text, path))
+            return i;
+    return -1;
+}
+
 int ListParameterSetFile(HWND dialog, const wchar_t *path, ParameterBlock *block) {
-    const int index = FindFile(dialog, path);
+    const int index = FindParameterSetFile(dialog, path);
     if (index < 0)
         return AddFile(dialog, path, block);
     *BlockAt(dialog, index) = *block;

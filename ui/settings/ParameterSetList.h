@@ -19,6 +19,7 @@ int AddParameterSet(HWND dialog, const wchar_t *name, ParameterBlock *block);
 // The same for a file. The entry that stands for it already gets the block; one of the same name that stands
 // for another file does not.
 int ListParameterSetFile(HWND dialog, const wchar_t *path, ParameterBlock *block);
+int FindParameterSetFile(HWND dialog, const wchar_t *path); // -1: none stands for it
 void RemoveParameterSet(HWND dialog, int index);
 
 // Null for an index that is none, or an entry without a block.

@@ -52,6 +52,12 @@ void SelectSettingsRow(HWND dialog, int row) {
     gSettingsRow = row;
 }
 
+// The set that was loaded is the one chosen last, also where its row is not shown.
+void LoadSettings(HWND dialog) {
+    if (const std::optional<int> row = LoadParameterFileDialog(dialog))
+        gSettingsRow = *row;
+}
+
 // The set chosen last is offered. The set just saved stands in the list; its row shows that nothing has
 // changed since.
 void SaveSettings(HWND dialog) {
@@ -65,7 +71,7 @@ void ApplySettingsItem(HWND dialog, UINT item) {
     case 0:
         return;
     case kLoadSettings:
-        LoadParameterFileDialog(dialog);
+        LoadSettings(dialog);
         return;
     case kSaveSettings:
         SaveSettings(dialog);
