@@ -54,6 +54,8 @@ TEST_F(Links, TheMainDialogLeadsToANewerVersion) {
     RunDialog([&] {
         ASSERT_NE(Item(kUpdateLinkId), nullptr);
         EXPECT_EQ(Text(kUpdateLinkId), kNotice);
+        for (const UINT forged : {WM_DRAWITEM, WM_NCDESTROY})
+            SendMessageW(dialog, forged, kUpdateLinkId, 0);
         Click(kUpdateLinkId);
         EXPECT_EQ(gAnswers.opened, std::vector<std::string>{kDownload});
         SetFocus(Item(kUpdateLinkId));

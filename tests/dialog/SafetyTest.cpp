@@ -1,6 +1,7 @@
 // What the dialog withstands: messages that nobody of ours has sent.
 #include "tests/dialog/DialogFixture.h"
 
+#include "resources/DialogControlIds.h"
 #include "ui/window/DialogMessages.h"
 
 namespace {
@@ -14,17 +15,20 @@ TEST_F(DialogSafety, MessagesFromOutsideNeitherCrippleNorEndIt) {
     RunDialog([this] {
         for (int way = 0; way < 2; ++way) {
             constexpr UINT messages[] = {
-                WM_INITDIALOG,     WM_DESTROY,     WM_NCDESTROY, WM_WINDOWPOSCHANGED,  WM_GETMINMAXINFO,
-                WM_NCCALCSIZE,     WM_DPICHANGED,  WM_SIZE,      WM_SETCURSOR,         WM_CTLCOLORSTATIC,
-                WM_HSCROLL,        kMsgTableReady, kMsgProgress, kMsgParameterChanged, kMsgParametersReplaced,
-                kMsgRequestPreview};
+                kMsgParametersReplaced, WM_HSCROLL,        WM_SIZE,       WM_DRAWITEM,    WM_DESTROY,
+                WM_INITDIALOG,          WM_GETMINMAXINFO,  WM_DPICHANGED, WM_NCCALCSIZE,  WM_CTLCOLORSTATIC,
+                kMsgParameterChanged,   kMsgProgress,      WM_NCDESTROY,  kMsgTableReady, WM_SETCURSOR,
+                WM_WINDOWPOSCHANGED,    kMsgRequestPreview};
+            const auto give = [way](HWND window, UINT message, WPARAM wParam) {
+                way == 0 ? SendMessageW(window, message, wParam, 0)
+                         : PostMessageW(window, message, wParam, 0);
+            };
             for (const UINT message : messages)
-                for (const WPARAM wParam : {WPARAM{0}, WPARAM{1}}) {
-                    if (way == 0)
-                        SendMessageW(dialog, message, wParam, 0);
-                    else
-                        PostMessageW(dialog, message, wParam, 0);
-                }
+                for (const WPARAM wParam : {WPARAM{0}, WPARAM{1}})
+                    give(dialog, message, wParam);
+            for (const int control : {kPreviewDisplayId, kPairs[2].edit, kPairs[2].trackbar})
+                for (const UINT message : {WM_DESTROY, WM_NCDESTROY})
+                    give(Item(control), message, 0);
             Pump();
             EXPECT_FALSE(IsWindowEnabled(Item(kHideIcon))) << "the table is not ready";
         }

@@ -169,7 +169,7 @@ INT_PTR CALLBACK AboutProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPar
     case WM_CTLCOLORBTN:
         return reinterpret_cast<INT_PTR>(OnControlColor(message, reinterpret_cast<HDC>(wParam)));
     case WM_DRAWITEM:
-        return OnDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT *>(lParam));
+        return lParam && OnDrawItem(*reinterpret_cast<const DRAWITEMSTRUCT *>(lParam));
     default:
         return FALSE;
     }

@@ -3,6 +3,7 @@
 #include "diag/module/ModuleInstance.h"
 #include "resources/DialogControlIds.h"
 #include "ui/about/LinkButton.h"
+#include "ui/window/ForgedMessages.h"
 #include "web/MakerAddresses.h"
 #include "web/UpdateNotice.h"
 
@@ -34,10 +35,13 @@ LRESULT CALLBACK LinkMessagesProc(HWND dialog, UINT message, WPARAM wParam, LPAR
     case WM_DRAWITEM:
         if (wParam != kUpdateLinkId)
             break;
+        if (!lParam)
+            return FALSE;
         DrawLink(*reinterpret_cast<const DRAWITEMSTRUCT *>(lParam));
         return TRUE;
     case WM_NCDESTROY:
-        RemoveWindowSubclass(dialog, LinkMessagesProc, id);
+        if (!IsForgedDestruction(dialog, message))
+            RemoveWindowSubclass(dialog, LinkMessagesProc, id);
         break;
     default:
         break;

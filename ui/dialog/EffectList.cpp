@@ -49,15 +49,17 @@ int HeightOf(HWND dialog, int controlId) {
     return static_cast<int>(rect.bottom - rect.top);
 }
 
-void DrawTypePicture(HDC dc, int type, int left, int top, int wanted) {
+// False while there are no pictures yet.
+bool DrawTypePicture(HDC dc, int type, int left, int top, int wanted) {
     uint32_t pixels[kTypePictureSide * kTypePictureSide];
     const int side = std::min(wanted, kTypePictureSide);
     if (!ShrinkTypePicture(type, side, pixels))
-        return;
+        return false;
     BITMAPINFO info = {};
     info.bmiHeader = {sizeof info.bmiHeader, side, -side, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     SetDIBitsToDevice(dc, left, top, static_cast<DWORD>(side), static_cast<DWORD>(side), 0, 0, 0,
                       static_cast<UINT>(side), pixels, &info, DIB_RGB_COLORS);
+    return true;
 }
 
 void DrawRowText(const DRAWITEMSTRUCT &item, LONG left) {
@@ -92,15 +94,23 @@ bool DrawEffectRow(const DRAWITEMSTRUCT &item) {
         LONG left = kTextMargin;
         if (!(item.itemState & ODS_COMBOBOXEDIT)) {
             const int side = static_cast<int>(item.rcItem.bottom - item.rcItem.top) - 2;
-            DrawTypePicture(item.hDC, static_cast<int>(item.itemID), static_cast<int>(item.rcItem.left) + 1,
-                            static_cast<int>(item.rcItem.top) + 1, side);
-            left += side + kTextMargin + kTextMargin;
+            if (DrawTypePicture(item.hDC, static_cast<int>(item.itemID),
+                                static_cast<int>(item.rcItem.left) + 1, static_cast<int>(item.rcItem.top) + 1,
+                                side))
+                left += side + kTextMargin + kTextMargin;
         }
         DrawRowText(item, left);
     }
     if ((item.itemState & ODS_FOCUS) && !(item.itemState & ODS_NOFOCUSRECT))
         DrawFocusRect(item.hDC, &item.rcItem);
     return true;
+}
+
+void RedrawEffectRows(HWND dialog) {
+    COMBOBOXINFO info = {};
+    info.cbSize = sizeof info;
+    if (GetComboBoxInfo(GetDlgItem(dialog, kEffectComboId), &info))
+        InvalidateRect(info.hwndList, nullptr, FALSE);
 }
 
 void FillEffectList(HWND dialog, uint32_t effectType) {

@@ -20,6 +20,8 @@ void FitEffectList(HWND dialog);
 // WM_DRAWITEM: a row of the open list with a small picture of its type, or the field with the name alone.
 // False for another control.
 bool DrawEffectRow(const DRAWITEMSTRUCT &item);
+// The rows of the open list anew, with the pictures that are ready by now.
+void RedrawEffectRows(HWND dialog);
 // Selects the row of an effect type when it is not selected already; no row for an unknown type.
 void ShowEffectType(HWND dialog, uint32_t effectType);
 // The user picked a row: its type goes into the parameter set, and the dialog is told.

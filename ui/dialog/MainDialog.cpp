@@ -27,6 +27,7 @@
 #include "ui/view/ZoomField.h"
 #include "ui/window/DesktopWindow.h"
 #include "ui/window/DialogMessages.h"
+#include "ui/window/ForgedMessages.h"
 #include "ui/window/Palette.h"
 
 #include <algorithm>
@@ -199,6 +200,7 @@ void OnProgress(HWND dialog, WPARAM position, LPARAM total) {
 
 void OnTableReady(HWND dialog) {
     if (OnPreviewTableReady()) {
+        RedrawEffectRows(dialog); // their pictures are there now
         NoteLightsFound();
         if (!gMainDialog.isTouched)
             ShowSomeStar(DialogParameters()->threshold);
@@ -228,13 +230,9 @@ INT_PTR HandlePrivateMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lP
     return FALSE;
 }
 
-// Anybody can send a dialog anything. A window that is really being destroyed has been hidden, and a message
-// that comes with a record has one.
+// Anybody can send a dialog anything. A message that comes with a record has one.
 bool IsForged(HWND dialog, UINT message, LPARAM lParam) {
     switch (message) {
-    case WM_DESTROY:
-    case WM_NCDESTROY:
-        return IsWindowVisible(dialog) != FALSE;
     case WM_WINDOWPOSCHANGED:
     case WM_GETMINMAXINFO:
     case WM_NCCALCSIZE:
@@ -244,7 +242,7 @@ bool IsForged(HWND dialog, UINT message, LPARAM lParam) {
     case WM_INITDIALOG:
         return true; // it had its own before
     }
-    return false;
+    return IsForgedDestruction(dialog, message);
 }
 
 INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {

@@ -12,6 +12,7 @@
 #include "ui/display/PreviewDisplayState.h"
 #include "ui/view/ViewMenu.h"
 #include "ui/window/DialogMessages.h"
+#include "ui/window/ForgedMessages.h"
 
 #include <commctrl.h>
 #include <windowsx.h>
@@ -68,6 +69,8 @@ void OnDestroy() {
 }
 
 LRESULT CALLBACK DisplayProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR) {
+    if (IsForgedDestruction(window, message))
+        return 0;
     if (message == WM_NCDESTROY)
         RemoveWindowSubclass(window, DisplayProc, kDisplaySubclassId);
     if (window != gPreviewDisplay.window)

@@ -23,12 +23,19 @@ void ShowRow(const ParameterControl &row) {
     ShowParameterValue(row, *row.value);
 }
 
+// The plain field that stands in for the rich one knows only the older message.
+void LimitText(const ParameterControl &row) {
+    SendMessageW(row.edit, EM_EXLIMITTEXT, 0, row.textLimit);
+    if (SendMessageW(row.edit, EM_GETLIMITTEXT, 0, 0) != row.textLimit)
+        SendMessageW(row.edit, EM_LIMITTEXT, static_cast<WPARAM>(row.textLimit), 0);
+}
+
 void SetUpControls(ParameterControl *row) {
     row->editing = false;
     SendMessageW(row->edit, EM_SETTEXTMODE, TM_PLAINTEXT, 0);
     SubclassParameterEdit(row);
     SubclassParameterTrackbar(row);
-    SendMessageA(row->edit, EM_LIMITTEXT, static_cast<WPARAM>(row->textLimit), 0);
+    LimitText(*row);
     SendMessageA(row->trackbar, TBM_SETRANGE, TRUE,
                  MAKELPARAM(static_cast<WORD>(row->minimum), static_cast<WORD>(row->maximum)));
     SendMessageA(row->trackbar, TBM_SETPAGESIZE, 0, row->pageStep);

@@ -3,6 +3,7 @@
 #include "ui/fields/NumberText.h"
 #include "ui/fields/ParameterEditPaint.h"
 #include "ui/fields/ParameterValue.h"
+#include "ui/window/ForgedMessages.h"
 
 #include <algorithm>
 #include <iterator>
@@ -33,6 +34,8 @@ bool TakeFirstClick(const ParameterControl &row) {
 
 LRESULT CALLBACK EditProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR data) {
     ParameterControl *row = reinterpret_cast<ParameterControl *>(data);
+    if (IsForgedDestruction(window, message))
+        return 0;
     if (message == WM_NCDESTROY) {
         RemoveWindowSubclass(window, EditProc, kEditSubclassId);
         if (row->edit == window)

@@ -76,8 +76,12 @@ bool OnParameterPicture(int controlId) {
 bool OnParameterPictureTimer(HWND dialog, UINT_PTR timer) {
     if (timer != kRepeatTimer)
         return false;
+    if (!gPressed.row) {
+        KillTimer(dialog, kRepeatTimer);
+        return true;
+    }
     POINT pointer = {};
-    if (gPressed.row && GetCursorPos(&pointer) && IsOver(gPressed.picture, pointer))
+    if (GetCursorPos(&pointer) && IsOver(gPressed.picture, pointer))
         StepToPressed();
     SetTimer(dialog, kRepeatTimer, kRepeatMs, nullptr);
     return true;

@@ -2,6 +2,7 @@
 
 #include "ui/fields/ParameterEdit.h"
 #include "ui/fields/ParameterValue.h"
+#include "ui/window/ForgedMessages.h"
 
 #include <commctrl.h>
 #include <windowsx.h>
@@ -13,6 +14,8 @@ constexpr UINT_PTR kTrackbarSubclassId = 1;
 LRESULT CALLBACK TrackbarProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR,
                               DWORD_PTR data) {
     ParameterControl *row = reinterpret_cast<ParameterControl *>(data);
+    if (IsForgedDestruction(window, message))
+        return 0;
     if (message == WM_NCDESTROY) {
         RemoveWindowSubclass(window, TrackbarProc, kTrackbarSubclassId);
         if (row->trackbar == window)

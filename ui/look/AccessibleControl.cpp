@@ -1,5 +1,7 @@
 #include "ui/look/AccessibleControl.h"
 
+#include "ui/window/ForgedMessages.h"
+
 #include <commctrl.h>
 #include <cwchar>
 #include <iterator>
@@ -59,8 +61,8 @@ struct AccessibleObject final : IAccessible {
     }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void **given) override {
-        const bool isOurs =
-            IsEqualIID(id, IID_IUnknown) || IsEqualIID(id, IID_IDispatch) || IsEqualIID(id, __uuidof(IAccessible));
+        const bool isOurs = IsEqualIID(id, IID_IUnknown) || IsEqualIID(id, IID_IDispatch) ||
+                            IsEqualIID(id, __uuidof(IAccessible));
         *given = isOurs ? static_cast<IAccessible *>(this) : nullptr;
         if (isOurs)
             AddRef();
@@ -140,8 +142,8 @@ struct AccessibleObject final : IAccessible {
         return Ask(&IAccessible::get_accSelection, children);
     }
     HRESULT STDMETHODCALLTYPE get_accDefaultAction(VARIANT child, BSTR *action) override {
-        return Says(child) ? GiveText(traits.action, action)
-                           : Ask(&IAccessible::get_accDefaultAction, child, action);
+        return Says(child) && traits.action ? GiveText(traits.action, action)
+                                            : Ask(&IAccessible::get_accDefaultAction, child, action);
     }
     HRESULT STDMETHODCALLTYPE accSelect(LONG flags, VARIANT child) override {
         return Ask(&IAccessible::accSelect, flags, child);
@@ -158,9 +160,9 @@ struct AccessibleObject final : IAccessible {
     }
     // Posted: a menu or a box that it opens must not hold up whoever asks.
     HRESULT STDMETHODCALLTYPE accDoDefaultAction(VARIANT child) override {
-        if (!Says(child))
+        if (!Says(child) || !traits.action)
             return Ask(&IAccessible::accDoDefaultAction, child);
-        if (!traits.action || !IsWindowEnabled(control))
+        if (!IsWindowEnabled(control))
             return DISP_E_MEMBERNOTFOUND;
         PostMessageW(GetParent(control), WM_COMMAND, MAKEWPARAM(GetDlgCtrlID(control), STN_CLICKED),
                      reinterpret_cast<LPARAM>(control));
@@ -171,9 +173,18 @@ struct AccessibleObject final : IAccessible {
         return Ask(&IAccessible::put_accValue, child, value);
     }
 
-    LONG State() const {
+    // What only the control itself knows.
+    LONG StandardState() {
+        VARIANT self = {}, state = {};
+        self.vt = VT_I4;
+        self.lVal = CHILDID_SELF;
+        if (traits.action || Ask(&IAccessible::get_accState, self, &state) != S_OK || state.vt != VT_I4)
+            return 0;
+        return state.lVal & (STATE_SYSTEM_EXPANDED | STATE_SYSTEM_COLLAPSED);
+    }
+    LONG State() {
         const LONG style = GetWindowLongW(control, GWL_STYLE);
-        LONG state = 0;
+        LONG state = StandardState();
         if (style & WS_TABSTOP)
             state |= STATE_SYSTEM_FOCUSABLE;
         if (GetFocus() == control)
@@ -202,6 +213,8 @@ LRESULT CALLBACK AccessibleProc(HWND window, UINT message, WPARAM wParam, LPARAM
     AccessibleObject *object = reinterpret_cast<AccessibleObject *>(data);
     if (message == WM_GETOBJECT && static_cast<LONG>(lParam) == static_cast<LONG>(OBJID_CLIENT))
         return LresultFromObject(__uuidof(IAccessible), wParam, object);
+    if (IsForgedDestruction(window, message))
+        return 0;
     if (message == WM_NCDESTROY) {
         RemoveWindowSubclass(window, AccessibleProc, id);
         ForgetObject(object);

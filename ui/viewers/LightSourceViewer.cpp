@@ -145,14 +145,16 @@ INT_PTR HandleLightSourceViewer(HWND dialog, UINT message, WPARAM wParam, LPARAM
         Open(dialog);
         return TRUE;
     case WM_NCCALCSIZE:
-        if (wParam)
+        if (wParam && lParam)
             NoteSizeChange(*reinterpret_cast<const NCCALCSIZE_PARAMS *>(lParam));
         return FALSE;
     case WM_WINDOWPOSCHANGED:
-        HandlePositionChange(dialog, *reinterpret_cast<const WINDOWPOS *>(lParam));
+        if (lParam)
+            HandlePositionChange(dialog, *reinterpret_cast<const WINDOWPOS *>(lParam));
         return FALSE;
     case WM_GETMINMAXINFO:
-        LimitSize(reinterpret_cast<MINMAXINFO *>(lParam));
+        if (lParam)
+            LimitSize(reinterpret_cast<MINMAXINFO *>(lParam));
         return FALSE;
     case WM_SIZE:
         return HandleSize(dialog, wParam);
