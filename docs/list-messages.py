@@ -3,7 +3,8 @@
 list-messages.py --check PAGE: tells what the page of messages lacks, with status 1.
 
 A message is put together from pieces in quotes; a piece is listed when it has two words. Values in it are written as
-"..." on the page.
+"..." on the page. Of the command line every text counts that is not known to be something else; of the dialog, what is
+told to the user and not only to the log; of the installer and of the Linux starter, what they show.
 """
 import pathlib
 import re
@@ -12,9 +13,17 @@ import sys
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 CALLS = re.compile(r"\b(Fail\w*|Refuse|say|PrintProblem|kUserMessage|drop|Note)\(|kUserMessage|dropped\.push_back|reason =|\.refusal =")
 # Files of texts that stand in tables or behind names.
-TABLES = ["host/program/ResultText.cpp", "host/pictures/PictureKind.cpp", "plugin/parameters/ScriptReader.cpp",
+TABLES = ["plugin/parameters/ScriptReader.cpp",
           "plugin/record/HostImage.cpp", "storage/ParameterFiles.cpp", "storage/ParameterSetFiles.cpp",
-          "host/metadata/ExifTree.cpp", "ui/settings/ParameterFileCommands.cpp"]
+          "ui/settings/ParameterFileCommands.cpp"]
+# Texts of the command line that are no messages: what goes into files, names of things, what is looked for, questions to
+# another filter and its faults, which stand after "the plug-in misbehaved", and what goes wrong in a test alone.
+NOT_TOLD_FILES = ["host/options/HelpText.cpp", "host/program/LightFiles.cpp", "host/options/ParameterOptions.cpp",
+                  "host/metadata/PngChunks.cpp", "host/metadata/PngGamma.cpp", "host/base/UnixFile.cpp",
+                  "host/base/CommandLine.cpp", "host/sheet/SheetText.cpp", "web/UpdateRequest.cpp"]
+NOT_TOLD = re.compile(r"AddViolation|ReportLeaks|logic_error|invalid_argument|snprintf\(code|starts_with\(|journal 1|dialogName =")
+SHOWN = re.compile(r'MessageBox [A-Z_|]+ "((?:\$\\"|[^"])*)"')
+ECHOED = re.compile(r'echo "([^"]*)" >&2')
 LITERAL = re.compile(r'"((?:[^"\\]|\\.)*)"')
 
 
@@ -34,15 +43,26 @@ def pieces(literal):
             yield piece
 
 
+def scripts():
+    """Texts of the installer and of the starter, with their variables as values."""
+    for name, shown in (("cmake/package/installer.nsi", SHOWN), ("brillatrix", ECHOED)):
+        for text in shown.findall((ROOT / name).read_text(encoding="utf-8")):
+            text = re.sub(r"\$\\r|\$\\n", "\n", text).replace('$\\"', '"')
+            for piece in pieces(re.sub(r"\$\{?\w+\}?", "...", text).replace("\n", "\\n")):
+                yield name, piece
+
+
 def messages():
-    found = {}
+    found = {piece: name for name, piece in scripts()}
     for room in ("host", "plugin", "ui", "storage", "web"):
         for path in sorted((ROOT / room).rglob("*.cpp")):
             name = path.relative_to(ROOT).as_posix()
-            if name.startswith("host/services") or name in ("host/options/HelpText.cpp", "web/UpdateRequest.cpp"):
+            if name.startswith("host/services") or name in NOT_TOLD_FILES:
                 continue
             for statement in statements(path.read_text(encoding="utf-8")):
-                if re.search("kDebugMessage|ReportDebug|kSystemError", statement) or not (name in TABLES or CALLS.search(statement)):
+                if re.search("kDebugMessage|ReportDebug|kSystemError", statement) or NOT_TOLD.search(statement):
+                    continue
+                if not (room == "host" or name in TABLES or CALLS.search(statement)):
                     continue
                 for literal in LITERAL.findall(statement):
                     for piece in pieces(literal):

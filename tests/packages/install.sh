@@ -13,7 +13,8 @@ drive="$work/wine/drive_c" own='C:\Own\Filters'
 run() { "$root/cmake/wine-run.sh" "$@" </dev/null; }
 registry() { wine reg "$@" </dev/null 2>/dev/null | tr -d '\r'; }
 user_path() { registry query 'HKLM\SYSTEM\CurrentControlSet\Control\Session Manager\Environment' /v Path; }
-# All files and folders but the system's own and the user's.
+# All files and folders but the system's own and the user's: sets, settings, logs and the command line's last run, which the
+# guide says are left.
 listing() {
     (cd "$drive" && find . -path ./windows -prune -o -path '*/Nexorvanta/Brillatrix' -prune -o -path '*/BrillatrixHost' -prune \
         -o -path '*/Temp/*' -prune -o -print | grep -v '/Nexorvanta$' | sort)
