@@ -5,7 +5,7 @@
 
 namespace host {
 
-constexpr uint8_t kQuantisation = 0xDB, kScan = 0xDA, kComment = 0xFE;
+constexpr uint8_t kQuantisation = 0xDB, kScan = 0xDA, kComment = 0xFE, kFirstFrame = 0xC0;
 constexpr size_t kStart = 2; // behind the mark of the file's start
 constexpr int kCells = 64;
 
@@ -86,6 +86,18 @@ int32_t EstimateJpegQuality(const Bytes &file) {
             return NearestQuality(table, isWide);
     }
     return 0;
+}
+
+// Of the frame's header: six bytes of depth and size, then three a channel, of which the second has its
+// resolution across and down.
+bool HalvesJpegColour(const Bytes &file) {
+    Segment segment;
+    for (size_t at = kStart; NextSegment(file.data(), file.size(), &at, &segment);)
+        if (segment.marker >= kFirstFrame && segment.marker <= kFirstFrame + 2 && segment.length >= 15) {
+            const uint8_t *channels = file.data() + segment.at + 6;
+            return channels[1] == 0x22 && channels[4] == 0x11 && channels[7] == 0x11;
+        }
+    return false;
 }
 
 std::vector<Bytes> ReadJpegComments(const Bytes &file) {

@@ -11,6 +11,9 @@ namespace host {
 // The quality, 1..100, whose usual luminance table comes nearest to the file's; 0 when it has none.
 int32_t EstimateJpegQuality(const Bytes &file);
 
+// Whether its colours have half the resolution both ways. Not so for other ways of saving on them.
+bool HalvesJpegColour(const Bytes &file);
+
 // The comments, each as its bytes.
 std::vector<Bytes> ReadJpegComments(const Bytes &file);
 // Comment segments as they stand in a file, and where in a JPEG they belong.

@@ -105,6 +105,8 @@ bool CanHoldPicture(const std::wstring &path, const Picture &picture, std::strin
     if (!format->holdsDepth[depth])
         return Fail(why, std::string("a .") + format->ending + " file cannot hold " + kDepthNames[depth] +
                              " samples; use " + kInstead[depth] + ", or --depth");
+    if (format->kind == PictureKind::kTiff && options.compression == kVipsTiffJpeg && picture.depth != 8)
+        return Fail(why, "JPEG compression in a .tif file holds 8-bit samples alone; use --depth 8");
     if (!format->holdsColour && picture.colourPlanes == 3)
         return Fail(why,
                     std::string("a .") + format->ending + " file cannot hold colour; use ppm, png or tif");
@@ -113,6 +115,22 @@ bool CanHoldPicture(const std::wstring &path, const Picture &picture, std::strin
 
 static bool Says(const PictureOrigin &origin, const char *field) {
     return origin.fields && Vips().vips_image_get_typeof(origin.fields.get(), field) != 0;
+}
+
+// What was asked for and means nothing to the kind.
+static void AddIgnored(const FileFormat &format, const WriteOptions &options,
+                       std::vector<std::string> *dropped) {
+    const PictureKind kind = format.kind;
+    const bool isTiff = kind == PictureKind::kTiff, isJpeg = kind == PictureKind::kJpeg;
+    const bool isAvif = kind == PictureKind::kAvif;
+    const bool hasQuality = isJpeg || isAvif || kind == PictureKind::kWebp || isTiff;
+    const auto ignore = [&](bool isIgnored, const char *option) {
+        if (isIgnored)
+            dropped->push_back(std::string(option) + " means nothing to a ." + format.ending + " file");
+    };
+    ignore(options.quality != 0 && !hasQuality, "--quality");
+    ignore(options.compression != kVipsTiffAsInput && !isTiff, "--compression");
+    ignore(options.subsampling != Subsampling::kAsInput && !isJpeg && !isAvif, "--subsampling");
 }
 
 std::vector<std::string> ListDropped(const std::wstring &path, const Picture &picture,
@@ -139,6 +157,11 @@ std::vector<std::string> ListDropped(const std::wstring &path, const Picture &pi
         if (text.keyword != "Comment" && !text.keyword.starts_with("date:"))
             keywords += (keywords.empty() ? "" : ", ") + text.keyword;
     drop(keeps && !isPng && !keywords.empty(), ("the text (" + keywords + ") is").c_str());
+    AddIgnored(*format, options, &dropped);
+    if ((format->metadata & kXmp) && LosesXmpWithPlace(origin, options))
+        dropped.push_back("the XMP data is dropped: it tells the GPS position");
+    if (format->kind == PictureKind::kTiff && LosesCompression(origin, options, picture.depth))
+        dropped.push_back("the compression of the photo's file cannot be written: the result has none");
     if (format->kind == PictureKind::kGif)
         dropped.push_back("the colours are reduced to 256: a .gif file has no room for more");
     if (format->kind == PictureKind::kAvif && picture.depth == 16)

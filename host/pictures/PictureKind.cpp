@@ -105,6 +105,7 @@ static bool TellTiff(const Bytes &file, PictureOrigin *origin, std::string *why)
 static void TellOrigin(const Bytes &file, PictureOrigin *origin) {
     if (origin->kind == PictureKind::kJpeg) {
         origin->quality = EstimateJpegQuality(file);
+        origin->halvesColour = HalvesJpegColour(file);
         origin->comments = ReadJpegComments(file);
     }
     if (origin->kind == PictureKind::kPng)

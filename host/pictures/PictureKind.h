@@ -20,7 +20,7 @@ enum class PictureKind { kNone, kJpeg, kPng, kTiff, kWebp, kAvif, kGif, kNetpbm,
 struct PictureOrigin {
     PictureKind kind = PictureKind::kNone;
     int32_t quality = 0;                // of JPEG, 1..100, estimated from its tables; 0: unknown
-    bool halvesColour = false;          // JPEG: colours at half the resolution
+    bool halvesColour = false;          // JPEG: colours at half the resolution both ways
     bool isLossless = false;            // WebP
     uint32_t compression = 1;           // TIFF: the tag's number; 1: none
     bool hasPredictor = false;          // TIFF

@@ -244,10 +244,6 @@ static void TakeTiffFields(const Bytes &file, VipsImage *fields) {
 }
 
 static void TakeOrigin(const Bytes &file, VipsImage *image, PictureOrigin *origin) {
-    const char *subsampling = nullptr;
-    if (HasField(image, "jpeg-chroma-subsample") &&
-        Vips().vips_image_get_string(image, "jpeg-chroma-subsample", &subsampling) == 0)
-        origin->halvesColour = std::strstr(subsampling, "4:4:4") == nullptr;
     origin->frames = Vips().vips_image_get_n_pages(image);
     if (origin->frames > 1)
         origin->notes.push_back("it holds " + std::to_string(origin->frames) +

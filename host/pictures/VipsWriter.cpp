@@ -5,9 +5,11 @@
 #include "host/metadata/ExifTree.h"
 #include "host/metadata/IptcBlock.h"
 #include "host/metadata/JpegSegments.h"
+#include "host/metadata/TiffDirectory.h"
 #include "host/pictures/VipsLibrary.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -75,7 +77,16 @@ static bool MayTellPlace(VipsImage *image, const char *name) {
     size_t length = 0;
     if (Vips().vips_image_get_blob(image, name, &data, &length) != 0)
         return true;
-    return std::string_view(static_cast<const char *>(data), length).find("GPS") != std::string_view::npos;
+    std::string text(static_cast<const char *>(data), length);
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return text.find("GPS") != std::string::npos;
+}
+
+bool LosesXmpWithPlace(const PictureOrigin &origin, const WriteOptions &options) {
+    return options.metadata == MetadataChoice::kNoPlace && origin.fields &&
+           Vips().vips_image_get_typeof(origin.fields.get(), "xmp-data") != 0 &&
+           MayTellPlace(origin.fields.get(), "xmp-data");
 }
 
 // Whether a field describes the samples; those are every image's own.
@@ -225,15 +236,24 @@ static int TiffCompression(uint32_t tag) {
     }
 }
 
+static int TiffCompressionFor(const PictureOrigin &origin, const WriteOptions &options, int32_t depth) {
+    if (options.compression != kVipsTiffAsInput)
+        return options.compression;
+    const int own = origin.kind == PictureKind::kTiff ? TiffCompression(origin.compression) : kVipsTiffNone;
+    return own == kVipsTiffJpeg && depth != 8 ? static_cast<int>(kVipsTiffNone) : own;
+}
+
+bool LosesCompression(const PictureOrigin &origin, const WriteOptions &options, int32_t depth) {
+    return origin.kind == PictureKind::kTiff && origin.compression != kTiffUncompressed &&
+           options.compression == kVipsTiffAsInput &&
+           TiffCompressionFor(origin, options, depth) == kVipsTiffNone;
+}
+
 static int SaveTiff(VipsImage *image, const char *path, const PictureOrigin &origin,
                     const WriteOptions &options) {
     const bool isAlike = options.compression == kVipsTiffAsInput;
     const int samples = Vips().vips_image_get_format(image);
-    int compression = isAlike && origin.kind == PictureKind::kTiff ? TiffCompression(origin.compression)
-                      : isAlike                                    ? static_cast<int>(kVipsTiffNone)
-                                                                   : options.compression;
-    if (compression == kVipsTiffJpeg && samples != kVipsUChar)
-        compression = kVipsTiffNone;
+    const int compression = TiffCompressionFor(origin, options, samples == kVipsUChar ? 8 : 16);
     const bool predicts = !isAlike || origin.hasPredictor;
     const int predictor = !predicts ? 1 : samples == kVipsFloat ? 3 : 2;
     const int64_t bytes = int64_t{Vips().vips_image_get_width(image)} * Vips().vips_image_get_height(image) *

@@ -14,6 +14,11 @@ constexpr int32_t kDefaultJpegQuality = 95;
 // What a JPEG will be written with.
 int32_t JpegQuality(const PictureOrigin &origin, const WriteOptions &options);
 
+// Whether the photo's XMP data go, because they tell the place.
+bool LosesXmpWithPlace(const PictureOrigin &origin, const WriteOptions &options);
+// Whether a TIFF's own compression cannot be written, so that the result has none.
+bool LosesCompression(const PictureOrigin &origin, const WriteOptions &options, int32_t depth);
+
 // The picture has a depth and planes that the format can hold; what it cannot hold besides is dropped.
 // False with an empty reason when cancelled.
 bool WriteWithLibrary(PictureKind kind, const Picture &picture, const PictureOrigin &origin,

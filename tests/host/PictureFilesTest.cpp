@@ -221,6 +221,19 @@ TEST(PictureFiles, SaysWhatAnEndingCannotHold) {
     }
     EXPECT_EQ(host::ListDropped(L"a.jpg", eight, {}, {}).size(), 1u);
     EXPECT_TRUE(host::ListDropped(L"a.png", eight, {}, {}).empty());
+    const host::WriteOptions asked{90, host::Subsampling::k444, host::kVipsTiffJpeg};
+    host::PictureOrigin fax;
+    fax.kind = host::PictureKind::kTiff;
+    fax.compression = 4;
+    std::string why;
+    EXPECT_EQ(host::ListDropped(L"a.png", eight, {}, asked).size(), 3u);
+    EXPECT_EQ(host::ListDropped(L"a.tif", eight, fax, asked).size(), 1u);
+    EXPECT_EQ(host::ListDropped(L"a.tif", eight, fax, {}).size(), 1u);
+    EXPECT_FALSE(host::CanHoldPicture(L"a.tif", sixteen, &why, asked));
+    Bytes frame = {0xFF, 0xD8, 0xFF, 0xC0, 0, 17, 8, 0, 9, 0, 9, 3, 1, 0x22, 0, 2, 0x11, 1, 3, 0x11, 1};
+    EXPECT_TRUE(host::TellPictureKind(frame, &fax, &why) && fax.halvesColour);
+    frame[13] = 0x21; // half across alone
+    EXPECT_TRUE(host::TellPictureKind(frame, &fax, &why) && !fax.halvesColour);
 }
 
 // A photo with metadata of every kind, as a camera and an archive leave it: EXIF with a place, lying on its
