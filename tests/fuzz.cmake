@@ -16,7 +16,7 @@ endfunction()
 
 add_custom_target(fuzz_targets)
 brillatrix_fuzz(detection 200 fuzz/DetectionFuzz.cpp engine recording_diag)
-brillatrix_fuzz(render 200 fuzz/RenderFuzz.cpp render engine recording_diag)
+brillatrix_fuzz(render 700 fuzz/RenderFuzz.cpp render engine recording_diag)
 
 # The host's readers that know nothing of Windows.
 brillatrix_library(portable_readers EXCLUDE_FROM_ALL ../host/base/ByteStream.cpp ../host/metadata/ExifTree.cpp

@@ -10,14 +10,14 @@
 
 namespace {
 
-// Sides beyond 1200 are reduced first; such pictures are thin.
+// Sides beyond 1200 are reduced first; such pictures are thin. Flat areas need some 140 pixels each way.
 IntRect TakeBounds(CaseBytes *from) {
-    const int32_t shape = from->Pick(0, 15), side = from->Pick(1, 200);
-    int32_t width = shape > 13 ? from->Pick(1000, 9000) : from->Pick(1, 200),
+    const int32_t shape = from->Pick(0, 15), least = shape & 2 ? 160 : 1, side = from->Pick(least, 240);
+    int32_t width = shape > 13 ? from->Pick(1000, 9000) : from->Pick(least, 240),
             height = shape > 13 ? side % 12 + 1 : side;
     if (shape & 1)
         std::swap(width, height);
-    const int32_t far = shape & 2 ? 32767 : 300;
+    const int32_t far = shape & 1 ? 32767 : 300;
     const int32_t left = shape & 4 ? from->Pick(-far, far) : 0, top = shape & 8 ? from->Pick(-far, far) : 0;
     return {left, top, left + width, top + height};
 }

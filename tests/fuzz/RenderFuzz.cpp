@@ -27,6 +27,8 @@ RenderSettings TakeSettings(CaseBytes *from) {
 }
 
 IntRect TakeTarget(CaseBytes *from, const IntRect &bounds) {
+    if (from->Pick(0, 1) == 0)
+        return bounds;
     const int32_t left = from->Pick(bounds.left - 3, bounds.right - 1);
     const int32_t top = from->Pick(bounds.top - 3, bounds.bottom - 1);
     return {left, top, from->Pick(left + 1, bounds.right + 3), from->Pick(top + 1, bounds.bottom + 3)};
@@ -83,7 +85,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length) {
     gFloor = kFloors[from.Pick(0, 3)];
     gPreciseMode = from.Pick(0, 1) == 0;
     SetImageGeometry({0, 0, from.Pick(1, 1200), from.Pick(1, 1200)});
-    const int32_t step = from.Pick(0, 3) == 0 ? from.Pick(20, 80) : 200, workers = from.Pick(1, 4);
+    const int32_t step = from.Pick(0, 1) == 0 ? from.Pick(20, 80) : 200, workers = from.Pick(1, 4);
     c.lights = TakeLights(&from, bounds);
     const TestImage expected(source.buffer.imageMode, source.buffer.bytesPerSample,
                              source.buffer.transparencyPlanes, c.target);

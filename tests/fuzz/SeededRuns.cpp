@@ -29,10 +29,10 @@ static Bytes MakeCase(const std::vector<Bytes> &corpus, uint64_t number) {
     std::mt19937_64 random(number);
     Bytes made(random() % 400);
     std::generate(made.begin(), made.end(), [&random] { return static_cast<uint8_t>(random()); });
-    if (random() % 4 == 0)
+    if (random() % 2 == 0)
         return made;
     made = corpus[random() % corpus.size()];
-    for (uint64_t i = random() % 8; i > 0 && !made.empty(); --i)
+    for (uint64_t i = random() % 30; i > 0 && !made.empty(); --i)
         made[random() % made.size()] = static_cast<uint8_t>(random());
     return made;
 }
