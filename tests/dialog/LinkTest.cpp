@@ -88,6 +88,8 @@ TEST_F(Links, TheAboutBoxOpensItsAddressesAndTellsWhatItCannotOpen) {
             SendDlgItemMessageA(box, id, BM_CLICK, 0, 0);
         }
         EXPECT_EQ(gAnswers.opened, addresses);
+        for (const UINT message : {WM_DRAWITEM, WM_SETTINGCHANGE}) // without a record, which must not end it
+            SendMessageA(box, message, 0, 0);
         wchar_t text[100] = L"";
         GetDlgItemTextW(box, kAboutUpdateLinkId, text, 100);
         EXPECT_STREQ(text, kNotice);

@@ -77,6 +77,17 @@ void ShowGuideLink(HWND dialog) {
     ShowWindow(GetDlgItem(dialog, kAboutGuideLinkId), SW_SHOW);
 }
 
+void Dress(HWND dialog) {
+    DressControls(dialog);
+    DressCaption(dialog);
+}
+
+void OnColorsChanged(HWND dialog) {
+    ReadLook();
+    Dress(dialog);
+    RedrawWindow(dialog, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
+}
+
 // Message boxes belong to the topmost window of ours.
 void OnInit(HWND dialog, MessageBoxOwner *owner) {
     SetWindowLongPtrA(dialog, DWLP_USER, reinterpret_cast<LONG_PTR>(owner));
@@ -87,8 +98,7 @@ void OnInit(HWND dialog, MessageBoxOwner *owner) {
             SetLinkText(GetDlgItem(dialog, link.id), ShownAddress(link.address));
     ShowGuideLink(dialog);
     ShowUpdateControls(dialog);
-    DressControls(dialog);
-    DressCaption(dialog);
+    Dress(dialog);
     SetFocus(GetDlgItem(dialog, IDOK));
 }
 
@@ -164,6 +174,11 @@ INT_PTR CALLBACK AboutProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lPar
         return FALSE;
     case WM_COMMAND:
         return OnCommand(dialog, LOWORD(wParam), HIWORD(wParam));
+    case WM_SETTINGCHANGE:
+    case WM_SYSCOLORCHANGE:
+    case WM_THEMECHANGED:
+        OnColorsChanged(dialog);
+        return FALSE;
     case WM_CTLCOLORDLG:
     case WM_CTLCOLORSTATIC:
     case WM_CTLCOLORBTN:

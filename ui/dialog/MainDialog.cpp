@@ -20,6 +20,7 @@
 #include "ui/look/DialogPictures.h"
 #include "ui/paint/PaintedControls.h"
 #include "ui/preview/PreviewRequest.h"
+#include "ui/preview/ProxyUpdateTask.h"
 #include "ui/settings/SettingsMenu.h"
 #include "ui/view/FirstView.h"
 #include "ui/view/StateLine.h"
@@ -152,8 +153,9 @@ void OnDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
     FitTooltipsToScale(gMainDialog.tooltips);
 }
 
+// What came last may be anybody's word.
 void RefreshStateLine(HWND dialog) {
-    ShowStateLine(dialog, DialogParameters()->threshold, gMainDialog.progressTotal != 0,
+    ShowStateLine(dialog, DialogParameters()->threshold, gMainDialog.progressTotal != 0 && IsPreviewInWork(),
                   NoColorTextOf(GetFocus()));
 }
 
@@ -323,7 +325,8 @@ INT_PTR HandleMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
         return TRUE;
     case WM_SETTINGCHANGE:
         TellControls(dialog, message, wParam, lParam);
-        if (ReadLook())
+        ReadLook();
+        if (IsDarkLook() != gMainDialog.isDark)
             OnColorsChanged(dialog);
         return FALSE;
     case WM_SYSCOLORCHANGE:

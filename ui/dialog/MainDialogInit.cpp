@@ -156,6 +156,7 @@ void InitializeMainDialog(HWND dialog) {
 }
 
 void DressMainDialog(HWND dialog) {
+    gMainDialog.isDark = IsDarkLook();
     DressControls(dialog);
     DressTooltips(gMainDialog.tooltips);
     DressCaption(dialog);

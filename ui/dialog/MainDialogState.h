@@ -28,6 +28,7 @@ struct MainDialog {
     RECT rect;          // of the window, screen; kept up to date while the window is no icon
     RECT initialRect;   // as it was made from the template; empty before it is recorded
     bool isTouched;     // a key, a button or the wheel was used
+    bool isDark;        // as it is dressed; the look may have been read anew for another window
     bool isCloaked;     // nobody sees it until it is painted
     HWND tooltips;
     HHOOK hook;

@@ -183,6 +183,7 @@ void EndView(Serving *serving) {
 // Nothing more is missing, or nothing more can be made.
 void EndServing(Serving *serving) {
     EndQuiet(serving);
+    gProxyUpdate.requestsServed = gProxyUpdate.requestsTaken;
     PostProgress(0, 0);
     Flush(*serving);
 }

@@ -56,6 +56,7 @@ bool TakeRequest() {
     const bool isTaken = !gProxyUpdate.isStopping && gProxyUpdate.requests > 0;
     if (isTaken) {
         gProxyUpdate.working = gProxyUpdate.inWork = gProxyUpdate.shared;
+        gProxyUpdate.requestsTaken = gProxyUpdate.requests;
         RaiseCancelFlags(0);
     }
     UnlockRequests();

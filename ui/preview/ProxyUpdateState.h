@@ -18,16 +18,18 @@ struct ProxyUpdateTask {
 
     PreviewRequest staging; // dialog's thread
     PreviewRequest shared;
-    uint32_t requests;     // handed over so far
+    uint32_t requests;     // handed over so far, by the dialog's thread
     PreviewRequest inWork; // as it was taken
     IntRect tileInWork;    // document; empty when none is
     bool isStopping;
+    std::atomic<uint32_t> requestsServed; // up to this one
     PreviewCancelFlags cancel;            // read by the renderers without the lock
     std::atomic<uint8_t> stopDraft;       // a draft is not cancelled but when it takes too long, or to stop
     std::atomic<uint32_t> draftStartTime; // of a draft that may take too long; 0: none is
 
     // The task's own.
     PreviewRequest working;
+    uint32_t requestsTaken;     // `requests` when it was taken
     bool isViewUnfinished;      // the last request's exact view
     double nanosecondsPerPixel; // that the last exact view took, or took at least
     double flushedZoom;         // of the last flush; 0: none yet

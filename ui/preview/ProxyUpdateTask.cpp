@@ -118,7 +118,8 @@ void ResetTask(HWND display, HWND dialog) {
     gProxyUpdate.dialog = dialog;
     gProxyUpdate.staging = gProxyUpdate.shared = gProxyUpdate.working = PreviewRequest{};
     gProxyUpdate.inWork = PreviewRequest{};
-    gProxyUpdate.requests = 0;
+    gProxyUpdate.requests = gProxyUpdate.requestsTaken = 0;
+    gProxyUpdate.requestsServed = 0;
     gProxyUpdate.tileInWork = IntRect{};
     gProxyUpdate.stopDraft = 0;
     gProxyUpdate.draftStartTime = 0;
@@ -175,6 +176,10 @@ void RequestPreview(const PreviewRequest &request) {
     UnlockRequests();
     if (gProxyUpdate.ParametersAvailableEvent)
         SetEvent(gProxyUpdate.ParametersAvailableEvent);
+}
+
+bool IsPreviewInWork() {
+    return gProxyUpdate.thread && gProxyUpdate.requests != gProxyUpdate.requestsServed;
 }
 
 void StopProxyUpdateTask() {

@@ -24,5 +24,8 @@ bool StartProxyUpdateTask(HWND display, const PreviewSource &source);
 // makes useless. Never waits for a render.
 void RequestPreview(const PreviewRequest &request);
 
+// A request is not served yet, or is being served.
+bool IsPreviewInWork();
+
 // Call it when the display is destroyed. Ends the task, whatever it is doing, and gives everything back.
 void StopProxyUpdateTask();

@@ -31,6 +31,27 @@ void SetLine(HWND line, const wchar_t *text) {
         SetWindowTextW(line, text);
 }
 
+bool HasRoom(HWND line, const wchar_t *text) {
+    const HDC dc = GetDC(line);
+    if (!dc)
+        return false;
+    const HGDIOBJ old = SelectObject(dc, reinterpret_cast<HGDIOBJ>(SendMessageW(line, WM_GETFONT, 0, 0)));
+    RECT area = {};
+    SIZE size = {};
+    const bool isKnown =
+        GetClientRect(line, &area) && GetTextExtentPoint32W(dc, text, static_cast<int>(wcslen(text)), &size);
+    if (old)
+        SelectObject(dc, old);
+    ReleaseDC(line, dc);
+    return isKnown && size.cx <= area.right;
+}
+
+// What is hidden may have to stay unsaid.
+bool FormatFitting(HWND line, const LightCounts &counts, wchar_t *text, size_t capacity) {
+    return (FormatLightCounts(counts, true, text, capacity) && HasRoom(line, text)) ||
+           FormatLightCounts(counts, false, text, capacity);
+}
+
 } // namespace
 
 LightCounts CountLights(int32_t threshold) {
@@ -48,17 +69,18 @@ LightCounts CountLights(int32_t threshold) {
     return counts;
 }
 
-bool FormatLightCounts(const LightCounts &counts, wchar_t *text, size_t capacity) {
+bool FormatLightCounts(const LightCounts &counts, bool isLong, wchar_t *text, size_t capacity) {
     if (counts.all == 0)
         return swprintf(text, capacity, L"No lights found") >= 0;
-    wchar_t more[48] = L"";
-    if (counts.withStars > 0 && counts.starsInView == 0) // there is no room for both
-        wcscpy(more, L", no star in view, Ctrl+O shows all");
-    else if (counts.hidden > 0)
-        swprintf(more, std::size(more), L", %u hidden", counts.hidden);
-    const bool fits = swprintf(text, capacity, L"%u %ls, %u with %ls%ls", counts.all,
+    wchar_t hidden[32] = L"";
+    const wchar_t *inView = L"";
+    if (counts.withStars > 0 && counts.starsInView == 0)
+        inView = L", no star in view, Ctrl+O shows all";
+    if (counts.hidden > 0 && (isLong || !*inView))
+        swprintf(hidden, std::size(hidden), L", %u hidden", counts.hidden);
+    const bool fits = swprintf(text, capacity, L"%u %ls, %u with %ls%ls%ls", counts.all,
                                counts.all == 1 ? L"light" : L"lights", counts.withStars,
-                               counts.withStars == 1 ? L"a star" : L"stars", more) >= 0;
+                               counts.withStars == 1 ? L"a star" : L"stars", hidden, inView) >= 0;
     if (!fits && capacity > 0)
         *text = L'\0';
     return fits;
@@ -78,7 +100,7 @@ void ShowStateLine(HWND dialog, int32_t threshold, bool isWorking, const wchar_t
     const HWND line = GetDlgItem(dialog, kStateLineId);
     wchar_t text[kLineCapacity];
     const bool isShown = line && gViewTools.tableReady && !isWorking &&
-                         (instead || FormatLightCounts(CountLights(threshold), text, std::size(text)));
+                         (instead || FormatFitting(line, CountLights(threshold), text, std::size(text)));
     if (isShown)
         SetLine(line, instead ? instead : text);
     ShowControl(line, isShown);

@@ -14,7 +14,7 @@ struct LightCounts {
 // Of the light source table, for the present view.
 LightCounts CountLights(int32_t threshold);
 // False, with an empty text, when it does not fit.
-bool FormatLightCounts(const LightCounts &counts, wchar_t *text, size_t capacity);
+bool FormatLightCounts(const LightCounts &counts, bool isLong, wchar_t *text, size_t capacity);
 
 // Makes the line in the place of the progress bar, before the layout is recorded.
 void AddStateLine(HWND dialog);
