@@ -43,9 +43,8 @@ written=$(mktemp -d)
 trap 'rm -rf "$written"' EXIT
 run_again "$@" >"$written/out" 2>"$written/err"
 # Now and then Wine fails to start a program at all: it has said nothing then.
-if [ $status -ne 0 ] && [ ! -s "$written/out" ] && [ ! -s "$written/err" ]; then
-    status=0
-    wine "$@" >"$written/out" 2>"$written/err" || status=$?
+if [ "$status" -ne 0 ] && [ ! -s "$written/out" ] && [ ! -s "$written/err" ]; then
+    run_again "$@" >"$written/out" 2>"$written/err"
 fi
 cat "$written/out"
 cat "$written/err" >&2
