@@ -18,6 +18,21 @@ else()
     set(BRILLATRIX_BUILD_NAME native)
 endif()
 
+# What nearly every test includes, read once: most of a clean build's time was spent on it. Every source includes what it
+# uses all the same: a compiler cache, which knows no precompiled headers, builds without.
+set(precompiled_tests ON)
+if(CMAKE_CXX_COMPILER_LAUNCHER)
+    set(precompiled_tests OFF)
+endif()
+if(precompiled_tests)
+    file(GENERATE OUTPUT ${CMAKE_BINARY_DIR}/precompiled_tests.cpp CONTENT "")
+    add_library(precompiled_tests OBJECT ${CMAKE_BINARY_DIR}/precompiled_tests.cpp)
+    target_link_libraries(precompiled_tests PRIVATE brillatrix_options gtest)
+    target_compile_options(precompiled_tests PRIVATE -O1)
+    target_precompile_headers(precompiled_tests PRIVATE <gtest/gtest.h> <algorithm> <filesystem> <functional> <string> <vector>
+        $<$<BOOL:${WIN32}>:<windows.h$<ANGLE-R>>)
+endif()
+
 # One test program: brillatrix_test(name [DESKTOP] LIBS lib... SOURCES file...). Each GoogleTest case becomes a ctest
 # test, named after the build, the program and the case. DESKTOP: its cases need the focus, the pointer or the clipboard
 # for themselves, so only one of them runs at a time.
@@ -32,6 +47,10 @@ function(brillatrix_test name)
     endif()
     add_executable(${name} ${T_SOURCES})
     target_link_libraries(${name} PRIVATE brillatrix_options ${T_LIBS} gtest gtest_main)
+    target_compile_options(${name} PRIVATE -O1) # built faster than they would run faster
+    if(precompiled_tests)
+        target_precompile_headers(${name} REUSE_FROM precompiled_tests)
+    endif()
     gtest_discover_tests(${name} TEST_PREFIX ${BRILLATRIX_BUILD_NAME}.${name}. DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST
         PROPERTIES TIMEOUT ${T_TIMEOUT} ${desktop})
 endfunction()

@@ -17,8 +17,9 @@ target_compile_options(brillatrix_options INTERFACE
 if(WIN32)
     target_compile_definitions(brillatrix_options INTERFACE
         WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601 WINVER=0x0601 __USE_MINGW_ANSI_STDIO=1)
+    add_compile_options(-fstack-protector-strong)
     # No time of linking in the modules: the same sources give the same bytes.
-    add_link_options(-static -static-libgcc -static-libstdc++ -Wl,--no-insert-timestamp)
+    add_link_options(-fstack-protector-strong -static -static-libgcc -static-libstdc++ -Wl,--no-insert-timestamp)
 endif()
 if(BRILLATRIX_SANITIZE)
     add_compile_options(-fsanitize=${BRILLATRIX_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -O1)

@@ -12,6 +12,7 @@
 #include <cctype>
 #include <cstring>
 #include <set>
+#include <string_view>
 #include <windows.h>
 
 namespace {
@@ -75,6 +76,27 @@ TEST_F(BuiltModule, ImportsSystemLibrariesOnly) {
         std::transform(dll.begin(), dll.end(), dll.begin(), [](unsigned char c) { return std::tolower(c); });
         EXPECT_TRUE(allowed.contains(dll)) << import;
     }
+}
+
+// Data never runs, code is never written, addresses are drawn at every load, and overrun arrays are noticed.
+TEST_F(BuiltModule, IsHardened) {
+    const auto *base = reinterpret_cast<const uint8_t *>(module);
+    const auto *headers = reinterpret_cast<const IMAGE_NT_HEADERS64 *>(
+        base + reinterpret_cast<const IMAGE_DOS_HEADER *>(base)->e_lfanew);
+    constexpr WORD kWanted = IMAGE_DLLCHARACTERISTICS_HIGH_ENTROPY_VA | IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE |
+                             IMAGE_DLLCHARACTERISTICS_NX_COMPAT;
+    EXPECT_EQ(headers->OptionalHeader.DllCharacteristics & kWanted, kWanted);
+    const IMAGE_SECTION_HEADER *section = IMAGE_FIRST_SECTION(headers);
+    constexpr std::string_view kGuard = "stack smashing detected";
+    bool guarded = false;
+    for (int i = 0; i < headers->FileHeader.NumberOfSections; i++) {
+        constexpr DWORD kBoth = IMAGE_SCN_MEM_WRITE | IMAGE_SCN_MEM_EXECUTE;
+        EXPECT_NE(section[i].Characteristics & kBoth, kBoth) << i;
+        const char *data = reinterpret_cast<const char *>(base + section[i].VirtualAddress);
+        if (!(section[i].Characteristics & IMAGE_SCN_MEM_DISCARDABLE))
+            guarded |= std::string_view(data, section[i].Misc.VirtualSize).find(kGuard) != std::string::npos;
+    }
+    EXPECT_TRUE(guarded);
 }
 
 // The bytes are what hosts and recorded actions know the filter by.
