@@ -23,9 +23,10 @@ run() {
     child=""
 }
 # Once in some hundred times Wine does not start: none of the program's own statuses (below 8), nor a signal's.
+not_started() { [ "$status" -gt 7 ] && [ "$status" -lt 128 ] || [ "$status" -eq 1 ]; }
 run_again() {
     run "$@"
-    while [ "$status" -gt 7 ] && [ "$status" -lt 128 ] || [ "$status" -eq 1 ]; do
+    while not_started; do
         [ "${BRILLATRIX_WINE_RETRIES:-0}" -gt 0 ] || break
         BRILLATRIX_WINE_RETRIES=$((BRILLATRIX_WINE_RETRIES - 1))
         sleep 0.5
@@ -40,12 +41,20 @@ fi
 # Wine's desktop process inherits what the first program with a window writes to, and lives as long as any other program
 # with a window: whoever reads from a pipe would wait for it too.
 written=$(mktemp -d)
-trap 'rm -rf "$written"' EXIT
-run_again "$@" >"$written/out" 2>"$written/err"
-# Now and then Wine fails to start a program at all: it has said nothing then.
-if [ "$status" -ne 0 ] && [ ! -s "$written/out" ] && [ ! -s "$written/err" ]; then
-    run_again "$@" >"$written/out" 2>"$written/err"
+readers="" running=""
+trap '[ -z "$running" ] || kill "$running" 2>/dev/null; rm -rf "$written"' EXIT
+: >"$written/out" >"$written/err"
+# What is said is passed on while the program runs, and to the end when it has ended.
+pass_on() { tail -q -c +1 -f -s 0.02 --pid="$running" "$written/$1" 3<&- & readers="$readers $!"; }
+sleep 2147483647 >/dev/null 2>&1 3<&- &
+running=$!
+pass_on out
+pass_on err >&2
+run_again "$@" >>"$written/out" 2>>"$written/err"
+if not_started && [ ! -s "$written/out" ] && [ ! -s "$written/err" ]; then
+    run_again "$@" >>"$written/out" 2>>"$written/err"
 fi
-cat "$written/out"
-cat "$written/err" >&2
+kill "$running"
+running=""
+wait $readers || :
 exit "$status"

@@ -14,9 +14,10 @@ TemporaryFolder::TemporaryFolder() {
     static std::atomic<unsigned> count = 0;
     char root[MAX_PATH];
     GetTempPathA(sizeof root, root);
-    path = std::string(root) + "brx" + std::to_string(GetCurrentProcessId()) + "_" + std::to_string(count++);
-    fs::remove_all(path);
-    fs::create_directories(path);
+    do // a process before may have had the same number, and left something
+        path =
+            std::string(root) + "brx" + std::to_string(GetCurrentProcessId()) + "_" + std::to_string(count++);
+    while (!fs::create_directory(path));
 }
 
 TemporaryFolder::~TemporaryFolder() {
