@@ -21,7 +21,7 @@ static std::wstring UnixPath(const std::wstring &path) {
     const FARPROC found = GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name");
     std::memcpy(&tell, &found, sizeof(tell));
     char *text = tell ? tell(path.c_str()) : nullptr;
-    const std::wstring told = text ? FromUtf8(text) : L"";
+    std::wstring told = text ? FromUtf8(text) : L"";
     if (text)
         HeapFree(GetProcessHeap(), 0, text);
     return told;

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-struct _VipsImage;
+struct _VipsImage; // NOLINT(bugprone-reserved-identifier): its own name
 
 namespace host {
 

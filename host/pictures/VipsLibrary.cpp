@@ -109,7 +109,7 @@ std::string TakeVipsError() {
     // One complaint a line: the first says what happened, the others what followed from it.
     if (text.starts_with("source: bad seek") && text.find('\n') != std::string::npos)
         text.erase(0, text.find('\n') + 1);
-    text = text.substr(0, text.find('\n'));
+    text.resize(std::min(text.find('\n'), text.size()));
     return text;
 }
 

@@ -9,13 +9,13 @@
 #include <string>
 
 // The library's records, opaque here.
-struct _VipsImage;
+struct _VipsImage; // NOLINT(bugprone-reserved-identifier): its own name
 using VipsImage = _VipsImage;
-struct _VipsRegion;
+struct _VipsRegion; // NOLINT(bugprone-reserved-identifier): its own name
 using VipsRegion = _VipsRegion;
-struct _VipsSource;
+struct _VipsSource; // NOLINT(bugprone-reserved-identifier): its own name
 using VipsSource = _VipsSource;
-struct _GValue;
+struct _GValue; // NOLINT(bugprone-reserved-identifier): its own name
 using GValue = _GValue;
 
 namespace host {

@@ -63,7 +63,7 @@ PhotoOutcome BeginPhotos(PhotoSession *session) {
     std::string why;
     if (!LoadHostMemory(&session->memory, &why))
         session->say(NoteKind::kNote, "the memory of the last run is not used: " + why);
-    const PhotoOutcome gathered =
+    PhotoOutcome gathered =
         GatherParameters(session->options, session->say, session->memory, &session->parameters);
     if (gathered.status != kExitDone)
         return gathered;
