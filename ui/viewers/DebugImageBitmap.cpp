@@ -1,7 +1,7 @@
 #include "ui/viewers/DebugImageBitmap.h"
 
 #include "diag/ErrorReport.h"
-#include "ui/window/ClipboardCopy.h"
+#include "ui/viewers/ClipboardCopy.h"
 
 #include <algorithm>
 

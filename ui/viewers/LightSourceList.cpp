@@ -4,7 +4,7 @@
 #include "diag/ErrorReport.h"
 #include "engine/table/LightSourceTable.h"
 #include "engine/table/LightSourceText.h"
-#include "ui/window/ClipboardCopy.h"
+#include "ui/viewers/ClipboardCopy.h"
 
 #include <algorithm>
 #include <commctrl.h>

@@ -1,4 +1,4 @@
-#include "ui/window/ClipboardCopy.h"
+#include "ui/viewers/ClipboardCopy.h"
 
 #include "diag/ErrorReport.h"
 
