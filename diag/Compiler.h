@@ -24,3 +24,6 @@
 #define BX_PROCESSOR_HAS_AVX512                                                                              \
     (BX_PROCESSOR_HAS_AVX2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&     \
      __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl"))
+// Byte shuffles, for single functions: the rest of the program runs on every processor.
+#define BX_PROCESSOR_HAS_SSSE3 (__builtin_cpu_init(), __builtin_cpu_supports("ssse3"))
+#define BX_FOR_SSSE3 __attribute__((target("ssse3")))

@@ -1,5 +1,7 @@
 #include "host/base/SampleRows.h"
 
+#include "diag/Compiler.h"
+
 #include <tmmintrin.h>
 
 #include <cstring>
@@ -48,7 +50,7 @@ static consteval Shuffles MakeShuffles() {
 }
 static constexpr Shuffles kShuffles = MakeShuffles();
 
-[[gnu::target("ssse3")]] static __m128i Shuffle3(const __m128i *parts, const uint8_t (*shuffles)[kLanes]) {
+BX_FOR_SSSE3 static __m128i Shuffle3(const __m128i *parts, const uint8_t (*shuffles)[kLanes]) {
     const auto shuffle = [](const uint8_t *lanes) {
         return _mm_load_si128(reinterpret_cast<const __m128i *>(lanes));
     };
@@ -58,7 +60,7 @@ static constexpr Shuffles kShuffles = MakeShuffles();
 }
 
 // Both give the count of pixels done.
-[[gnu::target("ssse3")]] static size_t SplitThree(uint8_t *const *to, const uint8_t *from, size_t count) {
+BX_FOR_SSSE3 static size_t SplitThree(uint8_t *const *to, const uint8_t *from, size_t count) {
     size_t i = 0;
     for (; i + kLanes <= count; i += kLanes) {
         __m128i parts[3];
@@ -71,7 +73,7 @@ static constexpr Shuffles kShuffles = MakeShuffles();
     return i;
 }
 
-[[gnu::target("ssse3")]] static size_t JoinThree(uint8_t *to, const uint8_t *const *from, size_t count) {
+BX_FOR_SSSE3 static size_t JoinThree(uint8_t *to, const uint8_t *const *from, size_t count) {
     size_t i = 0;
     for (; i + kLanes <= count; i += kLanes) {
         __m128i planes[3];
@@ -86,7 +88,7 @@ static constexpr Shuffles kShuffles = MakeShuffles();
 }
 
 static bool HasShuffle() {
-    static const bool has = __builtin_cpu_supports("ssse3");
+    static const bool has = BX_PROCESSOR_HAS_SSSE3;
     return has;
 }
 

@@ -6,7 +6,7 @@
 namespace host {
 
 // Gives the temporary file the name `path`, and the permissions of the file `model`, which may be the one
-// that it replaces. Nothing has happened when it returns false.
+// that it replaces. False: it has not happened in time, and no longer will once the temporary file is gone.
 bool PutUnixFile(const std::wstring &temporary, const std::wstring &path, const std::wstring &model);
 
 } // namespace host
