@@ -1,26 +1,46 @@
-# Fuzzing targets, where no Windows is needed: brillatrix_fuzz(name RUNS source LIBS lib...). The fuzz preset makes
+# Fuzzing targets. brillatrix_fuzz(name RUNS source... [LIBS lib...]): where no Windows is needed. The fuzz preset makes
 # libFuzzer programs of them, for fuzz/run.sh; elsewhere they run a few seeded cases, as a test.
-function(brillatrix_fuzz name runs source)
-    add_executable(fuzz_${name} ${source})
-    target_link_libraries(fuzz_${name} PRIVATE brillatrix_options ${ARGN})
+# brillatrix_windows_fuzz: the same for a part that needs Windows; there fuzz/run.sh uses the seeded runs too.
+function(brillatrix_fuzz_program name)
+    cmake_parse_arguments(F "" "" "LIBS" ${ARGN})
+    add_executable(fuzz_${name} ${F_UNPARSED_ARGUMENTS})
+    target_link_libraries(fuzz_${name} PRIVATE brillatrix_options ${F_LIBS})
     if(BRILLATRIX_FUZZ)
         target_link_options(fuzz_${name} PRIVATE -fsanitize=fuzzer)
-        add_dependencies(fuzz_targets fuzz_${name})
-        return()
+    else()
+        target_sources(fuzz_${name} PRIVATE fuzz/SeededRuns.cpp)
     endif()
-    target_sources(fuzz_${name} PRIVATE fuzz/SeededRuns.cpp)
-    add_test(NAME native.fuzz.${name}
+    add_dependencies(fuzz_targets fuzz_${name})
+endfunction()
+function(brillatrix_fuzz_test name runs)
+    add_test(NAME ${BRILLATRIX_BUILD_NAME}.fuzz.${name}
         COMMAND fuzz_${name} ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/corpus/${name} ${runs})
-    set_tests_properties(native.fuzz.${name} PROPERTIES TIMEOUT 300)
+    set_tests_properties(${BRILLATRIX_BUILD_NAME}.fuzz.${name} PROPERTIES TIMEOUT 300 ${ARGN})
+endfunction()
+function(brillatrix_fuzz name runs)
+    if(NOT WIN32)
+        brillatrix_fuzz_program(${name} ${ARGN})
+        brillatrix_fuzz_test(${name} ${runs})
+    endif()
+endfunction()
+function(brillatrix_windows_fuzz name runs)
+    if(WIN32)
+        brillatrix_fuzz_program(${name} ${ARGN})
+        brillatrix_fuzz_test(${name} ${runs})
+    endif()
 endfunction()
 
 add_custom_target(fuzz_targets)
-brillatrix_fuzz(detection 200 fuzz/DetectionFuzz.cpp engine recording_diag)
-brillatrix_fuzz(render 700 fuzz/RenderFuzz.cpp render engine recording_diag)
+brillatrix_fuzz(detection 200 fuzz/DetectionFuzz.cpp LIBS engine recording_diag)
+brillatrix_fuzz(render 700 fuzz/RenderFuzz.cpp LIBS render engine recording_diag)
 
 # The host's readers that know nothing of Windows.
 brillatrix_library(portable_readers EXCLUDE_FROM_ALL ../host/base/ByteStream.cpp ../host/metadata/ExifTree.cpp
     ../host/metadata/IptcBlock.cpp ../host/metadata/JpegSegments.cpp ../host/metadata/TiffDirectory.cpp
     ../host/module/EnableInfo.cpp ../host/module/PiPL.cpp)
 target_compile_definitions(portable_readers PRIVATE _stricmp=strcasecmp)
-brillatrix_fuzz(metadata 20000 fuzz/MetadataFuzz.cpp portable_readers)
+brillatrix_fuzz(metadata 20000 fuzz/MetadataFuzz.cpp LIBS portable_readers)
+
+brillatrix_windows_fuzz(files 250 fuzz/FilesFuzz.cpp ../web/UpdateNotice.cpp ../web/UpdateRecord.cpp ../web/UpdateRequest.cpp
+    ../plugin/parameters/ParameterAccessor.cpp ../plugin/record/PluginState.cpp storage/TemporaryFolder.cpp
+    LIBS recording_diag storage filter_host render engine)

@@ -104,6 +104,8 @@ static int16_t StoredValue(const Descriptor &parameters, const ParameterInfo &pa
                          : parameter.unit == ParameterUnit::kCount ? value->integer
                                                                    : value->real;
     const double scale = parameter.unit == ParameterUnit::kDegrees ? kTenthsPerDegree : 1.0;
+    if (std::isnan(shown))
+        return parameter.defaultValue;
     return static_cast<int16_t>(std::lround(std::clamp(shown * scale, -32768.0, 32767.0)));
 }
 
@@ -170,10 +172,12 @@ static bool UnpackMemory(const Bytes &bytes, HostMemory *memory) {
 bool LoadHostMemory(HostMemory *memory, std::string *why) {
     const std::wstring path = MemoryFolder() + kMemoryName;
     *memory = {};
-    if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
+    if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES &&
+        (GetLastError() == ERROR_FILE_NOT_FOUND || GetLastError() == ERROR_PATH_NOT_FOUND))
         return true;
     Bytes bytes;
-    if (!ReadWholeFile(path, &bytes, why))
+    memory->isElsewhere = !ReadWholeFile(path, &bytes, why);
+    if (memory->isElsewhere)
         return false;
     *why = "it is damaged";
     return UnpackMemory(bytes, memory);
@@ -181,8 +185,8 @@ bool LoadHostMemory(HostMemory *memory, std::string *why) {
 
 bool SaveHostMemory(const HostMemory &memory, std::string *why) {
     const std::wstring folder = MemoryFolder();
-    if (folder.empty()) {
-        *why = "there is no folder for it";
+    if (folder.empty() || memory.isElsewhere) {
+        *why = folder.empty() ? "there is no folder for it" : "those of an earlier one could not be read";
         return false;
     }
     CreateDirectoryW(folder.c_str(), nullptr);

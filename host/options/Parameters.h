@@ -31,9 +31,11 @@ std::vector<uint8_t> SettingsFileBytes(const Descriptor &parameters);
 struct HostMemory {
     std::optional<Descriptor> lastParameters;
     std::vector<RegistryEntry> registry; // persistent entries
+    bool isElsewhere = false;            // in a file that could not be read and must not be replaced
 };
 // "Registry.bin" in the host's own folder under the user's local application data, or in the folder that the
-// environment names in BRILLATRIX_HOST_FOLDER. An absent file is an empty memory; false for a damaged one.
+// environment names in BRILLATRIX_HOST_FOLDER. An absent file is an empty memory; false for a damaged one and
+// for one that cannot be read, which is not saved over.
 bool LoadHostMemory(HostMemory *memory, std::string *why);
 bool SaveHostMemory(const HostMemory &memory, std::string *why);
 

@@ -1,0 +1,240 @@
+// What is kept in files between runs: any bytes are read within bounds, no file is lost that could be read or
+// was never ours, one that is held stays, and what is kept reads as the same.
+#include "host/options/Parameters.h"
+#include "plugin/parameters/ParameterAccessor.h"
+#include "plugin/record/PluginState.h"
+#include "storage/AppFolders.h"
+#include "storage/ParameterSetFiles.h"
+#include "storage/ParameterFiles.h"
+#include "storage/UISettings.h"
+#include "tests/fuzz/CaseBytes.h"
+#include "tests/storage/TemporaryFolder.h"
+#include "tests/support/RecordingDiag.h"
+#include "web/UpdateNotice.h"
+#include "web/UpdateRecord.h"
+#include "web/UpdateService.h"
+
+#include <algorithm>
+#include <optional>
+#include <windows.h>
+
+UpdateService CurrentUpdateService() {
+    return {"https://nowhere.invalid/", false};
+}
+
+namespace {
+
+// A file of a case's bytes, which another program may hold.
+struct GivenFile {
+    std::string path, bytes;
+    std::optional<ExclusiveOpening> holder;
+
+    GivenFile(CaseBytes *from, const std::string &givenPath, bool mayBeHeld) : path(givenPath) {
+        const bool isHeld = mayBeHeld && from->Pick(0, 31) == 31;
+        bytes.assign(reinterpret_cast<const char *>(from->bytes), from->length);
+        WriteWholeFile(path, bytes);
+        if (isHeld)
+            holder.emplace(path);
+    }
+    bool IsThere() { // let go
+        holder.reset();
+        return ReadWholeFile(path) == bytes;
+    }
+    template <typename Record> bool Starts(Record *record) const {
+        if (bytes.size() < sizeof *record)
+            return false;
+        std::memcpy(record, bytes.data(), sizeof *record);
+        return true;
+    }
+};
+
+template <typename Record> bool AreSame(const Record &a, const Record &b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+void RequireInRange(const ParameterSet &set) {
+    const RenderSettings settings = MakeRenderSettings(set, 100.0);
+    for (const ParameterInfo &parameter : kParameters)
+        Require(settings.*parameter.setting >= parameter.minimum &&
+                    settings.*parameter.setting <= parameter.maximum,
+                "what is rendered with is in range");
+}
+
+// What a set's bytes mean: the switch is 0 or 1, padding is 0.
+bool MeansSet(const GivenFile &file, ParameterSet *set) {
+    if (!file.Starts(set) || std::memcmp(set->version, kDefaultParameters.version, sizeof set->version) != 0)
+        return false;
+    set->outputSpikesOnly = set->outputSpikesOnly != 0;
+    std::memset(set->padding1, 0, sizeof set->padding1);
+    std::memset(set->padding2, 0, sizeof set->padding2);
+    return true;
+}
+
+void ReadSet(CaseBytes *from, const TemporaryFolder &folder) {
+    constexpr const char *kNames[] = {"a.sss", "b.SSS", "c.sss.bak", "sss"};
+    const int name = from->Pick(0, 3);
+    GivenFile file(from, folder / kNames[name], true);
+    const ParameterSet before = kDefaultParameters;
+    ParameterSet current = before, expected;
+    gParameters = &current;
+    const bool isSet = MeansSet(file, &expected) && !file.holder, isHeld = file.holder.has_value();
+    Require(ReadInitialSettings(file.path.c_str()) == isSet, "a set's file is read, and no other");
+    Require(AreSame(current, isSet ? expected : before), "the set is the file's, or as it was");
+    RequireInRange(current);
+    const bool mayGo = !isSet && !isHeld && name < 2;
+    Require(file.IsThere() != mayGo, "only what is named as a set and is none goes");
+    Require(TakeReports().empty() == isSet, "what could not be read is told");
+    const auto block = reinterpret_cast<ParameterBlock *>(AccessParameterBlock(kMakeCurrentBlock, nullptr));
+    Require(SaveParametersFile(*block, file.path.c_str()) && ReadInitialSettings(file.path.c_str()) &&
+                AreSame(current, isSet ? expected : before),
+            "a kept set comes back");
+    std::free(block);
+    // The program that plays the filter reads whole blocks only.
+    host::Descriptor described, again;
+    std::string why;
+    const std::wstring path(file.path.begin(), file.path.end());
+    Require(host::ReadSettingsFile(path, &described, &why), "a kept set is one for the program too");
+    const std::vector<uint8_t> made = host::SettingsFileBytes(described);
+    WriteWholeFile(file.path, {made.begin(), made.end()});
+    Require(host::ReadSettingsFile(path, &again, &why) && again == described, "and comes back from it");
+}
+
+void ReadFolder(CaseBytes *from, const TemporaryFolder &folder) {
+    std::snprintf(gParametersFolder, sizeof gParametersFolder, "%s", folder.Path().c_str());
+    const int count = from->Pick(0, 5);
+    int sets = 0, found = 0;
+    for (int i = 0; i < count; ++i) {
+        CaseBytes part{from->bytes, std::min<size_t>(from->length, from->Take<uint8_t>())};
+        const std::string name = "set " + std::to_string(i) + (i == 4 ? ".ssss" : ".sss");
+        ParameterSet set;
+        sets += MeansSet(GivenFile(&part, folder / name, false), &set) && i != 4;
+    }
+    const auto take = [](void *context, const wchar_t *, ParameterBlock *block) {
+        ++*static_cast<int *>(context);
+        std::free(block);
+    };
+    Require(ReadAllParameterSets({}, take, &found) && found == sets, "each set of a folder is found");
+    TakeReports();
+    found = 0;
+    Require(ReadAllParameterSets({}, take, &found) && found == sets && TakeReports().empty(),
+            "the rest has gone");
+}
+
+UISettings HeldSettings() {
+    UISettings held = kDefaultUISettings;
+    held.dialogRect = GetDialogRect();
+    held.viewTool = GetViewTool();
+    held.previewFlag = GetPreviewFlag();
+    held.debugViewerRect = GetDebugViewerRect();
+    held.debugDisplayChoice = GetDebugDisplayChoice();
+    return held;
+}
+
+void ReadUISettings(CaseBytes *from, const TemporaryFolder &folder) {
+    const UISettings before = HeldSettings();
+    GivenFile file(from, folder / "UISettings.bin", true);
+    UISettings given;
+    const bool isRead = !file.holder && file.Starts(&given) &&
+                        std::memcmp(given.version, before.version, sizeof given.version) == 0;
+    LoadUISettings();
+    const UISettings held = HeldSettings();
+    Require(isRead ? AreUISettingsLoaded() : AreSame(held, before), "only a good file changes anything");
+    Require(held.viewTool - 1 < 4 && held.previewFlag <= 1 && held.debugDisplayChoice <= 3,
+            "every field has a meaning");
+    for (const ScreenRect &rect : {held.dialogRect, held.debugViewerRect})
+        Require(!IsEmptyScreenRect(rect) || AreSame(rect, ScreenRect{}), "a place is one, or none");
+    if (isRead && AreSame(given.dialogRect, held.dialogRect) && given.previewFlag <= 1 &&
+        given.debugDisplayChoice <= 3 && given.viewTool - 1 < 4 &&
+        AreSame(given.debugViewerRect, held.debugViewerRect))
+        Require(AreSame(given, held), "what has a meaning is kept");
+    Require(file.IsThere(), "reading changes no file");
+    Require(SaveUISettings() && LoadUISettings() && AreSame(HeldSettings(), held), "kept settings come back");
+    TakeReports();
+}
+
+void ReadRecord(CaseBytes *from, const TemporaryFolder &folder) {
+    const int capacity = from->Pick(0, 60);
+    GivenFile file(from, folder / "UpdateNotice.bin", true);
+    UpdateRecord given, found;
+    const bool isGood = !file.holder && file.Starts(&given) && given.magic == kUpdateRecordMagic &&
+                        given.isOn <= 1 && given.lastAsked >= 0;
+    Require(ReadUpdateRecord(&found) == !file.holder, "only what is held could be a record all the same");
+    Require(AreSame(found, isGood ? given : kDefaultUpdateRecord), "a record as it stands, or the default");
+    std::string notice(61, '#');
+    const bool isTold = NewVersionKnown(notice.data(), static_cast<size_t>(capacity));
+    Require(notice.find_last_not_of('#') + 1 <= static_cast<size_t>(isTold ? capacity : 0),
+            "a notice stays in its room");
+    Require(isTold == (isGood && given.isOn && capacity > 49 && CompareVersions(given.newest, {}) > 0),
+            "a newer version is told when that is wanted");
+    const bool wasHeld = file.holder.has_value();
+    Require(SetUpdateNotice(true) == !wasHeld, "a choice is kept unless the file is held");
+    Require(!wasHeld || file.IsThere(), "a held record stays");
+    if (!wasHeld) {
+        UpdateRecord expected = isGood ? given : kDefaultUpdateRecord;
+        expected.isOn = 1;
+        Require(AreSame(LoadUpdateRecord(), expected), "a choice changes nothing else");
+    }
+    TakeReports();
+}
+
+void ReadMemory(CaseBytes *from, const TemporaryFolder &folder) {
+    SetEnvironmentVariableA("BRILLATRIX_HOST_FOLDER", folder.Path().c_str());
+    GivenFile file(from, folder / "Registry.bin", true);
+    const bool isHeld = file.holder.has_value();
+    host::HostMemory memory;
+    std::string why;
+    const bool isGood = host::LoadHostMemory(&memory, &why);
+    Require(!isHeld || !isGood, "a held memory is not read");
+    Require(isGood || (!why.empty() && !memory.lastParameters && memory.registry.empty()),
+            "a damaged memory is none and has a reason");
+    file.holder.reset();
+    Require(host::SaveHostMemory(memory, &why) == !isHeld, "a memory that was held is not written over");
+    Require(!isHeld || file.IsThere(), "it stays");
+    host::HostMemory again;
+    Require(isHeld || host::LoadHostMemory(&again, &why), "a kept memory can be read");
+    Require(again.registry.size() == memory.registry.size(), "with every entry");
+    for (size_t i = 0; i < memory.registry.size(); ++i)
+        Require(again.registry[i].key == memory.registry[i].key &&
+                    PackDescriptor(again.registry[i].descriptor) ==
+                        PackDescriptor(memory.registry[i].descriptor),
+                "as it was");
+    if (!memory.lastParameters)
+        return;
+    Require(PackDescriptor(*again.lastParameters) == PackDescriptor(*memory.lastParameters),
+            "and parameters");
+    const std::vector<uint8_t> made = host::SettingsFileBytes(*memory.lastParameters);
+    ParameterSet set;
+    std::memcpy(&set, made.data(), sizeof set);
+    Require(set.outputSpikesOnly <= 1, "a switch is on or off");
+    RequireInRange(set);
+}
+
+void ReadVersion(CaseBytes *from, const TemporaryFolder &) {
+    ModuleVersion version = {{1, 2, 3, 4}}, again;
+    const std::string text(reinterpret_cast<const char *>(from->bytes), from->length);
+    const bool isVersion = ParseVersion(text.data(), text.size(), &version);
+    const bool mayBe =
+        !text.empty() && text.size() < 24 && text.find_first_not_of("0123456789.") == text.npos;
+    Require(mayBe || !isVersion, "a version is digits and points");
+    char shown[kVersionTextCapacity];
+    FormatVersion(version, shown);
+    Require(ParseVersion(shown, std::strlen(shown), &again) && CompareVersions(version, again) == 0,
+            "a version's text is that version");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length) {
+    CaseBytes from{bytes, length};
+    const TemporaryFolder folder;
+    gParameterBlockAccessor = AccessParameterBlock;
+    std::snprintf(gSettingsFolder, sizeof gSettingsFolder, "%s", folder.Path().c_str());
+    constexpr void (*kReaders[])(CaseBytes *, const TemporaryFolder &) = {
+        ReadSet, ReadFolder, ReadUISettings, ReadRecord, ReadMemory, ReadVersion};
+    kReaders[from.Pick(0, 5)](&from, folder);
+    const std::vector<std::string> left = folder.Names();
+    Require(std::none_of(left.begin(), left.end(),
+                         [](const std::string &name) { return name.ends_with(".tmp"); }),
+            "no unfinished file is left");
+    return 0;
+}
