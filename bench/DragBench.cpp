@@ -1,23 +1,30 @@
-// Real drags of a slider: a mouse move every few milliseconds, seen from outside. What the screen shows is
-// compared with the exact picture of each value that the slider passes: so it is known which value a frame
-// shows, how old it is, and whether it is torn, parts of it showing one value and parts another.
+// Real drags of a slider: a mouse move every few milliseconds, seen from outside. Before the drag the exact
+// view of each value that the slider passes is rendered at rest, and drafts of every quality with the task's
+// own means. So it is known which value a frame shows, how old it is, and whether it is torn, samples of it
+// showing one value and others another.
 //
 //   drag_bench [--megapixels 24] [--lights 400] [--every 8] [--seconds 3] [--zoom 0] [--slider -1] [--strip
-//   FILE] [--views 0|1]
+//   FILE] [--tears 0|1] [--views 0|1]
 //
-// A zoom of 0 fits the image into the view, slider -1 is each of the eleven in turn. --views 1 pans and zooms
-// instead: the longest repaint and request, and how long after the last event something on the screen was not
-// yet as it stays. --strip writes eight
-// frames from the middle of the drag, one below the other, as FILE (PPM).
+// A zoom of 0 fits the image into the view, slider -1 is each of the eleven in turn. --strip writes eight
+// frames from the middle of the drag, one below the other, as FILE (PPM). --tears 1 tears the frames seen and
+// says how many of the tears are counted. --views 1 pans and zooms instead: the longest repaint and request,
+// and how long after the last event something on the screen was not yet as it stays.
+#include "bench/DragFrames.h"
 #include "diag/BufferUsage.h"
 #include "engine/InitializationTask.h"
 #include "engine/table/LightSourceTable.h"
 #include "tests/preview/PreviewRun.h"
 #include "tests/support/RecordingDiag.h"
+#include "ui/pixels/PreviewDrawing.h"
+#include "ui/preview/PreviewDraft.h"
 #include "ui/preview/PreviewImages.h"
+#include "ui/preview/PreviewProxies.h"
+#include "ui/preview/PreviewTiles.h"
 #include "ui/preview/ProxyUpdateTask.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -30,12 +37,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int32_t kWidth = 900, kHeight = 600; // of the display, inside its border
-constexpr int32_t kStep = 3;                   // every third pixel and row is looked at
-constexpr int32_t kColumns = 10, kRows = 8;    // cells of a frame
-constexpr int32_t kValues = 7;                 // of a slider
-constexpr size_t kStripFrames = 8;
-constexpr double kPatience = 120000.0; // milliseconds
+constexpr int32_t kValues = 7;                         // of a slider
+constexpr double kPatience = 120000.0, kRest = 1000.0; // milliseconds
 
 // From one end of what people use to the other.
 const struct {
@@ -47,12 +50,6 @@ const struct {
     {"Frequency", 10, 90}, {"Secondary", 0, 60},   {"Soft flare", 10, 100},
 };
 
-using Samples = std::vector<uint32_t>;
-struct Frame {
-    double time;
-    Samples samples;
-    std::vector<uint32_t> whole; // only for the strip
-};
 struct Move {
     double time;
     int32_t value;
@@ -75,9 +72,10 @@ struct Session {
 
 void OpenScreen(Session *session) {
     BITMAPINFO info{};
-    info.bmiHeader = {sizeof info.bmiHeader, kWidth + 2, -(kHeight + 2), 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    info.bmiHeader = {sizeof info.bmiHeader, kScreenWidth, -kScreenHeight, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     void *bits = nullptr;
-    SetWindowPos(session->run.display, nullptr, 0, 0, kWidth + 2, kHeight + 2, SWP_NOZORDER | SWP_SHOWWINDOW);
+    SetWindowPos(session->run.display, nullptr, 0, 0, kScreenWidth, kScreenHeight,
+                 SWP_NOZORDER | SWP_SHOWWINDOW);
     session->screen = CreateCompatibleDC(nullptr);
     SelectObject(session->screen,
                  CreateDIBSection(session->screen, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
@@ -85,12 +83,9 @@ void OpenScreen(Session *session) {
 }
 
 void KeepFrame(Session *session) {
-    Frame frame{session->Now(), {}, {}};
-    for (int32_t y = 1; y <= kHeight; y += kStep)
-        for (int32_t x = 1; x <= kWidth; x += kStep)
-            frame.samples.push_back(session->pixels[y * (kWidth + 2) + x] & 0xFFFFFF);
+    Frame frame{session->Now(), TakeSamples(session->pixels), {}};
     if (session->keepsWhole)
-        frame.whole.assign(session->pixels, session->pixels + (kWidth + 2) * (kHeight + 2));
+        frame.whole.assign(session->pixels, session->pixels + kScreenWidth * kScreenHeight);
     session->frames.push_back(std::move(frame));
 }
 
@@ -111,121 +106,109 @@ void TakeTurn(Session *session) {
     KeepFrame(session);
 }
 
-void Ask(Session *session, int32_t slider, int32_t value) {
-    PreviewRequest request = MakeDefaultRequest(session->view, 50);
+PreviewRequest RequestOf(const Session &session, int32_t slider, int32_t value) {
+    PreviewRequest request = MakeDefaultRequest(session.view, 50);
     const auto &range = kSliders[slider];
     request.parameters[slider] =
         static_cast<uint16_t>(range.low + (range.high - range.low) * value / (kValues - 1));
+    return request;
+}
+
+void Ask(Session *session, const PreviewRequest &request) {
     const double start = session->Now();
     RequestPreview(request);
     session->longestRequest = std::max(session->longestRequest, session->Now() - start);
 }
 
-void WaitForEnd(Session *session) {
-    const int served = session->run.served;
+// False when the time is over first.
+template <typename Condition> bool TakeTurnsUntil(Session *session, double patience, Condition holds) {
     const double start = session->Now();
-    while (session->run.served == served && session->Now() - start < kPatience) {
+    while (!holds()) {
+        if (session->Now() - start > patience)
+            return false;
         TakeTurn(session);
         Sleep(1);
     }
-    for (int i = 0; i < 20; ++i, Sleep(1))
-        TakeTurn(session);
+    return true;
+}
+
+bool IsViewExact(const PreviewRequest &request) {
+    if (!LockPreview())
+        return false;
+    const IntRect visible = VisibleImage(request);
+    const HRGN region = CreateRectRgn(visible.left, visible.top, visible.right, visible.bottom);
+    const bool isExact = gProxies.hasEffect && SameEffect(gProxies.effectOf, request) &&
+                         SameView(gProxies.previous, request) && RegionHolds(gProxies.FreshRegion, region);
+    DeleteObject(region);
+    UnlockPreview();
+    return isExact;
+}
+
+// Until the view is exact, and what is around it too unless that takes long.
+void WaitForRest(Session *session, const PreviewRequest &request) {
+    TakeTurnsUntil(session, kPatience, [&] { return IsViewExact(request); });
+    TakeTurnsUntil(session, kRest, [] { return !IsPreviewInWork(); });
+    TakeTurnsUntil(session, 20.0, [] { return false; });
 }
 
 Samples ExactView(Session *session) {
-    PaintPreviewImage(session->screen, {0, 0, kWidth + 2, kHeight + 2}, session->view);
+    PaintPreviewImage(session->screen, {0, 0, kScreenWidth, kScreenHeight}, session->view);
     GdiFlush();
-    KeepFrame(session);
-    Samples samples = session->frames.back().samples;
-    session->frames.pop_back();
-    return samples;
-}
-
-// Mean difference of a cell's samples, in levels.
-double CellDistance(const Samples &a, const Samples &b, int32_t cell) {
-    constexpr int32_t width = (kWidth + kStep - 1) / kStep, height = (kHeight + kStep - 1) / kStep;
-    const int32_t column = cell % kColumns, row = cell / kColumns;
-    int64_t sum = 0, count = 0;
-    for (int32_t y = row * height / kRows; y < (row + 1) * height / kRows; ++y)
-        for (int32_t x = column * width / kColumns; x < (column + 1) * width / kColumns; ++x)
-            for (int shift = 0; shift < 24; shift += 8, ++count)
-                sum += std::abs(static_cast<int>(a[static_cast<size_t>(y * width + x)] >> shift & 255) -
-                                static_cast<int>(b[static_cast<size_t>(y * width + x)] >> shift & 255));
-    return double(sum) / double(count);
-}
-
-// The value whose exact picture a cell shows; -1 where the pictures do not tell.
-int32_t ValueOfCell(const std::vector<Samples> &exact, const Samples &frame, int32_t cell) {
-    constexpr double kTelling = 2.0, kClear = 0.6;
-    double least = 1e9, second = 1e9;
-    int32_t value = -1;
-    for (int32_t k = 0; k < kValues; ++k) {
-        const double distance = CellDistance(exact[static_cast<size_t>(k)], frame, cell);
-        if (distance < least) {
-            second = std::exchange(least, distance);
-            value = k;
-        } else {
-            second = std::min(second, distance);
-        }
-    }
-    return second >= kTelling && least < kClear * second ? value : -1;
-}
-
-struct Seen {
-    int32_t value; // that most cells show; -1: nobody can tell
-    bool isTorn;
-};
-Seen LookAt(const std::vector<Samples> &exact, const Samples &frame) {
-    int32_t votes[kValues] = {};
-    for (int32_t cell = 0; cell < kColumns * kRows; ++cell)
-        if (const int32_t value = ValueOfCell(exact, frame, cell); value >= 0)
-            ++votes[value];
-    const auto most = std::max_element(votes, votes + kValues);
-    const int32_t different =
-        static_cast<int32_t>(std::count_if(votes, votes + kValues, [](int v) { return v > 0; }));
-    return {*most > 0 ? static_cast<int32_t>(most - votes) : -1, different > 1};
-}
-
-double At(std::vector<double> times, double share) {
-    if (times.empty())
-        return -1.0;
-    std::sort(times.begin(), times.end());
-    return times[static_cast<size_t>(share * static_cast<double>(times.size() - 1) + 0.5)];
-}
-
-void WriteStrip(const std::vector<Frame> &frames, const char *path) {
-    const size_t count = std::min(frames.size(), kStripFrames), first = (frames.size() - count) / 2;
-    FILE *file = fopen(path, "wb");
-    if (!file)
-        return;
-    fprintf(file, "P6 %d %d 255\n", kWidth, kHeight * static_cast<int>(count));
-    for (size_t i = first; i < first + count; ++i)
-        for (int32_t y = 1; y <= kHeight; ++y)
-            for (int32_t x = 1; x <= kWidth; ++x)
-                for (int shift = 16; shift >= 0; shift -= 8)
-                    fputc(static_cast<int>(
-                              frames[i].whole[static_cast<size_t>(y * (kWidth + 2) + x)] >> shift & 255),
-                          file);
-    fclose(file);
+    return TakeSamples(session->pixels);
 }
 
 // The exact view of each value, and how long the first changed pixel took to come from rest.
-std::vector<Samples> LearnValues(Session *session, int32_t slider, std::vector<double> *firstChanges) {
-    std::vector<Samples> exact;
+std::vector<Pictures> LearnValues(Session *session, int32_t slider, std::vector<double> *firstChanges) {
+    std::vector<Pictures> values;
     for (int32_t value = 0; value < kValues; ++value) {
         const Samples before = ExactView(session);
+        const PreviewRequest request = RequestOf(*session, slider, value);
         session->frames.clear();
         const double start = session->Now();
-        Ask(session, slider, value);
-        WaitForEnd(session);
+        Ask(session, request);
+        WaitForRest(session, request);
         for (const Frame &frame : session->frames)
             if (frame.samples != before) {
                 firstChanges->push_back(frame.time - start);
                 break;
             }
-        exact.push_back(ExactView(session));
+        values.push_back({ExactView(session), {}});
     }
-    return exact;
+    return values;
+}
+
+Samples DraftView(Session *session, const PreviewRequest &request, int32_t quality) {
+    static const std::atomic<uint8_t> goOn{0};
+    gProxies.draftQuality = quality;
+    if (!MakeDraft(request, goOn)) {
+        fprintf(stderr, "drag_bench: no draft\n");
+        exit(1);
+    }
+    const IntRect behind = VisibleRect(session->view), visible = VisibleImage(request);
+    const int64_t row = visible.top - behind.top + session->view.display.top,
+                  column = visible.left - behind.left + session->view.display.left;
+    DrawStore(gProxies.draft, session->run.image, true, request.zoom, visible,
+              session->pixels + row * kScreenWidth + column, kScreenWidth);
+    return TakeSamples(session->pixels);
+}
+
+// Drafts of each value. The task shows the photograph, and waits.
+void LearnDrafts(Session *session, int32_t slider, std::vector<Pictures> *values) {
+    const int32_t quality = gProxies.draftQuality;
+    PreviewRequest photograph = RequestOf(*session, slider, 0);
+    photograph.previewOn = 0;
+    Ask(session, photograph);
+    TakeTurnsUntil(session, kPatience, [] { return !IsPreviewInWork(); });
+    TakeTurnsUntil(session, 20.0, [] { return false; });
+    for (int32_t value = 0; value < kValues; ++value)
+        for (int32_t draft = 0; draft <= kCoarsestDraft; ++draft)
+            (*values)[static_cast<size_t>(value)].drafts.push_back(
+                DraftView(session, RequestOf(*session, slider, value), draft));
+    DropDraft();
+    gProxies.draftQuality = quality;
+    const PreviewRequest request = RequestOf(*session, slider, 0);
+    Ask(session, request);
+    WaitForRest(session, request);
 }
 
 std::vector<Move> Drag(Session *session, int32_t slider, int32_t every, double seconds) {
@@ -239,7 +222,7 @@ std::vector<Move> Drag(Session *session, int32_t slider, int32_t every, double s
         // To and fro, 4 moves to a value, as a hand does it.
         const int32_t phase = i / 4 % (2 * kValues - 2);
         moves.push_back({session->Now(), phase < kValues ? phase : 2 * kValues - 2 - phase});
-        Ask(session, slider, moves.back().value);
+        Ask(session, RequestOf(*session, slider, moves.back().value));
         TakeTurn(session);
     }
     return moves;
@@ -253,19 +236,27 @@ double SettledAt(const std::vector<Frame> &frames, const Samples &last) {
     return time;
 }
 
-void PlaySlider(Session *session, int32_t slider, int32_t every, double seconds, const char *strip) {
+struct Play {
+    int32_t every;
+    double seconds;
+    const char *strip;
+    bool plantsTears;
+};
+
+void PlaySlider(Session *session, int32_t slider, const Play &play) {
     std::vector<double> firstChanges, ages;
-    const std::vector<Samples> exact = LearnValues(session, slider, &firstChanges);
+    std::vector<Pictures> values = LearnValues(session, slider, &firstChanges);
+    LearnDrafts(session, slider, &values);
     session->longestPaint = session->longestRequest = 0.0;
     session->frames.clear();
-    session->keepsWhole = strip != nullptr;
-    const std::vector<Move> moves = Drag(session, slider, every, seconds);
+    session->keepsWhole = play.strip != nullptr;
+    const std::vector<Move> moves = Drag(session, slider, play.every, play.seconds);
     const size_t dragged = session->frames.size();
     session->keepsWhole = false;
-    WaitForEnd(session);
+    WaitForRest(session, RequestOf(*session, slider, moves.back().value));
     int32_t whole = 0, torn = 0;
     for (size_t i = 0; i < dragged; ++i) {
-        const Seen seen = LookAt(exact, session->frames[i].samples);
+        const Seen seen = LookAt(values, session->frames[i].samples);
         ++(seen.isTorn ? torn : whole);
         for (auto move = moves.rbegin(); move != moves.rend(); ++move)
             if (move->time <= session->frames[i].time && move->value == seen.value) {
@@ -273,17 +264,20 @@ void PlaySlider(Session *session, int32_t slider, int32_t every, double seconds,
                 break;
             }
     }
-    const Samples &last = exact[static_cast<size_t>(moves.back().value)];
+    const Samples &last = values[static_cast<size_t>(moves.back().value)].exact;
     const double settled = SettledAt(session->frames, last);
     const double atRest = settled < 0.0 ? -1.0 : settled - moves.back().time;
     printf("%-11s %6.1f %6.1f %8.0f %8.0f %8.0f %8.0f %8.0f %8.1f %8.1f\n", kSliders[slider].name,
-           whole / seconds, torn / seconds, At(firstChanges, 0.5), At(firstChanges, 1.0), At(ages, 0.5),
-           At(ages, 1.0), atRest, session->longestPaint, session->longestRequest);
-    fflush(stdout);
-    if (strip) {
-        session->frames.resize(dragged);
-        WriteStrip(session->frames, strip);
+           whole / play.seconds, torn / play.seconds, At(firstChanges, 0.5), At(firstChanges, 1.0),
+           At(ages, 0.5), At(ages, 1.0), atRest, session->longestPaint, session->longestRequest);
+    session->frames.resize(dragged);
+    if (play.plantsTears) {
+        const Tears tears = PlantTears(values, session->frames);
+        printf("%-11s %d tears planted, %d counted\n", "", tears.planted, tears.counted);
     }
+    fflush(stdout);
+    if (play.strip)
+        WriteStrip(session->frames, play.strip);
 }
 
 // To and fro between two views, or towards one end and back; `viewAt` has a share of the way.
@@ -296,13 +290,13 @@ void PlayViews(Session *session, const char *name, int32_t every, double seconds
     for (int32_t i = 0; session->Now() - start < seconds * 1000.0; ++i) {
         session->view = viewAt(0.5 - 0.5 * std::cos(i * 0.02));
         last = session->Now();
-        Ask(session, kLength, 3);
+        Ask(session, RequestOf(*session, kLength, 3));
         InvalidateRect(session->run.display, nullptr, FALSE);
         TakeTurn(session);
         while (session->Now() < start + double(i + 1) * every)
             Sleep(1);
     }
-    WaitForEnd(session);
+    WaitForRest(session, RequestOf(*session, kLength, 3));
     printf("%-11s %8.1f %8.1f %8.0f %8zu\n", name, session->longestPaint, session->longestRequest,
            SettledAt(session->frames, ExactView(session)) - last, session->frames.size());
     fflush(stdout);
@@ -324,9 +318,9 @@ void PlayAllViews(Session *session, double zoom, int32_t every, double seconds) 
 } // namespace
 
 int main(int argc, char **argv) {
-    int megapixels = 24, lights = 400, every = 8, slider = -1;
-    double zoom = 0.0, seconds = 3.0;
-    const char *strip = nullptr;
+    int megapixels = 24, lights = 400, slider = -1;
+    double zoom = 0.0;
+    Play play{8, 3.0, nullptr, false};
     bool playsViews = false;
     for (int i = 1; i + 1 < argc; i += 2) {
         const auto is = [&](const char *name) { return !strcmp(argv[i], name); };
@@ -336,17 +330,19 @@ int main(int argc, char **argv) {
         else if (is("--lights"))
             lights = std::max(number, 0);
         else if (is("--every"))
-            every = std::max(number, 1);
+            play.every = std::max(number, 1);
         else if (is("--slider"))
             slider = std::clamp<int>(number, -1, kParameterCount - 1);
         else if (is("--zoom"))
             zoom = number;
         else if (is("--seconds"))
-            seconds = std::max(number, 1);
+            play.seconds = std::max(number, 1);
         else if (is("--views"))
             playsViews = number != 0;
+        else if (is("--tears"))
+            play.plantsTears = number != 0;
         else if (is("--strip"))
-            strip = argv[i + 1];
+            play.strip = argv[i + 1];
     }
     const auto width = static_cast<int32_t>(std::sqrt(megapixels * 1.5e6));
     Session session(width, width * 2 / 3, lights);
@@ -362,22 +358,23 @@ int main(int argc, char **argv) {
     if (!session.run.Start())
         return 1;
     const double opened = session.Now();
-    Ask(&session, kLength, 3);
-    WaitForEnd(&session);
+    const PreviewRequest first = RequestOf(session, kLength, 3);
+    Ask(&session, first);
+    WaitForRest(&session, first);
     printf("opening: first frame %.0f ms, whole %.0f ms, longest repaint %.1f ms\n",
            session.frames.empty() ? -1.0 : session.frames.front().time - opened,
            SettledAt(session.frames, ExactView(&session)) - opened, session.longestPaint);
     if (playsViews)
-        PlayAllViews(&session, zoom, every, seconds);
+        PlayAllViews(&session, zoom, play.every, play.seconds);
     else
         printf("%d x %d, %u light sources, zoom %.2f %%, a move every %d ms; frames a second, "
                "milliseconds\n%-11s %6s %6s "
                "%8s %8s %8s %8s %8s %8s %8s\n",
-               image.width, image.height, GetLightSourceTable().count, zoom, every, "", "whole", "torn",
+               image.width, image.height, GetLightSourceTable().count, zoom, play.every, "", "whole", "torn",
                "first", "worst", "age", "oldest", "at rest", "paint", "request");
     for (int32_t i = 0; i < kParameterCount && !playsViews; ++i)
         if (slider < 0 || slider == i)
-            PlaySlider(&session, i, every, seconds, strip);
+            PlaySlider(&session, i, play);
     StopProxyUpdateTask();
     printf("memory of the preview: at most %.0f MB for an image of %.0f MB\n",
            double(PeakBufferBytes() - before) / 1e6, double(image.pixelBytes) / 1e6);
