@@ -48,6 +48,11 @@ void Print(const char *what, std::vector<double> times) {
     fflush(stdout);
 }
 
+// What a turn of the dialog's thread goes by with.
+enum Part : int32_t { kSleeping, kAsking, kUpdateRect, kMessages, kPainting, kPartCount };
+constexpr const char *kPartNames[kPartCount] = {"sleep", "request", "what is invalid", "messages",
+                                                "painting"};
+
 // The dialog's side: the view, and a bitmap in the place of the screen.
 struct Session {
     PreviewRun run;
@@ -57,6 +62,7 @@ struct Session {
     bool isFirstTileDone = false, isViewDone = false, isViewPainted = false;
     Clock::time_point lastTurn = Clock::now();
     double longestBlock = 0.0;
+    double parts[kPartCount] = {}, longestParts[kPartCount] = {}; // of this turn and of the longest
     std::vector<double> paints;
 
     Session(int32_t width, int32_t height, int32_t lights) : run(width, height, lights) {}
@@ -68,6 +74,22 @@ void OpenScreen(Session *session) {
     session->screen = CreateCompatibleDC(window);
     SelectObject(session->screen, CreateCompatibleBitmap(window, kWidth + 2, kHeight + 2));
     ReleaseDC(session->run.display, window);
+}
+
+template <typename Do> void Time(Session *session, Part part, Do act) {
+    const Clock::time_point start = Clock::now();
+    act();
+    session->parts[part] += Since(start);
+}
+
+void EndTurn(Session *session) {
+    const double block = Since(session->lastTurn);
+    if (block > session->longestBlock) {
+        session->longestBlock = block;
+        std::copy_n(session->parts, kPartCount, session->longestParts);
+    }
+    std::fill_n(session->parts, kPartCount, 0.0);
+    session->lastTurn = Clock::now();
 }
 
 void Paint(Session *session, const RECT &invalid) {
@@ -85,8 +107,9 @@ void Paint(Session *session, const RECT &invalid) {
 void TakeTurn(Session *session) {
     PreviewRun &run = session->run;
     RECT invalid;
-    const bool isInvalid = GetUpdateRect(run.display, &invalid, FALSE);
-    run.TakeMessages();
+    bool isInvalid = false;
+    Time(session, kUpdateRect, [&] { isInvalid = GetUpdateRect(run.display, &invalid, FALSE); });
+    Time(session, kMessages, [&] { run.TakeMessages(); });
     for (; session->seen < run.messages.size(); ++session->seen) {
         const SentMessage &message = run.messages[session->seen];
         if (message.message != kMsgProgress || !run.isTableReady)
@@ -95,9 +118,8 @@ void TakeTurn(Session *session) {
         session->isViewDone |= message.wParam > 0 && message.wParam >= static_cast<WPARAM>(message.lParam);
     }
     if (isInvalid)
-        Paint(session, invalid);
-    session->longestBlock = std::max(session->longestBlock, Since(session->lastTurn));
-    session->lastTurn = Clock::now();
+        Time(session, kPainting, [&] { Paint(session, invalid); });
+    EndTurn(session);
 }
 
 template <typename Condition> double WaitUntil(Session *session, Clock::time_point start, Condition holds) {
@@ -105,7 +127,7 @@ template <typename Condition> double WaitUntil(Session *session, Clock::time_poi
         if (Since(start) > kPatience)
             Fail("the preview does not come");
         TakeTurn(session);
-        Sleep(1);
+        Time(session, kSleeping, [] { Sleep(1); });
     }
     return Since(start);
 }
@@ -123,7 +145,7 @@ Clock::time_point Ask(Session *session, int16_t length) {
     TakeTurn(session);
     session->isFirstTileDone = session->isViewDone = session->isViewPainted = false;
     const Clock::time_point start = Clock::now();
-    RequestPreview(MakeDefaultRequest(session->view, length));
+    Time(session, kAsking, [&] { RequestPreview(MakeDefaultRequest(session->view, length)); });
     return start;
 }
 
@@ -205,6 +227,9 @@ void RunSession(int32_t megapixels, int32_t lights, int changes) {
     DragLength(&session, "100: first tile while dragging");
     HideLight(&session);
     Print("dialog's thread: longest block", {session.longestBlock});
+    for (int32_t part = 0; part < kPartCount; ++part)
+        printf("%s%s %.1f", part > 0 ? ", " : "  of it ", kPartNames[part], session.longestParts[part]);
+    printf("\n");
     const Clock::time_point start = Clock::now();
     StopProxyUpdateTask();
     Print("close", {Since(start)});

@@ -11,6 +11,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <utility>
+
 namespace {
 
 constexpr ParameterSet kStrongStars = {{}, 70, 60, 150,           6,  50, 30, 50, 50, 40,
@@ -72,12 +75,15 @@ void PreviewRun::TakeMessages() {
 }
 
 bool PreviewRun::WaitUntil(const std::function<bool()> &condition, uint32_t timeoutMs) {
-    const DWORD start = GetTickCount();
+    constexpr DWORD kLongestTurn = 50; // more is time in which the machine did not let the run go on
+    DWORD waited = 0, last = GetTickCount();
     for (;;) {
         TakeMessages();
         if (condition())
             return true;
-        if (GetTickCount() - start >= timeoutMs)
+        const DWORD turn = GetTickCount() - std::exchange(last, GetTickCount());
+        waited += std::min(turn, kLongestTurn);
+        if (waited >= timeoutMs)
             return false;
         Sleep(1);
     }
