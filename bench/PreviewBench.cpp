@@ -16,11 +16,13 @@
 #include "ui/window/DialogMessages.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 namespace {
 
@@ -61,7 +63,7 @@ struct Session {
     size_t seen = 0; // messages looked at
     bool isFirstTileDone = false, isViewDone = false, isViewPainted = false;
     Clock::time_point lastTurn = Clock::now();
-    double longestBlock = 0.0;
+    double longestBlock = 0.0, longestWork = 0.0; // work: requests and painting, the preview's share of it
     double parts[kPartCount] = {}, longestParts[kPartCount] = {}; // of this turn and of the longest
     std::vector<double> paints;
 
@@ -88,6 +90,8 @@ void EndTurn(Session *session) {
         session->longestBlock = block;
         std::copy_n(session->parts, kPartCount, session->longestParts);
     }
+    session->longestWork =
+        std::max(session->longestWork, session->parts[kAsking] + session->parts[kPainting]);
     std::fill_n(session->parts, kPartCount, 0.0);
     session->lastTurn = Clock::now();
 }
@@ -209,6 +213,31 @@ void HideLight(Session *session) {
           {WaitUntil(session, Ask(session, 50), [&] { return session->run.served != served; })});
 }
 
+void PrintBlock(const Session &session, const char *what) {
+    Print(what, {session.longestBlock});
+    for (int32_t part = 0; part < kPartCount; ++part)
+        printf("%s%s %.1f", part > 0 ? ", " : "  of it ", kPartNames[part], session.longestParts[part]);
+    printf("\n");
+}
+
+// What the system alone keeps the dialog's thread waiting for: the same turns, as long, while another thread
+// computes and no preview is there.
+void IdleBesideBusyThread(Session *session, double milliseconds) {
+    std::atomic<bool> isOver{false};
+    std::thread busy([&] {
+        while (!isOver)
+            ;
+    });
+    session->longestBlock = 0.0;
+    const Clock::time_point start = session->lastTurn = Clock::now();
+    while (Since(start) < milliseconds) {
+        TakeTurn(session);
+        Time(session, kSleeping, [] { Sleep(1); });
+    }
+    isOver = true;
+    busy.join();
+}
+
 void RunSession(int32_t megapixels, int32_t lights, int changes) {
     const auto width = static_cast<int32_t>(std::sqrt(megapixels * 1.5e6));
     Session session(width, width * 2 / 3, lights);
@@ -219,20 +248,20 @@ void RunSession(int32_t megapixels, int32_t lights, int changes) {
     const int64_t before = BufferBytesInUse();
     printf("%d x %d, %u light sources; milliseconds\n%-40s %8s %8s %8s %8s %6s\n", session.run.image.width,
            session.run.image.height, GetLightSourceTable().count, "", "least", "median", "90 %", "most", "n");
-    session.lastTurn = Clock::now();
+    const Clock::time_point opened = session.lastTurn = Clock::now();
     OpenFitted(&session);
     DragLength(&session, "fitted: first tile while dragging");
     ChangeAndWait(&session, changes);
     ZoomAndPan(&session);
     DragLength(&session, "100: first tile while dragging");
     HideLight(&session);
-    Print("dialog's thread: longest block", {session.longestBlock});
-    for (int32_t part = 0; part < kPartCount; ++part)
-        printf("%s%s %.1f", part > 0 ? ", " : "  of it ", kPartNames[part], session.longestParts[part]);
-    printf("\n");
+    Print("dialog's thread: longest own work", {session.longestWork});
+    PrintBlock(session, "dialog's thread: longest block");
     const Clock::time_point start = Clock::now();
     StopProxyUpdateTask();
     Print("close", {Since(start)});
+    IdleBesideBusyThread(&session, std::chrono::duration<double, std::milli>(start - opened).count());
+    PrintBlock(session, "the same, no preview, a busy thread");
     printf("memory of the preview: at most %.0f MB for an image of %.0f MB\n",
            double(PeakBufferBytes() - before) / 1e6, double(session.run.image.pixelBytes) / 1e6);
 }

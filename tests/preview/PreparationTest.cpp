@@ -20,6 +20,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <map>
 #include <random>
@@ -263,6 +264,30 @@ struct RandomUser {
 };
 
 } // namespace
+
+// A view painted in pieces, with a change between two of them, would be torn.
+TEST(PreviewPreparation, NothingChangesWhileAViewIsPainted) {
+    static std::thread other;
+    static std::atomic<bool> isChanged{false};
+    static int pieces = 0;
+    PreviewRun run(1500, 40, 0);
+    ASSERT_TRUE(run.Start());
+    const PieceDrawer draw = [](const PreviewGeometry &, const IntRect &, uint32_t *) {
+        if (pieces++ == 0)
+            other = std::thread([] {
+                LockPreview();
+                isChanged = true;
+                UnlockPreview();
+            });
+        Sleep(30); // time to come in between
+        EXPECT_FALSE(isChanged);
+    };
+    const HDC dc = CreateCompatibleDC(nullptr);
+    EXPECT_TRUE(PaintImageWith(draw, dc, {0, 0, 1502, 42}, run.View(100.0, 1500, 40)));
+    DeleteDC(dc);
+    other.join();
+    EXPECT_TRUE(isChanged && pieces == 2);
+}
 
 // A picture that is finished is the one that a preview made from nothing shows.
 TEST(PreviewPreparation, RandomSequencesKeepTheRulesAndEndInTheRightPicture) {

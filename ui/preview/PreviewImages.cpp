@@ -46,23 +46,18 @@ void DrawNewest(const PreviewGeometry &geometry, const IntRect &part, uint32_t *
     FreeRegionRects(&fresh);
 }
 
-// Draws one piece, no larger than the tile bitmap; client pixels.
+// Draws one piece, no larger than the tile bitmap; client pixels. Under the lock.
 bool PaintPiece(PieceDrawer draw, HDC dc, const IntRect &piece, const PreviewGeometry &geometry) {
     const IntRect visible = VisibleRect(geometry);
     const int32_t dx = visible.left - geometry.display.left, dy = visible.top - geometry.display.top;
-    if (!LockPreview())
+    if (!gProxies.tileBitmap.pixels)
         return false;
-    bool isDrawn = gProxies.tileBitmap.pixels != nullptr;
-    if (isDrawn) {
-        // The transfer of the piece before may still be pending.
-        GdiFlush();
-        draw(geometry, {piece.left + dx, piece.top + dy, piece.right + dx, piece.bottom + dy},
-             gProxies.tileBitmap.pixels);
-        isDrawn = DrawTileBitmap(gProxies.tileBitmap, dc, piece.left, piece.top, piece.right - piece.left,
-                                 piece.bottom - piece.top);
-    }
-    UnlockPreview();
-    return isDrawn;
+    // The transfer of the piece before may still be pending.
+    GdiFlush();
+    draw(geometry, {piece.left + dx, piece.top + dy, piece.right + dx, piece.bottom + dy},
+         gProxies.tileBitmap.pixels);
+    return DrawTileBitmap(gProxies.tileBitmap, dc, piece.left, piece.top, piece.right - piece.left,
+                          piece.bottom - piece.top);
 }
 
 // The rectangle around all that one source may have drawn; the whole image when that is not known.
@@ -102,6 +97,8 @@ void RestoreState(uint8_t packed, bool isShown, LightSource *source) {
 
 bool PaintImageWith(PieceDrawer draw, HDC dc, const IntRect &part, const PreviewGeometry &geometry) {
     const IntRect area = IntersectRects(IntersectRects(part, geometry.display), ImageInClient(geometry));
+    if (!LockPreview())
+        return false;
     bool isDrawn = true;
     for (int32_t top = area.top; top < area.bottom; top += kTileBitmapSide)
         for (int32_t left = area.left; left < area.right; left += kTileBitmapSide)
@@ -110,6 +107,7 @@ bool PaintImageWith(PieceDrawer draw, HDC dc, const IntRect &part, const Preview
                                   std::min(top + kTileBitmapSide, area.bottom)},
                                  geometry) &&
                       isDrawn;
+    UnlockPreview();
     return isDrawn;
 }
 
