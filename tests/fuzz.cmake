@@ -44,3 +44,10 @@ brillatrix_fuzz(metadata 20000 fuzz/MetadataFuzz.cpp LIBS portable_readers)
 brillatrix_windows_fuzz(files 250 fuzz/FilesFuzz.cpp ../web/UpdateNotice.cpp ../web/UpdateRecord.cpp ../web/UpdateRequest.cpp
     ../plugin/parameters/ParameterAccessor.cpp ../plugin/record/PluginState.cpp storage/TemporaryFolder.cpp
     LIBS recording_diag storage filter_host render engine)
+brillatrix_windows_fuzz(script 3000 fuzz/ScriptFuzz.cpp ../plugin/parameters/ParameterAccessor.cpp
+    ../plugin/parameters/PersistentBlock.cpp ../plugin/parameters/ScriptReader.cpp ../plugin/parameters/ScriptWriter.cpp
+    ../plugin/record/HostCall.cpp ../plugin/record/PluginState.cpp storage/TemporaryFolder.cpp
+    LIBS recording_diag storage render engine)
+if(WIN32)
+    target_link_options(fuzz_script PRIVATE -Wl,--wrap=calloc -Wl,--wrap=free)
+endif()
