@@ -43,7 +43,7 @@ brillatrix_fuzz(metadata 20000 fuzz/MetadataFuzz.cpp LIBS portable_readers)
 
 brillatrix_windows_fuzz(files 250 fuzz/FilesFuzz.cpp ../web/UpdateNotice.cpp ../web/UpdateRecord.cpp ../web/UpdateRequest.cpp
     ../plugin/parameters/ParameterAccessor.cpp ../plugin/record/PluginState.cpp storage/TemporaryFolder.cpp
-    LIBS recording_diag storage filter_host render engine)
+    update/LoopbackServer.cpp LIBS recording_diag storage filter_host render engine ws2_32)
 brillatrix_windows_fuzz(script 3000 fuzz/ScriptFuzz.cpp ../plugin/parameters/ParameterAccessor.cpp
     ../plugin/parameters/PersistentBlock.cpp ../plugin/parameters/ScriptReader.cpp ../plugin/parameters/ScriptWriter.cpp
     ../plugin/record/HostCall.cpp ../plugin/record/PluginState.cpp storage/TemporaryFolder.cpp
@@ -51,3 +51,4 @@ brillatrix_windows_fuzz(script 3000 fuzz/ScriptFuzz.cpp ../plugin/parameters/Par
 if(WIN32)
     target_link_options(fuzz_script PRIVATE -Wl,--wrap=calloc -Wl,--wrap=free)
 endif()
+brillatrix_windows_fuzz(pictures 400 fuzz/PicturesFuzz.cpp host/TestFiles.cpp LIBS filter_host gtest psapi)

@@ -10,16 +10,20 @@
 #include "tests/fuzz/CaseBytes.h"
 #include "tests/storage/TemporaryFolder.h"
 #include "tests/support/RecordingDiag.h"
+#include "tests/update/LoopbackServer.h"
 #include "web/UpdateNotice.h"
 #include "web/UpdateRecord.h"
+#include "web/UpdateRequest.h"
 #include "web/UpdateService.h"
 
 #include <algorithm>
 #include <optional>
 #include <windows.h>
 
+static std::string gAddress = "https://nowhere.invalid/";
+
 UpdateService CurrentUpdateService() {
-    return {"https://nowhere.invalid/", false};
+    return {gAddress.c_str(), true};
 }
 
 namespace {
@@ -222,6 +226,31 @@ void ReadVersion(CaseBytes *from, const TemporaryFolder &) {
             "a version's text is that version");
 }
 
+// A server that answers with a version, or anything.
+void ReadAnswer(CaseBytes *from, const TemporaryFolder &) {
+    const int way = from->Pick(0, 7);
+    const std::string rest(reinterpret_cast<const char *>(from->bytes), from->length);
+    const std::string answer =
+        way == 0 ? rest : HttpAnswer(rest, way == 1 ? "302 Found" : "200 OK", way == 2 ? rest + "\r\n" : "");
+    Require(SaveUpdateRecord({kUpdateRecordMagic, 1, 0, {{1, 2, 3, 4}}}), "a record is kept");
+    const LoopbackServer server([&](const ServedConnection &connection) { connection.Send(answer); });
+    gAddress = server.Address();
+    const ULONGLONG begun = GetTickCount64();
+    StartUpdateCheck();
+    while (IsUpdateCheckRunning())
+        Sleep(1);
+    Require(GetTickCount64() - begun < kUpdateTimeLimit + 3000, "an answer is not waited for for long");
+    const UpdateRecord record = LoadUpdateRecord();
+    ModuleVersion told = {{1, 2, 3, 4}};
+    const size_t line = rest.ends_with("\r\n") ? rest.size() - 2 : rest.size() - rest.ends_with("\n");
+    if (way > 2 && rest.size() <= kMostUpdateAnswer)
+        ParseVersion(rest.data(), line, &told);
+    Require(way == 0 || way == 2 || CompareVersions(record.newest, told) == 0, "only a version is an answer");
+    Require(record.magic == kUpdateRecordMagic && record.isOn == 1 && record.lastAsked > 0,
+            "the question is noted");
+    TakeReports();
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length) {
@@ -230,8 +259,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length) {
     gParameterBlockAccessor = AccessParameterBlock;
     std::snprintf(gSettingsFolder, sizeof gSettingsFolder, "%s", folder.Path().c_str());
     constexpr void (*kReaders[])(CaseBytes *, const TemporaryFolder &) = {
-        ReadSet, ReadFolder, ReadUISettings, ReadRecord, ReadMemory, ReadVersion};
-    kReaders[from.Pick(0, 5)](&from, folder);
+        ReadSet, ReadFolder, ReadUISettings, ReadRecord, ReadMemory, ReadVersion, ReadAnswer};
+    kReaders[from.Pick(0, 6)](&from, folder);
     const std::vector<std::string> left = folder.Names();
     Require(std::none_of(left.begin(), left.end(),
                          [](const std::string &name) { return name.ends_with(".tmp"); }),
