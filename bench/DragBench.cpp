@@ -254,10 +254,10 @@ void PlaySlider(Session *session, int32_t slider, const Play &play) {
     const size_t dragged = session->frames.size();
     session->keepsWhole = false;
     WaitForRest(session, RequestOf(*session, slider, moves.back().value));
-    int32_t whole = 0, torn = 0;
+    int32_t whole = 0, torn = 0, mixed = 0;
     for (size_t i = 0; i < dragged; ++i) {
         const Seen seen = LookAt(values, session->frames[i].samples);
-        ++(seen.isTorn ? torn : whole);
+        ++(seen.isTorn ? torn : seen.isMixed ? mixed : whole);
         for (auto move = moves.rbegin(); move != moves.rend(); ++move)
             if (move->time <= session->frames[i].time && move->value == seen.value) {
                 ages.push_back(session->frames[i].time - move->time);
@@ -266,10 +266,11 @@ void PlaySlider(Session *session, int32_t slider, const Play &play) {
     }
     const Samples &last = values[static_cast<size_t>(moves.back().value)].exact;
     const double settled = SettledAt(session->frames, last);
-    const double atRest = settled < 0.0 ? -1.0 : settled - moves.back().time;
-    printf("%-11s %6.1f %6.1f %8.0f %8.0f %8.0f %8.0f %8.0f %8.1f %8.1f\n", kSliders[slider].name,
-           whole / play.seconds, torn / play.seconds, At(firstChanges, 0.5), At(firstChanges, 1.0),
-           At(ages, 0.5), At(ages, 1.0), atRest, session->longestPaint, session->longestRequest);
+    const double atRest = settled < 0.0 ? -1.0 : std::max(settled - moves.back().time, 0.0);
+    printf("%-11s %6.1f %6.1f %6.1f %8.0f %8.0f %8.0f %8.0f %8.0f %8.1f %8.1f\n", kSliders[slider].name,
+           whole / play.seconds, mixed / play.seconds, torn / play.seconds, At(firstChanges, 0.5),
+           At(firstChanges, 1.0), At(ages, 0.5), At(ages, 1.0), atRest, session->longestPaint,
+           session->longestRequest);
     session->frames.resize(dragged);
     if (play.plantsTears) {
         const Tears tears = PlantTears(values, session->frames);
@@ -368,10 +369,10 @@ int main(int argc, char **argv) {
         PlayAllViews(&session, zoom, play.every, play.seconds);
     else
         printf("%d x %d, %u light sources, zoom %.2f %%, a move every %d ms; frames a second, "
-               "milliseconds\n%-11s %6s %6s "
+               "milliseconds\n%-11s %6s %6s %6s "
                "%8s %8s %8s %8s %8s %8s %8s\n",
-               image.width, image.height, GetLightSourceTable().count, zoom, play.every, "", "whole", "torn",
-               "first", "worst", "age", "oldest", "at rest", "paint", "request");
+               image.width, image.height, GetLightSourceTable().count, zoom, play.every, "", "whole", "mixed",
+               "torn", "first", "worst", "age", "oldest", "at rest", "paint", "request");
     for (int32_t i = 0; i < kParameterCount && !playsViews; ++i)
         if (slider < 0 || slider == i)
             PlaySlider(&session, i, play);

@@ -17,27 +17,32 @@ size_t CountForeign(const Samples &exact, const Samples &draft, const Samples &f
     return count;
 }
 
-// Takes over a rectangle of the frame before. False where that makes no difference.
-bool TearFrame(const Samples &before, int32_t column, int32_t row, int32_t width, int32_t height,
+// Some samples are the draft's alone, others the exact picture's.
+bool IsMixed(const Samples &exact, const Samples &draft, const Samples &frame) {
+    bool isDraft = false, isExact = false;
+    for (size_t i = 0; i < frame.size() && !(isDraft && isExact); ++i) {
+        isDraft = isDraft || frame[i] != exact[i];
+        isExact = isExact || frame[i] != draft[i];
+    }
+    return isDraft && isExact;
+}
+
+// Takes over a rectangle of the frame before.
+void TearFrame(const Samples &before, int32_t column, int32_t row, int32_t width, int32_t height,
                Samples *frame) {
-    bool isOther = false;
     for (int32_t y = row; y < row + height; ++y)
-        for (int32_t x = column; x < column + width; ++x) {
-            const auto i = static_cast<size_t>(y * kColumns + x);
-            isOther = isOther || (*frame)[i] != before[i];
-            (*frame)[i] = before[i];
-        }
-    return isOther;
+        std::copy_n(before.begin() + y * kColumns + column, width, frame->begin() + y * kColumns + column);
 }
 
 // By turns the lower half, the right third and a cell of 90 x 75 pixels in the middle.
-bool TearSomewhere(const Samples &before, size_t turn, Samples *frame) {
+void TearSomewhere(const Samples &before, size_t turn, Samples *frame) {
     constexpr int32_t kCellWidth = 90 / kStep, kCellHeight = 75 / kStep;
     if (turn % 3 == 0)
-        return TearFrame(before, 0, kRows / 2, kColumns, kRows - kRows / 2, frame);
-    if (turn % 3 == 1)
-        return TearFrame(before, kColumns - kColumns / 3, 0, kColumns / 3, kRows, frame);
-    return TearFrame(before, kColumns / 2, kRows / 2, kCellWidth, kCellHeight, frame);
+        TearFrame(before, 0, kRows / 2, kColumns, kRows - kRows / 2, frame);
+    else if (turn % 3 == 1)
+        TearFrame(before, kColumns - kColumns / 3, 0, kColumns / 3, kRows, frame);
+    else
+        TearFrame(before, kColumns / 2, kRows / 2, kCellWidth, kCellHeight, frame);
 }
 
 } // namespace
@@ -54,15 +59,18 @@ Samples TakeSamples(const uint32_t *screen) {
 Seen LookAt(const std::vector<Pictures> &values, const Samples &frame) {
     size_t least = frame.size() + 1;
     int32_t nearest = -1;
-    for (size_t value = 0; value < values.size() && least > 0; ++value)
+    bool isMixed = true;
+    for (size_t value = 0; value < values.size() && (least > 0 || isMixed); ++value)
         for (const Samples &draft : values[value].drafts) {
             const size_t foreign = CountForeign(values[value].exact, draft, frame, least);
-            if (foreign >= least)
+            if (foreign > least || (foreign == least && !isMixed))
                 continue;
+            if (foreign < least)
+                nearest = static_cast<int32_t>(value);
             least = foreign;
-            nearest = static_cast<int32_t>(value);
+            isMixed = least > 0 || IsMixed(values[value].exact, draft, frame);
         }
-    return {nearest, least > 0};
+    return {nearest, least > 0, isMixed};
 }
 
 Tears PlantTears(const std::vector<Pictures> &values, const std::vector<Frame> &frames) {
@@ -70,8 +78,11 @@ Tears PlantTears(const std::vector<Pictures> &values, const std::vector<Frame> &
     for (size_t i = 1; i < frames.size(); ++i) {
         const Seen before = LookAt(values, frames[i - 1].samples), now = LookAt(values, frames[i].samples);
         Samples torn = frames[i].samples;
-        if (before.isTorn || now.isTorn || before.value == now.value ||
-            !TearSomewhere(frames[i - 1].samples, i, &torn))
+        if (before.isTorn || now.isTorn || before.value == now.value)
+            continue;
+        TearSomewhere(frames[i - 1].samples, i, &torn);
+        const Samples &exact = values[static_cast<size_t>(now.value)].exact;
+        if (CountForeign(exact, frames[i].samples, torn, 1) == 0)
             continue;
         ++tears.planted;
         tears.counted += LookAt(values, torn).isTorn;

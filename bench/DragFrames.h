@@ -25,6 +25,7 @@ struct Pictures {
 struct Seen {
     int32_t value; // the nearest
     bool isTorn;
+    bool isMixed; // draft and exact picture of the one value
 };
 
 struct Tears {
@@ -36,7 +37,7 @@ Samples TakeSamples(const uint32_t *screen);
 Seen LookAt(const std::vector<Pictures> &values, const Samples &frame);
 
 // Whether the counting finds tears: a part of each whole frame is replaced by that of the one before it, and
-// counts as planted where that shows another value and looks otherwise.
+// counts as planted where that shows another value and looks otherwise than both pictures of this one.
 Tears PlantTears(const std::vector<Pictures> &values, const std::vector<Frame> &frames);
 
 // The value at this share of the sorted values; -1 without any.

@@ -10,6 +10,7 @@
 #include "tests/support/PreviewState.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/SystemObjects.h"
+#include "ui/preview/PreviewDraft.h"
 #include "ui/preview/PreviewImages.h"
 #include "ui/preview/PreviewProxies.h"
 #include "ui/preview/ProxyUpdateState.h"
@@ -143,10 +144,15 @@ TEST(ProxyUpdateTask, DraftsOfTheWholeViewFollowADrag) {
         EXPECT_EQ(rect.right, 0) << "whole";
     EXPECT_NE(run.Paint(view), before);
     // At rest it is what a preview made from nothing shows.
-    ASSERT_TRUE(run.WaitUntil([&] { return IsPreviewFinished(request) && !gProxies.draft.pixels; }));
+    ASSERT_TRUE(run.WaitUntil([&] { return IsPreviewFinished(request); }));
     const std::vector<uint32_t> atRest = run.Paint(view);
     ASSERT_TRUE(run.Start());
     ASSERT_TRUE(run.Serve(request));
+    EXPECT_EQ(run.Paint(view), atRest);
+    // A draft is replaced as a whole, not by tile after tile.
+    ASSERT_TRUE(MakeDraft(request, gProxyUpdate.stopDraft));
+    EXPECT_NE(run.Paint(view), atRest);
+    ShowFreshOverDraft();
     EXPECT_EQ(run.Paint(view), atRest);
 }
 

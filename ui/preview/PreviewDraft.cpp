@@ -103,6 +103,7 @@ bool DrawDraft(const PreviewRequest &request, const std::atomic<uint8_t> &stop, 
 void ReplaceDraft(PixelStore draft) {
     if (LockPreview()) {
         std::swap(draft, gProxies.draft);
+        gProxies.draftHidesFresh = true;
         UnlockPreview();
     }
     FreeStore(&draft);
@@ -135,6 +136,13 @@ bool MakeDraft(const PreviewRequest &request, const std::atomic<uint8_t> &stop) 
 void PrepareDraft(const PreviewRequest &request, const std::atomic<uint8_t> &stop) {
     if (NeedMaster(request, stop))
         NeedDraftPicture(ScaleOf(request, gProxies.draftQuality), stop, &gProxies.draftPictures);
+}
+
+void ShowFreshOverDraft() {
+    if (!LockPreview())
+        return;
+    gProxies.draftHidesFresh = false;
+    UnlockPreview();
 }
 
 void DropDraft() {

@@ -16,5 +16,9 @@ bool MakeDraft(const PreviewRequest &request, const std::atomic<uint8_t> &stop);
 // Makes what drafts of this view are drawn from, so that the first one need not wait for it.
 void PrepareDraft(const PreviewRequest &request, const std::atomic<uint8_t> &stop);
 
+// The exact pixels that there are show over the draft; until then it hides them, so that a quick view is
+// replaced whole.
+void ShowFreshOverDraft();
+
 // The exact view is whole.
 void DropDraft();

@@ -20,7 +20,8 @@ bool HoldsRect(const IntRect &outer, const IntRect &inner) {
            outer.bottom >= inner.bottom;
 }
 
-// The newest of what there is lies on top: pixels that are exact, then the draft, then what was exact once.
+// The newest of what there is lies on top: pixels that are exact, unless the draft is to hide them yet, then
+// the draft, then what was exact once.
 void DrawNewest(const PreviewGeometry &geometry, const IntRect &part, uint32_t *pixels) {
     const ImageBuffer &image = gProxies.HostProxyImage;
     const PixelStore &draft = gProxies.draft;
@@ -32,7 +33,8 @@ void DrawNewest(const PreviewGeometry &geometry, const IntRect &part, uint32_t *
     if (!hidesAll)
         OverlayStore(draft, image, geometry.zoom, part, pixels, kTileBitmapSide);
     RegionRects fresh{};
-    if (geometry.zoom != gProxies.previous.zoom || !GetRegionRects(gProxies.FreshRegion, &fresh))
+    if (gProxies.draftHidesFresh || geometry.zoom != gProxies.previous.zoom ||
+        !GetRegionRects(gProxies.FreshRegion, &fresh))
         return;
     for (uint32_t i = 0; i < fresh.count; ++i) {
         const RECT &r = fresh.rects[i];

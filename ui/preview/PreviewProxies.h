@@ -21,7 +21,8 @@ struct PreviewProxies {
     ImageBuffer EffectProxyImage; // of the same form; its pixels are the task's only
     PixelStore scaledProxy;       // written by the task under the lock, so the task reads it without
 
-    PixelStore draft; // over it, but for the fresh pixels; none while the exact view is whole
+    PixelStore draft;     // over it; none while the exact view is whole
+    bool draftHidesFresh; // else the fresh pixels are over the draft
 
     PixelStore original; // the view without stars, as it was compared last; dialog's thread
 

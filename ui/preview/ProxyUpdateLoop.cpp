@@ -162,9 +162,14 @@ bool IsQuietTimeOver() {
     return GetTickCount() - gProxyUpdate.quietSince >= kQuietMilliseconds;
 }
 
+void FlushExact(const Serving &serving) {
+    ShowFreshOverDraft();
+    Flush(serving);
+}
+
 void EndQuiet(Serving *serving) {
     if (serving->isQuiet)
-        Flush(*serving);
+        FlushExact(*serving);
     serving->isQuiet = false;
 }
 
@@ -229,7 +234,7 @@ void ServeRequest() {
         }
         if (tile.area == PreviewArea::visible && IsQuietTimeOver()) {
             serving.isQuiet = false;
-            Flush(serving);
+            FlushExact(serving);
         }
     }
     if (!serving.isViewWhole)
