@@ -2,7 +2,7 @@
 # Plants small faults in a room's files, one at a time, and counts those that its tests catch:
 #   tests/mutate.sh ROOM [COUNT [SEED]]       20 faults with seed 1 unless told; ROOM also a folder or file: ui/view
 # Works on a copy of the checkout in build/mutate, one for each ROOM, so that several can run at once. A fault is caught
-# when a test case fails twice, or when nothing is heard of the tests for long. The cases most likely to catch it run
+# when a test case fails twice, or twice nothing is heard of it for long. The cases most likely to catch it run
 # first. Those not caught are printed as MISSED. The ones in tests/mutants-without-effect.txt are known to change nothing
 # that anybody can notice, are counted apart and not planted.
 #   MUTATE_TESTS="engine_tests"   runs other programs than the room's
@@ -15,11 +15,12 @@ import filecmp, hashlib, os, re, shutil, signal, subprocess, sys, time
 root, room = sys.argv[1], sys.argv[2].rstrip('/') if len(sys.argv) > 2 else sys.exit('which room?')
 count, seed = int(sys.argv[3]) if len(sys.argv) > 3 else 20, sys.argv[4] if len(sys.argv) > 4 else '1'
 only, to_the_end = os.environ.get('MUTATE_ONLY', ''), 'MUTATE_ALL' in os.environ
+signal.signal(signal.SIGTERM, lambda *_: sys.exit('mutate.sh: ended from outside'))
 ENGINE, RENDER = 'engine_tests debug_picture_tests fuzz_detection', 'render_tests debug_picture_tests fuzz_render'
 TESTS = {  # of a folder or file; the longest name that fits counts
     'engine': f'{ENGINE} reference_tests', 'engine/InitializationTask.cpp': 'init_task_tests',
-    'engine/SystemThreads.cpp': 'init_task_tests', 'render': f'{RENDER} reference_tests', 'diag': 'diag_tests plugin_tests',
-    'storage': 'storage_tests ui_tests plugin_tests', 'web': 'update_tests', 'host': 'host_tests plugin_tests',
+    'engine/SystemThreads.cpp': 'init_task_tests', 'render': f'{RENDER} reference_tests', 'diag': 'diag_tests',
+    'storage': 'storage_tests ui_tests', 'web': 'update_tests', 'host': 'host_tests',
     'plugin': 'diagnostic_tests plugin_tests', 'ui': 'look_tests dialog_tests', 'ui/fields': 'ui_tests dialog_tests',
     'ui/settings': 'ui_tests dialog_tests', 'ui/paint': 'look_tests viewer_tests view_tests dialog_tests',
     'ui/window': 'ui_tests look_tests viewer_tests dialog_tests', 'ui/display': 'view_tests dialog_tests',
@@ -109,16 +110,19 @@ def run(test, cases='*', silence=600, stop=not to_the_end):
         running = subprocess.Popen(command, cwd=scratch, stdout=out, stderr=out, stdin=subprocess.DEVNULL,
                                    start_new_session=True)
     size, heard = 0, time.time()
-    while running.poll() is None:
-        time.sleep(0.1)
-        if (grown := os.path.getsize(log)) != size:
-            size, heard = grown, time.time()
-        if time.time() > heard + silence:
+    try:
+        while running.poll() is None:
+            time.sleep(0.1)
+            if (grown := os.path.getsize(log)) != size:
+                size, heard = grown, time.time()
+            if time.time() > heard + silence:
+                return [f'{test}:silence']
+    finally:
+        if running.poll() is None:
             os.killpg(running.pid, signal.SIGKILL)
             running.wait()
             if test not in PORTABLE:
                 subprocess.run(['wineserver', '-k'], env={**os.environ, 'WINEPREFIX': f'{scratch}/build/wine'})
-            return [f'{test}:silence']
     failing = re.findall(r'\[  FAILED  \] (\w+\.[\w/]+)(?: \(|,|\n)', open(log, errors='replace').read())
     return list(dict.fromkeys(failing)) or ([f'{test}:{running.returncode}'] if running.returncode else [])
 
@@ -160,10 +164,9 @@ def catching(test, path):
         if not (group := todo.pop(0)):
             continue
         failing = run(test, ':'.join(group), silence)
-        if not failing or failing[0].endswith(':silence') or run(test, failing[0] if '.' in failing[0] else '*', silence):
-            if failing:
-                return failing
-        else:  # it was the machine's fault: the rest without the case
+        if failing and run(test, failing[0] if '.' in failing[0] else ':'.join(group), silence):
+            return failing
+        if failing:  # only once, which was the machine's fault: the rest without the case
             todo.insert(0, [case for case in group if case not in failing])
     return []
 

@@ -35,6 +35,12 @@ void WINAPI ForcedSystemInfo(SYSTEM_INFO *info) {
     info->dwNumberOfProcessors = gProcessors;
 }
 
+decltype(&WaitForMultipleObjects) gRealWait;
+DWORD gWaitAnswer; // instead of a wait for all workers; 0: wait
+DWORD WINAPI AnsweredWait(DWORD count, const HANDLE *handles, BOOL all, DWORD milliseconds) {
+    return gWaitAnswer ? gWaitAnswer : gRealWait(count, handles, all, milliseconds);
+}
+
 struct InitTaskTest : EngineTest {
     void SetUp() override {
         EngineTest::SetUp();
@@ -44,6 +50,7 @@ struct InitTaskTest : EngineTest {
         gBeginThread = host::ReplaceImport(self, nullptr, "_beginthreadex", WatchedBeginThread, &hooks);
         ASSERT_NE(gBeginThread, nullptr);
         ASSERT_NE(host::ReplaceImport(self, nullptr, "GetSystemInfo", ForcedSystemInfo, &hooks), nullptr);
+        gRealWait = host::ReplaceImport(self, nullptr, "WaitForMultipleObjects", AnsweredWait, &hooks);
     }
     void TearDown() override {
         ExpectNothingOpen();
@@ -185,6 +192,21 @@ TEST_F(InitTaskTest, AWorkerThatDoesNotStartLeavesItsBandUnscanned) {
     ASSERT_EQ(found.size(), 2u);
     for (const LightSource &s : found)
         EXPECT_GT(s.Y, 120);
+}
+
+TEST_F(InitTaskTest, AWaitForTheWorkersThatGoesWrongIsToldAndStillLeavesNoneRunning) {
+    const std::string title = " 16 Debug:  Unexpected Error: ";
+    for (const auto &[answer, report] :
+         {std::pair(WAIT_ABANDONED_0, "592 0" + title + "An object was abandoned in InitializeDataTask()."),
+          {WAIT_ABANDONED_0 + 1, "592 0" + title + "An object was abandoned in InitializeDataTask()."},
+          {WAIT_ABANDONED_0 + 2, "603 2" + title + "Waiting for events failed in InitializeDataTask."},
+          {WAIT_TIMEOUT, "597 0" + title + "A wait timed out in InitializeDataTask()."}}) {
+        gWaitAnswer = answer;
+        EXPECT_EQ(RunToTheEnd(spots.buffer), kErrMissingParameter);
+        ExpectReport(report);
+        ExpectNothingOpen();
+    }
+    gWaitAnswer = 0;
 }
 
 TEST_F(InitTaskTest, AFailingAllocationIsToldAndLosesNoMemory) {

@@ -90,6 +90,7 @@ TEST_F(AppFolders, AUserNameOutsideTheCodePageHasFoldersAndFiles) {
         gShellFolders = {folder / mangled, folder / "Common", E_FAIL, -1, path};
         EXPECT_TRUE(InitAppFolders("Brillatrix", "Brillatrix Pro"));
         EXPECT_EQ(Messages(), Strings{});
+        EXPECT_NE(strchr(gSettingsFolder, '?'), nullptr); // which leads nowhere, not to another user's
         EXPECT_TRUE(SaveUISettings() && LoadUISettings());
         EXPECT_NE(GetFileAttributesW((path + L"\\Nexorvanta\\Brillatrix\\Settings\\UISettings.bin").c_str()),
                   INVALID_FILE_ATTRIBUTES);
