@@ -21,9 +21,8 @@ void LogSystemError(const ErrorRecord &record, const char *now, const char *titl
     constexpr DWORD options =
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
     char *systemText = nullptr;
-    if (FormatMessageA(options, nullptr, record.systemError, 0, reinterpret_cast<char *>(&systemText), 0,
-                       nullptr) == 0)
-        systemText = nullptr;
+    FormatMessageA(options, nullptr, record.systemError, 0, reinterpret_cast<char *>(&systemText), 0,
+                   nullptr);
     if (systemText) {
         if (char *lineEnd = strstr(systemText, "\r\n"))
             *lineEnd = '\0';

@@ -25,9 +25,10 @@ bool NormalizePath(const wchar_t *path, WidePath *normal) {
     return true;
 }
 
+// Of a normal path, which has no other separators.
 void CutSeparators(wchar_t *path) {
     size_t length = wcslen(path);
-    while (length > 0 && (path[length - 1] == L'\\' || path[length - 1] == L'/'))
+    while (length > 0 && path[length - 1] == L'\\')
         path[--length] = L'\0';
 }
 

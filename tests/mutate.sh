@@ -7,6 +7,7 @@
 # that anybody can notice, are counted apart and not planted.
 #   MUTATE_TESTS="engine_tests"   runs other programs than the room's
 #   MUTATE_ALL=1                  runs on to tell every case that catches a fault
+#   MUTATE_QUICK=1                leaves out the longest cases, which otherwise run last
 #   MUTATE_ONLY=TEXT              only faults whose printed line contains TEXT, whatever COUNT
 command -v python3 >/dev/null || { echo "mutate.sh: needs python3" >&2; exit 2; }
 exec python3 - "$(cd "$(dirname "$0")/.." && pwd)" "$@" <<'PYTHON'
@@ -19,7 +20,8 @@ signal.signal(signal.SIGTERM, lambda *_: sys.exit('mutate.sh: ended from outside
 ENGINE, RENDER = 'engine_tests debug_picture_tests fuzz_detection', 'render_tests debug_picture_tests fuzz_render'
 TESTS = {  # of a folder or file; the longest name that fits counts
     'engine': f'{ENGINE} reference_tests', 'engine/InitializationTask.cpp': 'init_task_tests',
-    'engine/SystemThreads.cpp': 'init_task_tests', 'render': f'{RENDER} reference_tests', 'diag': 'diag_tests',
+    'engine/SystemThreads.cpp': 'init_task_tests', 'render': f'{RENDER} reference_tests', 'diag': 'diag_tests storage_tests',
+    'diag/module/ModuleVersion.cpp': 'update_tests',
     'storage': 'storage_tests ui_tests', 'web': 'update_tests', 'host': 'host_tests',
     'plugin': 'diagnostic_tests plugin_tests', 'ui': 'look_tests dialog_tests', 'ui/fields': 'ui_tests dialog_tests',
     'ui/settings': 'ui_tests dialog_tests', 'ui/paint': 'look_tests viewer_tests view_tests dialog_tests',
@@ -35,9 +37,9 @@ SWAPS = [(' < ', ' <= '), (' <= ', ' < '), (' > ', ' >= '), (' >= ', ' > '), (' 
          ('std::min', 'std::max'), ('std::max', 'std::min'), (' += ', ' -= '), ('++', '--'), ('left', 'right'),
          ('top', 'bottom'), ('width', 'height')]
 # Nobody would notice: what only goes into the log, memory asked for early, the compiler's hints.
-SKIPPED = re.compile(r'\s*(static_assert|using|(static )?constexpr|public|private)|.*(WriteLogLine\(|\.reserve\(|likely\]\])')
-# A longer wait, a larger buffer.
-SKIPPED_NUMBERS = re.compile(r'.*(Wait\w*|Sleep|sleep_for|SetTimer)\(|\s+(const |static )*[\w:]+ (\w+\[.*\](, )?)+( = .*)?;')
+SKIPPED = re.compile(r'\s*(static_assert|using|va_end|(static )?constexpr|public|private)|.*(WriteLogLine\(|\.reserve\(|likely\]\])')
+# A longer wait, a larger buffer, a system error that a message without one does not show.
+SKIPPED_NUMBERS = re.compile(r'.*((Wait\w*|Sleep|sleep_for|SetTimer)\(|kDebugMessage, 0})|\s+(const |static )*[\w:]+ (\w+\[.*\](, )?)+( = .*)?;')
 
 
 def faults_of(path):
@@ -159,7 +161,8 @@ def catching(test, path):
     if test.startswith('fuzz_'):
         return run(test, '', silence)
     first = likely(test, path) if sum(cases.values()) > 4000 and not to_the_end else []
-    todo = [first, [case for case in cases if case not in first]]
+    slow = [case for case, ms in cases.items() if ms > max(5000, sum(cases.values()) / 15) and case not in first]
+    todo = [first, [case for case in cases if case not in first + slow], slow * ('MUTATE_QUICK' not in os.environ)]
     while todo:
         if not (group := todo.pop(0)):
             continue

@@ -85,7 +85,9 @@ TEST_F(ErrorReport, LongMessagesAreWholeAndCutOnlyWithoutMemory) {
         EXPECT_EQ(report(text, SIZE_MAX), (std::pair{start + text + "'", text}));
     }
     const std::string text = std::string(100000, 'x') + "end";
+    const int blocks = LiveBlocks();
     EXPECT_EQ(report(text, SIZE_MAX), (std::pair{start + text + "'", text}));
+    EXPECT_EQ(LiveBlocks(), blocks);
     for (const size_t limit : {size_t{1000}, size_t{100020}, size_t{150000}}) {
         const auto [line, box] = report(text, limit);
         EXPECT_GT(line.size(), 400u);

@@ -11,12 +11,24 @@
 namespace {
 
 std::atomic<size_t> gMallocLimit = SIZE_MAX;
+std::atomic<int> gLiveBlocks;
 
 } // namespace
 
 extern "C" void *__real_malloc(size_t size);
 extern "C" void *__wrap_malloc(size_t size) {
-    return size < gMallocLimit ? __real_malloc(size) : nullptr;
+    void *block = size < gMallocLimit ? __real_malloc(size) : nullptr;
+    gLiveBlocks += block != nullptr;
+    return block;
+}
+extern "C" void __real_free(void *block);
+extern "C" void __wrap_free(void *block) {
+    gLiveBlocks -= block != nullptr;
+    __real_free(block);
+}
+
+int LiveBlocks() {
+    return gLiveBlocks;
 }
 
 void FailMallocFrom(size_t size) {

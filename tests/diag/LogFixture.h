@@ -18,6 +18,8 @@ std::vector<std::string> Lines(const std::string &text);
 
 // Makes every malloc of at least this many bytes fail; SIZE_MAX for none.
 void FailMallocFrom(size_t size);
+// Blocks from malloc that nobody has freed.
+int LiveBlocks();
 
 class LogFixture : public testing::Test {
 protected:

@@ -90,8 +90,11 @@ TEST_F(LightSourceTableTest, WithAndWithoutAGridTheTableIsTheSame) {
                     ASSERT_EQ(AddLightSource(t, s.position, s.radiusSquared, 1, 2, 3, s.enabled), kNoError);
                 ASSERT_EQ(IsInsideLightSource(plain.table, s.position.Y, s.position.X),
                           IsInsideLightSource(grid.table, s.position.Y, s.position.X));
-                if (++inserted == 300)
-                    AttachLightSourceGrid(IntRect{0, 0, 200, 190}, cellSize, &late.table);
+                if (++inserted != 300)
+                    continue;
+                FailAllocation(seed == 4 ? 3 : 0, true); // no room for the lights: it goes on without a grid
+                AttachLightSourceGrid(IntRect{0, 0, 200, 190}, cellSize, &late.table);
+                FailAllocation(0, false);
             }
             for (const LightSourceTable *t : {&grid.table, &late.table}) {
                 ASSERT_EQ(t->Count, plain.table.Count);

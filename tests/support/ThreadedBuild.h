@@ -7,18 +7,30 @@
 #include "engine/table/LightSourceTable.h"
 #include "tests/support/StandardThreads.h"
 
+#include <cstdlib>
 #include <mutex>
+#include <utility>
 
 struct ThreadedBuild {
-    std::mutex imageMutex;
+    struct CheckedMutex : std::mutex {
+        bool isHeld = false;
+    } imageMutex;
     TableBuild build;
 
     // `tableCancel` and the rest as in the background task. `scan` runs all bands' workers.
     template <typename Scan>
     HostResult Run(const ImageBuffer &image, int32_t workers, const std::atomic<uint8_t> &cancel, Scan scan) {
         FreeTableRecords(gLightSourceTable);
-        const ImageLock lock{[](void *owner) { static_cast<std::mutex *>(owner)->lock(); },
-                             [](void *owner) { static_cast<std::mutex *>(owner)->unlock(); }, &imageMutex};
+        const auto lockImage = [](void *owner) {
+            static_cast<CheckedMutex *>(owner)->lock();
+            static_cast<CheckedMutex *>(owner)->isHeld = true;
+        };
+        const auto unlockImage = [](void *owner) {
+            if (!std::exchange(static_cast<CheckedMutex *>(owner)->isHeld, false))
+                std::abort(); // given back without having been taken
+            static_cast<CheckedMutex *>(owner)->unlock();
+        };
+        const ImageLock lock{lockImage, unlockImage, &imageMutex};
         ResetTableBuild(&cancel, lock, WorkerHooks{nullptr, nullptr, StandardThreads(workers)}, &build);
         HostResult result = PrepareTableBuild(image, workers, &build);
         if (result == kNoError) {

@@ -112,6 +112,11 @@ TEST_F(ImageViewerTest, ShowsEachPictureToThePixelAndPans) {
         SendMessageA(display, WM_KEYDOWN, VK_RIGHT, 1);
         SendMessageA(display, WM_KEYDOWN, VK_DOWN, 1);
         ExpectShown(display, shaded, -40, -40, 4);
+        RECT rect;
+        GetWindowRect(dialog, &rect);
+        SetWindowPos(dialog, nullptr, 0, 0, rect.right - rect.left + 60, rect.bottom - rect.top + 40,
+                     SWP_NOMOVE | SWP_NOZORDER);
+        ExpectShown(display, shaded, -10, -20, 4); // the middle stays
     });
 }
 
