@@ -81,9 +81,10 @@ Tears PlantTears(const std::vector<Pictures> &values, const std::vector<Frame> &
         if (before.isTorn || now.isTorn || before.value == now.value)
             continue;
         TearSomewhere(frames[i - 1].samples, i, &torn);
-        const Samples &exact = values[static_cast<size_t>(now.value)].exact;
-        if (CountForeign(exact, frames[i].samples, torn, 1) == 0)
-            continue;
+        const Pictures &of = values[static_cast<size_t>(now.value)],
+                       &ofBefore = values[static_cast<size_t>(before.value)];
+        if (!LookAt({of, ofBefore}, torn).isTorn)
+            continue; // all stars that differ lie on one side
         ++tears.planted;
         tears.counted += LookAt(values, torn).isTorn;
     }

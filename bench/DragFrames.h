@@ -37,7 +37,7 @@ Samples TakeSamples(const uint32_t *screen);
 Seen LookAt(const std::vector<Pictures> &values, const Samples &frame);
 
 // Whether the counting finds tears: a part of each whole frame is replaced by that of the one before it, and
-// counts as planted where that shows another value and looks otherwise than both pictures of this one.
+// counts as planted where the whole is then no picture of the one value, nor of the other.
 Tears PlantTears(const std::vector<Pictures> &values, const std::vector<Frame> &frames);
 
 // The value at this share of the sorted values; -1 without any.
