@@ -13,6 +13,7 @@
 // For what a loop does for each of its vectors.
 #if defined(__GNUC__)
 #define BX_ALWAYS_INLINE __attribute__((always_inline)) inline
+#define BX_NEVER_INLINE __attribute__((noinline))
 #else
 #define BX_ALWAYS_INLINE inline
 #endif

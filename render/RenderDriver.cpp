@@ -97,7 +97,7 @@ double ShareInRegion(const RenderJob &job, const StampPlace &place, const IntRec
 bool PrepareStars(const RenderJob &job) {
     double stars[kStampsPerSet] = {};
     return ForEachLight(job, nullptr, [&](const StampPlace &place, const LightSource &, uint32_t) {
-        if (!gRenderState.stars.build)
+        if (!gStampBuilders.star)
             return false;
         if (!IsNearRegion(job, place))
             return true;
@@ -113,7 +113,7 @@ bool PrepareStars(const RenderJob &job) {
 
 bool PrepareFlares(const RenderJob &job) {
     return ForEachLight(job, &job.flareShare, [&](const StampPlace &place, const LightSource &, uint32_t) {
-        if (!gRenderState.flares.build)
+        if (!gStampBuilders.flare)
             return false;
         NeedFlareStamp(place.px, place.py);
         return true;
@@ -199,7 +199,9 @@ bool RenderEffect(const RenderSettings &settings, const ImageBuffer &source, con
     ClampRenderSettings(&clamped);
     BuildAngleTables();
     PrepareCoveragePower();
-    UpdateStamps(clamped);
+    StampContext wanted = MakeStampContext(clamped);
+    wanted.needsTables = !LaysByGlow(wanted, *output);
+    UpdateStamps(wanted);
     gRenderState.abort = &abort;
     if (!PrepareOutputBase(source, target, clamped.effectsOnly, output))
         return false;

@@ -31,11 +31,10 @@ void EmptyFlares() {
 
 } // namespace
 
-RenderState gRenderState = {StampContext{}, nullptr, StarSet{{}, {}, BuildStarStamp},
-                            FlareSet{{}, {}, BuildFlareStamp}, ColorTables{0, nullptr}};
+RenderState gRenderState;
+StampBuilders gStampBuilders = {BuildStarStamp, BuildFlareStamp};
 
-void UpdateStamps(const RenderSettings &settings) {
-    const StampContext wanted = MakeStampContext(settings);
+void UpdateStamps(const StampContext &wanted) {
     if (!StarStampsServe(gRenderState.context, wanted)) {
         EmptyStars();
         BeginStars(wanted, &gRenderState.stars.tables);
@@ -57,14 +56,14 @@ void FreeColors(ColorTables *colors) {
 const StarStamp &NeedStarStamp(int32_t px, int32_t py) {
     StarStamp &stamp = gRenderState.stars.stamps[px * kPhases + py];
     if (stamp.count == 0)
-        gRenderState.stars.build(&stamp, px, py);
+        gStampBuilders.star(&stamp, px, py);
     return stamp;
 }
 
 const FlareStamp &NeedFlareStamp(int32_t px, int32_t py) {
     FlareStamp &stamp = gRenderState.flares.stamps[px * kPhases + py];
     if (!stamp.built)
-        gRenderState.flares.build(&stamp, px, py);
+        gStampBuilders.flare(&stamp, px, py);
     return stamp;
 }
 

@@ -14,19 +14,23 @@
 constexpr int32_t kPhases = 4;                       // sub-pixel phases per axis, quarter pixels
 constexpr int32_t kStampsPerSet = kPhases * kPhases; // indexed px × 4 + py
 
-// Sets of stamps and the functions that build one of them; true when it is complete. A set without a builder
-// makes a render fail.
 struct StarSet {
     StarStamp stamps[kStampsPerSet];
     StarTables tables;
-    bool (*build)(StarStamp *stamp, int32_t px, int32_t py);
 };
 
 struct FlareSet {
     FlareStamp stamps[kStampsPerSet];
     ValueTable values; // shared by the phases; empty until the first is built
-    bool (*build)(FlareStamp *stamp, int32_t px, int32_t py);
 };
+
+// Build one stamp of a set; true when it is complete. A set without a builder makes a render fail. Apart from
+// the state, which is large and all zero in the module's file.
+struct StampBuilders {
+    bool (*star)(StarStamp *stamp, int32_t px, int32_t py);
+    bool (*flare)(FlareStamp *stamp, int32_t px, int32_t py);
+};
+extern StampBuilders gStampBuilders;
 
 // The light source's own colours by rainbow state, kRainbowStates for each worker that draws.
 struct ColorTables {
@@ -44,9 +48,9 @@ struct RenderState {
 
 extern RenderState gRenderState;
 
-// Makes the settings (clamped) with the present geometry, precision mode and floor the state's context, and
-// empties the stamps that do not serve it. The stamps themselves are built when they are first needed.
-void UpdateStamps(const RenderSettings &settings);
+// Makes this the state's context, and empties the stamps that do not serve it. The stamps themselves are
+// built when they are first needed.
+void UpdateStamps(const StampContext &wanted);
 
 size_t ColorBytes(int32_t workers);
 void FreeColors(ColorTables *colors);

@@ -46,7 +46,7 @@ IntRect FindReach(const RenderSettings &settings) {
     ClampRenderSettings(&clamped);
     BuildAngleTables();
     PrepareCoveragePower();
-    UpdateStamps(clamped);
+    UpdateStamps(MakeStampContext(clamped));
     gRenderState.abort = &kNeverAborted;
     IntRect area = kLeastArea;
     if (clamped.intensity >= 1 || clamped.secondaryIntensity >= 1) {

@@ -18,16 +18,20 @@ struct Lanes8 {
         return _mm256_add_pd(_mm256_set1_pd(first), _mm256_setr_pd(0.0, 4.0, 8.0, 12.0));
     }
     static Floats Times(Floats a, Floats b) { return _mm256_mul_ps(a, b); }
+    static Doubles Times(Doubles a, Doubles b) { return _mm256_mul_pd(a, b); }
     static Floats Plus(Floats a, Floats b) { return _mm256_add_ps(a, b); }
+    static Doubles Plus(Doubles a, Doubles b) { return _mm256_add_pd(a, b); }
     static Integers Plus(Integers a, Integers b) { return _mm256_add_epi32(a, b); }
     static Floats Minus(Floats a, Floats b) { return _mm256_sub_ps(a, b); }
     static Doubles Minus(Doubles a, Doubles b) { return _mm256_sub_pd(a, b); }
+    static Integers Minus(Integers a, Integers b) { return _mm256_sub_epi32(a, b); }
     static Integers Minus(Integers a, int32_t b) { return _mm256_sub_epi32(a, _mm256_set1_epi32(b)); }
     static Integers MinusFrom(int32_t a, Integers b) { return _mm256_sub_epi32(_mm256_set1_epi32(a), b); }
     static Floats Over(Floats a, Floats b) { return _mm256_div_ps(a, b); }
     static Floats TimesPlus(Floats a, Floats b, Floats c) { return _mm256_fmadd_ps(a, b, c); }
     static Doubles TimesPlus(Doubles a, Doubles b, Doubles c) { return _mm256_fmadd_pd(a, b, c); }
     static Floats Most(Floats a, Floats b) { return _mm256_max_ps(a, b); }
+    static Floats Least(Floats a, Floats b) { return _mm256_min_ps(a, b); }
     static Doubles Least(Doubles a, Doubles b) { return _mm256_min_pd(a, b); }
     static Floats SizeOf(Floats a) { return _mm256_andnot_ps(_mm256_set1_ps(-0.0f), a); }
     static Doubles SizeOf(Doubles a) { return _mm256_andnot_pd(_mm256_set1_pd(-0.0), a); }
@@ -38,34 +42,41 @@ struct Lanes8 {
     }
 
     static Integers BitsOf(Floats a) { return _mm256_castps_si256(a); }
-    static Integers ShiftRight(Integers a, int32_t bits) { return _mm256_srli_epi32(a, bits); }
-    static Floats MantissaOf(Integers bits) {
-        return _mm256_castsi256_ps(_mm256_or_si256(_mm256_and_si256(bits, _mm256_set1_epi32(0x7FFFFF)),
-                                                   _mm256_set1_epi32(0x3F800000)));
-    }
+    static Floats FloatsOf(Integers bits) { return _mm256_castsi256_ps(bits); }
+    template <int32_t bits> static Integers ShiftLeft(Integers a) { return _mm256_slli_epi32(a, bits); }
+    template <int32_t bits> static Integers ShiftSigned(Integers a) { return _mm256_srai_epi32(a, bits); }
     static Floats WherePositive(Floats a, Floats value) {
         return _mm256_and_ps(_mm256_cmp_ps(a, _mm256_setzero_ps(), _CMP_GT_OQ), value);
     }
 
     // A distance's square root in tenths, rounded; in double precision, one rounding after the other.
-    using HalfIntegers = __m128i;
-    static HalfIntegers DistanceOf(Doubles squared) {
-        return _mm256_cvttpd_epi32(
+    static Doubles DistanceOf(Doubles squared) {
+        return Floor(
             _mm256_add_pd(_mm256_mul_pd(_mm256_set1_pd(10.0), _mm256_sqrt_pd(squared)), _mm256_set1_pd(0.5)));
     }
+
+    static Doubles Floor(Doubles a) { return _mm256_floor_pd(a); }
+    static bool AnyAbove(Doubles a, double b) {
+        return _mm256_movemask_pd(_mm256_cmp_pd(a, _mm256_set1_pd(b), _CMP_GT_OQ)) != 0;
+    }
+    static Doubles WhereBelow(Doubles a, double b, Doubles below, Doubles otherwise) {
+        return _mm256_blendv_pd(otherwise, below, _mm256_cmp_pd(a, _mm256_set1_pd(b), _CMP_LT_OQ));
+    }
+    using HalfIntegers = __m128i;
+    static HalfIntegers Whole(Doubles a) { return _mm256_cvttpd_epi32(a); }
     static Integers Join(HalfIntegers first, HalfIntegers second) { return _mm256_set_m128i(second, first); }
     static Integers AtMost(Integers a, uint32_t most) {
         return _mm256_min_epu32(a, _mm256_set1_epi32(static_cast<int32_t>(most)));
     }
-
-    static Floats Gather(const float *table, Integers at) { return _mm256_i32gather_ps(table, at, 4); }
+    static Integers ShiftRight(Integers a) { return _mm256_srli_epi32(a, 1); }
     static Integers Gather(const uint32_t *table, Integers at) {
         return _mm256_i32gather_epi32(reinterpret_cast<const int *>(table), at, 4);
     }
-    static Integers Gather(const uint16_t *table, Integers at) {
-        return _mm256_and_si256(_mm256_i32gather_epi32(reinterpret_cast<const int *>(table), at, 2),
-                                _mm256_set1_epi32(0xFFFF));
+    static void Store(Doubles a, double *to) { _mm256_storeu_pd(to, a); }
+    static Integers Load(const int32_t *from) {
+        return _mm256_loadu_si256(reinterpret_cast<const __m256i *>(from));
     }
+
     // Every fourth value.
     static Floats GatherFourth(const float *table, Integers at) {
         return _mm256_i32gather_ps(table, _mm256_slli_epi32(at, 1), 8);
@@ -116,9 +127,9 @@ struct Lanes8 {
 
 } // namespace
 
-void FillArmGlowAvx2(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]) {
-    piece.arm->majorIsY ? FillArmGlowAs<Lanes8, true>(piece, factors, glow)
-                        : FillArmGlowAs<Lanes8, false>(piece, factors, glow);
+void FillArmGlowAvx2(const GlowPiece &piece, float *const glow[3]) {
+    piece.arm->majorIsY ? FillArmGlowAs<Lanes8, true>(piece, glow)
+                        : FillArmGlowAs<Lanes8, false>(piece, glow);
 }
 
 void FillFlareGlowAvx2(const FlarePiece &piece, float *glow) {

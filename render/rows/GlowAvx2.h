@@ -3,6 +3,6 @@
 
 #include "render/rows/RowLoops.h"
 
-void FillArmGlowAvx2(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]);
+void FillArmGlowAvx2(const GlowPiece &piece, float *const glow[3]);
 void FillFlareGlowAvx2(const FlarePiece &piece, float *glow);
 int32_t BlendGlowAvx2(const GlowBatch &batch, LeftPixel *left);

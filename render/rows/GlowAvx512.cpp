@@ -19,16 +19,20 @@ struct Lanes16 {
                              _mm512_setr_pd(0.0, 4.0, 8.0, 12.0, 16.0, 20.0, 24.0, 28.0));
     }
     static Floats Times(Floats a, Floats b) { return _mm512_mul_ps(a, b); }
+    static Doubles Times(Doubles a, Doubles b) { return _mm512_mul_pd(a, b); }
     static Floats Plus(Floats a, Floats b) { return _mm512_add_ps(a, b); }
+    static Doubles Plus(Doubles a, Doubles b) { return _mm512_add_pd(a, b); }
     static Integers Plus(Integers a, Integers b) { return _mm512_add_epi32(a, b); }
     static Floats Minus(Floats a, Floats b) { return _mm512_sub_ps(a, b); }
     static Doubles Minus(Doubles a, Doubles b) { return _mm512_sub_pd(a, b); }
+    static Integers Minus(Integers a, Integers b) { return _mm512_sub_epi32(a, b); }
     static Integers Minus(Integers a, int32_t b) { return _mm512_sub_epi32(a, _mm512_set1_epi32(b)); }
     static Integers MinusFrom(int32_t a, Integers b) { return _mm512_sub_epi32(_mm512_set1_epi32(a), b); }
     static Floats Over(Floats a, Floats b) { return _mm512_div_ps(a, b); }
     static Floats TimesPlus(Floats a, Floats b, Floats c) { return _mm512_fmadd_ps(a, b, c); }
     static Doubles TimesPlus(Doubles a, Doubles b, Doubles c) { return _mm512_fmadd_pd(a, b, c); }
     static Floats Most(Floats a, Floats b) { return _mm512_max_ps(a, b); }
+    static Floats Least(Floats a, Floats b) { return _mm512_min_ps(a, b); }
     static Doubles Least(Doubles a, Doubles b) { return _mm512_min_pd(a, b); }
     static Floats SizeOf(Floats a) { return _mm512_abs_ps(a); }
     static Doubles SizeOf(Doubles a) { return _mm512_abs_pd(a); }
@@ -39,11 +43,9 @@ struct Lanes16 {
     }
 
     static Integers BitsOf(Floats a) { return _mm512_castps_si512(a); }
-    static Integers ShiftRight(Integers a, uint32_t bits) { return _mm512_srli_epi32(a, bits); }
-    static Floats MantissaOf(Integers bits) {
-        return _mm512_castsi512_ps(_mm512_or_si512(_mm512_and_si512(bits, _mm512_set1_epi32(0x7FFFFF)),
-                                                   _mm512_set1_epi32(0x3F800000)));
-    }
+    static Floats FloatsOf(Integers bits) { return _mm512_castsi512_ps(bits); }
+    template <uint32_t bits> static Integers ShiftLeft(Integers a) { return _mm512_slli_epi32(a, bits); }
+    template <uint32_t bits> static Integers ShiftSigned(Integers a) { return _mm512_srai_epi32(a, bits); }
     static Floats WherePositive(Floats a, Floats value) {
         return _mm512_maskz_mov_ps(_mm512_cmp_ps_mask(a, _mm512_setzero_ps(), _CMP_GT_OQ), value);
     }
@@ -51,30 +53,40 @@ struct Lanes16 {
     // A distance's square root in tenths, rounded. The root is that of a reciprocal known to 2^-14, corrected
     // by a series to 2^-50; ten times the root of an integer is never nearer than 2^-24 to a half, as far as
     // stamps reach.
-    using HalfIntegers = __m256i;
-    static HalfIntegers DistanceOf(Doubles squared) {
+    static Doubles DistanceOf(Doubles squared) {
         const Doubles some = _mm512_max_pd(squared, _mm512_set1_pd(0x1p-100));
         const Doubles reciprocal = _mm512_rsqrt14_pd(some), root = _mm512_mul_pd(some, reciprocal);
         const Doubles rest = _mm512_fnmadd_pd(root, reciprocal, _mm512_set1_pd(1.0));
         Doubles series = _mm512_fmadd_pd(rest, _mm512_set1_pd(5.0 / 16.0), _mm512_set1_pd(3.0 / 8.0));
         series = _mm512_mul_pd(_mm512_fmadd_pd(series, rest, _mm512_set1_pd(0.5)), rest);
         const Doubles exact = _mm512_fmadd_pd(root, series, root);
-        return _mm512_cvttpd_epi32(_mm512_fmadd_pd(exact, _mm512_set1_pd(10.0), _mm512_set1_pd(0.5)));
+        return Floor(_mm512_fmadd_pd(exact, _mm512_set1_pd(10.0), _mm512_set1_pd(0.5)));
     }
+
+    static Doubles Floor(Doubles a) {
+        return _mm512_roundscale_pd(a, _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC);
+    }
+    static bool AnyAbove(Doubles a, double b) {
+        return _mm512_cmp_pd_mask(a, _mm512_set1_pd(b), _CMP_GT_OQ) != 0;
+    }
+    static Doubles WhereBelow(Doubles a, double b, Doubles below, Doubles otherwise) {
+        return _mm512_mask_blend_pd(_mm512_cmp_pd_mask(a, _mm512_set1_pd(b), _CMP_LT_OQ), otherwise, below);
+    }
+    using HalfIntegers = __m256i;
+    static HalfIntegers Whole(Doubles a) { return _mm512_cvttpd_epi32(a); }
     static Integers Join(HalfIntegers first, HalfIntegers second) {
         return _mm512_inserti64x4(_mm512_castsi256_si512(first), second, 1);
     }
     static Integers AtMost(Integers a, uint32_t most) {
         return _mm512_min_epu32(a, _mm512_set1_epi32(static_cast<int32_t>(most)));
     }
-
-    static Floats Gather(const float *table, Integers at) { return _mm512_i32gather_ps(at, table, 4); }
+    static Integers ShiftRight(Integers a) { return _mm512_srli_epi32(a, 1); }
     static Integers Gather(const uint32_t *table, Integers at) {
         return _mm512_i32gather_epi32(at, table, 4);
     }
-    static Integers Gather(const uint16_t *table, Integers at) {
-        return _mm512_and_si512(_mm512_i32gather_epi32(at, table, 2), _mm512_set1_epi32(0xFFFF));
-    }
+    static void Store(Doubles a, double *to) { _mm512_storeu_pd(to, a); }
+    static Integers Load(const int32_t *from) { return _mm512_loadu_si512(from); }
+
     // Every fourth value.
     static Floats GatherFourth(const float *table, Integers at) {
         return _mm512_i32gather_ps(_mm512_slli_epi32(at, 1), table, 8);
@@ -109,9 +121,9 @@ struct Lanes16 {
 
 } // namespace
 
-void FillArmGlowAvx512(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]) {
-    piece.arm->majorIsY ? FillArmGlowAs<Lanes16, true>(piece, factors, glow)
-                        : FillArmGlowAs<Lanes16, false>(piece, factors, glow);
+void FillArmGlowAvx512(const GlowPiece &piece, float *const glow[3]) {
+    piece.arm->majorIsY ? FillArmGlowAs<Lanes16, true>(piece, glow)
+                        : FillArmGlowAs<Lanes16, false>(piece, glow);
 }
 
 void FillFlareGlowAvx512(const FlarePiece &piece, float *glow) {

@@ -3,6 +3,6 @@
 
 #include "render/rows/RowLoops.h"
 
-void FillArmGlowAvx512(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]);
+void FillArmGlowAvx512(const GlowPiece &piece, float *const glow[3]);
 void FillFlareGlowAvx512(const FlarePiece &piece, float *glow);
 int32_t BlendGlowAvx512(const GlowBatch &batch, LeftPixel *left);

@@ -13,20 +13,44 @@ namespace {
 
 constexpr int32_t kGlowStep = 4; // one pixel, in quarter pixels
 constexpr float kHalfFraction = 0x1p-31f;
-constexpr float kLeastCoverage = 0x1p-60f; // of a power; no coverage above 0 is smaller
+constexpr float kLeastCoverage = 0x1p-60f; // of a logarithm; no coverage above 0 is smaller
+constexpr float kLeastLogarithm = -100.0f; // of a share: far too little to show
+constexpr float kGlowLift = 3.0f;          // a spike is flat until its power falls below an eighth
+constexpr float kGlowCoverageExponent = static_cast<float>(kCoverageExponent);
 
-// Coverage^1.6 to 2^-22: the mantissa's power as a series about 1.5, the octave's from a table.
-template <typename Lanes> typename Lanes::Floats GlowShare(typename Lanes::Floats coverage) {
-    constexpr float kTerms[] = {1.91313672f, 2.0406785f,      0.408139646f,  -0.0362546407f,
-                                0.0084165f,  -0.00290489197f, 0.00121324812f};
-    const auto bits = Lanes::BitsOf(Lanes::Most(coverage, Lanes::All(kLeastCoverage)));
-    const auto octave =
-        Lanes::Gather(gShareOfOctave, Lanes::Minus(Lanes::ShiftRight(bits, 23), 127 + kFirstOctave));
-    const auto u = Lanes::Minus(Lanes::MantissaOf(bits), Lanes::All(1.5f));
-    auto series = Lanes::All(kTerms[6]);
-    for (int32_t i = 5; i >= 0; --i)
-        series = Lanes::TimesPlus(series, u, Lanes::All(kTerms[i]));
-    return Lanes::WherePositive(coverage, Lanes::Times(octave, series));
+// Two terms of a series. Series are added up in pairs: one term after the other would take as long again.
+template <typename Lanes>
+BX_ALWAYS_INLINE typename Lanes::Floats Pair(const float *terms, typename Lanes::Floats u) {
+    return Lanes::TimesPlus(Lanes::All(terms[1]), u, Lanes::All(terms[0]));
+}
+
+// The logarithm to base 2, to 2^-24 and half its last place: of the mantissa between the roots of a half and
+// of 2 as a series about 1, which is exact at 1.
+template <typename Lanes> BX_ALWAYS_INLINE typename Lanes::Floats LogOf(typename Lanes::Floats x) {
+    constexpr float kTerms[] = {1.44269487f,   -0.721347129f, 0.480922423f,  -0.360721137f, 0.287658757f,
+                                -0.238521196f, 0.21736575f,   -0.210289705f, 0.12542775f};
+    constexpr int32_t kRootOfHalf = 0x3F3504F3;
+    const auto bits = Lanes::BitsOf(x);
+    const auto octave = Lanes::template ShiftSigned<23>(Lanes::Minus(bits, kRootOfHalf));
+    const auto u = Lanes::Minus(Lanes::FloatsOf(Lanes::Minus(bits, Lanes::template ShiftLeft<23>(octave))),
+                                Lanes::All(1.0f));
+    const auto squared = Lanes::Times(u, u), fourth = Lanes::Times(squared, squared);
+    const auto low = Lanes::TimesPlus(Pair<Lanes>(kTerms + 2, u), squared, Pair<Lanes>(kTerms, u));
+    const auto high = Lanes::TimesPlus(Pair<Lanes>(kTerms + 6, u), squared, Pair<Lanes>(kTerms + 4, u));
+    const auto last = Lanes::TimesPlus(Lanes::All(kTerms[8]), fourth, high);
+    return Lanes::TimesPlus(Lanes::TimesPlus(last, fourth, low), u, Lanes::ToFloats(octave));
+}
+
+// 2^x to 2^-22, from -100 on; exact at whole numbers.
+template <typename Lanes> BX_ALWAYS_INLINE typename Lanes::Floats PowerOfTwo(typename Lanes::Floats x) {
+    constexpr float kTerms[] = {1.0f,          0.693146978f,   0.240222421f,
+                                0.0555073373f, 0.00967151251f, 0.00132647312f};
+    const auto whole = Lanes::Round(x);
+    const auto u = Lanes::Minus(x, Lanes::ToFloats(whole));
+    const auto squared = Lanes::Times(u, u);
+    const auto high = Lanes::TimesPlus(Pair<Lanes>(kTerms + 4, u), squared, Pair<Lanes>(kTerms + 2, u));
+    const auto series = Lanes::TimesPlus(high, squared, Pair<Lanes>(kTerms, u));
+    return Lanes::FloatsOf(Lanes::Plus(Lanes::BitsOf(series), Lanes::template ShiftLeft<23>(whole)));
 }
 
 template <typename Lanes, bool majorIsY>
@@ -43,24 +67,70 @@ typename Lanes::Doubles GlowCoverage(const Arm &arm, typename Lanes::Doubles x, 
     return Lanes::Least(edge, Lanes::AllDoubles(1.0));
 }
 
-// Values along the arm or the flare, as fractions, and the distances that they are for.
+// The distances of pixels (dx, dy) away, as whole numbers.
+template <typename Lanes> struct GlowDistances { typename Lanes::Doubles first, second; };
 template <typename Lanes>
-typename Lanes::Integers GlowDistances(typename Lanes::Doubles dx1, typename Lanes::Doubles dx2, double dy,
-                                       uint32_t count) {
+BX_ALWAYS_INLINE GlowDistances<Lanes> DistancesOf(typename Lanes::Doubles dx1, typename Lanes::Doubles dx2,
+                                                  double dy) {
     const auto squared = Lanes::AllDoubles(dy * dy);
-    return Lanes::AtMost(Lanes::Join(Lanes::DistanceOf(Lanes::TimesPlus(dx1, dx1, squared)),
-                                     Lanes::DistanceOf(Lanes::TimesPlus(dx2, dx2, squared))),
-                         count - 1);
-}
-template <typename Lanes>
-typename Lanes::Floats GlowAlong(const uint32_t *values, typename Lanes::Integers distances) {
-    return Lanes::Times(Lanes::ToFloats(Lanes::ShiftRight(Lanes::Gather(values, distances), 1)),
-                        Lanes::All(kHalfFraction));
+    return {Lanes::DistanceOf(Lanes::TimesPlus(dx1, dx1, squared)),
+            Lanes::DistanceOf(Lanes::TimesPlus(dx2, dx2, squared))};
 }
 
-template <typename Lanes, bool majorIsY>
-void FillArmGlowAs(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]) {
+// The logarithm of the values there as shares of the largest.
+template <typename Lanes>
+BX_ALWAYS_INLINE typename Lanes::Floats FallOffAt(const GlowCurve &curve,
+                                                  const GlowDistances<Lanes> &distances) {
+    const auto step = Lanes::AllDoubles(curve.step), one = Lanes::AllDoubles(1.0);
+    const auto base = Lanes::Narrow(Lanes::TimesPlus(distances.first, step, one),
+                                    Lanes::TimesPlus(distances.second, step, one));
+    return Lanes::Least(
+        Lanes::TimesPlus(LogOf<Lanes>(base), Lanes::All(curve.exponent), Lanes::All(kGlowLift)),
+        Lanes::All(0.0f));
+}
+
+// The rainbow's states at half the lanes' distances. A phase that may or may not be over raises *isOpen.
+template <typename Lanes>
+BX_ALWAYS_INLINE typename Lanes::HalfIntegers StatesOf(const GlowRainbow &rainbow,
+                                                       typename Lanes::Doubles distances, bool *isOpen) {
+    const auto exact = Lanes::Times(distances, Lanes::AllDoubles(rainbow.phasesPerDistance));
+    const auto phase = Lanes::Floor(exact);
+    const auto part = Lanes::Minus(Lanes::Minus(exact, phase), Lanes::AllDoubles(0.5));
+    *isOpen = *isOpen || Lanes::AnyAbove(Lanes::SizeOf(part), 0.5 - kPhaseDoubt);
+    const auto turns = Lanes::Floor(
+        Lanes::TimesPlus(phase, Lanes::AllDoubles(1.0 / kFullTurn), Lanes::AllDoubles(0.5 / kFullTurn)));
+    const auto turned = Lanes::TimesPlus(turns, Lanes::AllDoubles(-double{kFullTurn}),
+                                         Lanes::Plus(phase, Lanes::AllDoubles(kRampPhases)));
+    return Lanes::Whole(Lanes::WhereBelow(phase, kRampPhases, phase, turned));
+}
+
+// Each worked out for itself.
+BX_NEVER_INLINE void StatesByIntegers(const GlowRainbow &rainbow, const double *distances, int32_t count,
+                                      int32_t *states) {
+    for (int32_t i = 0; i < count; ++i)
+        states[i] =
+            static_cast<int32_t>(RainbowStateAt(*rainbow.context, static_cast<uint32_t>(distances[i])));
+}
+
+template <typename Lanes>
+BX_ALWAYS_INLINE typename Lanes::Integers GlowStates(const GlowRainbow &rainbow,
+                                                     const GlowDistances<Lanes> &distances) {
+    bool isOpen = false;
+    const auto first = StatesOf<Lanes>(rainbow, distances.first, &isOpen),
+               second = StatesOf<Lanes>(rainbow, distances.second, &isOpen);
+    if (!isOpen) [[likely]]
+        return Lanes::Join(first, second);
+    double each[Lanes::kCount];
+    int32_t states[Lanes::kCount];
+    Lanes::Store(distances.first, each);
+    Lanes::Store(distances.second, each + Lanes::kCount / 2);
+    StatesByIntegers(rainbow, each, Lanes::kCount, states);
+    return Lanes::Load(states);
+}
+
+template <typename Lanes, bool majorIsY> void FillArmGlowAs(const GlowPiece &piece, float *const glow[3]) {
     const Arm &arm = *piece.arm;
+    const GlowCurve &curve = arm.values->curve;
     const int32_t px = majorIsY ? arm.minorPhase : arm.majorPhase,
                   py = majorIsY ? arm.majorPhase : arm.minorPhase;
     const double y = piece.row * kGlowStep;
@@ -68,32 +138,41 @@ void FillArmGlowAs(const ArmPiece &piece, const GlowFactors *factors, float *con
     for (int32_t i = 0; i < piece.count; i += Lanes::kCount) {
         const auto x1 = Lanes::StepsFrom((piece.from + i) * kGlowStep);
         const auto x2 = Lanes::StepsFrom((piece.from + i + Lanes::kCount / 2) * kGlowStep);
-        const auto distances =
-            GlowDistances<Lanes>(Lanes::Minus(x1, phase), Lanes::Minus(x2, phase), y - py, arm.values->count);
-        const auto share = GlowShare<Lanes>(Lanes::Narrow(GlowCoverage<Lanes, majorIsY>(arm, x1, y),
-                                                          GlowCoverage<Lanes, majorIsY>(arm, x2, y)));
-        const auto value = Lanes::Times(GlowAlong<Lanes>(arm.values->values, distances), share);
+        const auto distances = DistancesOf<Lanes>(Lanes::Minus(x1, phase), Lanes::Minus(x2, phase), y - py);
+        const auto coverage = Lanes::Narrow(GlowCoverage<Lanes, majorIsY>(arm, x1, y),
+                                            GlowCoverage<Lanes, majorIsY>(arm, x2, y));
+        const auto logarithm =
+            Lanes::TimesPlus(LogOf<Lanes>(Lanes::Most(coverage, Lanes::All(kLeastCoverage))),
+                             Lanes::All(kGlowCoverageExponent), FallOffAt<Lanes>(curve, distances));
+        const auto share = PowerOfTwo<Lanes>(Lanes::Most(logarithm, Lanes::All(kLeastLogarithm)));
+        const auto value = Lanes::WherePositive(coverage, Lanes::Times(share, Lanes::All(curve.peak)));
         const int32_t left = piece.count - i;
-        if (!factors) {
+        if (!piece.rainbow) {
             Lanes::StoreFirst(value, left, glow[0] + i);
             continue;
         }
-        const auto states = Lanes::Gather(piece.stateOfDistance, distances);
+        const auto states = GlowStates<Lanes>(*piece.rainbow, distances);
         for (int32_t c = 0; c < 3; ++c)
-            Lanes::StoreFirst(Lanes::Times(value, Lanes::GatherFourth(factors->factor + c, states)), left,
-                              glow[c] + i);
+            Lanes::StoreFirst(
+                Lanes::Times(value, Lanes::GatherFourth(piece.rainbow->factors->factor + c, states)), left,
+                glow[c] + i);
     }
 }
 
+// A flare has few values, all of them at hand: looking them up is sooner done.
 template <typename Lanes> void FillFlareGlowAs(const FlarePiece &piece, float *glow) {
     const auto phase = Lanes::AllDoubles(piece.flare->px);
     const double dy = piece.row * kGlowStep - piece.flare->py;
     for (int32_t i = 0; i < piece.count; i += Lanes::kCount) {
         const auto x1 = Lanes::StepsFrom((piece.from + i) * kGlowStep);
         const auto x2 = Lanes::StepsFrom((piece.from + i + Lanes::kCount / 2) * kGlowStep);
-        const auto distances =
-            GlowDistances<Lanes>(Lanes::Minus(x1, phase), Lanes::Minus(x2, phase), dy, piece.values->count);
-        Lanes::StoreFirst(GlowAlong<Lanes>(piece.values->values, distances), piece.count - i, glow + i);
+        const auto distances = DistancesOf<Lanes>(Lanes::Minus(x1, phase), Lanes::Minus(x2, phase), dy);
+        const auto index =
+            Lanes::AtMost(Lanes::Join(Lanes::Whole(distances.first), Lanes::Whole(distances.second)),
+                          piece.values->count - 1);
+        const auto halves = Lanes::ShiftRight(Lanes::Gather(piece.values->values, index));
+        Lanes::StoreFirst(Lanes::Times(Lanes::ToFloats(halves), Lanes::All(kHalfFraction)), piece.count - i,
+                          glow + i);
     }
 }
 

@@ -12,11 +12,30 @@
 constexpr int32_t kRowPiece = 512;
 constexpr int32_t kRowRoom = kRowPiece + 8;
 
+// Colour factors as fractions.
+struct alignas(16) GlowFactors {
+    float factor[3]; // for red, green, blue
+};
+
 // A piece of one row of an arm: `count` pixels from `from` on, as offsets from the source's pixel.
 struct ArmPiece {
     const Arm *arm;
     const uint16_t *stateOfDistance; // one more than the arm's values
     bool precise;
+    int32_t row, from, count;
+};
+
+// How the glow finds the rainbow's states.
+struct GlowRainbow {
+    double phasesPerDistance;
+    const GlowFactors *factors;  // by state
+    const StampContext *context; // for distances at which a phase may or may not be over
+};
+
+// The same for glow, which needs no tables.
+struct GlowPiece {
+    const Arm *arm;
+    const GlowRainbow *rainbow; // null: there is none, all factors are 1.0
     int32_t row, from, count;
 };
 
@@ -61,11 +80,9 @@ struct BlendPiece {
 // it is the part by which a byte moves toward white. The integers' own roundings and the floats' move a byte
 // by less than kGlowMargin steps and kGlowError of the way: where the sum lies nearer to half a step, the
 // pixel is named instead of blended, and is then to be blended by the integers. So the bytes are the same.
-constexpr float kGlowMargin = 2e-4f, kGlowError = 2e-6f;
-
-struct alignas(16) GlowFactors {
-    float factor[3]; // for red, green, blue
-};
+constexpr float kGlowMargin = 2e-4f, kGlowError = 5e-6f;
+// A phase of the rainbow is over, or not, where so little of it is left or gone: worked out in its own order.
+constexpr double kPhaseDoubt = 1e-6;
 
 // Rows of glow to be laid into bytes. They come in batches: most are short.
 constexpr int32_t kBatchRows = 64, kBatchPixels = 1024;
@@ -95,8 +112,8 @@ struct RenderPath {
     void (*fillFlare)(const FlarePiece &piece, uint32_t *values);
     void (*makeColors)(const ColorPiece &piece, BlendColor *colors);
     void (*blend[3])(const BlendPiece &piece); // samples of 1, 2 and 4 bytes
-    // Null where the path has no glow. Without factors, all of them being 1.0, one channel is filled.
-    void (*fillArmGlow)(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]);
+    // Null where the path has no glow. Without a rainbow one channel is filled.
+    void (*fillArmGlow)(const GlowPiece &piece, float *const glow[3]);
     void (*fillFlareGlow)(const FlarePiece &piece, float *glow);
     // Returns how many pixels are left to the integers, and lists them.
     int32_t (*blendGlow)(const GlowBatch &batch, LeftPixel *left);

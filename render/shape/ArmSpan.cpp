@@ -58,11 +58,15 @@ struct PixelAcross {
     uint32_t share, along; // the value is their product
 };
 
-PixelAcross MeasurePixel(const Arm &arm, int32_t position, double centre, int32_t pixel) {
-    const int32_t x = pixel * kPixelStep;
-    const double coverage = ArmCoverage(arm, centre, x);
-    const uint32_t distance = MeasureDistance(position - arm.majorPhase, x - arm.minorPhase);
-    return {pixel, coverage <= 0.0 ? 0 : ShareOfCoverage(coverage), ValueAt(*arm.values, distance)};
+ArmPixel MeasureAt(const Arm &arm, int32_t major, int32_t minor) {
+    const double coverage = ArmCoverage(arm, ArmCentre(arm, major), minor);
+    const uint32_t distance = MeasureDistance(major - arm.majorPhase, minor - arm.minorPhase);
+    return {distance, coverage <= 0.0 ? 0 : ShareOfCoverage(coverage), ValueAt(*arm.values, distance)};
+}
+
+PixelAcross MeasurePixel(const Arm &arm, int32_t position, int32_t pixel) {
+    const ArmPixel at = MeasureAt(arm, position, pixel * kPixelStep);
+    return {pixel, at.share, at.along};
 }
 
 // Whether a pixel between two reaches the threshold. From `inner` to `outer` the value along the arm falls
@@ -89,7 +93,7 @@ bool StepReaches(const Arm &arm, int32_t step, uint32_t threshold) {
     const int32_t next = arm.minorPhase > 0 ? 1 : 0, truncated = static_cast<int32_t>(centre / kPixelStep);
     const int32_t outer = isAbove || centre < 0.0 ? truncated : 1; // not beyond the centre line
     const auto measure = [&](int32_t pixel) {
-        return MeasurePixel(arm, position, centre, std::clamp(pixel, scanned.from, scanned.to));
+        return MeasurePixel(arm, position, std::clamp(pixel, scanned.from, scanned.to));
     };
     const auto reaches = [&](const PixelAcross &p) { return Mul(p.share, p.along) >= threshold; };
     const PixelAcross last = measure(outer), first = measure(isAbove ? next : 0);
@@ -232,6 +236,11 @@ Arm MakeArm(const StampContext &context, int32_t px, int32_t py, const ArmShape 
     return arm;
 }
 
+ArmPixel MeasureArmPixel(const Arm &arm, int32_t row, int32_t column) {
+    const int32_t y = row * kPixelStep, x = column * kPixelStep;
+    return arm.majorIsY ? MeasureAt(arm, y, x) : MeasureAt(arm, x, y);
+}
+
 // A pixel of a step lies at least as far from the phase point as the step does along the centre line, less
 // what the pixel may lie back from it. Its value is at most the largest share of the value at that distance.
 PixelRange WalkAbove(const Arm &arm, uint32_t level) {
@@ -258,10 +267,10 @@ PixelRange SpanAbove(const Arm &arm, const PixelRange &walked, int32_t row, uint
         return span;
     const int32_t nearest = arm.majorIsY ? std::abs(row) : NearestToZero(span);
     const double distance = ((nearest - 1.0) * kPixelStep * arm.stretch - arm.back) * 10.0 - 1.0;
-    const uint32_t along = ValueAt(*arm.values, static_cast<uint32_t>(std::max(distance, 0.0)));
+    const double along = SpikeValueBound(*arm.values, static_cast<uint32_t>(std::max(distance, 0.0)));
     if (along < level)
         return kNone;
-    const double coverage = NeededCoverage(double{1.0} * level / along);
+    const double coverage = NeededCoverage(level / along);
     const double reach = arm.halfWidth + (0.5 - coverage) * 4.0 / arm.edgeSlope;
     return reach > 0.0 ? Intersect(span, SpanWithin(arm, walked, row, reach)) : kNone;
 }

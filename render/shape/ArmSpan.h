@@ -71,6 +71,12 @@ inline double ArmCentre(const Arm &arm, int32_t position) {
     return arm.crossing + arm.slope * position;
 }
 
+// What a pixel's value is made of: the share of the value along the arm. Offsets from the source's pixel.
+struct ArmPixel {
+    uint32_t distance, share, along;
+};
+ArmPixel MeasureArmPixel(const Arm &arm, int32_t row, int32_t column);
+
 // The part of `walked` in which the arm has values of at least `level`, or a little more.
 PixelRange WalkAbove(const Arm &arm, uint32_t level);
 // Rows that the arm may cover while it walks `walked`.

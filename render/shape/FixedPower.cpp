@@ -7,7 +7,6 @@
 #include <cmath>
 
 FixedPower gCoveragePower;
-float gShareOfOctave[1 - kFirstOctave];
 
 namespace {
 
@@ -65,8 +64,6 @@ void PrepareCoveragePower() {
         gNeededCoverage[i] = std::pow(std::bit_cast<float>(bits), 1.0 / kCoverageExponent) * kCautious;
     }
     PrepareFixedPower(kCoverageExponent, &gCoveragePower);
-    for (int32_t i = 0; i <= -kFirstOctave; ++i)
-        gShareOfOctave[i] = static_cast<float>(gCoveragePower.octave[i]);
 }
 
 uint32_t ShareOfCoverage(double coverage) {

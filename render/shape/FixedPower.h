@@ -28,8 +28,6 @@ double PowerOf(const FixedPower &power, double x);
 // The power of 1.6 that turns an arm's coverage into its share. Read-only once prepared, by the first
 // PrepareCoveragePower; before the first render, one thread.
 extern FixedPower gCoveragePower;
-// The same power of 2^e from e = kFirstOctave to 0.
-extern float gShareOfOctave[1 - kFirstOctave];
 void PrepareCoveragePower();
 
 constexpr double kCoverageExponent = 1.6;

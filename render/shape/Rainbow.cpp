@@ -2,18 +2,27 @@
 
 #include "engine/image/FixedPoint.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr uint32_t kOnePercent = 42949672; // of 2^32
 constexpr int32_t kPeriodBase = 107;
 constexpr uint32_t kThirdTurn = kFullTurn / 3;
 
+uint32_t PhaseLength(const StampContext &context) {
+    const uint32_t root = static_cast<uint32_t>(kPeriodBase - context.settings.rainbowFrequency);
+    return root * root;
+}
+
+double Advance(const StampContext &context, uint32_t distance) {
+    return distance / context.settings.scale * 300000000.0 / context.diagonal;
+}
+
 // How far the rainbow has advanced at a distance, in tenths of a degree; independent of the zoom.
 uint32_t RainbowPhase(const StampContext &context, uint32_t distance) {
-    const double turns = distance / context.settings.scale * 300000000.0 / context.diagonal;
-    const uint32_t reduced = static_cast<uint32_t>(static_cast<uint64_t>(turns));
-    const uint32_t period = static_cast<uint32_t>(kPeriodBase - context.settings.rainbowFrequency);
-    return reduced / (period * period);
+    const uint32_t reduced = static_cast<uint32_t>(static_cast<uint64_t>(Advance(context, distance)));
+    return reduced / PhaseLength(context);
 }
 
 } // namespace
@@ -22,6 +31,11 @@ bool SameRainbowStates(const StampContext &a, const StampContext &b) {
     const RenderSettings &x = a.settings, &y = b.settings;
     return x.scale == y.scale && a.diagonal == b.diagonal && x.rainbowFrequency == y.rainbowFrequency &&
            (x.rainbowIntensity == 0) == (y.rainbowIntensity == 0);
+}
+
+double PhasesPerDistance(const StampContext &context) {
+    const uint32_t furthest = 40u * static_cast<uint32_t>(std::max(context.limitX, context.limitY) + 16);
+    return Advance(context, furthest) < 0x1p32 ? Advance(context, 1) / PhaseLength(context) : 0.0;
 }
 
 // Without a rainbow every triple is the same one.

@@ -19,6 +19,9 @@ struct alignas(16) RainbowFactors {
 
 // Whether the states at all distances are the same under two contexts.
 bool SameRainbowStates(const StampContext &a, const StampContext &b);
+// By how many phases the rainbow advances from one distance to the next, but for rounding; 0 where a stamp
+// reaches so far that their count starts anew.
+double PhasesPerDistance(const StampContext &context);
 // `distance` in tenths of a quarter pixel.
 uint32_t RainbowStateAt(const StampContext &context, uint32_t distance);
 // The angle tables must be built.

@@ -7,13 +7,14 @@
 
 namespace {
 
+constexpr double kLittleMore = 1.0 + 1e-9; // than a level is off
 // 0 stands for "level 0".
 constexpr uint32_t kStepsPerOctave = 4;
 
 // The level that an index of `reach` stands for.
-uint64_t LevelOfIndex(uint32_t index) {
-    return (uint64_t{kStepsPerOctave + index % kStepsPerOctave} << (index / kStepsPerOctave)) /
-           kStepsPerOctave;
+uint32_t LevelOfIndex(uint32_t index) {
+    return static_cast<uint32_t>(
+        (uint64_t{kStepsPerOctave + index % kStepsPerOctave} << (index / kStepsPerOctave)) / kStepsPerOctave);
 }
 
 double SpikeExponent(const SpikeProfileInputs &inputs) {
@@ -38,6 +39,23 @@ uint32_t SpikeValueOfPower(uint32_t brightness, double power) {
     return level < 1.0 ? static_cast<uint32_t>(brightness * level) : brightness;
 }
 
+// Eight times the power, approximately.
+double LevelAt(const ValueTable &table, uint32_t distance) {
+    return 8.0 * PowerOf(table.power, SpikeBase(table.inputs, distance));
+}
+
+// The value that a level stands for; where the level's error could change the integer, from std::pow.
+uint32_t ValueOfLevel(const ValueTable &table, uint32_t distance, double level) {
+    const uint32_t brightness = table.inputs.brightness;
+    if (level > 1.0 + 1e-6)
+        return brightness;
+    const double value = brightness * level, margin = 2.0 * table.power.error * value;
+    const int64_t whole = static_cast<int64_t>(value);
+    const double part = value - static_cast<double>(whole);
+    const bool isSure = part > margin && part < 1.0 - margin && value + margin < brightness;
+    return isSure ? static_cast<uint32_t>(whole) : ComputeSpikeValue(table.inputs, distance);
+}
+
 } // namespace
 
 // Ten times a square root of an integer is never a whole number and a half, so adding a half and truncating
@@ -53,6 +71,14 @@ bool SameProfileInputs(const SpikeProfileInputs &a, const SpikeProfileInputs &b)
 
 uint32_t ComputeSpikeValue(const SpikeProfileInputs &inputs, uint32_t distance) {
     return SpikeValueOfPower(inputs.brightness, std::pow(SpikeBase(inputs, distance), SpikeExponent(inputs)));
+}
+
+double SpikeValueBound(const ValueTable &table, uint32_t distance) {
+    if (table.values)
+        return ValueAt(table, distance);
+    return distance + 1 < table.count
+               ? table.inputs.brightness * std::min(LevelAt(table, distance) * kLittleMore, 1.0)
+               : 0.0;
 }
 
 uint32_t ReachOfLevel(const ValueTable &table, uint32_t level) {
@@ -74,6 +100,10 @@ bool AllocateValueTable(uint32_t count, ValueTable *table) {
     return true;
 }
 
+uint32_t SpikeValueAt(const ValueTable &table, uint32_t distance) {
+    return ValueOfLevel(table, distance, LevelAt(table, distance));
+}
+
 void FreeValueTable(ValueTable *table) {
     if (table->values)
         CountedFree(table->values, size_t{table->count} * sizeof(uint32_t));
@@ -81,23 +111,23 @@ void FreeValueTable(ValueTable *table) {
 }
 
 void MeasureReach(ValueTable *table) {
-    const uint32_t *end = table->values + table->count;
+    uint32_t end = table->count; // levels rise, and their reach falls
     for (uint32_t i = 0; i < ValueTable::kLevels; ++i) {
-        const uint64_t level = LevelOfIndex(i);
-        const uint32_t *first = std::partition_point<const uint32_t *>(
-            table->values, end, [&](uint32_t v) { return v >= level; });
-        table->reach[i] = static_cast<uint32_t>(first - table->values);
+        const uint32_t level = LevelOfIndex(i);
+        if (end > 0)
+            end = CountValues(level, end - 1, [&](uint32_t distance) { return ValueAt(*table, distance); });
+        table->reach[i] = end;
     }
 }
 
 namespace {
 
-// The levels as far as `count` distances. False when memory ran out.
-bool ExtendLevels(const SpikeProfileInputs &inputs, uint32_t count, SpikeLevels *levels) {
-    if (!SameFallOff(levels->inputs, inputs)) {
-        levels->inputs = inputs;
+// The levels as far as the table goes. False when memory ran out.
+bool ExtendLevels(const ValueTable &table, SpikeLevels *levels) {
+    const uint32_t count = table.count - 1;
+    if (!SameFallOff(levels->inputs, table.inputs)) {
+        levels->inputs = table.inputs;
         levels->count = 0;
-        PrepareFixedPower(SpikeExponent(inputs), &levels->power);
     }
     if (count > levels->room) {
         void *grown = levels->level
@@ -109,44 +139,35 @@ bool ExtendLevels(const SpikeProfileInputs &inputs, uint32_t count, SpikeLevels 
         levels->room = count;
     }
     for (; levels->count < count; ++levels->count)
-        levels->level[levels->count] = 8.0 * PowerOf(levels->power, SpikeBase(inputs, levels->count));
+        levels->level[levels->count] = LevelAt(table, levels->count);
     return true;
 }
 
-// Distances from 0 on that are surely at full brightness.
-uint32_t CountFlat(const SpikeLevels &levels, uint32_t count) {
-    const double *first = levels.level, *end = first + count;
-    return static_cast<uint32_t>(
-        std::partition_point(first, end, [](double level) { return level > 1.0 + 1e-6; }) - levels.level);
-}
-
-// The values of `count` distances; where the levels' error could change the integer, from std::pow.
-void FillValues(const SpikeProfileInputs &inputs, const SpikeLevels &levels, uint32_t count,
-                uint32_t *values) {
-    const double share = 2.0 * levels.power.error * inputs.brightness;
-    const uint32_t flat = CountFlat(levels, count);
-    std::fill_n(values, flat, inputs.brightness);
-    for (uint32_t distance = flat; distance < count; ++distance) {
-        const double level = levels.level[distance], value = inputs.brightness * level;
-        const int64_t whole = static_cast<int64_t>(value);
-        const double part = value - static_cast<double>(whole), margin = share * level;
-        const bool isSure = part > margin && part < 1.0 - margin && value + margin < inputs.brightness;
-        values[distance] = isSure ? static_cast<uint32_t>(whole) : ComputeSpikeValue(inputs, distance);
-    }
+GlowCurve CurveOf(const SpikeProfileInputs &inputs) {
+    return {1500.0 / inputs.diagonal / inputs.scale, static_cast<float>(SpikeExponent(inputs)),
+            static_cast<float>(inputs.brightness * 0x1p-32)};
 }
 
 } // namespace
 
-bool BuildSpikeTable(const SpikeProfileInputs &inputs, uint32_t least, uint32_t furthest, SpikeLevels *levels,
-                     ValueTable *table) {
-    const double exponent = SpikeExponent(inputs);
-    const uint32_t count = CountValues(least, furthest, [&](uint32_t distance) {
-        return SpikeValueOfPower(inputs.brightness, std::pow(SpikeBase(inputs, distance), exponent));
-    });
-    if (!ExtendLevels(inputs, count, levels) || !AllocateValueTable(count, table))
+ValueTable DescribeSpike(const SpikeProfileInputs &inputs, uint32_t least, uint32_t furthest) {
+    ValueTable table{};
+    table.inputs = inputs;
+    table.curve = CurveOf(inputs);
+    PrepareFixedPower(SpikeExponent(inputs), &table.power);
+    table.count =
+        1 + CountValues(least, furthest, [&](uint32_t distance) { return SpikeValueAt(table, distance); });
+    MeasureReach(&table);
+    return table;
+}
+
+bool FillSpikeTable(SpikeLevels *levels, ValueTable *table) {
+    if (table->values)
+        return true;
+    if (!ExtendLevels(*table, levels) || !AllocateValueTable(table->count - 1, table))
         return false;
-    FillValues(inputs, *levels, count, table->values);
-    MeasureReach(table);
+    for (uint32_t distance = 0; distance + 1 < table->count; ++distance)
+        table->values[distance] = ValueOfLevel(*table, distance, levels->level[distance]);
     return true;
 }
 

@@ -26,19 +26,36 @@ bool SameProfileInputs(const SpikeProfileInputs &a, const SpikeProfileInputs &b)
 // Value of a spike at a distance, before the cross-section: a fraction. One distance, straight from std::pow.
 uint32_t ComputeSpikeValue(const SpikeProfileInputs &inputs, uint32_t distance);
 
+// A spike's fall-off for the glow (RowLoops.h), as a fraction: peak × min(1, 8 × (1 + step ×
+// distance)^exponent).
+struct GlowCurve {
+    double step;
+    float exponent, peak;
+};
+
 // Values of one fall-off from distance 0 on, never rising; the last is 0 and stands for every distance from
-// there on. Owner of `values`: the record; FreeValueTable releases them.
+// there on. A spike's may be missing: each can be worked out, and the glow needs none. Owner of `values`: the
+// record; FreeValueTable releases them.
 struct ValueTable {
     uint32_t *values;
-    uint32_t count; // at least 1
+    uint32_t count;            // at least 1; 0: nothing is described
+    SpikeProfileInputs inputs; // of a spike, like the next two
+    GlowCurve curve;
+    FixedPower power;
     // First distance whose value is below (4 + s) / 4 × 2^e, at [4e + s]: how far a level reaches.
     static constexpr int32_t kLevels = 32 * 4;
     uint32_t reach[kLevels];
 };
 
+// A spike's value below its table's end, whether the table holds it or not.
+uint32_t SpikeValueAt(const ValueTable &table, uint32_t distance);
 inline uint32_t ValueAt(const ValueTable &table, uint32_t distance) {
-    return table.values[distance < table.count ? distance : table.count - 1];
+    if (table.values)
+        return table.values[distance < table.count ? distance : table.count - 1];
+    return distance + 1 < table.count ? SpikeValueAt(table, distance) : 0;
 }
+// No less than a spike's value, and hardly more.
+double SpikeValueBound(const ValueTable &table, uint32_t distance);
 // A distance from which on every value is below `level`; 0 has none and gives the table's end.
 uint32_t ReachOfLevel(const ValueTable &table, uint32_t level);
 
@@ -46,15 +63,16 @@ uint32_t ReachOfLevel(const ValueTable &table, uint32_t level);
 // brightness have in common. All zero: empty. Owner of `level`: the record; FreeSpikeLevels releases them.
 struct SpikeLevels {
     SpikeProfileInputs inputs; // whatever their brightness
-    FixedPower power;
     double *level;
     uint32_t count, room;
 };
 
-// The spike's values as far as they are not below `least` and not beyond `furthest`. `levels` serves the next
-// table of the same fall-off. False when memory ran out; the table is then left alone.
-bool BuildSpikeTable(const SpikeProfileInputs &inputs, uint32_t least, uint32_t furthest, SpikeLevels *levels,
-                     ValueTable *table);
+// The spike's values as far as they are not below `least` and not beyond `furthest`: everything but the
+// values themselves.
+ValueTable DescribeSpike(const SpikeProfileInputs &inputs, uint32_t least, uint32_t furthest);
+// Fills in the values, if they are not there. `levels` serves the next table of the same fall-off. False when
+// memory ran out; the table is then left alone.
+bool FillSpikeTable(SpikeLevels *levels, ValueTable *table);
 void FreeSpikeLevels(SpikeLevels *levels);
 void FreeValueTable(ValueTable *table);
 
@@ -73,5 +91,5 @@ template <typename Value> uint32_t CountValues(uint32_t least, uint32_t furthest
 }
 // Room for `count` values and the closing 0. False when memory ran out.
 bool AllocateValueTable(uint32_t count, ValueTable *table);
-// Sets `reach`; call when the values are in place.
+// Sets `reach`; call when the values are in place, or described.
 void MeasureReach(ValueTable *table);

@@ -43,11 +43,13 @@ StampContext MakeStampContext(const RenderSettings &settings) {
     context.limitY = LimitInQuarters(gImageGeometry.height, settings.scale);
     context.preciseMode = gPreciseMode;
     context.floor = gFloor;
+    context.needsTables = true;
     return context;
 }
 
 bool StarStampsServe(const StampContext &built, const StampContext &wanted) {
-    return SameFrame(built, wanted) && built.settings.effectType == wanted.settings.effectType &&
+    return SameFrame(built, wanted) && built.needsTables >= wanted.needsTables &&
+           built.settings.effectType == wanted.settings.effectType &&
            SameParameters(built.settings, wanted.settings, StampUse::kStars);
 }
 

@@ -12,6 +12,7 @@ struct StampContext {
     int32_t limitX, limitY;  // how far an arm may run from its centre, quarter pixels at the settings' scale
     bool preciseMode;
     uint32_t floor;
+    bool needsTables; // of all values and states: laid by integers, not by glow (RowLoops.h)
 };
 
 // From clamped settings, gImageGeometry, gPreciseMode and gFloor.

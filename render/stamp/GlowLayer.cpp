@@ -64,22 +64,20 @@ template <typename LayAt> void BlendRows(const Laying &laying, RowsLaid *laid, L
 }
 
 PixelLaid LayArmAt(const StarTables &tables, const Arm &arm, int32_t row, int32_t pixel) {
-    PixelLaid laid;
-    uint16_t state;
-    kPortablePath.fillArm({&arm, tables.stateOfDistance, true, row, pixel, 1}, &laid.value, &state);
-    laid.factors = tables.factors[state];
-    return laid;
+    const ArmPixel at = MeasureArmPixel(arm, row, pixel);
+    return {Mul(at.share, at.along), tables.factors[RainbowStateAt(tables.rainbow, at.distance)]};
 }
 
 } // namespace
 
-int32_t CountGlowChannels(const StarTables &tables) {
-    return tables.rainbow.settings.rainbowIntensity == 0 ? 1 : kChannels;
+const GlowRainbow *RainbowOf(const StarTables &tables) {
+    return tables.rainbow.settings.rainbowIntensity == 0 ? nullptr : &tables.glowRainbow;
 }
 
 void LayGlowingArm(const Laying &laying, const StarTables &tables, const Arm &arm, const PixelRange &walked) {
     float room[kChannels][kBatchPixels];
-    const int32_t step = CountGlowChannels(tables) == 1 ? 0 : kBatchPixels;
+    const GlowRainbow *rainbow = RainbowOf(tables);
+    const int32_t step = rainbow ? kBatchPixels : 0;
     const auto layAt = [&](int32_t row, int32_t pixel) { return LayArmAt(tables, arm, row, pixel); };
     const IntRect &window = laying.window;
     const PixelRange rows = ArmRows(arm, walked);
@@ -93,8 +91,7 @@ void LayGlowingArm(const Laying &laying, const StarTables &tables, const Arm &ar
                              BlendRows(laying, &laid, layAt);
                          float *const first = room[0] + laid.pixels;
                          float *const glow[kChannels] = {first, first + step, first + 2 * step};
-                         gRenderPath->fillArmGlow({&arm, tables.stateOfDistance, true, row, from, count},
-                                                  step ? tables.glowFactors : nullptr, glow);
+                         gRenderPath->fillArmGlow({&arm, rainbow, row, from, count}, glow);
                          AddRow(laying, row, from, count, first, step, &laid);
                      });
     }

@@ -3,8 +3,8 @@
 
 #include "render/stamp/Laying.h"
 
-// How many channels the glow of an arm has: one when its rainbow has no colours.
-int32_t CountGlowChannels(const StarTables &tables);
+// Null when the rainbow has no colours: glow has one channel then.
+const GlowRainbow *RainbowOf(const StarTables &tables);
 
 void LayGlowingArm(const Laying &laying, const StarTables &tables, const Arm &arm, const PixelRange &walked);
 void LayKeptGlow(const Laying &laying, const StarTables &tables, const Arm &arm, const PixelRange &walked,

@@ -23,6 +23,11 @@ bool TakeBudget(int64_t bytes) {
     return false;
 }
 
+// Of glow: 0 for values and states.
+int32_t CountChannels(const ArmFilling &filling) {
+    return !filling.glows ? 0 : filling.rainbow ? 3 : 1;
+}
+
 bool IsAborted(const ArmFilling &filling) {
     return filling.abort.load(std::memory_order_relaxed) != 0;
 }
@@ -87,11 +92,11 @@ PixelRange FillValues(const ArmFilling &filling, const ArmPiece &piece, uint32_t
     return seen;
 }
 
-PixelRange FillGlow(const ArmFilling &filling, const ArmPiece &piece, uint32_t first, KeptArm *kept) {
+PixelRange FillGlow(const ArmFilling &filling, const GlowPiece &piece, uint32_t first, KeptArm *kept) {
     const int32_t step = kept->channels == 1 ? 0 : piece.count;
     float *row = kept->glow + size_t{first} * static_cast<size_t>(kept->channels);
     float *const glow[] = {row, row + step, row + 2 * ptrdiff_t{step}};
-    gRenderPath->fillArmGlow(piece, step ? filling.factors : nullptr, glow);
+    gRenderPath->fillArmGlow(piece, glow);
     const float least = static_cast<float>(filling.level * 0x1p-32 * (1.0 - kGlowTolerance));
     const PixelRange seen = WithoutFaintEnds(piece.count, [&](int32_t i) {
         return std::max({glow[0][i], glow[1][i], glow[2][i]}) < least;
@@ -106,11 +111,13 @@ PixelRange FillGlow(const ArmFilling &filling, const ArmPiece &piece, uint32_t f
 uint32_t FillRow(const ArmFilling &filling, int32_t row, const PixelRange &span, uint32_t first,
                  KeptArm *kept) {
     PixelRange seen = {0, -1};
-    const ArmPiece piece = {filling.arm, filling.stateOfDistance, filling.precise, row,
-                            span.from,   span.to - span.from + 1};
-    if (piece.count > 0)
-        seen = kept->channels > 0 ? FillGlow(filling, piece, first, kept)
-                                  : FillValues(filling, piece, first, kept);
+    const int32_t count = span.to - span.from + 1;
+    if (count > 0 && filling.glows)
+        seen = FillGlow(filling, {filling.arm, filling.rainbow, row, span.from, count}, first, kept);
+    else if (count > 0)
+        seen = FillValues(filling,
+                          {filling.arm, filling.stateOfDistance, filling.precise, row, span.from, count},
+                          first, kept);
     kept->rows[row - kept->range.from] = {span.from + seen.from, first};
     return first + static_cast<uint32_t>(seen.to - seen.from + 1);
 }
@@ -125,7 +132,8 @@ bool FillRows(const ArmFilling &filling, KeptArm *kept) {
     const PixelRange walked = WalkAbove(*filling.arm, filling.level);
     const PixelRange rows = ArmRows(*filling.arm, walked);
     const int64_t pixels = CountPixels(filling, walked, rows);
-    if (IsAborted(filling) || rows.from > rows.to || !AllocateRows(rows, pixels, filling.channels, kept))
+    if (IsAborted(filling) || rows.from > rows.to ||
+        !AllocateRows(rows, pixels, CountChannels(filling), kept))
         return false;
     kept->level = filling.level;
     kept->range = rows;
@@ -155,7 +163,7 @@ bool KeepArm(const ArmFilling &filling, KeptArm *kept) {
         now = FillRows(filling, kept) ? kReady : IsAborted(filling) ? kEmpty : kRefused;
         progress.store(now, std::memory_order_release);
     }
-    return now == kReady && kept->level <= filling.level && kept->channels == filling.channels;
+    return now == kReady && kept->level <= filling.level && kept->channels == CountChannels(filling);
 }
 
 void DropKeptArm(KeptArm *kept) {

@@ -38,9 +38,9 @@ struct ArmFilling {
     const Arm *arm;
     const uint16_t *stateOfDistance;
     bool precise;
-    uint32_t level;   // values below it never show, whatever the light source
-    int32_t channels; // of glow, as above
-    const GlowFactors *factors;
+    uint32_t level; // values below it never show, whatever the light source
+    bool glows;
+    const GlowRainbow *rainbow; // of the glow
     const std::atomic<uint8_t> &abort;
 };
 

@@ -45,9 +45,7 @@ Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint
     laying.blend.precise = target.context.preciseMode;
     laying.blend.planes = target.output.colorPlanes;
     laying.blendPiece = gRenderPath->blend[target.output.bytesPerSample / 2];
-    // With the glow nothing is hidden that moves a byte by half a step.
-    laying.glows = gRenderPath->blendGlow && laying.blend.precise && target.output.bytesPerSample == 1 &&
-                   threshold == kHalfByteStep + 1;
+    laying.glows = LaysByGlow(target.context, target.output);
     laying.glow.planes = target.output.colorPlanes;
     for (int32_t c = 0; c < 3; ++c) {
         laying.glow.samples[c] = target.output.planes[c];
@@ -159,6 +157,12 @@ void LayFlareRow(const Laying &laying, const FlareStamp &flare, const ValueTable
 
 } // namespace
 
+// With the glow nothing is hidden that moves a byte by half a step.
+bool LaysByGlow(const StampContext &context, const ImageBuffer &output) {
+    return gRenderPath->blendGlow && context.preciseMode && output.bytesPerSample == 1 &&
+           ThresholdOf(context, output) == kHalfByteStep + 1;
+}
+
 uint32_t LeastVisibleValue(uint32_t largest, uint32_t tintValue, uint32_t threshold) {
     uint32_t low = 0, high = 0xFFFFFFFFu;
     while (low < high) { // products do not fall when a factor grows
@@ -190,13 +194,9 @@ void LayStar(const BandTarget &target, const StarStamp &stamp, const StarTables 
         if (!prepared && !laying.glows)
             PrepareColors(laying, tables, tint);
         prepared = true;
-        const ArmFilling filling = {&arm,
-                                    tables.stateOfDistance,
-                                    laying.blend.precise,
-                                    laying.faintestValue,
-                                    laying.glows ? CountGlowChannels(tables) : 0,
-                                    tables.glowFactors,
-                                    target.abort};
+        const ArmFilling filling = {
+            &arm,         tables.stateOfDistance, laying.blend.precise, laying.faintestValue,
+            laying.glows, RainbowOf(tables),      target.abort};
         const bool isKept = stamp.keepsRows && stamp.kept && KeepArm(filling, &stamp.kept[i]);
         if (laying.glows)
             isKept ? LayKeptGlow(laying, tables, arm, walked, stamp.kept[i])

@@ -12,6 +12,9 @@ void LayStar(const BandTarget &target, const StarStamp &stamp, const StarTables 
 void LayFlare(const BandTarget &target, const FlareStamp &flare, const ValueTable &values,
               const StampPlace &place, const Tint &tint);
 
+// Whether a star is laid by glow; otherwise its context needs tables.
+bool LaysByGlow(const StampContext &context, const ImageBuffer &output);
+
 // Smallest stamp value that can show under a tint whose largest channel is `largest`; 0xFFFFFFFF when none
 // can.
 uint32_t LeastVisibleValue(uint32_t largest, uint32_t tintValue, uint32_t threshold);

@@ -63,35 +63,37 @@ bool SameKey(const SpikeTableKey &a, const SpikeTableKey &b) {
 // A place for one more table; kMaxStampArms when there is none.
 int32_t FindFreeTable(const StarTables &tables) {
     int32_t i = 0;
-    while (i < tables.count && tables.values[i].values)
+    while (i < tables.count && tables.values[i].count > 0)
         ++i;
     return i;
 }
 
-// The table of this key, built when there is none yet. Null when memory ran out.
-const ValueTable *FindValues(const StampContext &context, const SpikeTableKey &key, StarTables *tables) {
+// The place of this key's table, described when there is none yet; kMaxStampArms when there is no room.
+int32_t PlaceValues(const SpikeTableKey &key, StarTables *tables) {
     for (int32_t i = 0; i < tables->count; ++i)
-        if (tables->values[i].values && SameKey(tables->keys[i], key)) {
-            tables->isUsed[i] = true;
-            return ExtendStates(context, tables->values[i].count, tables) ? &tables->values[i] : nullptr;
-        }
+        if (tables->values[i].count > 0 && SameKey(tables->keys[i], key))
+            return i;
     if (FindFreeTable(*tables) == kMaxStampArms)
         DropUnusedTables(tables);
     const int32_t place = FindFreeTable(*tables);
     if (place == kMaxStampArms)
-        return nullptr;
-    ValueTable values{};
-    if (!BuildSpikeTable(key.inputs, key.least, key.furthest, &tables->levels, &values))
-        return nullptr;
-    if (!ExtendStates(context, values.count, tables)) {
-        FreeValueTable(&values);
-        return nullptr;
-    }
+        return place;
     tables->keys[place] = key;
-    tables->values[place] = values;
-    tables->isUsed[place] = true;
+    tables->values[place] = DescribeSpike(key.inputs, key.least, key.furthest);
     tables->count = std::max(tables->count, place + 1);
-    return &tables->values[place];
+    return place;
+}
+
+// The table of this key, with what the context needs of it. Null when memory ran out.
+const ValueTable *FindValues(const StampContext &context, const SpikeTableKey &key, StarTables *tables) {
+    const int32_t place = PlaceValues(key, tables);
+    if (place == kMaxStampArms)
+        return nullptr;
+    ValueTable *values = &tables->values[place];
+    tables->isUsed[place] = true;
+    const bool isReady = !context.needsTables || (FillSpikeTable(&tables->levels, values) &&
+                                                  ExtendStates(context, values->count, tables));
+    return isReady ? values : nullptr;
 }
 
 bool AllocateArms(StarStamp *stamp) {
@@ -173,6 +175,7 @@ void BeginStars(const StampContext &context, StarTables *tables) {
             tables->glowFactors[state].factor[c] =
                 static_cast<float>(tables->factors[state].factor[c] * 0x1p-32);
     }
+    tables->glowRainbow = {PhasesPerDistance(context), tables->glowFactors, &tables->rainbow};
 }
 
 int64_t StampBytes(const StarStamp &stamp) {
@@ -186,6 +189,6 @@ int64_t TableBytes(const StarTables &tables) {
     size_t bytes = tables.stateOfDistance ? StateBytes(tables.stateCount) : 0;
     bytes += size_t{tables.levels.room} * sizeof(double);
     for (int32_t i = 0; i < tables.count; ++i)
-        bytes += size_t{tables.values[i].count} * sizeof(uint32_t);
+        bytes += tables.values[i].values ? size_t{tables.values[i].count} * sizeof(uint32_t) : 0;
     return static_cast<int64_t>(bytes);
 }

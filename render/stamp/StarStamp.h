@@ -28,9 +28,9 @@ struct SpikeTableKey {
     uint32_t least, furthest;
 };
 
-// The values along the arms' lengths, a table for each different fall-off, and the rainbow's state by
-// distance, as far as the longest of them. What a change of the settings leaves as it is serves the next
-// star too. Owner of the tables: the record; DropStarTables releases them.
+// The values along the arms' lengths, a table for each different fall-off; and where the context needs
+// tables, the rainbow's state by distance, as far as the longest of them. What a change of the settings
+// leaves as it is serves the next star too. Owner of the tables: the record; DropStarTables releases them.
 struct StarTables {
     int32_t count; // of tables; some may be empty
     SpikeTableKey keys[kMaxStampArms];
@@ -44,6 +44,7 @@ struct StarTables {
     uint32_t lowestTurned; // of the states from there on
     RainbowFactors factors[kRainbowStates];
     GlowFactors glowFactors[kRainbowStates]; // the same
+    GlowRainbow glowRainbow;                 // with these, under the rainbow's context
 };
 
 // Appends an arm with its table. Nothing happens when the arm is too short or too faint. False when memory

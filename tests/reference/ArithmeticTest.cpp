@@ -48,9 +48,9 @@ TEST(SpikeProfile, ValuesFactorsAndFlareAreTheYardsticks) {
         const reference::ArmShape shape{{0, length, brightness}, 1, 1, decay};
         const SpikeProfileInputs inputs{length, decay, brightness, context.settings.scale,
                                         gImageGeometry.diagonal};
-        ValueTable table{};
-        ASSERT_TRUE(
-            BuildSpikeTable(inputs, context.floor / 4, random.OneOf({50u, 5000u, 45000u}), &levels, &table));
+        ValueTable table = DescribeSpike(inputs, context.floor / 4, random.OneOf({50u, 5000u, 45000u}));
+        const ValueTable described = table;
+        ASSERT_TRUE(FillSpikeTable(&levels, &table));
         for (int j = 0; j < 200; ++j) {
             const auto distance =
                 static_cast<uint32_t>(random.Pick(0, random.OneOf({50, 5000, 45000, 1500000})));
@@ -65,6 +65,10 @@ TEST(SpikeProfile, ValuesFactorsAndFlareAreTheYardsticks) {
         }
         for (uint32_t distance = 0; distance + 1 < table.count; ++distance)
             ASSERT_EQ(table.values[distance], reference::ProfileValue(context, shape, distance)) << distance;
+        for (uint32_t distance = 0; distance <= table.count; distance += 7) {
+            ASSERT_EQ(ValueAt(described, distance), ValueAt(table, distance));
+            ASSERT_GE(SpikeValueBound(described, distance), ValueAt(table, distance));
+        }
         FreeValueTable(&table);
     }
     FreeSpikeLevels(&levels);

@@ -43,10 +43,12 @@ TEST_F(DriverTest, StampsAreKeptWhereTheyServe) {
     ASSERT_TRUE(Render(settings, source, kOneSource, &output));
     settings.threshold = settings.colorSaturation = settings.softFlareIntensity = 70;
     settings.effectsOnly = true;
-    UpdateStamps(settings);
+    StampContext wanted = MakeStampContext(settings);
+    wanted.needsTables = gRenderState.context.needsTables;
+    UpdateStamps(wanted);
     EXPECT_GT(gRenderState.stars.stamps[0].count, 0);
     settings.angle = 151; // flares have none
-    UpdateStamps(settings);
+    UpdateStamps(MakeStampContext(settings));
     EXPECT_TRUE(gRenderState.flares.stamps[0].built);
 }
 
@@ -56,18 +58,18 @@ const Arm *gArmAtAbort;
 int32_t gLaterArms;
 
 // Raise the flag while the first arm or flare is laid, of the arm where it is bright.
-void AbortAt(const ArmPiece &piece) {
-    if (std::abs(piece.row) <= 1 && !gAbort.exchange(1))
-        gArmAtAbort = piece.arm;
-    gLaterArms += gAbort && piece.arm != gArmAtAbort;
+void AbortAt(const Arm *arm, int32_t row) {
+    if (std::abs(row) <= 1 && !gAbort.exchange(1))
+        gArmAtAbort = arm;
+    gLaterArms += gAbort && arm != gArmAtAbort;
 }
 void FillArmAndAbort(const ArmPiece &piece, uint32_t *values, uint16_t *states) {
-    AbortAt(piece);
+    AbortAt(piece.arm, piece.row);
     gInnerPath->fillArm(piece, values, states);
 }
-void FillArmGlowAndAbort(const ArmPiece &piece, const GlowFactors *factors, float *const glow[3]) {
-    AbortAt(piece);
-    gInnerPath->fillArmGlow(piece, factors, glow);
+void FillArmGlowAndAbort(const GlowPiece &piece, float *const glow[3]) {
+    AbortAt(piece.arm, piece.row);
+    gInnerPath->fillArmGlow(piece, glow);
 }
 void FillFlareAndAbort(const FlarePiece &piece, uint32_t *values) {
     gAbort = 1;
@@ -111,7 +113,7 @@ TEST_F(DriverTest, AbortBeforeOrWhileStampsAreBuiltDrawsNothing) {
         static int32_t begun;
         begun = 0;
         gAbort = before;
-        gRenderState.stars.build = [](StarStamp *stamp, int32_t px, int32_t py) {
+        gStampBuilders.star = [](StarStamp *stamp, int32_t px, int32_t py) {
             ++begun;
             gAbort = 1;
             return DrawStar(gRenderState.context, gAbort, &gRenderState.stars.tables, stamp, px, py);
@@ -127,11 +129,11 @@ TEST_F(DriverTest, AbortBeforeOrWhileStampsAreBuiltDrawsNothing) {
 }
 
 TEST_F(DriverTest, SetWithoutBuilderFailsTheRender) {
-    gRenderState.flares.build = nullptr;
+    gStampBuilders.flare = nullptr;
     EXPECT_FALSE(Render(kSettings, source, kOneSource, &output));
     EXPECT_TRUE(Render(kSettings, source, {}, &output));
-    gRenderState.flares.build = flareBuilder;
-    gRenderState.stars.build = nullptr;
+    gStampBuilders.flare = flareBuilder;
+    gStampBuilders.star = nullptr;
     EXPECT_FALSE(Render(kSettings, source, kOneSource, &output));
     EXPECT_TRUE(TakeReports().empty());
 }

@@ -53,16 +53,12 @@ TEST_F(RenderTest, SharesAreTheLibrarysIntegers) {
 // A table ends where its values do, and a level's reach is neither too short nor far too long.
 TEST_F(RenderTest, ReachesOfLevels) {
     const SpikeProfileInputs inputs{50, 50, 600000000u, 100.0, 1000};
-    ValueTable table{};
-    SpikeLevels levels{};
-    ASSERT_TRUE(BuildSpikeTable(inputs, 4095, 1000000, &levels, &table));
-    FreeSpikeLevels(&levels);
+    const ValueTable table = DescribeSpike(inputs, 4095, 1000000);
     for (uint32_t level = 1; level < 400000000u; level += level / 8 + 1) {
         const uint32_t reach = ReachOfLevel(table, level);
         EXPECT_TRUE(reach == table.count || ValueAt(table, reach) < level) << level;
         EXPECT_GE(ComputeSpikeValue(inputs, reach), std::min(level / 2, 4000u)) << level;
     }
-    FreeValueTable(&table);
 }
 
 // The table holds what the library's power gives, at every distance, for flat and steep flares.

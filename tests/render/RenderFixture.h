@@ -47,13 +47,13 @@ protected:
     void TearDown() override {
         FailAllocation(0, false);
         FreeRenderState();
-        gRenderState.stars.build = starBuilder;
-        gRenderState.flares.build = flareBuilder;
+        gStampBuilders.star = starBuilder;
+        gStampBuilders.flare = flareBuilder;
         gRenderPath = path;
         EXPECT_EQ(BufferBytesInUse(), held);
     }
-    bool (*const starBuilder)(StarStamp *, int32_t, int32_t) = gRenderState.stars.build;
-    bool (*const flareBuilder)(FlareStamp *, int32_t, int32_t) = gRenderState.flares.build;
+    bool (*const starBuilder)(StarStamp *, int32_t, int32_t) = gStampBuilders.star;
+    bool (*const flareBuilder)(FlareStamp *, int32_t, int32_t) = gStampBuilders.flare;
     const RenderPath *const path = gRenderPath;
     int64_t held = 0; // by the test's own pictures
 };
