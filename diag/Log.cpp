@@ -106,7 +106,7 @@ HANDLE ReopenLog(unsigned number) {
         return nullptr;
     }
     SetFilePointer(file, 0, nullptr, FILE_END);
-    strcpy(gLogState.path, path);
+    memcpy(gLogState.path, path, sizeof path);
     return file;
 }
 
@@ -122,7 +122,7 @@ HANDLE FindClosedLog() {
     if (file == INVALID_HANDLE_VALUE)
         return nullptr;
     BeginLogFile(file);
-    strcpy(gLogState.path, path);
+    memcpy(gLogState.path, path, sizeof path);
     return file;
 }
 

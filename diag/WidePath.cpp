@@ -38,7 +38,7 @@ void RememberWideRoot(const char *ansiRoot, const wchar_t *root) {
     gAnsiRoot[0] = '\0';
     if (!ansiRoot || strlen(ansiRoot) >= sizeof gAnsiRoot || wcslen(root) >= kMaxPath)
         return;
-    strcpy(gAnsiRoot, ansiRoot);
+    memcpy(gAnsiRoot, ansiRoot, strlen(ansiRoot) + 1);
     wcscpy(gWideRoot.text, root);
 }
 

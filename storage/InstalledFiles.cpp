@@ -14,6 +14,7 @@ bool IsThere(const wchar_t *path) {
 }
 
 bool ModuleFolder(WidePath *folder) {
+    // cppcheck-suppress ctuuninitvar  ; it is filled here
     const DWORD length = GetModuleFileNameW(ModuleInstance(), folder->text, kMaxPath);
     if (length == 0 || length >= kMaxPath)
         return false;

@@ -64,6 +64,10 @@ void FreeMarkLog(MarkLog *log) {
     *log = MarkLog{};
 }
 
+static size_t RowTableSize(const BandPicture &picture) {
+    return Height(picture) * sizeof(PixelSample *); // NOLINT(bugprone-sizeof-expression): the rows' addresses
+}
+
 bool AttachBandPicture(const AnalysisImage &image, BandPicture *picture) {
     *picture = BandPicture{};
     picture->bounds = image.bounds;
@@ -71,7 +75,7 @@ bool AttachBandPicture(const AnalysisImage &image, BandPicture *picture) {
     picture->shared = image.samples;
     picture->state = 1;
     picture->lookedAt = kNoRows;
-    picture->rows = static_cast<PixelSample **>(CountedAlloc(Height(*picture) * sizeof(PixelSample *)));
+    picture->rows = static_cast<PixelSample **>(CountedAlloc(RowTableSize(*picture)));
     if (!picture->rows)
         return false;
     ShowSharedRows(picture);
@@ -81,7 +85,7 @@ bool AttachBandPicture(const AnalysisImage &image, BandPicture *picture) {
 void FreeBandPicture(BandPicture *picture) {
     if (picture->rows)
         ShowSharedRows(picture);
-    CountedFree(picture->rows, Height(*picture) * sizeof(PixelSample *));
+    CountedFree(picture->rows, RowTableSize(*picture));
     FreeMarkLog(&picture->own);
     *picture = BandPicture{};
 }

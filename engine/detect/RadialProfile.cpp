@@ -142,7 +142,7 @@ struct PixelCursor {
     DirectionStep step;
 
     void Advance(int32_t steps) {
-        row += steps * step.dy;
+        row += ptrdiff_t{steps * step.dy};
         column += steps * step.dx;
     }
     const PixelSample &Next() {

@@ -28,7 +28,7 @@ static int32_t NearestQuality(const uint8_t *table, bool isWide) {
         int64_t difference = 0;
         for (int cell = 0; cell < kCells; ++cell) {
             const int32_t value =
-                isWide ? NumberAt<uint16_t>(table + 2 * cell, ByteOrder::kBig) : table[cell];
+                isWide ? NumberAt<uint16_t>(table + ptrdiff_t{2} * cell, ByteOrder::kBig) : table[cell];
             difference += std::abs(value - ScaledCell(cell, quality));
         }
         if (difference <= least) { // of several alike the best

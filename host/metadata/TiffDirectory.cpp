@@ -44,8 +44,9 @@ static void TakeEntry(const TiffForm &form, size_t at, TiffDirectory *directory)
 bool IsTiff(const uint8_t *bytes, size_t length) {
     if (length < kClassic.header)
         return false;
-    const auto starts = [bytes](const char *mark) { return std::memcmp(bytes, mark, 4) == 0; };
-    return starts("II*\0") || starts("MM\0*") || starts("II+\0") || starts("MM\0+");
+    const auto starts = [bytes](uint32_t mark) { return NumberAt<uint32_t>(bytes, ByteOrder::kBig) == mark; };
+    const bool isClassic = starts(0x49492A00) || starts(0x4D4D002A); // "II*", "MM" and "*"
+    return isClassic || starts(0x49492B00) || starts(0x4D4D002B);
 }
 
 bool ReadTiffDirectory(const uint8_t *bytes, size_t length, TiffDirectory *directory) {

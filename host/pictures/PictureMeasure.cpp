@@ -52,8 +52,8 @@ static uint64_t LibrarySamples(PictureKind kind, const std::wstring &path) {
                       : kind == PictureKind::kWebp ? vips.vips_webpload_source
                       : kind == PictureKind::kAvif ? vips.vips_heifload_source
                                                    : vips.vips_gifload_source;
-    const std::unique_ptr<VipsSource, VipsRelease> source(
-        vips.vips_source_new_from_file(ToUtf8(path).c_str()));
+    const std::string name = ToUtf8(path);
+    const std::unique_ptr<VipsSource, VipsRelease> source(vips.vips_source_new_from_file(name.c_str()));
     VipsImage *opened = nullptr;
     if (!source || load(source.get(), &opened, "access", kVipsSequential, nullptr) != 0) {
         vips.vips_error_clear();

@@ -137,6 +137,7 @@ static void RecoverSpace(int32_t) {}
 
 static void FillHandleSuites(HostState &state) {
     const HandleProcs &procs = state.handleProcs;
+    // cppcheck-suppress assignBoolToPointer  ; it takes the text between < and > for comparisons
     const SetHandleLock setLock = Offer<"SetLock", SetLock>(state);
     state.handleSuite1 = {procs.newProc,     procs.disposeProc, setLock,
                           procs.getSizeProc, procs.setSizeProc, procs.recoverSpaceProc};

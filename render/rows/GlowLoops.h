@@ -217,9 +217,10 @@ BX_ALWAYS_INLINE uint32_t BlendGlowLanes(const GlowLight<Lanes> &light, const Gl
         old[plane] = Lanes::ReadFirst(light.samples[plane] + at, count, row.room - i);
         moved[plane] = MoveBytes<Lanes>(old[plane], part[plane], &left);
     }
-    if (Lanes::Any(left)) [[unlikely]]
+    if (Lanes::Any(left)) [[unlikely]] {
         for (int32_t plane = 0; plane < planes; ++plane)
             moved[plane] = Lanes::Choose(left, old[plane], moved[plane]);
+    }
     for (int32_t plane = 0; plane < planes; ++plane)
         Lanes::WriteFirst(moved[plane], count, row.room - i, light.samples[plane] + at);
     return Lanes::Bits(left);
@@ -249,9 +250,10 @@ template <typename Lanes, int32_t planes> int32_t BlendGlowAs(const GlowBatch &b
         for (int32_t i = 0; i < row.count; i += Lanes::kCount) {
             const int32_t count = row.count - i < Lanes::kCount ? row.count - i : Lanes::kCount;
             uint32_t bits = BlendGlowLanes<Lanes, planes>(light, row, i, count);
-            for (int32_t lane = 0; bits; ++lane, bits >>= 1)
-                [[unlikely]] if (bits & 1)
+            for (int32_t lane = 0; bits; ++lane, bits >>= 1) {
+                if (bits & 1) [[unlikely]]
                     left[found++] = {static_cast<uint16_t>(r), static_cast<uint16_t>(i + lane)};
+            }
         }
     }
     return found;

@@ -36,12 +36,13 @@ const EffectRow *SelectedEffectRow(HWND dialog) {
 }
 
 // In the order of the table.
-constexpr auto kEffectRows = [] {
+constexpr std::array<EffectRow, kEffectTypeCount> MakeEffectRows() {
     std::array<EffectRow, kEffectTypeCount> rows{};
     for (size_t i = 0; i < rows.size(); ++i)
         rows[i] = {kEffectTypes[i].code, kEffectTypes[i].name, ProposePoints};
     return rows;
-}();
+}
+constexpr auto kEffectRows = MakeEffectRows();
 
 int HeightOf(HWND dialog, int controlId) {
     RECT rect = {};

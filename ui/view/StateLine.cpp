@@ -90,6 +90,7 @@ void AddStateLine(HWND dialog) {
     RECT bar = {};
     GetWindowRect(GetDlgItem(dialog, kProgressId), &bar);
     MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT *>(&bar), 2);
+    // cppcheck-suppress ignoredReturnValue  ; the dialog owns it, and finds it by its number
     CreateWindowExW(0, L"Static", L"", WS_CHILD | SS_CENTERIMAGE | SS_NOPREFIX | SS_ENDELLIPSIS,
                     static_cast<int>(bar.left), static_cast<int>(bar.top),
                     static_cast<int>(bar.right - bar.left), static_cast<int>(bar.bottom - bar.top), dialog,
