@@ -115,7 +115,7 @@ static char *NewSuiteBuffer(uint32_t *wantedSize, uint32_t leastSize) {
 static void DisposeSuiteBuffer(char **buffer) {
     const MemoryBlock *block =
         FindBlock(MemoryKind::kSuiteBuffer, buffer ? *buffer : nullptr, "Buffer.Dispose");
-    if (!block)
+    if (!block || !buffer)
         return;
     DropBlock(block);
     *buffer = nullptr;
