@@ -65,61 +65,6 @@ TEST_F(Persistent, TheHostKeepsTheSetBetweenRuns) {
     ExpectCleanHost();
 }
 
-// Whatever step of storing or restoring fails, the file stands in and nothing is leaked; without a file the
-// set is the defaults.
-TEST_F(Persistent, EveryFailingStepFallsBackOnTheFile) {
-    for (const std::string call :
-         {"Action.Make", "Action.PutData", "Registry.Register", "Registry.Get", "Action.HasKey",
-          "Action.GetType", "Action.GetDataLength", "Action.GetData"})
-        for (const bool hasFile : {true, false})
-            for (const bool isAbsent : {false, true}) {
-                SCOPED_TRACE(::testing::Message() << call << hasFile << isAbsent);
-                const bool stores =
-                    call == "Action.Make" || call == "Action.PutData" || call == "Registry.Register";
-                filterHost.settings.failures.clear();
-                filterHost.settings.absent.clear();
-                if (isAbsent)
-                    filterHost.settings.absent = {call};
-                else
-                    filterHost.settings.failures = {
-                        {call, {.nth = 1, .andLater = stores, .code = kParamErr}}};
-                RemoveHostBlock();
-                if (!stores)
-                    SetHostBlock(Data(BlockOf(SetWith(44))));
-                MakeFolder(folder / "user\\Nexorvanta\\Brillatrix\\Settings");
-                DeleteFileA(SettingsFile().c_str());
-                if (hasFile)
-                    WriteWholeFile(SettingsFile(), AsText(BlockOf(SetWith(55))));
-                EXPECT_TRUE(Repeat());
-                const ParameterSet expected = hasFile ? SetWith(55) : kDefaultParameters;
-                EXPECT_EQ(SetInHandle(), expected);
-                if (stores) {
-                    EXPECT_EQ(ReadWholeFile(SettingsFile()), AsText(BlockOf(expected)));
-                    EXPECT_TRUE(filterHost.registry.empty());
-                }
-                ExpectCleanHost();
-                host::CloseHost(filterHost);
-            }
-}
-
-TEST_F(Persistent, ForeignDataIsNoBlock) {
-    host::DescriptorValue text = Data(BlockOf(SetWith(44)));
-    text.type = host::kTypeText;
-    const host::DescriptorValue cases[] = {Data(BlockOf(SetWith(44), 39)), Data(BlockOf(SetWith(44), 256)),
-                                           Data({}), host::IntegerValue('Else', 5), text};
-    for (const host::DescriptorValue &value : cases) {
-        SCOPED_TRACE(&value - cases);
-        SetHostBlock(value);
-        EXPECT_TRUE(Repeat());
-        EXPECT_EQ(SetInHandle(), kDefaultParameters);
-        ExpectCleanHost();
-        host::CloseHost(filterHost);
-    }
-    SetHostBlock(Data(BlockOf(SetWith(44), 40))); // the record without the rest of the block
-    EXPECT_TRUE(Repeat());
-    EXPECT_EQ(SetInHandle(), SetWith(44));
-}
-
 // Major and Minor decide about a host's block, all four words about a file.
 TEST_F(Persistent, BlocksOfAnotherVersionAreNotUsed) {
     for (int word = 0; word < 4; ++word) {

@@ -2,8 +2,6 @@
 #include "tests/plugin/ModuleFixture.h"
 #include "tests/support/ParameterKeys.h"
 
-#include <cmath>
-#include <limits>
 #include <windows.h>
 
 namespace {
@@ -47,43 +45,6 @@ TEST_F(Script, EveryKeyReachesItsFieldInAnyOrderAndIsRecorded) {
     filterHost.settings.missingKeys = MissingKeys::kReported;
     EXPECT_EQ(RunScript(*filterHost.recorded).code, kNoError);
     EXPECT_EQ(SetInHandle(), EveryFieldChanged());
-    EXPECT_TRUE(boxes.empty());
-    ExpectCleanHost();
-}
-
-TEST_F(Script, NumbersAreRoundedAndKeptAsFarAsTheyFit) {
-    EXPECT_EQ(RunScript({{host::UnitFloatValue(kKeyAngle, kUnitAngle, 22.46)}}).code, kNoError);
-    ParameterSet turned = kDefaultParameters; // and nothing else
-    turned.angle = 225;
-    EXPECT_EQ(SetInHandle(), turned);
-    filterHost.registry.clear();
-    constexpr double kInfinity = std::numeric_limits<double>::infinity();
-    const std::pair<double, int16_t> cases[] = {
-        {49.4999, 49},  {49.5, 50},       {-49.5, -50},       {-7, -7},
-        {40000, 32767}, {-1e300, -32768}, {kInfinity, 32767}, {std::nan(""), kDefaultParameters.intensity}};
-    for (const auto &[value, expected] : cases) {
-        EXPECT_EQ(RunScript({{host::UnitFloatValue(kKeyIntensity, kUnitPercent, value)}}).code, kNoError);
-        EXPECT_EQ(SetInHandle().intensity, expected) << value;
-        filterHost.registry.clear();
-        DeleteFileA(SettingsFile().c_str());
-    }
-    EXPECT_EQ(RunScript({{host::IntegerValue(kKeyNumberOfPoints, 1000000)}}).code, kNoError);
-    EXPECT_EQ(SetInHandle().numberOfPoints, 32767);
-}
-
-TEST_F(Script, UnknownKeysAndValuesOfAnotherTypeAreSkipped) {
-    host::Descriptor script;
-    host::PutValue(script, host::IntegerValue(kKeyOutputSpikesOnly, 1));
-    host::PutValue(script, host::BooleanValue(kKeyEffect, true));
-    host::PutValue(script, host::IntegerValue(kKeyIntensity, 3));
-    host::PutValue(script, host::UnitFloatValue(kKeyNumberOfPoints, kUnitPercent, 3));
-    host::PutValue(script, {.key = kKeyAngle, .type = host::kTypeText, .bytes = {'1', '2'}});
-    host::PutValue(script, host::IntegerValue('What', 3));
-    host::PutValue(script, host::FloatValue(kKeyLength, 31));
-    EXPECT_EQ(RunScript(script).code, kNoError);
-    ParameterSet expected = kDefaultParameters;
-    expected.length = 31; // a plain number is no clear mismatch
-    EXPECT_EQ(SetInHandle(), expected);
     EXPECT_TRUE(boxes.empty());
     ExpectCleanHost();
 }

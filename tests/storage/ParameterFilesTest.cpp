@@ -104,21 +104,6 @@ const Strings kObsoleteReports = {
             "Parameters will be set to defaults.\r\n\r\nFile Version: Major Version = '0', Minor Version = "
             "'0', Revision = '0', Build = '0'")};
 
-TEST_F(InitialSettings, AWholeFileIsCommittedWhateverFollowsTheRecord) {
-    for (const size_t size :
-         {size_t{40}, size_t{41}, size_t{254}, size_t{255}, size_t{256}, size_t{10} << 20}) {
-        WriteWholeFile(path, Content(size));
-        EXPECT_TRUE(Read()) << size;
-        ParameterBlock expected = {};
-        memcpy(expected.bytes, Content(255).data(), std::min<size_t>(size, 255));
-        EXPECT_EQ(memcmp(&gState.committed, &expected, sizeof expected), 0) << size;
-        EXPECT_TRUE(FileStays());
-        gState.committed = {};
-    }
-    EXPECT_EQ(gState.commits, 6);
-    EXPECT_EQ(Reports(), Strings{});
-}
-
 // Half a record of the current version is not a parameter set; what has no whole version is taken as version
 // 0.
 TEST_F(InitialSettings, AShortFileIsNeverCommittedAndGoes) {

@@ -121,12 +121,4 @@ TEST_F(UISettingsFile, EveryFieldIsReadAndWritten) {
     EXPECT_TRUE(TakeReports().empty());
 }
 
-TEST_F(UISettingsFile, FieldsThatCannotBeRightTakeTheirDefaults) {
-    for (const int32_t tool : {0, 5, -1}) {
-        WriteWholeFile(path, File(kCurrent, {9, 9, 9, 10, tool, 77, 10, 10, 5, 20, 4}));
-        EXPECT_TRUE(LoadUISettings());
-        EXPECT_TRUE(HasDefaults()) << tool;
-    }
-}
-
 } // namespace
