@@ -1,6 +1,8 @@
 #include "ui/look/AccessibleControl.h"
 
+#include "diag/SystemLibrary.h"
 #include "ui/window/ForgedMessages.h"
+#include "ui/window/SystemFunction.h"
 
 #include <commctrl.h>
 #include <cwchar>
@@ -14,8 +16,28 @@ namespace {
 constexpr UINT_PTR kAccessibleSubclassId = 9;
 constexpr size_t kValueCapacity = 200;
 
+// What only readers ask for. To load the libraries with the module would make every start longer; once
+// loaded, they stay, as a reader may hold on to what they gave.
+struct ReaderFunctions {
+    decltype(&SysAllocString) copyText;
+    decltype(&CreateStdAccessibleObject) createStandard;
+    decltype(&LresultFromObject) giveObject;
+};
+
+const ReaderFunctions &Readers() {
+    static const ReaderFunctions functions = [] {
+        const auto text = static_cast<HMODULE>(LoadSystemLibrary(L"oleaut32.dll")),
+                   access = static_cast<HMODULE>(LoadSystemLibrary(L"oleacc.dll"));
+        return ReaderFunctions{
+            SystemFunction<decltype(&SysAllocString)>(text, "SysAllocString"),
+            SystemFunction<decltype(&CreateStdAccessibleObject)>(access, "CreateStdAccessibleObject"),
+            SystemFunction<decltype(&LresultFromObject)>(access, "LresultFromObject")};
+    }();
+    return functions;
+}
+
 BSTR CopyText(const wchar_t *text) {
-    return text ? SysAllocString(text) : nullptr;
+    return text && Readers().copyText ? Readers().copyText(text) : nullptr;
 }
 
 bool IsSelf(const VARIANT &child) {
@@ -49,9 +71,9 @@ struct AccessibleObject final : IAccessible {
             held->Release();
     }
     bool NeedStandard() {
-        if (!standard && control)
-            CreateStdAccessibleObject(control, static_cast<LONG>(OBJID_CLIENT), __uuidof(IAccessible),
-                                      reinterpret_cast<void **>(&standard));
+        if (!standard && control && Readers().createStandard)
+            Readers().createStandard(control, static_cast<LONG>(OBJID_CLIENT), __uuidof(IAccessible),
+                                     reinterpret_cast<void **>(&standard));
         return standard != nullptr;
     }
     bool Says(const VARIANT &child) const { return control && IsSelf(child); }
@@ -211,8 +233,9 @@ void ForgetObject(AccessibleObject *object) {
 LRESULT CALLBACK AccessibleProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR id,
                                 DWORD_PTR data) {
     AccessibleObject *object = reinterpret_cast<AccessibleObject *>(data);
-    if (message == WM_GETOBJECT && static_cast<LONG>(lParam) == static_cast<LONG>(OBJID_CLIENT))
-        return LresultFromObject(__uuidof(IAccessible), wParam, object);
+    if (message == WM_GETOBJECT && static_cast<LONG>(lParam) == static_cast<LONG>(OBJID_CLIENT) &&
+        Readers().giveObject)
+        return Readers().giveObject(__uuidof(IAccessible), wParam, object);
     if (IsForgedDestruction(window, message))
         return 0;
     if (message == WM_NCDESTROY) {
