@@ -9,8 +9,9 @@
 
 namespace {
 
-// The host's table may lie elsewhere in each call. A call without one is served by the table seen last.
-SPBasicSuite *gBasicSuite;
+// The host's table may lie elsewhere in each call, and what it was in then be used for other things. A call
+// without one is served by the procedures seen last.
+SPBasicSuite gBasicSuite;
 // Whose suites are held. The procedures tell one host from another, their table does not.
 decltype(SPBasicSuite::AcquireSuite) gAcquiredFrom;
 DWORD gComThread; // on which COM is to be given back; 0: none
@@ -19,13 +20,13 @@ template <typename Suite> void AcquireSuite(const char *name, int32_t version, c
     if (*suite)
         return;
     const void *found = nullptr;
-    if (CallHost(gBasicSuite->AcquireSuite, name, version, &found) == 0)
+    if (CallHost(gBasicSuite.AcquireSuite, name, version, &found) == 0)
         *suite = static_cast<const Suite *>(found);
 }
 
 template <typename Suite> void ReleaseSuite(const char *name, int32_t version, const Suite **suite) {
-    if (*suite && gBasicSuite->ReleaseSuite)
-        CallHost(gBasicSuite->ReleaseSuite, name, version);
+    if (*suite && gBasicSuite.ReleaseSuite)
+        CallHost(gBasicSuite.ReleaseSuite, name, version);
     *suite = nullptr;
 }
 
@@ -38,18 +39,18 @@ void FindBasicSuite() {
     else if (gAboutRecord)
         basic = gAboutRecord->sSPBasic;
     if (basic)
-        gBasicSuite = basic;
+        gBasicSuite = *basic;
 }
 
 // A run that the host ended after Parameters leaves suites held. They serve the next run of the same host;
 // the suites of another host the old pointers are not.
 void AcquireHostSuites() {
-    if (!gFilterRecord->sSPBasic || !gBasicSuite->AcquireSuite)
+    if (!gFilterRecord->sSPBasic || !gBasicSuite.AcquireSuite)
         return;
-    if (gBasicSuite->AcquireSuite != gAcquiredFrom) {
+    if (gBasicSuite.AcquireSuite != gAcquiredFrom) {
         gPropertySuite = nullptr;
         gErrorSuite = nullptr;
-        gAcquiredFrom = gBasicSuite->AcquireSuite;
+        gAcquiredFrom = gBasicSuite.AcquireSuite;
     }
     AcquireSuite(kPropertySuiteName, kPropertySuiteVersion, &gPropertySuite);
     AcquireSuite(kErrorSuiteName, kErrorSuiteVersion, &gErrorSuite);
@@ -70,9 +71,11 @@ bool InitializeCom() {
     return SUCCEEDED(result) || result == RPC_E_CHANGED_MODE;
 }
 
+// Only its own thread can. One that a host ends a run on instead of it leaves COM to the next call on that.
 void UninitializeCom() {
-    if (gComThread == GetCurrentThreadId())
-        CoUninitialize();
+    if (gComThread != GetCurrentThreadId())
+        return;
+    CoUninitialize();
     gComThread = 0;
 }
 

@@ -8,6 +8,14 @@ void *operator new(std::size_t size, const std::nothrow_t &) noexcept {
     return std::malloc(size ? size : 1);
 }
 
+void *operator new[](std::size_t size, const std::nothrow_t &) noexcept {
+    return std::malloc(size ? size : 1);
+}
+
 void operator delete(void *block, const std::nothrow_t &) noexcept {
+    std::free(block);
+}
+
+void operator delete[](void *block, const std::nothrow_t &) noexcept {
     std::free(block);
 }

@@ -18,7 +18,7 @@ namespace {
 
 // What one call has of its own, while it lasts.
 struct CallRecords {
-    int16_t selector;
+    bool isInRun; // it is no About, or one inside such a call
     FilterRecord *filterRecord;
     AboutRecord *aboutRecord;
     intptr_t *data;
@@ -28,15 +28,15 @@ struct CallRecords {
 };
 
 bool gFirstCallDone;
-int16_t gSelector;                 // being served
+bool gIsInRun;
 std::atomic<DWORD> gServingThread; // 0: no call is being served
 
 CallRecords SaveRecords() {
-    return {gSelector, gFilterRecord, gAboutRecord, gData, gResult, gParameters, gDialogPending};
+    return {gIsInRun, gFilterRecord, gAboutRecord, gData, gResult, gParameters, gDialogPending};
 }
 
 void SetRecords(const CallRecords &call) {
-    gSelector = call.selector;
+    gIsInRun = call.isInRun;
     gFilterRecord = call.filterRecord;
     gAboutRecord = call.aboutRecord;
     gData = call.data;
@@ -47,7 +47,7 @@ void SetRecords(const CallRecords &call) {
 
 CallRecords RecordsOfCall(int16_t selector, void *record, intptr_t *data, HostResult *result) {
     const bool isAbout = selector == kSelectorAbout;
-    return {selector,
+    return {!isAbout,
             isAbout ? nullptr : static_cast<FilterRecord *>(record),
             isAbout ? static_cast<AboutRecord *>(record) : nullptr,
             data,
@@ -61,20 +61,22 @@ bool MayShowNothing() {
     return script && script->playInfo == kPlaySilent;
 }
 
+// A run that may show nothing has no thread whose reports are shown.
+void OwnReports() {
+    SetReportOwner(ParentWindow(), MayShowNothing() ? 0 : GetCurrentThreadId());
+}
+
 // The host's window and thread may be others in a later call; the log is set up once for the process, and
-// goes on with the first call after a teardown. A run that may show nothing has no thread whose reports are
-// shown.
+// goes on with the first call after a teardown.
 void PrepareProcess() {
-    void *parent = ParentWindow();
-    const DWORD thread = MayShowNothing() ? 0 : GetCurrentThreadId();
-    if (gFirstCallDone) {
-        SetReportOwner(parent, thread);
-        ContinueLog();
+    if (!gFirstCallDone) {
+        InitAppFolders(kShortProductName, kProductName);
+        OpenLog(ParentWindow(), MayShowNothing() ? 0 : GetCurrentThreadId());
+        gFirstCallDone = true;
         return;
     }
-    InitAppFolders(kShortProductName, kProductName);
-    OpenLog(parent, thread);
-    gFirstCallDone = true;
+    OwnReports();
+    ContinueLog();
 }
 
 void Dispatch(int16_t selector) {
@@ -162,14 +164,15 @@ void ServeCall(int16_t selector) {
 }
 
 // A host that shows a box or a progress bar pumps messages, and may call again from there. The box has
-// nothing of a run, so one of the two may be About; two runs at once there cannot be. Log and section stay
-// with the outer call, services and what the host failed in with the run.
+// nothing of a run, so one of the two may be About; two runs at once there cannot be, a box between them or
+// not. Log and section stay with the outer call, services and what the host failed in with the run.
 void ServeInnerCall(const CallRecords &outer, int16_t selector) {
     *gResult = kNoError;
     if (selector == kSelectorAbout) {
         RunSelectorGuarded(selector);
-    } else if (outer.selector == kSelectorAbout) {
+    } else if (!outer.isInRun) {
         FindBasicSuite();
+        OwnReports();
         ServeRun(selector);
         ForgetHostFailure();
     } else {
@@ -181,7 +184,7 @@ void ServeInnerCall(const CallRecords &outer, int16_t selector) {
 
 extern "C" void PluginMain(int16_t selector, void *record, intptr_t *data, int16_t *result) {
     HostResult unwantedResult = kNoError;
-    const CallRecords call = RecordsOfCall(selector, record, data, result ? result : &unwantedResult);
+    CallRecords call = RecordsOfCall(selector, record, data, result ? result : &unwantedResult);
     DWORD servingThread = 0;
     const bool isOuter = gServingThread.compare_exchange_strong(servingThread, GetCurrentThreadId());
     if (!isOuter && servingThread != GetCurrentThreadId()) {
@@ -189,6 +192,7 @@ extern "C" void PluginMain(int16_t selector, void *record, intptr_t *data, int16
         return;
     }
     const CallRecords outer = SaveRecords();
+    call.isInRun = call.isInRun || outer.isInRun;
     SetRecords(call);
     SetLastError(0);
     if (isOuter)
@@ -198,4 +202,6 @@ extern "C" void PluginMain(int16_t selector, void *record, intptr_t *data, int16
     SetRecords(outer);
     if (isOuter)
         gServingThread = 0;
+    else
+        OwnReports();
 }

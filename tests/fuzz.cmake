@@ -52,3 +52,8 @@ if(WIN32)
     target_link_options(fuzz_script PRIVATE -Wl,--wrap=calloc -Wl,--wrap=free)
 endif()
 brillatrix_windows_fuzz(pictures 400 fuzz/PicturesFuzz.cpp host/TestFiles.cpp LIBS filter_host gtest psapi)
+brillatrix_windows_fuzz(host 250 fuzz/HostFuzz.cpp plugin/NightDocument.cpp storage/TemporaryFolder.cpp support/NightScene.cpp
+    LIBS system_objects filter_host engine render storage diag ole32 shell32)
+if(WIN32)
+    add_dependencies(fuzz_host BrillatrixX64)
+endif()

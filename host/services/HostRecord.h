@@ -93,6 +93,9 @@ struct HostSettings {
     std::function<bool()> isCancelled; // polled by abortProc; advanceState then gives -128
     std::function<void(int32_t done, int32_t total)> onProgress;
 
+    // Called at each call of the filter's before it is served. It may call the filter, throw or raise.
+    std::function<void(const char *service)> onCall;
+
     // Called when Start has ended with 0, before Continue and Finish: a diagnostic caller's moment.
     std::function<void()> afterStart;
 

@@ -42,6 +42,8 @@ std::optional<int32_t> EnterCall(const char *name) {
         AddViolation(*state, std::string(name) + " called outside a selector");
     CheckSuiteOf(*state, name);
     const int64_t count = ++state->owner->log.calls[name];
+    if (state->owner->settings.onCall)
+        state->owner->settings.onCall(name);
     const auto failure = state->owner->settings.failures.find(name);
     if (failure == state->owner->settings.failures.end())
         return std::nullopt;

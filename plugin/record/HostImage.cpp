@@ -91,8 +91,10 @@ int32_t OutputPlanes(const ImageBuffer &image) {
     const FilterRecord &r = *gFilterRecord;
     const int32_t counted = int32_t{r.outLayerPlanes} + r.outTransparencyMask + r.outLayerMasks +
                             r.outInvertedLayerMasks + r.outNonLayerPlanes;
-    if (r.outLayerPlanes > 0 && r.outTransparencyMask <= 0)
-        return std::min<int32_t>(r.outLayerPlanes, ColorPlanes());
+    if (counted > 0 && r.outTransparencyMask <= 0) {
+        const int32_t colors = r.outLayerPlanes > 0 ? r.outLayerPlanes : r.outNonLayerPlanes;
+        return std::min(colors > 0 ? colors : counted, ColorPlanes());
+    }
     const int32_t offered = counted > 0 ? counted : r.planes;
     return offered > 0 ? std::min(offered, PlaneCount(image)) : PlaneCount(image);
 }

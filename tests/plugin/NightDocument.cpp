@@ -7,6 +7,7 @@
 #include "render/RenderState.h"
 #include "render/shape/AngleTables.h"
 #include "tests/support/NightScene.h"
+#include "tests/support/ParameterKeys.h"
 #include "tests/support/TestImage.h"
 
 #include <cstring>
@@ -103,4 +104,20 @@ int64_t DifferentSamples(const host::Document &a, const host::Document &b) {
         for (size_t at = 0; at < a.planes[plane].size(); at += size)
             count += std::memcmp(a.planes[plane].data() + at, b.planes[plane].data() + at, size) != 0;
     return count;
+}
+
+host::Descriptor ScriptOf(const ParameterSet &set) {
+    const auto percent = [](FourCharCode key, int16_t value) {
+        return host::UnitFloatValue(key, kUnitPercent, value);
+    };
+    return {{host::BooleanValue(kKeyOutputSpikesOnly, set.outputSpikesOnly != 0),
+             host::EnumeratedValue(kKeyEffect, kTypeEffect, set.effectType),
+             percent(kKeyThreshold, set.threshold), percent(kKeyIntensity, set.intensity),
+             percent(kKeyLength, set.length), host::UnitFloatValue(kKeyAngle, kUnitAngle, set.angle * 0.1),
+             host::IntegerValue(kKeyNumberOfPoints, set.numberOfPoints),
+             percent(kKeySpikeSharpness, set.spikeSharpness), percent(kKeySaturation, set.colorSaturation),
+             percent(kKeyRainbowIntensity, set.rainbowIntensity),
+             percent(kKeyRainbowFrequency, set.rainbowFrequency),
+             percent(kKeySecondaryIntensity, set.secondaryIntensity),
+             percent(kKeySoftFlareBrightness, set.softFlareBrightness)}};
 }

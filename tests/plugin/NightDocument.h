@@ -2,6 +2,7 @@
 // directly, in one piece, on the same samples.
 #pragma once
 
+#include "host/services/Descriptor.h"
 #include "host/services/Document.h"
 #include "render/ParameterSet.h"
 
@@ -26,3 +27,6 @@ inline host::Document FilteredNight(const host::Document &document, const Parame
 
 // Samples of all planes that differ.
 int64_t DifferentSamples(const host::Document &a, const host::Document &b);
+
+// All 13 keys of a set, as a script would give them.
+host::Descriptor ScriptOf(const ParameterSet &set);

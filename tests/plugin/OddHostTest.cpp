@@ -81,60 +81,6 @@ TEST_F(OddHost, WhatItLeavesOutOrGetsWrongChangesNothing) {
     ExpectCleanHost();
 }
 
-// A host that shows a progress bar pumps messages meanwhile, and its menu has About in it, or another run.
-TEST_F(OddHost, MayCallFromInsideACall) {
-    const host::Document expected = FilteredNight(night, kDefaultParameters);
-    const auto callInside = [this] {
-        AboutRecord about = {};
-        FilterRecord record = {};
-        intptr_t data = 0;
-        int16_t result = 99;
-        boxAnswer = boxAnswer == IDOK ? -1 : IDOK; // every second one cannot be opened
-        module.entry(kSelectorAbout, &about, &data, &result);
-        EXPECT_EQ(result, boxAnswer == IDOK ? kNoError : kUserCanceledErr);
-        for (const int16_t selector : {kSelectorParameters, kSelectorStart, kSelectorFinish}) {
-            module.entry(selector, &record, &data, &result);
-            EXPECT_EQ(result, kFilterBadParameters);
-        }
-        std::thread([&] { module.entry(kSelectorAbout, &about, &data, &result); }).join();
-        EXPECT_EQ(result, kFilterBadParameters);
-    };
-    filterHost.settings.onProgress = [&](int32_t, int32_t) { callInside(); };
-    filterHost.settings.isCancelled = [&] { return (callInside(), false); };
-    EXPECT_EQ(RunOn(night).code, kNoError);
-    EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
-    EXPECT_FALSE(boxes.empty());
-    EXPECT_EQ(LogText().find("Log opened", 100), std::string::npos);
-    ExpectCleanHost();
-    EXPECT_EQ(Held(), (HeldObjects{0, 0, 0, 0}));
-}
-
-// About may be the first call, from a host that tells it nothing, and a run inside it may break down.
-TEST_F(OddHost, MayBeginRunsInsideAbout) {
-    int16_t codes[] = {99, 99, 99};
-    const auto runInside = [&](const host::ShownBox &) {
-        codes[0] = RunOn(night).code;
-        filterHost.settings.onProgress = [](int32_t, int32_t) { RaiseException(0xE06D7363, 0, 0, nullptr); };
-        codes[1] = RunOn(night).code;
-        EXPECT_TRUE(filterHost.log.violations.empty());
-        EXPECT_EQ(Held().comInitializations, 1) << "the box's own";
-        filterHost.settings.onProgress = nullptr;
-        codes[2] = RunOn(night).code;
-        return IDOK;
-    };
-    host::CatchBoxes(module.module, runInside);
-    int16_t result = 99;
-    AboutRecord about = {};
-    module.entry(kSelectorAbout, &about, nullptr, &result);
-    EXPECT_EQ(result, kNoError);
-    EXPECT_EQ(codes[0], kNoError);
-    EXPECT_EQ(codes[1], kErrPlugInHostInsufficient);
-    EXPECT_EQ(codes[2], kNoError);
-    EXPECT_EQ(DifferentSamples(filterHost.document, FilteredNight(night, kDefaultParameters)), 0);
-    ExpectCleanHost();
-    EXPECT_EQ(Held(), (HeldObjects{0, 0, 0, 0}));
-}
-
 TEST_F(OddHost, BoxesFollowTheThreadOfTheRunAndWhatItMayShow) {
     const auto runFailing = [this](int16_t playInfo) {
         filterHost.settings.playInfo = playInfo;
@@ -150,27 +96,6 @@ TEST_F(OddHost, BoxesFollowTheThreadOfTheRunAndWhatItMayShow) {
     EXPECT_EQ(shown, 1u);
     EXPECT_EQ(runFailing(kPlaySilent), 0u);
     EXPECT_EQ(runFailing(kPlayDontDisplay), 1u);
-}
-
-// A call without a record and an About that fails end the run: what Prepare took is given back.
-TEST_F(OddHost, MayEndARunByACallThatFails) {
-    for (const bool byAbout : {false, true}) {
-        Open();
-        EXPECT_EQ(host::CallSelector(filterHost, kSelectorParameters), kNoError);
-        EXPECT_EQ(host::CallSelector(filterHost, kSelectorPrepare), kNoError);
-        EXPECT_EQ(Held().comInitializations, 1);
-        int16_t result = 99;
-        intptr_t data = host::DataWord(filterHost);
-        boxAnswer = -1;
-        if (byAbout)
-            result = host::CallAbout(filterHost);
-        else
-            module.entry(kSelectorStart, nullptr, &data, &result);
-        EXPECT_EQ(result, byAbout ? kUserCanceledErr : kFilterBadParameters);
-        filterHost.log.violations.clear(); // the host knows nothing of the call without a record
-        ExpectCleanHost();
-        host::CloseHost(filterHost);
-    }
 }
 
 // Without the task there is no table, and a dialog would only wait for it.

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <iterator>
 #include <new>
+#include <utility>
 
 namespace {
 
@@ -21,14 +22,17 @@ struct {
     UndoHistory steps;
 } gHistory;
 
-std::vector<uint8_t> PresentLights() {
-    std::vector<uint8_t> lights;
+// False without memory. A table of no lights is a table all the same.
+bool PackPresentLights(UndoState *state) {
     if (!gViewTools.tableReady)
-        return lights;
+        return true;
     const LightSourceTableView table = GetLightSourceTable();
-    lights.resize(table.count);
-    std::transform(table.records, table.records + table.count, lights.begin(), PackLightState);
-    return lights;
+    state->lights.reset(new (std::nothrow) uint8_t[table.count]);
+    if (!state->lights)
+        return false;
+    std::transform(table.records, table.records + table.count, state->lights.get(), PackLightState);
+    state->lightCount = table.count;
+    return true;
 }
 
 bool IsListKeyHeld() {
@@ -40,28 +44,19 @@ UndoMoment PresentMoment() {
     return {static_cast<uint32_t>(GetTickCount()), gFieldGesture, GetCapture() != nullptr, IsListKeyHeld()};
 }
 
-void NotePresent() {
-    const UndoState now = {*gHistory.parameters, PresentLights()};
-    if (gHistory.steps.states.empty())
-        BeginHistory(&gHistory.steps, now);
-    else
-        NoteState(&gHistory.steps, now, PresentMoment());
-}
-
 void ShowState(const UndoState &state) {
     CopyParameters(state.parameters, gHistory.parameters);
-    RestoreEffects(state.lights.data(), static_cast<uint32_t>(state.lights.size()));
+    RestoreEffects(state.lights.get(), state.lightCount);
     SendMessageW(gHistory.dialog, kMsgParametersReplaced, 0, 0);
     PostMessageW(gHistory.dialog, kMsgRequestPreview, 0, 0);
     RefreshHiddenLights();
 }
 
-// Without memory for more the steps so far are given up, and the dialog goes on.
 bool Step(const UndoState *(*step)(UndoHistory *)) {
     if (!gHistory.dialog || GetCapture())
         return false;
     NoteDialogState();
-    const UndoState *state = gHistory.steps.states.empty() ? nullptr : step(&gHistory.steps);
+    const UndoState *state = gHistory.steps.count == 0 ? nullptr : step(&gHistory.steps);
     if (state)
         ShowState(*state);
     return state != nullptr;
@@ -78,22 +73,23 @@ void EndDialogHistory() {
     gHistory = {};
 }
 
+// Without memory for more the steps so far are given up, and the dialog goes on.
 void NoteDialogState() {
     if (!gHistory.dialog)
         return;
-    try {
-        NotePresent();
-    } catch (const std::bad_alloc &) {
+    UndoState now = {*gHistory.parameters, nullptr, 0};
+    if (!PackPresentLights(&now))
         gHistory.steps = {};
-    }
+    else if (gHistory.steps.count == 0)
+        BeginHistory(&gHistory.steps, std::move(now));
+    else
+        NoteState(&gHistory.steps, std::move(now), PresentMoment());
 }
 
 void NoteLightsFound() {
-    try {
-        NoteFoundLights(&gHistory.steps, PresentLights());
-    } catch (const std::bad_alloc &) {
+    UndoState now = {};
+    if (!PackPresentLights(&now) || !NoteFoundLights(&gHistory.steps, now.lights.get(), now.lightCount))
         gHistory.steps = {};
-    }
 }
 
 bool UndoDialogStep() {

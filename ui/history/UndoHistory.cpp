@@ -1,5 +1,9 @@
 #include "ui/history/UndoHistory.h"
 
+#include <algorithm>
+#include <new>
+#include <utility>
+
 namespace {
 
 // What a change changed: the index of a parameter, or one of these.
@@ -23,7 +27,9 @@ int32_t KindOfChange(const UndoState &before, const UndoState &after) {
         return parameter == kNothing ? kSwitch : kWholeSet;
     if (parameter != kNothing)
         return parameter;
-    return before.lights != after.lights ? kLights : kNothing;
+    const bool sameLights = std::equal(before.lights.get(), before.lights.get() + before.lightCount,
+                                       after.lights.get(), after.lights.get() + after.lightCount);
+    return sameLights ? kNothing : kLights;
 }
 
 bool ContinuesRun(const UndoHistory &history, int32_t kind, const UndoMoment &moment) {
@@ -43,32 +49,40 @@ bool SameState(const UndoState &a, const UndoState &b) {
 
 } // namespace
 
-void BeginHistory(UndoHistory *history, const UndoState &now) {
+void BeginHistory(UndoHistory *history, UndoState now) {
     *history = {};
-    history->states.push_back(now);
+    history->states[0] = std::move(now);
+    history->count = 1;
 }
 
-void NoteState(UndoHistory *history, const UndoState &now, const UndoMoment &moment) {
+void NoteState(UndoHistory *history, UndoState now, const UndoMoment &moment) {
     const int32_t kind = KindOfChange(history->states[history->present], now);
     if (kind == kNothing)
         return;
-    if (ContinuesRun(*history, kind, moment)) {
-        history->states[history->present] = now;
-    } else {
-        history->states.resize(history->present + 1);
-        history->states.push_back(now);
-        if (history->states.size() > kUndoSteps + 1)
-            history->states.erase(history->states.begin());
-        history->present = history->states.size() - 1;
+    if (!ContinuesRun(*history, kind, moment)) {
+        UndoState *states = history->states;
+        if (history->present == kUndoSteps)
+            std::move(states + 1, states + kUndoSteps + 1, states);
+        else
+            ++history->present;
+        history->count = history->present + 1;
     }
+    history->states[history->present] = std::move(now);
     history->lastKind = kind;
     history->last = moment;
     history->runIsOpen = true;
 }
 
-void NoteFoundLights(UndoHistory *history, const std::vector<uint8_t> &lights) {
-    for (UndoState &state : history->states)
-        state.lights = lights;
+bool NoteFoundLights(UndoHistory *history, const uint8_t *lights, uint32_t count) {
+    for (size_t i = 0; i < history->count; ++i) {
+        UndoState &state = history->states[i];
+        state.lights.reset(new (std::nothrow) uint8_t[count]);
+        state.lightCount = state.lights ? count : 0;
+        if (!state.lights)
+            return false;
+        std::copy_n(lights, count, state.lights.get());
+    }
+    return true;
 }
 
 // A run that ended where it began is no step that anybody would see.
@@ -84,7 +98,7 @@ const UndoState *StepBack(UndoHistory *history) {
 const UndoState *StepForward(UndoHistory *history) {
     history->runIsOpen = false;
     const size_t from = history->present;
-    while (history->present + 1 < history->states.size())
+    while (history->present + 1 < history->count)
         if (!SameState(history->states[++history->present], history->states[from]))
             return &history->states[history->present];
     return nullptr;

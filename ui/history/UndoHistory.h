@@ -6,7 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 constexpr size_t kUndoSteps = 200;
 // A run of key presses, of turns of the wheel or of typed digits goes on for so long after the last one.
@@ -14,7 +14,8 @@ constexpr uint32_t kRunMilliseconds = 1000;
 
 struct UndoState {
     ParameterSet parameters;
-    std::vector<uint8_t> lights; // one a light of the table; empty while there is no table
+    std::unique_ptr<uint8_t[]> lights; // one a light of the table; null while there is no table
+    uint32_t lightCount;
 };
 
 // When and how a change was made.
@@ -26,18 +27,20 @@ struct UndoMoment {
 };
 
 struct UndoHistory {
-    std::vector<UndoState> states; // the oldest first; empty before BeginHistory
+    UndoState states[kUndoSteps + 1]; // the oldest first
+    size_t count;                     // 0 before BeginHistory
     size_t present;
     int32_t lastKind; // of the change noted last
     UndoMoment last;
     bool runIsOpen; // the next change may belong to the same step
 };
 
-void BeginHistory(UndoHistory *history, const UndoState &now);
+void BeginHistory(UndoHistory *history, UndoState now);
 // A state that is the present one is no change.
-void NoteState(UndoHistory *history, const UndoState &now, const UndoMoment &moment);
-// The lights are found after the dialog has opened, and none is hidden then: all states get them.
-void NoteFoundLights(UndoHistory *history, const std::vector<uint8_t> &lights);
+void NoteState(UndoHistory *history, UndoState now, const UndoMoment &moment);
+// The lights are found after the dialog has opened, and none is hidden then: all states get them. False when
+// there is no memory for them; the history is of no use then.
+bool NoteFoundLights(UndoHistory *history, const uint8_t *lights, uint32_t count);
 
 // The state to show now, which has become the present one; null when there is no step left.
 const UndoState *StepBack(UndoHistory *history);
