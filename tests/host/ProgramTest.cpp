@@ -253,6 +253,15 @@ protected:
         EXPECT_EQ(run.err, "");
         return ReadGood(folder.File(L"out.tif"));
     }
+    void WriteCross(int16_t angle) {
+        ParameterSet set = kDefaultParameters;
+        set.effectType = kReligiousCross;
+        set.length = 80;
+        set.angle = angle;
+        host::Bytes file(255, 0);
+        std::memcpy(file.data(), &set, sizeof(set));
+        WriteBytes(folder.File(L"a.sss"), file);
+    }
 };
 
 TEST_F(RealFilterTest, AddsStarsAndTheSameOnesEveryTime) {
@@ -267,15 +276,42 @@ TEST_F(RealFilterTest, LastRunSettingsFileAndOptionsMeanTheSame) {
     EXPECT_EQ(Filter({L"--last"}), cross);
     const host::Picture turned = Filter({L"--last", L"--angle", L"40"});
     EXPECT_NE(turned, cross);
-    ParameterSet set = kDefaultParameters;
-    set.effectType = kReligiousCross;
-    set.length = 80;
-    set.angle = 200;
-    host::Bytes file(255, 0);
-    std::memcpy(file.data(), &set, sizeof(set));
-    WriteBytes(folder.File(L"a.sss"), file);
+    WriteCross(200);
     EXPECT_EQ(Filter({L"--settings", folder.File(L"a.sss"), L"--angle", L"40"}), turned);
     EXPECT_EQ(Filter({L"--effect", L"efT2", L"--length", L"80", L"--angle", L"40"}), turned);
+}
+
+TEST_F(RealFilterTest, PresetsAndTheSheetOfEffects) {
+    const std::wstring name = L"Test " + std::to_wstring(GetCurrentProcessId());
+    SetEnvironmentVariableW(L"BRILLATRIX_PRESETS", folder.path.c_str());
+    WriteCross(0);
+    const host::Picture cross = Filter({L"--preset", L"a"});
+    EXPECT_EQ(cross, Filter({L"--effect", L"cross", L"--length", L"80", L"--angle", L"0"}));
+    EXPECT_EQ(Run({L"--save-preset", name, L"--preset", L"a", L"--angle", L"12"}).status, 0u);
+    EXPECT_TRUE(Holds(Run({L"--save-preset", name}).err, "it exists already; --overwrite replaces it"));
+    EXPECT_EQ(Filter({L"--preset", name, L"--angle", L"0"}), cross);
+    EXPECT_TRUE(Holds(Run({L"--save-preset", L"a/b"}).err, "a preset's name is that of a file"));
+    const std::string names = Run({L"--list-presets"}).out;
+    EXPECT_TRUE(Holds(names, host::ToUtf8(name) + "\n") && Holds(names, "a\n")) << names;
+    wchar_t local[MAX_PATH] = {};
+    GetEnvironmentVariableW(L"LOCALAPPDATA", local, MAX_PATH);
+    const std::wstring saved = local + std::wstring(L"\\Nexorvanta\\Brillatrix\\Parameters\\") + name;
+    EXPECT_TRUE(DeleteFileW((saved + L".sss").c_str()));
+    SetEnvironmentVariableW(L"BRILLATRIX_PRESETS", nullptr);
+
+    EXPECT_EQ(Run({L"--contact-sheet", folder.File(L"sheet.png"), folder.File(L"in.png")}).status, 0u);
+    const host::Picture sheet = ReadGood(folder.File(L"sheet.png"));
+    std::set<host::Bytes> cells; // the photo, and each effect, which is no other's
+    const int32_t across = sheet.width / 4, down = sheet.height / 2, label = 40;
+    for (int32_t cell = 0; cell < 8; cell++) {
+        host::Bytes pixels;
+        for (int32_t y = cell / 4 * down + 8; y < (cell / 4 + 1) * down - label; y++) {
+            const auto row = sheet.planes[0].begin() + ptrdiff_t{y} * sheet.width + cell % 4 * across + 8;
+            pixels.insert(pixels.end(), row, row + 200);
+        }
+        cells.insert(pixels);
+    }
+    EXPECT_EQ(cells.size(), 8u);
 }
 
 TEST_F(RealFilterTest, MaskRoiAndEffectsOnly) {
