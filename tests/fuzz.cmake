@@ -56,4 +56,9 @@ brillatrix_windows_fuzz(host 250 fuzz/HostFuzz.cpp plugin/NightDocument.cpp stor
     LIBS system_objects filter_host engine render storage diag ole32 shell32)
 if(WIN32)
     add_dependencies(fuzz_host BrillatrixX64)
+# The dialog's and the drivers' sources as in dialog.cmake.
+if(WIN32)
+    brillatrix_windows_fuzz(dialog 20 fuzz/DialogFuzz.cpp ${dialog_driver} LIBS ${dialog_libraries} gtest)
+    add_dependencies(fuzz_dialog BrillatrixX64)
+    set_tests_properties(windows.fuzz.dialog PROPERTIES RESOURCE_LOCK desktop)
 endif()
