@@ -46,11 +46,8 @@ brillatrix_windows_fuzz(files 250 fuzz/FilesFuzz.cpp ../web/UpdateNotice.cpp ../
     update/LoopbackServer.cpp LIBS recording_diag storage filter_host render engine ws2_32)
 brillatrix_windows_fuzz(script 3000 fuzz/ScriptFuzz.cpp ../plugin/parameters/ParameterAccessor.cpp
     ../plugin/parameters/PersistentBlock.cpp ../plugin/parameters/ScriptReader.cpp ../plugin/parameters/ScriptWriter.cpp
-    ../plugin/record/HostCall.cpp ../plugin/record/PluginState.cpp storage/TemporaryFolder.cpp
+    ../plugin/record/HostCall.cpp ../plugin/record/PluginState.cpp
     LIBS recording_diag storage render engine)
-if(WIN32)
-    target_link_options(fuzz_script PRIVATE -Wl,--wrap=calloc -Wl,--wrap=free)
-endif()
 brillatrix_windows_fuzz(pictures 400 fuzz/PicturesFuzz.cpp host/TestFiles.cpp LIBS filter_host gtest psapi)
 brillatrix_windows_fuzz(host 250 fuzz/HostFuzz.cpp plugin/NightDocument.cpp storage/TemporaryFolder.cpp support/NightScene.cpp
     LIBS system_objects filter_host engine render storage diag ole32 shell32)

@@ -165,7 +165,7 @@ struct DialogFuzz : DialogFixture {
         from = bytes;
         gAnswers = {};
         boxAnswer = IDOK;
-        const int picture = from.Pick(0, 3), actions = from.Pick(0, 3) ? from.Pick(0, 30) : 0;
+        const int picture = from.Pick(0, 3), actions = from.Pick(0, from.Pick(0, 3) ? 2 : 40);
         filterHost.document = before = MakeNight({.width = picture == 1 ? 30 : 240,
                                                   .height = picture == 2 ? 700 : 180,
                                                   .depth = picture == 3 ? 16 : 8});

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <windows.h>
 
 #include <psapi.h>
@@ -28,9 +27,9 @@ constexpr Form kForms[] = {{L"a.png", 8, true, true, true, true},   {L"a.png", 1
                            {L"a.tif", 32, true, true, true, true},  {L"a.jpg", 8, true, true, false, false},
                            {L"a.bmp", 8, false, true, false, true}, {L"a.ppm", 16, false, true, false, true},
                            {L"a.pgm", 8, true, false, false, true}, {L"a.pam", 16, true, true, true, true},
+                           {L"a.ppm", 8, false, true, false, true}, {L"a.pgm", 16, true, false, false, true},
                            {L"a.pfm", 32, true, true, false, true}, {L"a.webp", 8, false, true, true, true},
                            {L"a.gif", 8, false, true, true, false}, {L"a.avif", 8, false, true, true, false}};
-constexpr int kFormCount = static_cast<int>(std::size(kForms));
 constexpr uint64_t kMostSamples = 16u << 20; // of a damaged file, so that runs stay short
 
 // What came of a reading, checked for what must hold of any.
@@ -103,31 +102,24 @@ void CompareWithSystem(const Bytes &file, const Picture &picture, int tolerance)
         Require(std::abs(pixels[i] - picture.planes[2 - i % 3][i / 3]) <= tolerance, "and sees the same");
 }
 
-// As the program writes it. Each is looked at when it is made for the first time.
-const Bytes &MakeFile(const TestFolder &folder, const Form &form, CaseBytes *from) {
-    static std::map<std::vector<int32_t>, Bytes> made;
-    constexpr int32_t kWidths[] = {1, 9, 40}, kHeights[] = {1, 33, 7};
+// As the program writes it, and looked at.
+Bytes MakeFile(const TestFolder &folder, const Form &form, int32_t planes, bool hasAlpha, int size) {
+    constexpr int32_t kWidths[] = {1, 3, 70, 41}, kHeights[] = {1, 131, 1, 33};
     constexpr int kCompressions[] = {host::kVipsTiffNone, host::kVipsTiffDeflate, host::kVipsTiffPackBits,
                                      host::kVipsTiffLzw};
-    const int32_t planes = form.holdsGrey && (from->Pick(0, 1) || !form.holdsColour) ? 1 : 3;
-    const int32_t alpha = form.holdsAlpha && from->Pick(0, 1), size = from->Pick(0, 2);
-    const int32_t compression = from->Pick(0, 3);
-    Bytes &file = made[{static_cast<int32_t>(&form - kForms), planes, alpha, size, compression}];
-    if (!file.empty())
-        return file;
-    const Picture picture = MakeTestPicture(kWidths[size], kHeights[size], form.depth, planes, alpha != 0);
+    const Picture picture = MakeTestPicture(kWidths[size], kHeights[size], form.depth, planes, hasAlpha);
     Picture read;
     host::PictureOrigin origin;
     origin.isLossless = true;
     origin.kind = host::PictureKind::kWebp;
     host::WriteOptions options;
-    options.compression = kCompressions[compression];
+    options.compression = kCompressions[size];
     std::string why;
     const bool isWritten = host::WritePicture(folder.File(form.name), picture, {}, &why, origin, options);
     Require(isWritten, why.c_str());
-    file = ReadBytes(folder.File(form.name));
+    const Bytes file = ReadBytes(folder.File(form.name));
     Require(Read(file, true, &read, &origin), "a file of ours is read");
-    Require(!form.isLossless || read.planes == picture.planes, "and comes back");
+    Require(!form.isLossless || read == picture, "and comes back");
     const bool isJpeg = origin.kind == host::PictureKind::kJpeg;
     const bool isForSystem =
         isJpeg || origin.kind == host::PictureKind::kPng || origin.kind == host::PictureKind::kTiff;
@@ -136,17 +128,25 @@ const Bytes &MakeFile(const TestFolder &folder, const Form &form, CaseBytes *fro
     return file;
 }
 
+std::vector<Bytes> MakeFiles(const TestFolder &folder) {
+    std::vector<Bytes> files;
+    for (const Form &form : kForms)
+        for (int i = 0; i < 16; ++i)
+            if ((i & 1 ? form.holdsGrey : form.holdsColour) && (form.holdsAlpha || !(i & 2)))
+                files.push_back(MakeFile(folder, form, i & 1 ? 1 : 3, (i & 2) != 0, i >> 2));
+    Require(folder.List().size() == 11, "no unfinished file is left");
+    return files;
+}
+
 void Damage(CaseBytes *from, Bytes *file) {
     constexpr uint32_t kNumbers[] = {0, 1, 0x7FFF, 0x8000, 0xFFFF, 0x10000, 0x7FFFFFFF, 0xFFFFFFFF};
     for (int i = from->Pick(1, 6); i > 0 && file->size() > 8; --i) {
-        const int way = from->Pick(0, 15);
+        const int way = from->Pick(1, 15);
         const size_t reach = from->Pick(0, 1) ? file->size() - 4 : std::min<size_t>(file->size() - 4, 200);
         const size_t at = from->Take<uint16_t>() % reach;
         const uint32_t number = from->Pick(0, 1) ? kNumbers[from->Pick(0, 7)] : from->Take<uint32_t>();
         const auto place = file->begin() + static_cast<ptrdiff_t>(at);
-        if (way == 0)
-            file->resize(at + 4);
-        else if (way == 1)
+        if (way == 1)
             file->insert(place, 1 + number % 9, static_cast<uint8_t>(number));
         else if (way == 2)
             file->erase(place, place + 1 + number % 4);
@@ -166,18 +166,26 @@ uint64_t PeakMemory() {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length) {
     static const TestFolder folder;
     CaseBytes from{bytes, length};
-    const int form = from.Pick(0, kFormCount), way = from.Pick(0, 3);
+    static const std::vector<Bytes> files = MakeFiles(folder);
+    const int form = from.Pick(0, 255), way = from.Pick(0, 3);
     Bytes file(from.bytes, from.bytes + from.length);
-    if (form < kFormCount) {
-        file = MakeFile(folder, kForms[form], &from);
-        Damage(&from, &file);
+    bool isCut = false;
+    if (form < 224) {
+        file = files[static_cast<size_t>(form) % files.size()];
+        isCut = from.Pick(0, 15) == 0 && file.size() > 50;
+        if (isCut)
+            file.resize(file.size() - 25 - from.Take<uint16_t>() % (file.size() - 40));
+        else
+            Damage(&from, &file);
     }
     const std::wstring path = folder.File(L"damaged");
     std::ofstream(std::filesystem::path(path), std::ios::binary)
         .write(reinterpret_cast<const char *>(file.data()), static_cast<std::streamsize>(file.size()));
     Picture read;
     host::PictureOrigin origin;
-    if (host::MeasureSamples(path) <= kMostSamples && Read(file, way & 1, &read, &origin) && way == 3)
+    const bool isRead = host::MeasureSamples(path) <= kMostSamples && Read(file, way & 1, &read, &origin);
+    Require(!isRead || !isCut || !(way & 1), "a file that ends early is refused");
+    if (isRead && way == 3)
         WriteAndReadAgain(folder.File(L"again.tif"), read, origin);
     Require(PeakMemory() < 1u << 29, "small files need no large memory");
     return 0;

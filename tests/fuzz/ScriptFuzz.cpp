@@ -9,10 +9,8 @@
 #include "plugin/parameters/ScriptWriter.h"
 #include "plugin/record/HostCall.h"
 #include "plugin/record/PluginState.h"
-#include "storage/AppFolders.h"
-#include "storage/ParameterFiles.h"
+#include "storage/ParameterBlock.h"
 #include "tests/fuzz/CaseBytes.h"
-#include "tests/storage/TemporaryFolder.h"
 #include "tests/support/RecordingDiag.h"
 
 #include <algorithm>
@@ -40,8 +38,6 @@ struct Play {
     uint8_t block[kParameterBlockSize];
     int32_t stored; // bytes; below 0: none
 } g;
-
-int gBlocks; // made and not freed
 
 // 0 nearly always; else an error, or no answer at all.
 HostResult Answer() {
@@ -183,89 +179,70 @@ HostResult Put(FourCharCode key, FourCharCode type, double value) {
     return kNoError;
 }
 
-// One step of the block's suites: the first one that fails decides.
-HostResult Step(HostResult toFilter = kNoError) {
+// One step of the block's suites: the first one that fails, or whose answer is of no use, decides.
+HostResult Step(bool isUseless = false, HostResult failure = kErrPlugInPropertyUndefined) {
     const bool isFirst = g.failure == kNoError;
     if (isFirst)
         g.failure = kErrPlugInHostInsufficient; // what no answer counts as
     const HostResult answer = Answer();
     if (isFirst)
-        g.failure = answer && toFilter ? toFilter : answer;
+        g.failure = answer ? answer : isUseless ? failure : kNoError;
     return answer;
-}
-void Refuse(HostResult failure) {
-    g.failure = g.failure ? g.failure : failure;
 }
 
 DescriptorRegistrySuite gRegistry;
 ActionDescriptorSuite gActions;
 
 SuiteResult Acquire(const char *name, int32_t, const void **suite) {
-    if (Step(kErrPlugInHostInsufficient) != kNoError)
+    const HostResult before = g.failure;
+    if (Step() != kNoError) {
+        g.failure = before ? before : kErrPlugInHostInsufficient;
         return kSuiteNotFound;
-    *suite = std::strcmp(name, kActionDescriptorSuiteName) == 0 ? static_cast<const void *>(&gActions)
-                                                                : &gRegistry;
+    }
+    const bool isActions = std::strcmp(name, kActionDescriptorSuiteName) == 0;
+    *suite = isActions ? static_cast<const void *>(&gActions) : &gRegistry;
     ++g.suites;
     return 0;
 }
-SuiteResult Release(const char *, int32_t) {
-    --g.suites;
-    return Answer();
-}
-HostResult GetEntry(const char *, ActionDescriptor *descriptor) {
-    if (const HostResult answer = Step())
-        return answer;
-    const bool isNone = IsRare() || g.stored < 0;
-    if (isNone)
-        Refuse(kErrPlugInPropertyUndefined);
-    else
-        ++g.descriptors;
-    *descriptor = isNone ? nullptr : &g;
-    return kNoError;
-}
-HostResult HasKey(ActionDescriptor, FourCharCode, HostBoolean *hasKey) {
-    *hasKey = !IsRare();
-    const HostResult answer = Step();
-    if (!*hasKey)
-        Refuse(kErrPlugInPropertyUndefined);
+
+HostResult GiveDescriptor(ActionDescriptor *descriptor, bool isNone) {
+    const HostResult answer = Step(isNone);
+    *descriptor = answer || isNone ? nullptr : &g;
+    g.descriptors += *descriptor != nullptr;
     return answer;
 }
-HostResult GetType(ActionDescriptor, FourCharCode, FourCharCode *type) {
-    *type = IsRare() ? kTypeUnitFloat : kTypeRawData;
-    const HostResult answer = Step();
-    if (*type != kTypeRawData)
-        Refuse(kErrPlugInPropertyUndefined);
-    return answer;
-}
-HostResult GetLength(ActionDescriptor, FourCharCode, int32_t *length) {
-    *length = IsRare() ? g.from.Take<int32_t>() : g.stored;
-    const HostResult answer = Step();
-    if (*length < static_cast<int32_t>(sizeof(ParameterSet)) || *length > 255)
-        Refuse(kErrPlugInPropertyUndefined);
-    return answer;
-}
-HostResult GetData(ActionDescriptor, FourCharCode, void *data) {
-    std::memcpy(data, g.block, sizeof g.block); // whatever length was told
-    const HostResult answer = Step();
-    if (g.block[0] || g.block[1] || g.block[2] || g.block[3])
-        Refuse(kPersistentBlockObsolete);
-    return answer;
-}
-HostResult MakeEntry(ActionDescriptor *descriptor) {
-    if (const HostResult answer = Step())
-        return answer;
-    ++g.descriptors;
-    *descriptor = &g;
-    return kNoError;
-}
-HostResult FreeEntry(ActionDescriptor) {
-    --g.descriptors;
-    return Answer();
-}
-HostResult PutData(ActionDescriptor, FourCharCode, int32_t length, const void *data) {
-    Require(length == sizeof g.block, "a whole block is kept");
-    std::memcpy(g.block, data, sizeof g.block);
-    return Step();
+
+void OfferSuites() {
+    gRegistry.Register = [](const char *, ActionDescriptor, HostBoolean) { return Step(); };
+    gRegistry.Get = [](const char *, ActionDescriptor *descriptor) {
+        return GiveDescriptor(descriptor, g.stored < 0 || IsRare());
+    };
+    gActions.Make = [](ActionDescriptor *descriptor) { return GiveDescriptor(descriptor, false); };
+    gActions.Free = [](ActionDescriptor) {
+        --g.descriptors;
+        return Answer();
+    };
+    gActions.HasKey = [](ActionDescriptor, FourCharCode, HostBoolean *hasKey) {
+        *hasKey = !IsRare();
+        return Step(!*hasKey);
+    };
+    gActions.GetType = [](ActionDescriptor, FourCharCode, FourCharCode *type) {
+        *type = IsRare() ? kTypeUnitFloat : kTypeRawData;
+        return Step(*type != kTypeRawData);
+    };
+    gActions.GetDataLength = [](ActionDescriptor, FourCharCode, int32_t *length) {
+        *length = IsRare() ? g.from.Take<int32_t>() : g.stored;
+        return Step(*length < static_cast<int32_t>(sizeof(ParameterSet)) || *length > 255);
+    };
+    gActions.GetData = [](ActionDescriptor, FourCharCode, void *data) {
+        std::memcpy(data, g.block, sizeof g.block); // whatever length was told
+        return Step(g.block[0] || g.block[1] || g.block[2] || g.block[3], kPersistentBlockObsolete);
+    };
+    gActions.PutData = [](ActionDescriptor, FourCharCode, int32_t length, const void *data) {
+        Require(length == sizeof g.block, "a whole block is kept");
+        std::memcpy(g.block, data, sizeof g.block);
+        return Step();
+    };
 }
 
 // Without a getter now and then.
@@ -302,16 +279,11 @@ struct Host {
             Answer();
         };
         basic.AcquireSuite = Acquire;
-        basic.ReleaseSuite = Release;
-        gRegistry.Register = [](const char *, ActionDescriptor, HostBoolean) { return Step(); };
-        gRegistry.Get = GetEntry;
-        gActions.Make = MakeEntry;
-        gActions.Free = FreeEntry;
-        gActions.HasKey = HasKey;
-        gActions.GetType = GetType;
-        gActions.GetDataLength = GetLength;
-        gActions.GetData = GetData;
-        gActions.PutData = PutData;
+        basic.ReleaseSuite = [](const char *, int32_t) -> SuiteResult {
+            --g.suites;
+            return Answer();
+        };
+        OfferSuites();
         writers.openWriteDescriptorProc = []() -> WriteDescriptor { return &g; };
         writers.closeWriteDescriptorProc = [](WriteDescriptor, HostHandle *written) {
             *written = reinterpret_cast<HostHandle>(&g);
@@ -343,7 +315,7 @@ bool AreSame(const ParameterSet &a, const ParameterSet &b) {
 }
 
 void RequireNothingHeld() {
-    Require(g.opened == 0 && g.suites == 0 && g.descriptors == 0 && gBlocks == 0, "nothing is held");
+    Require(g.opened == 0 && g.suites == 0 && g.descriptors == 0, "nothing is held");
     ForgetHostFailure();
     TakeReports();
 }
@@ -358,11 +330,11 @@ ParameterSet TakeSet() {
     return set;
 }
 
-void Restore(const Host &host, const ParameterSet &expected) {
+void Restore(const Host &host) {
     g.failure = kNoError;
     Require(RestorePersistentBlock() == g.failure, "the host's block fared as its suites answered");
-    Require(AreSame(host.set, g.failure ? expected : g.expected),
-            "the set is the block's, or what stands by");
+    Require(AreSame(host.set, g.failure ? kDefaultParameters : g.expected),
+            "the set is the block's, or the defaults");
     RequireNothingHeld();
 }
 
@@ -391,33 +363,10 @@ void ReadScript(Host *host) {
 
 } // namespace
 
-extern "C" void *__real_calloc(size_t count, size_t size);
-extern "C" void __real_free(void *block);
-static void *gBlock;
-extern "C" void *__wrap_calloc(size_t count, size_t size) {
-    void *made = __real_calloc(count, size);
-    if (size == kParameterBlockSize) {
-        ++gBlocks;
-        gBlock = made;
-    }
-    return made;
-}
-extern "C" void __wrap_free(void *block) {
-    if (block && block == gBlock) {
-        --gBlocks;
-        gBlock = nullptr;
-    }
-    __real_free(block);
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length) {
-    static const TemporaryFolder folder;
     g = {};
     g.from = {bytes, length};
     Host host;
-    const bool hasFolder = g.from.Pick(0, 7) == 0;
-    std::snprintf(gSettingsFolder, sizeof gSettingsFolder, "%s", hasFolder ? folder.Path().c_str() : "");
-    DeleteFileA((folder / "LastSavedParameters.sss").c_str());
     host.pending = static_cast<uint8_t>(g.from.Pick(0, 1));
     host.script.playInfo = static_cast<int16_t>(g.from.Pick(-1, 3));
     g.expected = TakeSet();
@@ -428,7 +377,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length) {
     g.block[29] = 7;                      // padding
     g.expected.outputSpikesOnly = g.block[28] != 0;
     g.stored = g.from.Pick(39, 256);
-    Restore(host, kDefaultParameters);
+    Restore(host);
     ReadScript(&host);
     const ParameterSet kept = host.set;
     g.isHonest = true;
@@ -445,6 +394,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length) {
     g.stored = g.failure ? -1 : 255;
     host.set = g.expected = kept;
     std::memcpy(g.expected.version, kDefaultParameters.version, sizeof g.expected.version);
-    Restore(host, hasFolder ? g.expected : kDefaultParameters);
+    Restore(host);
     return 0;
 }

@@ -7,7 +7,7 @@
 set -eu
 root=$(cd "$(dirname "$0")/../.." && pwd)
 cd "$root"
-sort() { sed -n "s/^brillatrix_\(windows_\)*fuzz($1 .*/\1 /p" tests/fuzz.cmake; }
+sort() { sed -n "s/^ *brillatrix_\(windows_\)*fuzz($1 .*/\1 /p" tests/fuzz.cmake; }
 [ $# -eq 2 ] && [ -n "$(sort "$1")" ] || { sed -n '2,6s/^# //p' "$0" >&2; exit 2; }
 kept=build/fuzz/$1
 end=$(($(date +%s) + $2))

@@ -32,6 +32,15 @@ bool TakeFirstClick(const ParameterControl &row) {
     return true;
 }
 
+// With Ctrl the control aligns and spaces text, raises digits, and some versions show what they hold, in a
+// box: nothing for a number. All but copying, cutting, pasting and undoing ends here.
+bool IsTextSettingKey(WPARAM key) {
+    constexpr WPARAM kEditing[] = {'A', 'C', 'V', 'X', 'Y', 'Z'};
+    const bool isCharacter = (key >= '0' && key <= '9') || (key >= 'A' && key <= 'Z') ||
+                             (key >= VK_OEM_1 && key <= VK_OEM_3) || (key >= VK_OEM_4 && key <= VK_OEM_8);
+    return isCharacter && std::find(std::begin(kEditing), std::end(kEditing), key) == std::end(kEditing);
+}
+
 LRESULT CALLBACK EditProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam, UINT_PTR, DWORD_PTR data) {
     ParameterControl *row = reinterpret_cast<ParameterControl *>(data);
     if (IsForgedDestruction(window, message))
@@ -113,7 +122,7 @@ bool OnEditKey(ParameterControl *row, WPARAM key, int repeatCount, bool ctrlDown
         StepParameterValue(row, -arrow * repeatCount);
         return true;
     default:
-        return false;
+        return ctrlDown && IsTextSettingKey(key);
     }
 }
 

@@ -8,7 +8,8 @@ void SubclassParameterEdit(ParameterControl *row);
 
 void OnEditSetFocus(ParameterControl *row);
 void OnEditKillFocus(ParameterControl *row);
-// An arrow or page key: steps the value through the trackbar. False for any other key.
+// An arrow or page key: steps the value through the trackbar. A key that would set text as in a letter does
+// nothing. False for any other key.
 bool OnEditKey(ParameterControl *row, WPARAM key, int repeatCount, bool ctrlDown);
 // Whether a typed character goes to the control; beeps for one that does not belong to a number.
 bool OnEditCharacter(WPARAM character);
