@@ -3,7 +3,7 @@ set(dialog_driver dialog/DialogFixture.cpp dialog/SystemAnswers.cpp plugin/Modul
     support/NightScene.cpp)
 set(dialog_libraries system_objects window_driver filter_host engine render storage diag comctl32 ole32 oleacc oleaut32 shell32)
 brillatrix_test(dialog_tests DESKTOP TIMEOUT 300 LIBS ${dialog_libraries}
-    SOURCES ${dialog_driver} dialog/ControlTest.cpp dialog/EditingTest.cpp dialog/KeyTest.cpp dialog/LeakTest.cpp dialog/LinkTest.cpp
+    SOURCES ${dialog_driver} dialog/ControlTest.cpp dialog/EditingTest.cpp dialog/KeyTest.cpp dialog/LinkTest.cpp
             dialog/OpenCloseTest.cpp dialog/SafetyTest.cpp dialog/SettingsTest.cpp dialog/ViewTest.cpp)
 include(MakerAddresses)
 set_source_files_properties(dialog/LinkTest.cpp PROPERTIES COMPILE_DEFINITIONS "${maker_addresses}")

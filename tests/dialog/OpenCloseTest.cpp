@@ -204,40 +204,6 @@ TEST_F(MainDialog, OkRendersAndTheRepeatNeedsNoDialog) {
     ExpectCleanHost();
 }
 
-// However it is cancelled, nothing of what was done in it stays.
-TEST_F(MainDialog, CancelEscapeAndCloseBoxChangeNothing) {
-    const std::string stored(52, 'x');
-    const Script ways[] = {[this] { PressCancel(); }, [this] { Key(VK_ESCAPE); },
-                           [this] {
-                               PostMessageW(dialog, WM_SYSCOMMAND, SC_CLOSE, 0);
-                               Pump();
-                           }};
-    for (const Script &way : ways) {
-        SCOPED_TRACE(&way - ways);
-        ParameterSet taken = {};
-        const host::RunResult result = RunDialog([&] {
-            taken = SetInHandle();
-            WriteWholeFile(UISettingsFile(), stored);
-            Type(kPairs[0].edit, "90");
-            Choose(kEffectCombo, 4);
-            Click(kEffectsOnly);
-            Click(kPanIcon);
-            SetWindowPos(dialog, nullptr, 3, 4, 930, 740, SWP_NOZORDER);
-            Settle();
-            EXPECT_EQ(SetInHandle().threshold, 90);
-            way();
-        });
-        EXPECT_EQ(result.code, kUserCanceledErr);
-        EXPECT_EQ(dialogResult, IDCANCEL);
-        EXPECT_EQ(DifferentSamples(filterHost.document, before), 0);
-        EXPECT_EQ(UISettingsBytes(), stored);
-        EXPECT_EQ(SetInHandle(), taken) << "a repeat uses what was there before";
-        EXPECT_FALSE(Exists(SettingsFile()));
-        ExpectCleanHost();
-        LoadModuleAgain();
-    }
-}
-
 // Memory for a flood fill that runs out while the table is being built is reported as fatal, on a thread of
 // the table's. The dialog is gone long before the table's task has ended and tells its code, and nobody waits
 // for the rest of the scan, which tries a fill at every white pixel.

@@ -11,6 +11,8 @@ namespace {
 
 struct DialogFuzz : DialogFixture {
     CaseBytes from;
+    ParameterSet setBefore;
+    std::string uiBefore;
 
     DialogFuzz() { SetUp(); }
     void TestBody() override {}
@@ -153,6 +155,7 @@ struct DialogFuzz : DialogFixture {
                            : 0,
                   0);
         const std::string kept = UISettingsBytes();
+        EXPECT_TRUE(isOk || (set == setBefore && kept == uiBefore)) << "cancelling changes nothing";
         UISettings ui = kDefaultUISettings;
         EXPECT_TRUE(!isOk || kept.size() == sizeof ui);
         if (kept.size() == sizeof ui)
@@ -172,6 +175,8 @@ struct DialogFuzz : DialogFixture {
         if (from.Pick(0, 3) == 0)
             HoldTable();
         const host::RunResult result = RunDialog([this, actions] {
+            setBefore = SetInHandle();
+            uiBefore = UISettingsBytes();
             Pump(static_cast<DWORD>(from.Pick(0, 40)));
             for (int i = 0; i < actions && IsOpen(); ++i) {
                 Act();

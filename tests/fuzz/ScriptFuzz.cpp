@@ -32,7 +32,7 @@ struct Play {
     Entry now;                  // the key stepped to last
     bool mustAsk;               // for its value, by a getter that is there
     bool isPending, fits;       // it was not taken yet; every one before was
-    int keys, opened, suites, descriptors, disposed;
+    int puts, keys, opened, suites, descriptors, disposed;
     ParameterSet expected;
     HostResult failure, verdict; // the first failure of the block's suites; of closing the script
     uint8_t block[kParameterBlockSize];
@@ -174,9 +174,13 @@ HostResult GetEnumerated(ReadDescriptor, FourCharCode *value) {
     return kNoError;
 }
 
+// A value that is refused costs only itself.
 HostResult Put(FourCharCode key, FourCharCode type, double value) {
-    g.written.push_back({key, type, value});
-    return kNoError;
+    g.puts += 1;
+    const HostResult answer = Answer();
+    if (answer == kNoError)
+        g.written.push_back({key, type, value});
+    return answer;
 }
 
 // One step of the block's suites: the first one that fails, or whose answer is of no use, decides.
@@ -352,11 +356,19 @@ void ReadScript(Host *host) {
     Require(shows == (isUsed ? host->script.playInfo == kPlayDisplay : isWarning),
             "and decides on the dialog");
     Require(AreSame(host->set, isUsed ? g.expected : before), "a script counts whole or not at all");
-    const std::vector<RecordedReport> told = TakeReports();
-    const auto count = std::count_if(told.begin(), told.end(), [](const RecordedReport &report) {
-        return report.record.kind == kUserMessage;
-    });
-    Require(count == (isUsed ? 0 : 1), "a script of no use is told once");
+    std::string told;
+    for (const std::string &line : TakeReportLines())
+        told += line.find("Invalid Script") != line.npos ? line : "";
+    const std::string unfit = "The Photoshop Script you specified is not compatible with this version of "
+                              "Brillatrix Pro";
+    Require(told == (isUsed      ? ""
+                     : isWarning ? "185 1 48 Invalid Script Specified: " + unfit +
+                                       ". Some settings have been set to their default values."
+                     : verdict == kParamErr
+                         ? "198 1 16 Invalid Script Specified: " + unfit + " and will not be used."
+                         : "212 1 16 Invalid Script Specified: A fatal error occurred while "
+                           "reading the script parameters."),
+            "a script of no use is told once");
     Require(g.disposed == 1 && !host->script.descriptor, "a script is given back once");
     RequireNothingHeld();
 }
@@ -380,9 +392,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length) {
     Restore(host);
     ReadScript(&host);
     const ParameterSet kept = host.set;
+    Require(WriteScriptParameters() == kNoError && g.puts == kParameterCount + 2, "a set is recorded");
     g.isHonest = true;
-    Require(WriteScriptParameters() == kNoError, "a set is recorded");
-    host.set = kDefaultParameters;
+    host.set = g.written.size() == kParameterCount + 2 ? kDefaultParameters : kept;
     ReadScript(&host);
     host.set.version[3] = kept.version[3];
     host.set.version[2] = kept.version[2];

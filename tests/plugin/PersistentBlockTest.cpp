@@ -65,28 +65,6 @@ TEST_F(Persistent, TheHostKeepsTheSetBetweenRuns) {
     ExpectCleanHost();
 }
 
-// Major and Minor decide about a host's block, all four words about a file.
-TEST_F(Persistent, BlocksOfAnotherVersionAreNotUsed) {
-    for (int word = 0; word < 4; ++word) {
-        SCOPED_TRACE(word);
-        ParameterSet other = SetWith(44);
-        other.version[word] += 3;
-        SetHostBlock(Data(BlockOf(other)));
-        boxes.clear();
-        EXPECT_TRUE(Repeat());
-        ParameterSet expected = word < 2 ? kDefaultParameters : other;
-        EXPECT_EQ(SetInHandle().intensity, expected.intensity);
-        EXPECT_TRUE(boxes.empty());
-        RemoveHostBlock();
-        WriteWholeFile(SettingsFile(), AsText(BlockOf(other)));
-        EXPECT_TRUE(Repeat());
-        EXPECT_EQ(SetInHandle(), kDefaultParameters);
-        EXPECT_EQ(boxes.size(), 1u); // told, and the file is gone
-        EXPECT_FALSE(Exists(SettingsFile()));
-        host::CloseHost(filterHost);
-    }
-}
-
 // Handles that come back as bytes of an older run never decide: the block does.
 TEST_F(Persistent, TheBlockWinsOverTheHandle) {
     filterHost.settings.restoreHandlesAsBytes = true;

@@ -61,68 +61,6 @@ TEST_F(Script, PlayInfoDecidesAboutTheDialog) {
     EXPECT_EQ(DialogPendingByte(), 0);
 }
 
-// Hosts tell of missing keys by either code.
-TEST_F(Script, MissingKeysAreAWarningAndThenTheDialog) {
-    filterHost.settings.missingKeys = MissingKeys::kReported;
-    for (const bool generalCode : {false, true}) {
-        SCOPED_TRACE(generalCode);
-        boxes.clear();
-        if (generalCode)
-            filterHost.settings.closeReadResult = kParamErr;
-        EXPECT_EQ(RunScript({{host::UnitFloatValue(kKeyAngle, kUnitAngle, 22.46)}}).code, kNoError);
-        ASSERT_EQ(boxes.size(), 1u);
-        EXPECT_EQ(boxes[0].title, kTitle);
-        EXPECT_EQ(boxes[0].text,
-                  "The Photoshop Script you specified is not compatible with this version of Brillatrix "
-                  "Pro. Some settings have been set to their default values.");
-        EXPECT_EQ(boxes[0].style, 48u | MB_SETFOREGROUND);
-        EXPECT_EQ(SetInHandle(), kDefaultParameters);
-        EXPECT_EQ(DialogPendingByte(), 0); // the dialog was run
-    }
-    EXPECT_NE(LogText().find("Line 185: User Message: 'Invalid Script Specified' - 'The Photoshop Script"),
-              std::string::npos);
-    ExpectCleanHost();
-}
-
-TEST_F(Script, OtherVerdictsEndTheRun) {
-    struct Case {
-        int16_t verdict;
-        const char *text;
-        const char *line;
-    };
-    const Case cases[] = {
-        {kParamErr,
-         "The Photoshop Script you specified is not compatible with this version of Brillatrix "
-         "Pro and will not be used.",
-         "Line 198"},
-        {kMemFullErr, "A fatal error occurred while reading the script parameters.", "Line 212"},
-        {2, "A fatal error occurred while reading the script parameters.", "Line 212"}};
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.verdict);
-        boxes.clear();
-        filterHost.settings.closeReadResult = c.verdict;
-        host::Descriptor script = ScriptOf(EveryFieldChanged());
-        if (c.verdict == kParamErr)
-            host::PutValue(script, host::IntegerValue(kKeyLength, 3)); // of a type that does not fit
-        const host::RunResult result = RunScript(script);
-        EXPECT_EQ(result.code, c.verdict);
-        EXPECT_EQ(result.failedSelector, kSelectorStart);
-        ASSERT_EQ(boxes.size(), 1u);
-        EXPECT_EQ(boxes[0].title, kTitle);
-        EXPECT_EQ(boxes[0].text, c.text);
-        EXPECT_EQ(boxes[0].style, 16u | MB_SETFOREGROUND);
-        EXPECT_EQ(SetInHandle(), kDefaultParameters);
-        EXPECT_TRUE(filterHost.log.advances.empty());
-        if (&c == cases) { // the log ends with the first failed run
-            EXPECT_NE(LogText().find(c.line), std::string::npos);
-        }
-        ExpectCleanHost();
-    }
-    filterHost.settings.closeReadResult.reset();
-    EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError);
-    EXPECT_EQ(SetInHandle(), EveryFieldChanged());
-}
-
 TEST_F(Script, FinishWithoutAWriterFails) {
     filterHost.settings.failures["openWriteDescriptorProc"] = {};
     const host::RunResult result = RunScript(ScriptOf(EveryFieldChanged()));
@@ -132,12 +70,3 @@ TEST_F(Script, FinishWithoutAWriterFails) {
     ExpectCleanHost();
 }
 
-TEST_F(Script, AValueThatCannotBeRecordedCostsOnlyItself) {
-    filterHost.settings.failures["putUnitFloatProc"] = {.nth = 2};
-    EXPECT_EQ(RunScript(ScriptOf(EveryFieldChanged())).code, kNoError);
-    host::Descriptor expected = ScriptOf(EveryFieldChanged());
-    std::erase_if(expected.values, [](const auto &value) { return value.key == kKeyIntensity; });
-    ASSERT_TRUE(filterHost.recorded);
-    EXPECT_TRUE(*filterHost.recorded == expected);
-    ExpectCleanHost();
-}
