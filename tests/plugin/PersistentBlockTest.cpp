@@ -11,7 +11,6 @@ constexpr uint32_t kBlockKey = 'PBlk';
 
 class Persistent : public ModuleFixture {
 protected:
-    void RemoveHostBlock() { filterHost.registry.clear(); }
     void SetHostBlock(const host::DescriptorValue &value) {
         filterHost.registry = {{kScopeGuid, {{value}}, true}};
     }
@@ -29,15 +28,10 @@ ParameterSet SetWith(int16_t intensity) {
     return set;
 }
 
-std::vector<uint8_t> BlockOf(const ParameterSet &set, size_t size = 255) {
+std::vector<uint8_t> BlockOf(const ParameterSet &set) {
     std::vector<uint8_t> bytes(255);
     std::memcpy(bytes.data(), &set, sizeof(set));
-    bytes.resize(size);
     return bytes;
-}
-
-std::string AsText(const std::vector<uint8_t> &bytes) {
-    return std::string(bytes.begin(), bytes.end());
 }
 
 host::DescriptorValue Data(const std::vector<uint8_t> &bytes) {
