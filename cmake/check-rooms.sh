@@ -11,7 +11,7 @@ BEGIN {
     Room("host",      "program options batch workers sheet filter services module pictures metadata base",
                                                                "plugin/interface render resources diag/Compiler.h")
     Room("plugin",    ". parameters record interface",         "ui web render engine storage diag resources")
-    Room("ui",        "dialog history settings about viewers look display view preview pixels fields paint window",
+    Room("ui",        "dialog history settings about viewers look display view preview pixels fields paint window native",
                                                                "web render engine storage diag resources")
     Room("render",    ". stamp rows shape",                    "engine diag")
     Room("web",       ".",                                     "storage diag")

@@ -53,6 +53,7 @@ brillatrix_windows_fuzz(host 250 fuzz/HostFuzz.cpp plugin/NightDocument.cpp stor
     LIBS system_objects filter_host engine render storage diag ole32 shell32)
 if(WIN32)
     add_dependencies(fuzz_host BrillatrixX64)
+endif()
 # The dialog's and the drivers' sources as in dialog.cmake.
 if(WIN32)
     brillatrix_windows_fuzz(dialog 20 fuzz/DialogFuzz.cpp ${dialog_driver} LIBS ${dialog_libraries} gtest)

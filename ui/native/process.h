@@ -1,0 +1,4 @@
+// As on Windows: what begins a thread.
+#pragma once
+
+#include <windows.h>
