@@ -14,7 +14,15 @@ struct DialogFuzz : DialogFixture {
     ParameterSet setBefore;
     std::string uiBefore;
 
-    DialogFuzz() { SetUp(); }
+    DialogFuzz() {
+        SetUp();
+        // The system's loops - sizing, menus - wait for a release that came before them.
+        SetTimer(nullptr, 0, 300, [](HWND, UINT, UINT_PTR, DWORD) {
+            if (const HWND holder = GetCapture())
+                for (const UINT message : {WM_LBUTTONUP, WM_CANCELMODE})
+                    PostMessageW(holder, message, 0, 0);
+        });
+    }
     void TestBody() override {}
 
     bool IsOpen() const { return IsWindowVisible(dialog); }
