@@ -250,7 +250,8 @@ DWORD GetRegionData(HRGN region, DWORD bytes, RGNDATA *data) {
     if (!data || bytes < needed)
         return data ? 0 : needed;
     data->rdh = {sizeof data->rdh, 1, static_cast<DWORD>(region->rects.size()), static_cast<DWORD>(size), {}};
-    std::memcpy(data->Buffer, region->rects.data(), size);
+    if (size > 0)
+        std::memcpy(data->Buffer, region->rects.data(), size);
     return needed;
 }
 
