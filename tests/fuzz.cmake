@@ -31,8 +31,8 @@ function(brillatrix_windows_fuzz name runs)
 endfunction()
 
 add_custom_target(fuzz_targets)
-brillatrix_fuzz(detection 200 fuzz/DetectionFuzz.cpp LIBS engine recording_diag)
-brillatrix_fuzz(render 700 fuzz/RenderFuzz.cpp LIBS render engine recording_diag)
+brillatrix_fuzz(detection 140 fuzz/DetectionFuzz.cpp LIBS engine recording_diag)
+brillatrix_fuzz(render 560 fuzz/RenderFuzz.cpp LIBS render engine recording_diag)
 
 # The host's readers that know nothing of Windows.
 brillatrix_library(portable_readers EXCLUDE_FROM_ALL ../host/base/ByteStream.cpp ../host/metadata/ExifTree.cpp

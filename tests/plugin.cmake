@@ -1,7 +1,8 @@
 # The filter module, driven through the host library. The engine and the renderer are linked for a second opinion on
 # its pictures.
-brillatrix_test(plugin_tests TIMEOUT 300 LIBS system_objects filter_host engine render storage diag ole32 shell32
-    SOURCES plugin/FailureTest.cpp plugin/MemoryTest.cpp plugin/ImageTest.cpp plugin/ModuleFixture.cpp plugin/NightDocument.cpp plugin/OddHostTest.cpp
+brillatrix_test(plugin_tests TIMEOUT 300 LIBS system_objects filter_host engine render storage diag ole32 psapi shell32
+    SOURCES plugin/FailureTest.cpp plugin/ImageTest.cpp plugin/LongTest.cpp plugin/MemoryTest.cpp plugin/ModuleFixture.cpp
+            plugin/NightDocument.cpp plugin/OddHostTest.cpp
             plugin/ParameterAccessorTest.cpp plugin/PersistentBlockTest.cpp plugin/ResourceTest.cpp
             plugin/ScriptTest.cpp plugin/SelectorTest.cpp storage/TemporaryFolder.cpp
             support/NightScene.cpp ../plugin/parameters/ParameterAccessor.cpp

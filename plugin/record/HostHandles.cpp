@@ -62,6 +62,15 @@ HostResult MakeDataHandle() {
     return handle ? kNoError : kMemFullErr;
 }
 
+// A handle that was made and never filled in would pass for one of an earlier run.
+void DropHandles() {
+    DisposeHandle(ParametersHandle());
+    gFilterRecord->parameters = nullptr;
+    DisposeHandle(DataHandle());
+    if (gData)
+        *gData = 0;
+}
+
 } // namespace
 
 // Hosts without the size procedure, and those whose procedure answers 0 for handles of their own, do not
@@ -108,8 +117,11 @@ HostResult SetUpHandles() {
         result = dataResult;
     if (result == kNoError)
         result = LockHandles();
-    if (result != kNoError)
+    if (result != kNoError) {
+        UnlockHandles();
+        DropHandles();
         return result;
+    }
     *gParameters = kDefaultParameters;
     *gDialogPending = 1;
     PlatformData *platform = gFilterRecord->platformData;

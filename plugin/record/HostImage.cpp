@@ -86,16 +86,13 @@ bool HasUnsupportedPlanes() {
 }
 
 // Protected transparency, for one, is read but never written: where it is not counted, the plane of its
-// number is another one. A host that counts nothing takes what was read.
+// number is another one. A host that counts no colours takes what was read.
 int32_t OutputPlanes(const ImageBuffer &image) {
     const FilterRecord &r = *gFilterRecord;
-    const int32_t counted = int32_t{r.outLayerPlanes} + r.outTransparencyMask + r.outLayerMasks +
-                            r.outInvertedLayerMasks + r.outNonLayerPlanes;
-    if (counted > 0 && r.outTransparencyMask <= 0) {
-        const int32_t colors = r.outLayerPlanes > 0 ? r.outLayerPlanes : r.outNonLayerPlanes;
-        return std::min(colors > 0 ? colors : counted, ColorPlanes());
-    }
-    const int32_t offered = counted > 0 ? counted : r.planes;
+    const int32_t colors = r.outLayerPlanes > 0 ? r.outLayerPlanes : r.outNonLayerPlanes;
+    if (colors > 0 && r.outTransparencyMask <= 0)
+        return std::min(colors, ColorPlanes());
+    const int32_t offered = colors > 0 ? colors + r.outTransparencyMask : r.planes;
     return offered > 0 ? std::min(offered, PlaneCount(image)) : PlaneCount(image);
 }
 

@@ -84,7 +84,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length) {
             "one table however many workers scan at once");
     RequireSound(table);
     FreeTableRecords(gLightSourceTable);
-    Require(image.Bytes() == before, "the picture stays as it is");
     Require(BufferBytesInUse() == held && TakeReports().empty(), "nothing is held, nothing reported");
+    const std::atomic<uint8_t> cancelled = from.Pick(0, 7) == 7;
+    FailAllocation(from.Pick(0, 100), from.Pick(0, 1) != 0);
+    const HostResult result = BuildLightSourceTable(image.buffer, workers, cancelled);
+    FailAllocation(0, false);
+    Require(result == kNoError || result == kMemFullErr || result == kParamErr ||
+                (cancelled && result == kUserCanceledErr),
+            "without memory, or cancelled, an end that is known");
+    FreeTableRecords(gLightSourceTable);
+    Require(BufferBytesInUse() == held, "nothing is held then either");
+    TakeReports();
+    Require(image.Bytes() == before, "the picture stays as it is");
     return 0;
 }

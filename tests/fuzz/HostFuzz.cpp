@@ -304,6 +304,8 @@ int16_t Call(int16_t selector) {
         code = CallHere(selector);
     gHost->state->thread = GetCurrentThreadId();
     ExpectKnown(code);
+    Require(selector != kSelectorStart || !host::WantsContinue(*gHost) || gHostility.mayBlame,
+            "Start asks for nothing more, however it ends");
     std::sort(gTold.begin(), gTold.end());
     Require(std::adjacent_find(gTold.begin(), gTold.end()) == gTold.end(), "nothing is told twice in a call");
     if (gHost->settings.playInfo == kPlaySilent && !gHostility.mayTell && !gTold.empty())
@@ -316,7 +318,6 @@ bool PlayInOrder(bool withParameters) {
     for (const int16_t selector : {kSelectorParameters, kSelectorPrepare, kSelectorStart})
         if ((selector != kSelectorParameters || withParameters) && Call(selector) != kNoError)
             return false;
-    Require(!host::WantsContinue(*gHost), "Start asks for nothing more");
     host::CommitOutput(*gHost);
     Call(kSelectorContinue);
     Call(kSelectorFinish);
@@ -353,13 +354,14 @@ const Scene &TakeScene(CaseBytes *from) {
     Scene &scene = scenes[kind];
     if (!scene.before.planes.empty())
         return scene;
-    const bool isWide = kind / 16 == 3; // three tiles
-    const int32_t width = isWide ? 4100 : 97, height = isWide ? 5 : 61;
+    const bool isWide = kind / 16 == 3; // two tiles
+    const int32_t width = isWide ? 2100 : 97, height = isWide ? 40 : 61;
     scene.before =
-        MakeNight({width, height, 8 << std::min(kind & 3, 2), kind & 4 ? 1 : 3, (kind & 8) != 0, 4});
+        MakeNight({width, height, 8 << std::min(kind & 3, 2), kind & 4 ? 1 : 3, (kind & 8) != 0, isWide ? 16 : 4});
     scene.before.planes.push_back(scene.before.planes[0]); // one that no filter touches
     scene.area = kind / 16 == 1 ? host::Rectangle{13, 7, 90, 51} : host::Rectangle{0, 0, width, height};
     scene.expected = FilteredNight(scene.before, kDefaultParameters, scene.area);
+    Require(DifferentSamples(scene.before, scene.expected) > 20, ("there are stars in kind " + to_string(kind)).c_str());
     return scene;
 }
 
@@ -445,12 +447,12 @@ void RefuseMore(CaseBytes *from) {
                                       "fopen",          "_wfopen",      "FindFirstFileW"};
     constexpr int kAnswers[] = {IDOK, IDOK, IDCANCEL, -1};
     AnswerMainDialogs(kAnswers[from->Pick(0, 3)]);
-    if (OneIn(8, from))
-        FailSystemCall(kCalls[from->Pick(0, 5)], from->Pick(1, 5), ERROR_NOT_ENOUGH_MEMORY);
-    if (!OneIn(8, from))
-        return;
-    FailModuleAllocation(from->Pick(1, OneIn(2, from) ? 2000 : 100), OneIn(2, from));
-    gHostility.mayDiffer = true;
+    const bool refusesCall = OneIn(8, from), refusesMemory = OneIn(8, from);
+    if (refusesCall)
+        FailSystemCall(kCalls[from->Pick(0, 5)], 1 + from->Take<uint8_t>() % 5, ERROR_NOT_ENOUGH_MEMORY);
+    if (refusesMemory)
+        FailModuleAllocation(1 + from->Take<uint8_t>() % 100, OneIn(2, from));
+    gHostility.mayDiffer |= refusesCall || refusesMemory; // a worker or a stamp may be missing
 }
 
 void PlaySelectors(CaseBytes *from, const Scene &scene) {
@@ -506,6 +508,8 @@ void PlayNormalCase(const Scene &scene) {
 void PlayHostileCase(CaseBytes *from, const Scene &scene, const std::vector<std::string> &services) {
     host::FilterHost filterHost;
     gHostility = TakeHostility(from);
+    if (scene.before.width > 1200) // lights are looked for in a reduced picture, which depends on its place
+        gHostility.shift = 0;
     TakeSettings(from, services, &filterHost.settings);
     OpenOn(scene, &filterHost);
     if (OneIn(2, from))

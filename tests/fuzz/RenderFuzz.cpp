@@ -101,6 +101,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *bytes, size_t length) {
         c.Draw(path, source.buffer, step, workers, &output);
         Require(expected.Bytes() == portable, path->name);
     }
-    Require(source.Bytes() == before && TakeReports().empty(), "the source stays, nothing is reported");
+    Require(TakeReports().empty(), "nothing is reported");
+    const std::atomic<uint8_t> abort = from.Pick(0, 7) == 7;
+    ResetRenderState(); // or all would be there
+    FailAllocation(from.Pick(0, 60), from.Pick(0, 1) != 0);
+    RenderEffect(c.settings, source.buffer, c.target,
+                 {c.lights.data(), static_cast<uint32_t>(c.lights.size())}, abort, &output);
+    FailAllocation(0, false);
+    Require(TakeReports().size() <= 1, "a lack of memory is told once");
+    ResetRenderState();
+    std::memcpy(output.pixels, untouched.data(), untouched.size());
+    c.Draw(&kPortablePath, source.buffer, 200, 1, &output);
+    Require(expected.Bytes() == portable, "the next run lacks nothing");
+    Require(source.Bytes() == before, "the source stays");
     return 0;
 }

@@ -36,23 +36,6 @@ ParameterSet Parameters() {
 
 } // namespace
 
-TEST_F(ImageRun, EveryDepthAndModeEqualsTheRenderInOnePiece) {
-    for (const int32_t depth : {8, 16, 32})
-        for (const int32_t colours : {1, 3})
-            for (const bool effectsOnly : {false, true}) {
-                SCOPED_TRACE(::testing::Message() << depth << ' ' << colours << ' ' << effectsOnly);
-                ParameterSet set = Parameters();
-                set.outputSpikesOnly = effectsOnly;
-                const host::Document before =
-                    MakeNight({.depth = depth, .colourPlanes = colours, .hasTransparency = effectsOnly});
-                filterHost.document = before;
-                RunWith(set);
-                const host::Document expected = FilteredNight(before, set);
-                EXPECT_GT(DifferentSamples(before, expected), 500); // stars were drawn at all
-                EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
-            }
-}
-
 // Three output tiles across and two down, and input tiles that fit nothing: no seam may show.
 TEST_F(ImageRun, TilesNeverShow) {
     const host::Document before = MakeNight({.width = 4100, .height = 2060, .lights = 12});
@@ -64,19 +47,6 @@ TEST_F(ImageRun, TilesNeverShow) {
     RunWith(set);
     EXPECT_EQ(DifferentSamples(filterHost.document, FilteredNight(before, set)), 0);
     EXPECT_EQ(filterHost.log.progress.back(), (std::pair{7, 7}));
-}
-
-TEST_F(ImageRun, OddTileSizesAndRowStridesReadTheSamePicture) {
-    const host::Document before = MakeNight({});
-    const host::Document expected = FilteredNight(before, Parameters());
-    filterHost.settings.rowPadding = 5;
-    for (const auto &[width, height] : {std::pair{64, 0}, {-1, 128}, {7, 33}, {32767, 32767}}) {
-        filterHost.document = before;
-        filterHost.settings.tileWidth = static_cast<int16_t>(width);
-        filterHost.settings.tileHeight = static_cast<int16_t>(height);
-        RunWith(Parameters());
-        EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
-    }
 }
 
 TEST_F(ImageRun, TilesOfUnknownSizeAre1024) {
@@ -92,25 +62,6 @@ TEST_F(ImageRun, TilesOfUnknownSizeAre1024) {
         read,
         (std::vector<host::Rectangle>{
             {0, 0, 1024, 1024}, {1024, 0, 1500, 1024}, {0, 1024, 1024, 1030}, {1024, 1024, 1500, 1030}}));
-}
-
-TEST_F(ImageRun, OnlyTheFilterRectangleIsReadAndWritten) {
-    const host::Document before = MakeNight({});
-    const host::Rectangle area = {33, 21, 190, 170};
-    const host::Document expected = FilteredNight(before, Parameters(), area);
-    filterHost.settings.filterRect = area;
-    for (const bool hasBigRecord : {true, false}) {
-        if (!hasBigRecord)
-            filterHost.settings.absent = {"bigDocumentData"};
-        filterHost.document = before;
-        RunWith(Parameters());
-        EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
-        for (const host::AdvanceCall &call : filterHost.log.advances) {
-            EXPECT_TRUE(host::IsEmpty(call.in) || host::Contains(area, call.in));
-            EXPECT_TRUE(host::IsEmpty(call.out) || host::Contains(area, call.out));
-        }
-        host::CloseHost(filterHost);
-    }
 }
 
 // One plane a request, input and output never together, the mask with the first plane only.

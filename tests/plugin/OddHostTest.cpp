@@ -1,12 +1,9 @@
-// Hosts that leave things out, count wrongly, move their tables or call at odd times: the picture is the
-// usual one, and where there can be none the host is told.
+// Hosts that run COM and threads their own way, refuse threads, or do not know the size of their handles.
 #include "engine/image/ImageBuffer.h"
 #include "tests/plugin/ModuleFixture.h"
 #include "tests/plugin/NightDocument.h"
 #include "tests/support/SystemObjects.h"
 
-#include <cstring>
-#include <functional>
 #include <thread>
 #include <windows.h>
 
@@ -25,56 +22,9 @@ protected:
     host::Document night = MakeNight({});
 };
 
-void EmptyPlaneCounts(FilterRecord &r) {
-    r.planes = r.outLayerPlanes = r.outTransparencyMask = r.outNonLayerPlanes = 0;
-}
-
 } // namespace
 
-TEST_F(OddHost, WhatItLeavesOutOrGetsWrongChangesNothing) {
-    static FilterRecord *record;
-    static HostResult (*advance)();
-    static BigDocumentStruct unfilled;
-    static SPBasicSuite tables[2];
-    const std::pair<const char *, void (*)(FilterRecord &)> cases[] = {
-        {"handles whose size it does not know",
-         [](FilterRecord &r) { r.handleProcs->getSizeProc = [](HostHandle) { return 0; }; }},
-        {"a mask without data",
-         [](FilterRecord &r) {
-             record = &r;
-             advance = r.advanceState;
-             r.advanceState = []() -> HostResult {
-                 const HostResult result = advance();
-                 record->maskData = nullptr;
-                 return result;
-             };
-         }},
-        {"a long filter rectangle not filled in",
-         [](FilterRecord &r) { r.bigDocumentData->filterRect32 = {}; }},
-        {"a big-document record that it never looks at",
-         [](FilterRecord &r) { (unfilled = {}, r.bigDocumentData = &unfilled); }},
-        {"output planes not counted", EmptyPlaneCounts},
-        {"no planes counted",
-         [](FilterRecord &r) { (EmptyPlaneCounts(r), r.inLayerPlanes = r.inNonLayerPlanes = 0); }},
-        {"a basic suite that moves", [](FilterRecord &r) {
-             static bool second;
-             SPBasicSuite &table = tables[second = !second];
-             table = *r.sSPBasic;
-             tables[!second] = {};
-             r.sSPBasic = &table;
-         }}};
-    const host::Document expected = FilteredNight(night, kDefaultParameters);
-    host::Document masked = night;
-    masked.mask.assign(240 * 180, 0);
-    for (const auto &[what, meddle] : cases) {
-        SCOPED_TRACE(what);
-        filterHost.settings.adjustRecord = [&](int16_t, FilterRecord &r) { meddle(r); };
-        EXPECT_EQ(RunOn(what == cases[1].first ? masked : night).code, kNoError);
-        EXPECT_EQ(DifferentSamples(filterHost.document, expected), 0);
-        EXPECT_TRUE(boxes.empty());
-        ExpectCleanHost();
-    }
-    filterHost.settings.adjustRecord = nullptr;
+TEST_F(OddHost, MayRunComInAnotherMode) {
     SetComResult(RPC_E_CHANGED_MODE); // COM is there, and not ours to end
     EXPECT_EQ(RunOn(night).code, kNoError);
     EXPECT_EQ(host::CallAbout(filterHost), kNoError);

@@ -99,27 +99,6 @@ TEST_F(SelectorCall, EverySelectorButAboutClaims32BitCoordinatesAndUnknownOnesDo
     }
 }
 
-// Both forms, so that no host performs one more advance.
-TEST_F(SelectorCall, StartLeavesAllRectanglesEmpty) {
-    for (const bool fails : {false, true}) {
-        Open();
-        host::BeginRun(filterHost);
-        EXPECT_EQ(Call(kSelectorPrepare), kNoError);
-        FilterRecord &record = host::Record(filterHost);
-        record.inRect = record.outRect = record.maskRect = {1, 2, 3, 4};
-        filterHost.settings.failures.clear();
-        if (fails)
-            filterHost.settings.failures["advanceState"] = {.nth = 4, .code = kMemFullErr};
-        EXPECT_EQ(Call(kSelectorStart), fails ? kMemFullErr : kNoError);
-        EXPECT_FALSE(host::WantsContinue(filterHost));
-        const HostRect rects[] = {record.inRect, record.outRect, record.maskRect};
-        const HostRect none[3] = {};
-        EXPECT_EQ(std::memcmp(rects, none, sizeof(rects)), 0);
-        Call(kSelectorFinish);
-        host::CloseHost(filterHost);
-    }
-}
-
 TEST_F(SelectorCall, NullArgumentsAreAnErrorAndNoCrash) {
     for (int16_t selector = kSelectorParameters; selector <= kSelectorFinish; ++selector) {
         int16_t result = 99;
