@@ -35,61 +35,40 @@ int Threads() {
     return count;
 }
 
-// A picture that no memory holds: dark, with round lights. What is read is made when it is asked for, and
-// what is written is looked at and forgotten.
+// A picture that no memory holds: dark, with bright discs in its upper quarter. What is read is made when it
+// is asked for, and what is written is looked at and forgotten.
 struct Endless {
     int32_t width = 0, height = 0, sampleSize = 0;
-    int64_t changed = 0;
+    int64_t changed = 0; // rows
     std::vector<uint8_t> in, out;
     HostRect32 outRect = {};
     FilterRecord *record = nullptr;
 
-    static constexpr int32_t kRadius = 90, kReach = 6; // no star is longer than a sixth
-    HostPoint32 Light(int32_t i) const { return {height / 8 * (i * 3 + 1), width / 8 * (i * 2 + 1)}; }
-
     void MakeRow(int32_t y, int32_t left, int32_t right, uint8_t *row) const {
-        const size_t samples = static_cast<size_t>(right - left);
-        std::memset(row, 5, samples * static_cast<size_t>(sampleSize));
-        for (int32_t i = 0; i < 3; ++i) {
-            const HostPoint32 light = Light(i);
-            const int32_t dy = y - light.v;
-            for (int32_t x = std::max(left, light.h - kRadius); x < std::min(right, light.h + kRadius); ++x) {
-                const int32_t away = dy * dy + (x - light.h) * (x - light.h);
-                if (away >= kRadius * kRadius)
-                    continue;
-                const int32_t level = 250 - 245 * away / (kRadius * kRadius);
-                const auto deep = static_cast<uint16_t>(level * 128);
-                const auto shallow = static_cast<uint8_t>(level);
-                const void *sample = sampleSize == 2 ? static_cast<const void *>(&deep) : &shallow;
-                std::memcpy(row + (x - left) * sampleSize, sample, static_cast<size_t>(sampleSize));
+        constexpr int32_t kRadius = 90;
+        const size_t size = static_cast<size_t>(sampleSize);
+        std::memset(row, 5, static_cast<size_t>(right - left) * size);
+        const int32_t dy = y - height / 8;
+        for (int32_t middle = width / 8; middle < width; middle += width / 4)
+            for (int32_t x = std::max(left, middle - kRadius); x < std::min(right, middle + kRadius); ++x) {
+                const int64_t away = int64_t{dy} * dy + (x - middle) * (x - middle);
+                if (away < kRadius * kRadius)
+                    std::memset(row + static_cast<size_t>(x - left) * size,
+                                static_cast<int>(120 - 110 * away / (kRadius * kRadius)), size);
             }
-        }
     }
 
-    void CheckRow(int32_t y, int32_t left, const uint8_t *written, const uint8_t *made, int32_t samples) {
-        for (int32_t i = 0; i < samples * sampleSize; ++i) {
-            if (written[i] == made[i])
-                continue;
-            ++changed;
-            int64_t nearest = INT64_MAX;
-            for (int32_t light = 0; light < 3; ++light) {
-                const int64_t dx = left + i / sampleSize - Light(light).h, dy = y - Light(light).v;
-                nearest = std::min(nearest, dx * dx + dy * dy);
-            }
-            ASSERT_LT(nearest, int64_t{width} * width / kReach / kReach) << "changed far from every light";
-        }
-    }
-
+    // Stars are shorter than a half.
     void TakeWritten() {
         const HostRect32 r = std::exchange(outRect, {});
-        const int32_t samples = r.right - r.left;
-        const size_t rowBytes = static_cast<size_t>(samples) * static_cast<size_t>(sampleSize);
+        const size_t rowBytes = static_cast<size_t>(r.right - r.left) * static_cast<size_t>(sampleSize);
         std::vector<uint8_t> made(rowBytes);
-        for (int32_t y = r.top; y < r.bottom && !::testing::Test::HasFatalFailure(); ++y) {
+        for (int32_t y = r.top; y < r.bottom; ++y) {
             MakeRow(y, r.left, r.right, made.data());
-            const uint8_t *written = &out[static_cast<size_t>(y - r.top) * rowBytes];
-            if (std::memcmp(written, made.data(), rowBytes) != 0)
-                CheckRow(y, r.left, written, made.data(), samples);
+            const bool isSame =
+                std::memcmp(&out[static_cast<size_t>(y - r.top) * rowBytes], made.data(), rowBytes) == 0;
+            changed += !isSame;
+            ASSERT_TRUE(isSame || y < height / 2) << "changed far from every light, in row " << y;
         }
     }
 
@@ -186,7 +165,7 @@ TEST_F(Long, TheLargestPicturesRunToTheEnd) {
         const auto begin = GetTickCount64();
         EXPECT_EQ(Run().code, kNoError);
         gEndless.TakeWritten();
-        EXPECT_GT(gEndless.changed, 1000);
+        EXPECT_GT(gEndless.changed, 100);
         printf("%d x %d: %.1f s, %llu MB at most\n", size.width, size.height,
                static_cast<double>(GetTickCount64() - begin) / 1000.0,
                static_cast<unsigned long long>(Memory().PeakWorkingSetSize >> 20));

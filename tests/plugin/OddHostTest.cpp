@@ -4,7 +4,6 @@
 #include "tests/plugin/NightDocument.h"
 #include "tests/support/SystemObjects.h"
 
-#include <thread>
 #include <windows.h>
 
 namespace {
@@ -29,23 +28,6 @@ TEST_F(OddHost, MayRunComInAnotherMode) {
     EXPECT_EQ(RunOn(night).code, kNoError);
     EXPECT_EQ(host::CallAbout(filterHost), kNoError);
     ExpectCleanHost();
-}
-
-TEST_F(OddHost, BoxesFollowTheThreadOfTheRunAndWhatItMayShow) {
-    const auto runFailing = [this](int16_t playInfo) {
-        filterHost.settings.playInfo = playInfo;
-        filterHost.settings.failures["advanceState"] = {.nth = 1, .code = kMemFullErr};
-        RunOn(night);
-        EXPECT_NE(LogText().rfind("Line 360: User Message"), std::string::npos);
-        host::CloseHost(filterHost);
-        return boxes.size();
-    };
-    EXPECT_EQ(runFailing(kPlayDontDisplay), 1u);
-    size_t shown = 99;
-    std::thread([&] { shown = runFailing(kPlayDontDisplay); }).join();
-    EXPECT_EQ(shown, 1u);
-    EXPECT_EQ(runFailing(kPlaySilent), 0u);
-    EXPECT_EQ(runFailing(kPlayDontDisplay), 1u);
 }
 
 // Without the task there is no table, and a dialog would only wait for it.
