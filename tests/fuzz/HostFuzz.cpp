@@ -356,12 +356,13 @@ const Scene &TakeScene(CaseBytes *from) {
         return scene;
     const bool isWide = kind / 16 == 3; // two tiles
     const int32_t width = isWide ? 2100 : 97, height = isWide ? 40 : 61;
-    scene.before =
-        MakeNight({width, height, 8 << std::min(kind & 3, 2), kind & 4 ? 1 : 3, (kind & 8) != 0, isWide ? 16 : 4});
+    scene.before = MakeNight(
+        {width, height, 8 << std::min(kind & 3, 2), kind & 4 ? 1 : 3, (kind & 8) != 0, isWide ? 16 : 4});
     scene.before.planes.push_back(scene.before.planes[0]); // one that no filter touches
     scene.area = kind / 16 == 1 ? host::Rectangle{13, 7, 90, 51} : host::Rectangle{0, 0, width, height};
     scene.expected = FilteredNight(scene.before, kDefaultParameters, scene.area);
-    Require(DifferentSamples(scene.before, scene.expected) > 20, ("there are stars in kind " + to_string(kind)).c_str());
+    Require(DifferentSamples(scene.before, scene.expected) > 20,
+            ("there are stars in kind " + to_string(kind)).c_str());
     return scene;
 }
 
@@ -418,6 +419,7 @@ Hostility TakeHostility(CaseBytes *from) {
     h.runsInAbout = OneIn(2, from);
     h.boxAnswer = OneIn(4, from) ? -1 : IDOK;
     h.threadAt = OneIn(8, from) ? from->Pick(1, 4) : 0;
+    h.runsInAbout &= h.threadAt == 0; // or that thread would begin what it does not end
     h.mayDiffer = h.mayBlame = !h.wild.empty();
     h.mayTell = h.event == kLoseTables;
     return h;
