@@ -5,7 +5,33 @@
 #include "host/pictures/PictureFiles.h"
 #include "host/program/PhotoDocument.h"
 
+#include <cstdio>
+#include <stdexcept>
+
 namespace {
+
+void Write(const void *data, size_t size, FILE *stream) {
+    if (fwrite(data, 1, size, stream) != size)
+        throw std::runtime_error("the picture could not be written");
+}
+
+// Throws std::runtime_error when the file cannot be written.
+void WriteBmp(const Picture &picture, const std::string &path) {
+    const uint32_t imageSize = static_cast<uint32_t>(picture.pixels.size() * sizeof(uint32_t));
+    BITMAPFILEHEADER file = {};
+    file.bfType = 0x4D42;
+    file.bfOffBits = sizeof(BITMAPFILEHEADER) + sizeof(BITMAPINFOHEADER);
+    file.bfSize = file.bfOffBits + imageSize;
+    const BITMAPINFOHEADER info = {
+        sizeof info, picture.width, -picture.height, 1, 32, BI_RGB, imageSize, 0, 0, 0, 0};
+    FILE *stream = fopen(path.c_str(), "wb");
+    if (!stream)
+        throw std::runtime_error("cannot open " + path);
+    Write(&file, sizeof file, stream);
+    Write(&info, sizeof info, stream);
+    Write(picture.pixels.data(), imageSize, stream);
+    fclose(stream);
+}
 
 class DialogPictures : public DialogFixture {
 protected:

@@ -6,7 +6,6 @@
 #include "diag/BufferUsage.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
 #include <numeric>
 #include <random>
@@ -73,20 +72,6 @@ TEST_F(BandOrderTest, WhateverOrderTheBandsAreScannedInTheTableIsTheSame) {
         }
     }
     EXPECT_GT(scannedAgain, 0) << "no picture tells the bands' order";
-}
-
-TEST_F(BandOrderTest, EveryRunWithThreadsGivesTheSameTable) {
-    for (uint32_t seed = 0; seed < (kIsLong ? 60u : 8u); ++seed) {
-        const TestImage image = MakeFlatAreas(1000 + seed);
-        for (int workers = 1; workers <= kMaxWorkers; ++workers) {
-            const std::vector<LightSource> serial = Detect(image.buffer, workers);
-            for (int run = 0; run < (kIsLong ? 200 : 4); ++run) {
-                ASSERT_EQ(threaded.Run(image.buffer, workers, cancel, ScanOnThreads), kNoError);
-                ASSERT_TRUE(SameSources(GlobalSources(), serial))
-                    << "seed " << seed << ", " << workers << " workers, run " << run;
-            }
-        }
-    }
 }
 
 TEST_F(BandOrderTest, EachRowCountsOnceAndACancelEndsEveryPart) {

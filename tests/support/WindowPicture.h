@@ -1,8 +1,7 @@
-// What a window shows, as pixels for a test to look at and as a file for a person.
+// What a window shows, as pixels.
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
 #include <windows.h>
 
@@ -19,9 +18,3 @@ inline uint32_t PixelAt(const Picture &picture, int x, int y) {
 // The whole window, or its client area, with all child windows as they were painted last.
 Picture CaptureWindow(HWND window);
 Picture CaptureClient(HWND window);
-
-// Throws std::runtime_error when the file cannot be written.
-void WriteBmp(const Picture &picture, const std::string &path);
-
-// The folder of the test program, with a closing backslash.
-std::string ProgramFolder();

@@ -1,5 +1,6 @@
 // The light source table against the yardstick: adding, merging, ranking, hiding, text.
 #include "engine/table/HideEffects.h"
+#include "engine/table/LightSourceGrid.h"
 #include "engine/table/LightSourceText.h"
 #include "tests/reference/Cases.h"
 #include "tests/reference/detect/ReferenceTable.h"
@@ -76,8 +77,8 @@ void AddToBoth(const NewSource &s, LightSourceTable *product, reference::Table *
     reference::Add(expected, s.position, s.radiusSquared, s.red, s.green, s.blue, s.enabled);
 }
 
-// Worker tables made by the add rule, merged through an analysis image with unselected and transparent
-// pixels.
+// Worker tables made by the add rule, with a grid from some point on, also one for which memory runs out,
+// merged through an analysis image with unselected and transparent pixels.
 TEST_F(Tables, Merging) {
     for (int i = 0; i < cases::Count(150); ++i) {
         Random random(61, i);
@@ -94,8 +95,14 @@ TEST_F(Tables, Merging) {
         for (int worker = 0; worker < 3; ++worker) {
             LightSourceTable product{};
             reference::Table own;
-            for (int j = 0; j < 40; ++j)
+            const int64_t gridAt = random.Pick(-20, 30);
+            for (int j = 0; j < 40; ++j) {
+                FailAllocation(random.Chance(10) ? 3 : 0, true);
+                if (j == gridAt)
+                    AttachLightSourceGrid({0, 0, 60, 50}, random.OneOf({1, 8, 50}), &product);
+                FailAllocation(0, false);
                 ASSERT_NO_FATAL_FAILURE(AddToBoth(PickNewSource(&random, 62), &product, &own));
+            }
             ASSERT_EQ(MergeWorkerTable(product, image, kNoCancel), kNoError);
             ASSERT_NO_FATAL_FAILURE(ExpectSameRecords(product, own, false)) << "case " << i;
             reference::Merge(own, analysis, &expected);
