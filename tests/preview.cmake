@@ -5,7 +5,7 @@ set(preview_portable
 if(WIN32)
     brillatrix_test(preview_tests
         LIBS ui_preview filter_host system_objects test_support recording_diag
-        SOURCES preview/GeometryTest.cpp preview/PreparationTest.cpp preview/PreviewRun.cpp preview/RegionTest.cpp
+        SOURCES preview/GeometryTest.cpp preview/PreparationTest.cpp preview/PreviewRun.cpp
                 preview/StoreTest.cpp preview/TaskTest.cpp
                 preview/TruthTest.cpp support/PhotoImage.cpp)
     target_compile_definitions(preview_tests PRIVATE BRILLATRIX_SOURCE_DIR="${CMAKE_SOURCE_DIR}")

@@ -3,6 +3,7 @@
 
 #include "engine/detect/BandScan.h"
 #include "engine/detect/FloodFill.h"
+#include "engine/image/FixedPoint.h"
 #include "tests/engine/TestImages.h"
 
 namespace {

@@ -1,5 +1,6 @@
 // The render driver: stamps kept, aborts, failures and values from outside. Its pictures are held against the
 // yardstick in tests/reference.
+#include "render/shape/ParameterTable.h"
 #include "render/stamp/StarBuilder.h"
 #include "tests/render/RenderFixture.h"
 #include "tests/support/StandardThreads.h"

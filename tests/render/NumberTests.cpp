@@ -61,25 +61,6 @@ TEST_F(RenderTest, ReachesOfLevels) {
     }
 }
 
-// The table holds what the library's power gives, at every distance, for flat and steep flares.
-TEST_F(RenderTest, FlareTableIsTheLibrarysToTheInteger) {
-    StampContext context = MakeStampContext(kSettings);
-    for (const int16_t length : {0, 1, 37, 50, 99, 100})
-        for (const int32_t diagonal : {2, 257, 3000}) {
-            context.settings.length = length;
-            context.imageWidth = context.diagonal = diagonal;
-            ValueTable values{};
-            ASSERT_TRUE(BuildFlareTable(context, &values));
-            for (uint32_t distance = 0; distance + 1 < values.count; ++distance)
-                ASSERT_EQ(values.values[distance], FlareValueAt(context, distance))
-                    << length << " " << distance;
-            if (values.count > 1) {
-                EXPECT_GE(values.values[values.count - 2], context.floor);
-            }
-            FreeValueTable(&values);
-        }
-}
-
 TEST_F(RenderTest, LimitsEndWhereOffsetsDo) {
     RenderSettings settings = kSettings;
     settings.scale = 100000.0;

@@ -1,6 +1,7 @@
 // The main dialog's look, on its real template and pictures: sizes, scales, painting, what is given back.
 #include "resources/DialogControlIds.h"
 #include "tests/support/SystemObjects.h"
+#include "tests/support/WindowDriver.h"
 #include "tests/support/WindowPicture.h"
 #include "ui/about/MakersLogo.h"
 #include "ui/display/PreviewDisplay.h"
@@ -85,13 +86,7 @@ bool IsGroup(HWND control) {
 }
 
 std::string NameOf(HWND control) {
-    char text[64] = "";
-    GetWindowTextA(control, text, sizeof text);
-    return std::to_string(GetDlgCtrlID(control)) + " " + text;
-}
-
-SIZE SizeOf(const RECT &rect) {
-    return {rect.right - rect.left, rect.bottom - rect.top};
+    return std::to_string(GetDlgCtrlID(control)) + " " + TextOf(control);
 }
 
 // Takes a control out of the picture; of a group its frame and its caption.
@@ -134,7 +129,7 @@ protected:
         liveBefore = LiveDrawingObjects();
         dialog = CreateScaled(scale);
         ASSERT_NE(dialog, nullptr);
-        GetClientRect(dialog, &opened);
+        opened = ClientOf(dialog);
         ASSERT_TRUE(RecordDialogLayout(dialog));
         EXPECT_TRUE(LoadDialogPictures(dialog));
         EXPECT_TRUE(CreateDialogBackBuffer(dialog));
@@ -159,12 +154,7 @@ protected:
 
     HWND Item(int id) const { return GetDlgItem(dialog, id); }
 
-    RECT RectOf(HWND control) const {
-        RECT rect = {};
-        GetWindowRect(control, &rect);
-        MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT *>(&rect), 2);
-        return rect;
-    }
+    RECT RectOf(HWND control) const { return RectIn(dialog, control); }
 
     std::vector<HWND> Controls() const {
         std::vector<HWND> controls;
@@ -184,8 +174,8 @@ protected:
 
     // No two controls share a pixel, but for groups, which hold theirs whole; none leaves the window.
     void ExpectApart() const {
-        RECT client = {}, both = {};
-        GetClientRect(dialog, &client);
+        const RECT client = ClientOf(dialog);
+        RECT both = {};
         const std::vector<HWND> controls = Controls();
         for (size_t i = 0; i < controls.size(); ++i) {
             const RECT a = RectOf(controls[i]);
@@ -205,9 +195,8 @@ protected:
     void ExpectTextFits() const {
         const HDC dc = GetDC(dialog);
         for (const HWND control : Controls()) {
-            char name[32] = "", text[64] = "";
+            char name[32] = "";
             GetClassNameA(control, name, sizeof name);
-            GetWindowTextA(control, text, sizeof text);
             const LONG style = GetWindowLongA(control, GWL_STYLE);
             const bool isText = strcmp(name, "Static") == 0 && (style & SS_TYPEMASK) <= SS_RIGHT;
             const bool isButton = strcmp(name, "Button") == 0;
@@ -216,14 +205,13 @@ protected:
             const HFONT font = reinterpret_cast<HFONT>(SendMessageA(control, WM_GETFONT, 0, 0));
             const HGDIOBJ oldFont = SelectObject(dc, font);
             RECT needed = {};
-            DrawTextA(dc, text, -1, &needed, DT_CALCRECT | DT_SINGLELINE);
+            DrawTextA(dc, TextOf(control).c_str(), -1, &needed, DT_CALCRECT | DT_SINGLELINE);
             SelectObject(dc, oldFont);
             // A push button has its frame beside the text, the others their box or the ends of their frame.
             const LONG type = style & BS_TYPEMASK;
             const LONG frame = type <= BS_DEFPUSHBUTTON ? needed.bottom / 2 : 3 * needed.bottom / 2;
             const LONG beside = isButton ? frame : 0;
-            RECT client = {};
-            GetClientRect(control, &client);
+            const RECT client = ClientOf(control);
             EXPECT_LE(needed.right + beside, client.right) << NameOf(control);
             EXPECT_LE(needed.bottom, client.bottom) << NameOf(control);
         }

@@ -7,6 +7,7 @@
 
 #include <climits>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -25,11 +26,21 @@ bool LiesIn(const RECT &rect, const RECT &area) {
            rect.bottom <= area.bottom;
 }
 
-TEST(WindowPlacement, WindowsOnAMonitorStay) {
+// Saved on a larger screen, what lies at its bottom, and the corner to size it by, would be out of reach.
+TEST(WindowPlacement, WindowsOnAMonitorStayAndOthersComeBackWholeOrCutDown) {
     const RECT area = PrimaryWorkArea();
-    for (const RECT &rect : {RECT{100, 100, 500, 400}, RECT{area.right - 50, 100, area.right + 300, 400},
-                             RECT{100, area.bottom - 50, 500, area.bottom + 300}})
-        EXPECT_TRUE(PlaceOnMonitor(rect) == rect);
+    const RECT last = {area.right - 400, area.bottom - 300, area.right, area.bottom};
+    const std::pair<RECT, RECT> places[] = {
+        {{100, 100, 500, 400}, {100, 100, 500, 400}},
+        {{area.right - 50, 100, area.right + 300, 400}, {area.right - 50, 100, area.right + 300, 400}},
+        {{100, area.bottom - 50, 500, area.bottom + 300}, {100, area.bottom - 50, 500, area.bottom + 300}},
+        {{30000, 20000, 30400, 20300}, last},
+        {{-5000, -5000, -4600, -4700}, {area.left, area.top, area.left + 400, area.top + 300}},
+        {{100, -290, 500, 10}, {100, area.top, 500, area.top + 300}},
+        {{100, 100, 900, area.bottom + 300}, {100, area.top, 900, area.bottom}},
+        {{100, 100, area.right + 101, 400}, {area.left, 100, area.right, 400}}};
+    for (const auto &[rect, placed] : places)
+        EXPECT_TRUE(PlaceOnMonitor(rect) == placed) << rect.left << " " << rect.top;
 }
 
 // Snapped to the full height, where the resize borders that nobody sees lie outside.
@@ -75,25 +86,6 @@ TEST(WindowPlacement, TheFrameThatIsSeenIsTheSystemsToTell) {
     EXPECT_TRUE(usual.left > 0 && usual.left == usual.bottom && usual.top == 0) << usual.left;
     host::RestoreImports(&hooks);
     DestroyWindow(window);
-}
-
-TEST(WindowPlacement, WindowsOutOfReachComeBackWhole) {
-    const RECT area = PrimaryWorkArea();
-    for (const RECT &rect : {RECT{30000, 100, 30400, 400}, RECT{-5000, -5000, -4600, -4700},
-                             RECT{100, -290, 500, 10}, RECT{100, 20000, 500, 20300}}) {
-        const RECT placed = PlaceOnMonitor(rect);
-        EXPECT_TRUE(LiesIn(placed, area)) << rect.left << " " << rect.top;
-        EXPECT_EQ(placed.right - placed.left, 400);
-        EXPECT_EQ(placed.bottom - placed.top, 300);
-    }
-}
-
-// Saved on a larger screen: what lies at its bottom, and the corner to size it by, would be out of reach.
-TEST(WindowPlacement, WindowsLargerThanTheScreenAreCutDown) {
-    const RECT area = PrimaryWorkArea();
-    EXPECT_TRUE(PlaceOnMonitor({100, 100, 900, area.bottom + 300}) ==
-                (RECT{100, area.top, 900, area.bottom}));
-    EXPECT_TRUE(PlaceOnMonitor({100, 100, area.right + 101, 400}) == (RECT{area.left, 100, area.right, 400}));
 }
 
 TEST(WindowPlacement, AnyNumbersEndInsideTheArea) {
