@@ -2,6 +2,7 @@
 #include "engine/detect/Detection.h"
 
 #include "engine/detect/BandScan.h"
+#include "engine/detect/CandidateAnalysis.h"
 #include "engine/detect/FloodFill.h"
 #include "engine/image/FixedPoint.h"
 #include "tests/engine/TestImages.h"
@@ -14,6 +15,17 @@ struct DetectionTest : EngineTest {
         gPreciseMode = true;
     }
 };
+
+// The largest lights of the yardstick's pictures have a shape.
+TEST_F(DetectionTest, PastTheLastShapeColourAndLevelAreFixed) {
+    const TestImage black = MakeGrayRgb(50, 50, [](int, int) { return 0; });
+    const TestWorker worker(black.buffer);
+    uint32_t levels[3];
+    MeasureColorLevels(worker.context, LightSourcePosition{25, 0, 25, 0}, 97.0, levels);
+    const uint32_t squared = MulPrecise(0xFFFFFF, 0xFFFFFF);
+    for (const uint32_t level : levels)
+        EXPECT_EQ(level, MulPrecise(0xFFFFFFFE, MulPrecise(squared, squared)));
+}
 
 struct LockCount {
     int locks = 0, unlocks = 0;

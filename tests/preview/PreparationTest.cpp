@@ -96,29 +96,6 @@ TEST(PreviewPreparation, ShortPanKeepsTheWindowAndLongPanCutsIt) {
     EXPECT_EQ(images.Render(MakeTestRequest(view), PreviewArea::visible), 0);
 }
 
-TEST(PreviewPreparation, EffectIsForgottenOnlyForOtherParameters) {
-    Images images(800, 600);
-    PreviewRequest request = MakeTestRequest(images.run.View(100.0));
-    PreparePreview(request);
-    images.Render(request, PreviewArea::image);
-    EXPECT_TRUE(SameRect(RegionBox(gProxies.ValidEffectProxyRegion), images.run.image.bounds));
-    request.requestTime += 5;
-    PreparePreview(request);
-    EXPECT_TRUE(IsRegionFilled(gProxies.ValidEffectProxyRegion));
-    for (int i = 0; i < kParameterCount + 2; ++i) {
-        if (i < kParameterCount)
-            ++request.parameters[i];
-        else if (i == kParameterCount)
-            request.effectsOnly = 1;
-        else
-            request.effectType = kHyperStar;
-        PreparePreview(request);
-        EXPECT_FALSE(IsRegionFilled(gProxies.ValidEffectProxyRegion)) << i;
-        EXPECT_FALSE(IsRegionFilled(gProxies.ValidScaledProxyRegion)) << i;
-        images.Render(request, PreviewArea::visible);
-    }
-}
-
 TEST(PreviewPreparation, TheEffectAloneNeverShowsThePhotograph) {
     Images images(800, 600);
     PreviewGeometry view = images.run.View(100.0);
@@ -244,7 +221,9 @@ struct RandomUser {
             view.display = {1, 1, Pick(2, 501), Pick(2, 401)};
             break;
         case 4:
-            request.parameters[kLength] = static_cast<uint16_t>(Pick(0, 100));
+            request.parameters[Pick(0, kParameterCount - 1)] = static_cast<uint16_t>(Pick(0, 100));
+            request.effectsOnly = Pick(0, 3) == 0;
+            request.effectType = kStandardStar + static_cast<uint32_t>(Pick(0, 6));
             break;
         case 5:
             request.previewOn = Pick(0, 3) != 0;
@@ -258,7 +237,9 @@ struct RandomUser {
         }
         }
         PreviewRequest next = MakeTestRequest(view, request.previewOn != 0);
-        next.parameters[kLength] = request.parameters[kLength];
+        std::copy_n(request.parameters, kParameterCount, next.parameters);
+        next.effectType = request.effectType;
+        next.effectsOnly = request.effectsOnly;
         request = next;
     }
 };
