@@ -81,6 +81,7 @@ struct Scene {
 };
 
 host::FilterModule gModule;
+std::vector<host::RegistryEntry> gKept; // by the host, from a normal run
 Hostility gHostility;
 host::FilterHost *gHost;
 Copies *gCopies;
@@ -297,6 +298,7 @@ int16_t CallHere(int16_t selector) {
 int16_t Call(int16_t selector) {
     gTold.clear();
     int16_t code = 0;
+    const int64_t before = gHostility.serviceCalls;
     // COM belongs to the thread of Prepare.
     if (gHostility.selectorCalls + 1 == gHostility.threadAt && selector != kSelectorPrepare)
         std::thread([&] { code = CallHere(selector); }).join();
@@ -304,6 +306,9 @@ int16_t Call(int16_t selector) {
         code = CallHere(selector);
     gHost->state->thread = GetCurrentThreadId();
     ExpectKnown(code);
+    const bool broke = before < gHostility.eventAt && gHostility.eventAt <= gHostility.serviceCalls;
+    Require(!broke || gHostility.event > kFault || selector == kSelectorAbout || code != kNoError,
+            "a host that breaks down is told so");
     Require(selector != kSelectorStart || !host::WantsContinue(*gHost) || gHostility.mayBlame,
             "Start asks for nothing more, however it ends");
     std::sort(gTold.begin(), gTold.end());
@@ -504,6 +509,7 @@ void PlayNormalCase(const Scene &scene) {
     OpenOn(scene, &filterHost);
     Require(PlayInOrder(true) && gTold.empty(), "the next run is a normal one");
     ExpectSamples(scene, true);
+    gKept = filterHost.registry;
     ExpectNothingHeld();
 }
 
@@ -513,6 +519,8 @@ void PlayHostileCase(CaseBytes *from, const Scene &scene, const std::vector<std:
     if (scene.before.width > 1200) // lights are looked for in a reduced picture, which depends on its place
         gHostility.shift = 0;
     TakeSettings(from, services, &filterHost.settings);
+    if (OneIn(2, from))
+        filterHost.registry = gKept;
     OpenOn(scene, &filterHost);
     if (OneIn(2, from))
         filterHost.document.mask.assign(
