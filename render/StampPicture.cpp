@@ -42,19 +42,17 @@ void CopyToBgra(const ImageBuffer &image, uint8_t *bgra) {
 
 // What the star and the flare may cover, which is more than what is seen of them.
 IntRect FindReach(const RenderSettings &settings) {
-    RenderSettings clamped = settings;
-    ClampRenderSettings(&clamped);
     BuildAngleTables();
     PrepareCoveragePower();
-    UpdateStamps(MakeStampContext(clamped));
+    UpdateStamps(MakeStampContext(settings));
     gRenderState.abort = &kNeverAborted;
     IntRect area = kLeastArea;
-    if (clamped.intensity >= 1 || clamped.secondaryIntensity >= 1) {
+    if (settings.intensity >= 1 || settings.secondaryIntensity >= 1) {
         const StarStamp &star = NeedStarStamp(0, 0);
         if (star.count > 0)
             area = JoinRects(area, star.box);
     }
-    if (clamped.softFlareIntensity >= 1) {
+    if (settings.softFlareIntensity >= 1) {
         const int32_t rings = NeedFlareStamp(0, 0).rings;
         area = JoinRects(area, {-rings, -rings, rings + 1, rings + 1});
     }

@@ -1,6 +1,6 @@
 #!/bin/sh
 # Plants small faults in a room's files, one at a time, and counts those that its tests catch:
-#   tests/mutate.sh ROOM [COUNT [SEED]]       20 faults with seed 1 unless told; ROOM also a folder or file: ui/view
+#   tests/mutate.sh ROOM [COUNT [SEED]]       20 faults with seed 1 unless told; ROOM also a folder or file, or several: ui/view,ui/about
 # Works on a copy of the checkout in build/mutate, one for each ROOM, so that several can run at once. A fault is caught
 # when a test case fails twice, or twice nothing is heard of it for long. The cases most likely to catch it run
 # first. Those not caught are printed as MISSED. The ones in tests/mutants-without-effect.txt are known to change nothing
@@ -20,11 +20,12 @@ signal.signal(signal.SIGTERM, lambda *_: sys.exit('mutate.sh: ended from outside
 ENGINE, RENDER = 'engine_tests debug_picture_tests fuzz_detection', 'render_tests debug_picture_tests fuzz_render'
 TESTS = {  # of a folder or file; the longest name that fits counts
     'engine': f'{ENGINE} reference_tests', 'engine/InitializationTask.cpp': 'init_task_tests',
-    'engine/SystemThreads.cpp': 'init_task_tests', 'render': f'{RENDER} reference_tests', 'diag': 'diag_tests storage_tests',
-    'diag/module/ModuleVersion.cpp': 'update_tests',
-    'storage': 'storage_tests ui_tests', 'web': 'update_tests', 'host': 'host_tests',
-    'plugin': 'diagnostic_tests plugin_tests', 'ui': 'look_tests dialog_tests', 'ui/fields': 'ui_tests dialog_tests',
-    'ui/settings': 'ui_tests dialog_tests', 'ui/paint': 'look_tests viewer_tests view_tests dialog_tests',
+    'engine/SystemThreads.cpp': 'init_task_tests', 'render': f'{RENDER} reference_tests',
+    'render/ParameterSet': 'render_tests plugin_tests', 'diag': 'diag_tests storage_tests',
+    'diag/module/ModuleVersion.cpp': 'update_tests', 'storage': 'storage_tests ui_tests', 'web': 'update_tests',
+    'host': 'host_tests', 'plugin': 'diagnostic_tests plugin_tests', 'plugin/FinalRender.cpp': 'plugin_tests dialog_tests',
+    'ui': 'look_tests dialog_tests', 'ui/fields': 'ui_tests dialog_tests', 'ui/settings': 'ui_tests dialog_tests',
+    'ui/paint': 'look_tests viewer_tests view_tests dialog_tests',
     'ui/window': 'ui_tests look_tests viewer_tests dialog_tests', 'ui/display': 'view_tests dialog_tests',
     'ui/view': 'view_tests dialog_tests', 'ui/view/View': 'view_native_tests view_tests dialog_tests',
     'ui/preview': 'preview_tests dialog_tests', 'ui/pixels': 'preview_native_tests view_tests preview_tests',
@@ -37,9 +38,11 @@ SWAPS = [(' < ', ' <= '), (' <= ', ' < '), (' > ', ' >= '), (' >= ', ' > '), (' 
          ('std::min', 'std::max'), ('std::max', 'std::min'), (' += ', ' -= '), ('++', '--'), ('left', 'right'),
          ('top', 'bottom'), ('width', 'height')]
 # Nobody would notice: what only goes into the log, memory asked for early, the compiler's hints.
-SKIPPED = re.compile(r'\s*(static_assert|using|va_end|(static )?constexpr|public|private)|.*(WriteLogLine\(|\.reserve\(|likely\]\])')
+SKIPPED = re.compile(r'\s*(static_assert|using|va_end|(static )?constexpr|public|private)|'
+                     r'.*(WriteLogLine\(|\.reserve\(|likely\]\])')
 # A longer wait, a larger buffer, a system error that a message without one does not show.
-SKIPPED_NUMBERS = re.compile(r'.*((Wait\w*|Sleep|sleep_for|SetTimer)\(|kDebugMessage, 0})|\s+(const |static )*[\w:]+ (\w+\[.*\](, )?)+( = .*)?;')
+SKIPPED_NUMBERS = re.compile(r'.*((Wait\w*|Sleep|sleep_for|SetTimer)\(|kDebugMessage, 0})|'
+                             r'\s+(const |static )*[\w:]+ (\w+\[.*\](, )?)+( = .*)?;')
 
 
 def faults_of(path):
@@ -63,13 +66,13 @@ def faults_of(path):
 def choose():
     """All faults in the order of planting, which hangs on the text of their lines, not on what stands around them."""
     found = []
-    for path in (f for f in git_files(room) if f.endswith(('.cpp', '.h'))):
+    for path in (f for f in git_files(*room.split(',')) if f.endswith(('.cpp', '.h'))):
         lines = open(f'{root}/{path}').read().split('\n')
         for number, column, old, new in faults_of(path):
             line = lines[number]
             key = f'{seed} {os.path.basename(path)} {line.strip()} {column} {new}'
             heads = [h for h in lines[:number] if re.match(r'[A-Za-z][^=]*\(', h)]
-            place = f'{path} {re.search(r"(~?[A-Za-z0-9_]+)[(]", heads[-1]).group(1) if heads else "-"}'
+            place = path + ' ' + (re.split(r'\W', heads[-1].split('(')[0])[-1] if heads else '-')
             planted = line[:column] + new + line[column + len(old):]
             name = f'{place} | {old.strip()} -> {new.strip()} | {planted.strip()}'
             found.append((hashlib.sha1(key.encode()).hexdigest(), path, number, planted, name))
@@ -80,7 +83,7 @@ def git_files(*under):
     return subprocess.run(['git', '-C', root, 'ls-files', *under], capture_output=True, text=True).stdout.split('\n')
 
 
-scratch = f'{root}/build/mutate/{room.replace("/", "-")}{"-again" if only else ""}'
+scratch = f'{root}/build/mutate/{re.sub("[/,]", "-", room)}{"-again" if only else ""}'
 for name in git_files():
     if os.path.isfile(f'{root}/{name}'):
         os.makedirs(os.path.dirname(f'{scratch}/{name}'), exist_ok=True)
@@ -125,8 +128,10 @@ def run(test, cases='*', silence=600, stop=not to_the_end):
             running.wait()
             if test not in PORTABLE:
                 subprocess.run(['wineserver', '-k'], env={**os.environ, 'WINEPREFIX': f'{scratch}/build/wine'})
-    failing = re.findall(r'\[  FAILED  \] (\w+\.[\w/]+)(?: \(|,|\n)', open(log, errors='replace').read())
-    return list(dict.fromkeys(failing)) or ([f'{test}:{running.returncode}'] if running.returncode else [])
+    told = open(log, errors='replace').read()
+    failing = re.findall(r'\[  FAILED  \] (\w+\.[\w/]+)(?: \(|,|\n)', told)
+    crashed = running.returncode or not (test.startswith('fuzz_') or '[  PASSED  ]' in told)
+    return list(dict.fromkeys(failing)) or ([f'{test}:{running.returncode}'] if crashed else [])
 
 
 known = {}  # of each program: the milliseconds of its cases that pass without a fault

@@ -100,10 +100,9 @@ static bool ReadPlain(ByteReader &reader, uint64_t channels, Picture *picture, s
     return ReadIntegers(reader, header, picture, why);
 }
 
-// A PAM's header: names with numbers, in any order; other names (TUPLTYPE) have words.
+// A PAM's header: names with numbers, in any order; other names (P7 itself, TUPLTYPE) have words.
 static bool ReadPam(ByteReader &reader, Picture *picture, std::string *why) {
     IntegerHeader header = {};
-    TakeWord(reader);
     for (std::string name = TakeWord(reader); name != "ENDHDR"; name = TakeWord(reader)) {
         uint64_t *number = name == "WIDTH"    ? &header.width
                            : name == "HEIGHT" ? &header.height

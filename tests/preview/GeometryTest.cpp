@@ -41,6 +41,8 @@ TEST(PreviewGeometry, ScaledRectangleIsEveryPixelThatIsTouched) {
             }
     EXPECT_TRUE(Same(ScaleRect({10, 0, 11, 1}, 250.0), {25, 0, 28, 3})); // columns 25 to 27
     EXPECT_TRUE(Same(ScaleRect({-7, -3, 11, 5}, 100.0), {-7, -3, 11, 5}));
+    const PreviewGeometry view = {{0, 0, 1000, 800}, {1, 1, 101, 61}, 500, 400, 100.0};
+    EXPECT_TRUE(Same(WindowAroundView(view, 0.5), {400, 340, 600, 460}));
 }
 
 TEST(PreviewGeometry, UnscaledRectangleIsEveryPixelUnderIt) {

@@ -430,6 +430,24 @@ TEST_F(DialogLook, APictureThatCannotBeMadeIsReported) {
     EXPECT_TRUE(LoadDialogPictures(dialog));
 }
 
+TEST_F(DialogLook, ASelectedToolHasItsDrawingInAFrame) {
+    ShowDialogPicture(dialog, kPanIconId, kPictureSelected);
+    Show();
+    const Picture tool = CaptureClient(Item(kPanIconId));
+    const uint32_t frame = PixelAt(tool, tool.width / 2, 0), plate = PixelAt(tool, 2, 2);
+    for (int x = 1; x < tool.width - 1; ++x)
+        EXPECT_TRUE(PixelAt(tool, x, 0) == frame && PixelAt(tool, x, tool.height - 1) == frame) << x;
+    int rows = 0;
+    for (int y = 2; y < tool.height - 2; ++y)
+        for (int x = 2; x < tool.width - 2; ++x)
+            if (PixelAt(tool, x, y) != plate) {
+                ++rows;
+                break;
+            }
+    EXPECT_GT(rows, tool.height / 2);
+    EXPECT_NE(frame, plate);
+}
+
 TEST_F(DialogLook, TheCornerSizesTheWindow) {
     SendMessageA(Item(kCornerIconId), WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(3, 3));
     MSG posted = {};

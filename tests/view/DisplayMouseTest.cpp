@@ -123,6 +123,7 @@ TEST_F(DisplayInput, PanningFollowsTheHandOneToOne) {
     const PreviewGeometry start = View();
     Press(200, 150);
     EXPECT_EQ(gPreviewDisplay.dragCursor, kCursorClosedHand);
+    EXPECT_EQ(GetCursor(), LoadDisplayCursor(kCursorClosedHand));
     EXPECT_EQ(reinterpret_cast<HCURSOR>(GetClassLongPtrA(display, GCLP_HCURSOR)),
               LoadDisplayCursor(kCursorClosedHand));
     std::mt19937 random(3);

@@ -1,6 +1,7 @@
 // The controls around the display: tool icons, zoom text and buttons, menu, scroll bars, fit commands.
 #include "resources/DialogControlIds.h"
 #include "tests/view/ViewFixture.h"
+#include "ui/display/PreviewComparison.h"
 #include "ui/display/PreviewDisplayCursor.h"
 #include "ui/display/PreviewDisplayKeys.h"
 #include "ui/display/PreviewDisplayMouse.h"
@@ -189,7 +190,10 @@ TEST_F(ViewControls, BarsScrollTheView) {
     // Bars that are not the preview's, and those with nothing to scroll.
     EXPECT_FALSE(OnPreviewScroll(button, SB_LINERIGHT));
     EXPECT_FALSE(OnPreviewScroll(nullptr, SB_LINERIGHT));
+    Close();
+    Open({-5000, -3000, 4000, 6000});
     FitInView();
+    EXPECT_DOUBLE_EQ(gViewTools.view.zoom, FitZoom(kDisplayWidth - 2, kDisplayHeight - 2, 9000, 9000));
     PumpMessages();
     previewRequests = 0;
     Scroll(kVerticalBarId, SB_BOTTOM);
@@ -202,6 +206,8 @@ TEST_F(ViewControls, WithoutADialogNothingHappens) {
     SetZoom(200.0);
     SelectViewTool(kToolPan);
     FitInView();
+    BeginComparison();
+    EXPECT_FALSE(gPreviewDisplay.comparing);
     EXPECT_FALSE(CancelPreviewGesture());
     EXPECT_FALSE(OnPreviewWheel(MAKEWPARAM(0, 120), 0));
     OnPreviewDeactivated();

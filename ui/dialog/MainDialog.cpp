@@ -85,12 +85,10 @@ void OnWindowPosChanged(HWND dialog, const WINDOWPOS &position) {
 }
 
 bool OnGetMinMaxInfo(MINMAXINFO *info) {
-    if (IsRectEmpty(&gMainDialog.initialRect))
-        return false;
     const SIZE minimum = DialogMinimumSize();
-    const RECT &initial = gMainDialog.initialRect;
-    info->ptMinTrackSize = minimum.cx > 0 ? POINT{minimum.cx, minimum.cy}
-                                          : POINT{initial.right - initial.left, initial.bottom - initial.top};
+    if (minimum.cx == 0) // not laid out
+        return false;
+    info->ptMinTrackSize = {minimum.cx, minimum.cy};
     return true;
 }
 

@@ -143,7 +143,6 @@ void InitializeMainDialog(HWND dialog) {
     LoadDialogPictures(dialog); // for the scale of the layout
     UseBoldGroupFont(dialog);
     GetWindowRect(dialog, &gMainDialog.rect);
-    gMainDialog.initialRect = gMainDialog.rect;
     SetUpControls(dialog);
     DressMainDialog(dialog);
     if (gFatalErrorStatus != 0)
@@ -171,8 +170,7 @@ void FreeHost() {
 void ReleaseMainDialog() {
     FreeHost();
     const HWND dialog = gMainDialog.window;
-    if (gMainDialog.boldFont)
-        DeleteObject(gMainDialog.boldFont);
+    DeleteObject(gMainDialog.boldFont);
     RemoveKeyboardHook();
     EndDialogHistory();
     FreeParameterSetList(dialog);
@@ -198,7 +196,6 @@ void UseBoldGroupFont(HWND dialog) {
         return;
     for (const int controlId : {kSettingsPanelId, kSpikesGroupId, kColorGroupId, kSecondaryGroupId})
         SendDlgItemMessageW(dialog, controlId, WM_SETFONT, reinterpret_cast<WPARAM>(bold), TRUE);
-    if (gMainDialog.boldFont)
-        DeleteObject(gMainDialog.boldFont);
+    DeleteObject(gMainDialog.boldFont); // of the last scale
     gMainDialog.boldFont = bold;
 }

@@ -26,7 +26,6 @@ struct MainDialog {
     bool endedForFatal; // EndDialog was called for a fatal error
     HWND heldHost;      // disabled until nothing of ours is open above the dialog any more, or null
     RECT rect;          // of the window, screen; kept up to date while the window is no icon
-    RECT initialRect;   // as it was made from the template; empty before it is recorded
     bool isTouched;     // a key, a button or the wheel was used
     bool isDark;        // as it is dressed; the look may have been read anew for another window
     bool isCloaked;     // nobody sees it until it is painted

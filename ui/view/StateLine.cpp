@@ -40,8 +40,7 @@ bool HasRoom(HWND line, const wchar_t *text) {
     SIZE size = {};
     const bool isKnown =
         GetClientRect(line, &area) && GetTextExtentPoint32W(dc, text, static_cast<int>(wcslen(text)), &size);
-    if (old)
-        SelectObject(dc, old);
+    SelectObject(dc, old);
     ReleaseDC(line, dc);
     return isKnown && size.cx <= area.right;
 }
