@@ -321,6 +321,18 @@ TEST(PictureFiles, GammaOfAPngIsKeptAsAProfile) {
             EXPECT_EQ(picture.iccProfile.empty(), gamma == 45455u);
             ASSERT_TRUE(host::WritePicture(path, picture, {}, &why));
             EXPECT_EQ(ReadGood(path), picture);
+            if (gamma == 45455u)
+                continue;
+            // Its primaries, those of a colour that cannot be, and a grey picture's, which do not count.
+            for (const auto &[redY, sum] : {std::pair(33000u, 0xDC49D778u), {0u, 0x5D5BE281u}}) {
+                Bytes primaries = {0, 0, 0, 32, 'c', 'H', 'R', 'M'};
+                for (const uint32_t n : {31270u, 32900u, 64000u, redY, 21000u, 71000u, 15000u, 6000u, sum})
+                    host::AppendNumber(primaries, n, host::ByteOrder::kBig);
+                Bytes with = file;
+                with.insert(with.begin() + 33, primaries.begin(), primaries.end());
+                WriteBytes(path, with);
+                EXPECT_EQ(ReadGood(path).iccProfile == picture.iccProfile, redY == 0 || planes == 1);
+            }
         }
 }
 

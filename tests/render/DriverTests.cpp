@@ -204,7 +204,12 @@ TEST_F(DriverTest, ArmsOfOneFallOffShareATable) {
     settings.secondaryIntensity = 0;
     ASSERT_TRUE(Render(settings, source, kOneSource, &output));
     EXPECT_EQ(gRenderState.stars.tables.count, 1);
-    ASSERT_TRUE(Render(settings, source, kOneSource, &output, std::atomic<uint8_t>{0}, StandardThreads(3)));
+    static int started;
+    started = 0;
+    WorkerThreads threads = StandardThreads(3);
+    threads.start = [](const WorkerTask *task) { return (++started, StandardThreads(3).start(task)); };
+    ASSERT_TRUE(Render(settings, source, kOneSource, &output, std::atomic<uint8_t>{0}, threads));
+    EXPECT_EQ(started, 2);
     EXPECT_EQ(gRenderState.colors.workers, 3) << "one set of colours was there";
 }
 
