@@ -8,6 +8,7 @@
 #include "render/shape/AngleTables.h"
 #include "render/shape/FixedPower.h"
 #include "render/shape/ParameterTable.h"
+#include "render/stamp/DistanceNeed.h"
 #include "render/stamp/SourceTint.h"
 #include "render/stamp/StampLayer.h"
 #include "render/stamp/StarBuilder.h"
@@ -92,23 +93,27 @@ double ShareInRegion(const RenderJob &job, const StampPlace &place, const IntRec
     return width * height / (double{1.0} * (box.right - box.left) * (box.bottom - box.top));
 }
 
-// Builds the stamps of all the phases that are needed. Those that are laid often keep their rows. False when
-// aborted or without a builder.
+// Builds the stamps of all the phases that are needed. Those that are laid often keep their rows, and need
+// their whole tables. False when aborted or without a builder.
 bool PrepareStars(const RenderJob &job) {
     double stars[kStampsPerSet] = {};
-    return ForEachLight(job, nullptr, [&](const StampPlace &place, const LightSource &, uint32_t) {
-        if (!gStampBuilders.star)
-            return false;
-        if (!IsNearRegion(job, place))
+    DistanceNeed need{};
+    const bool prepared =
+        ForEachLight(job, nullptr, [&](const StampPlace &place, const LightSource &, uint32_t) {
+            if (!gStampBuilders.star)
+                return false;
+            if (!IsNearRegion(job, place))
+                return true;
+            const int32_t phase = place.px * kPhases + place.py;
+            const StarStamp &stamp = NeedStarStamp(place.px, place.py);
+            if (stamp.count > 0)
+                stars[phase] += ShareInRegion(job, place, stamp.box);
+            if (stars[phase] > kStarsWorthKeeping)
+                gRenderState.stars.stamps[phase].keepsRows = true;
+            NeedDistances(stamp.keepsRows ? kAllDistances : DistancesTo(job.area, place), &need);
             return true;
-        const int32_t phase = place.px * kPhases + place.py;
-        const StarStamp &stamp = NeedStarStamp(place.px, place.py);
-        if (stamp.count > 0)
-            stars[phase] += ShareInRegion(job, place, stamp.box);
-        if (stars[phase] > kStarsWorthKeeping)
-            gRenderState.stars.stamps[phase].keepsRows = true;
-        return true;
-    });
+        });
+    return prepared && FillTables(need, job.abort, &gRenderState.stars.tables);
 }
 
 bool PrepareFlares(const RenderJob &job) {

@@ -61,7 +61,7 @@ struct PixelAcross {
 ArmPixel MeasureAt(const Arm &arm, int32_t major, int32_t minor) {
     const double coverage = ArmCoverage(arm, ArmCentre(arm, major), minor);
     const uint32_t distance = MeasureDistance(major - arm.majorPhase, minor - arm.minorPhase);
-    return {distance, coverage <= 0.0 ? 0 : ShareOfCoverage(coverage), ValueAt(*arm.values, distance)};
+    return {distance, coverage <= 0.0 ? 0 : ShareOfCoverage(coverage), SpikeValueAt(*arm.values, distance)};
 }
 
 PixelAcross MeasurePixel(const Arm &arm, int32_t position, int32_t pixel) {
@@ -113,7 +113,7 @@ double SureDistance(const Arm &arm, double across, uint32_t threshold) {
         return 0.0;
     const uint32_t share = static_cast<uint32_t>(std::max(ShareOfCoverage(coverage), 16u)) - 16;
     return CountValues(threshold, arm.values->count - 1,
-                       [&](uint32_t distance) { return Mul(share, ValueAt(*arm.values, distance)); }) /
+                       [&](uint32_t distance) { return Mul(share, SpikeValueAt(*arm.values, distance)); }) /
                10.0 -
            1.0;
 }

@@ -46,6 +46,21 @@ uint32_t RainbowStateAt(const StampContext &context, uint32_t distance) {
     return phase < kRampPhases ? phase : kRampPhases + phase % kFullTurn;
 }
 
+// Phases rise with the distance, but where their count starts anew.
+StateRange StatesBetween(const StampContext &context, uint32_t nearest, uint32_t furthest) {
+    if (context.settings.rainbowIntensity == 0)
+        return {0, 0};
+    if (Advance(context, furthest) >= 0x1p32)
+        return {0, kRainbowStates - 1};
+    const uint32_t first = RainbowPhase(context, nearest), last = RainbowPhase(context, furthest);
+    if (last < kRampPhases)
+        return {first, last};
+    const uint32_t turned = std::max(first, kRampPhases);
+    const bool isOneTurn = turned / kFullTurn == last / kFullTurn;
+    const uint32_t lowest = kRampPhases + (isOneTurn ? turned % kFullTurn : 0);
+    return {std::min(first, lowest), isOneTurn ? kRampPhases + last % kFullTurn : kRainbowStates - 1};
+}
+
 RainbowFactors FactorsOfState(const StampContext &context, uint32_t state) {
     const uint32_t phase = state < kRampPhases ? state : state - kRampPhases;
     uint32_t amplitude = static_cast<uint32_t>(context.settings.rainbowIntensity) * kOnePercent;

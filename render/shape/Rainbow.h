@@ -24,5 +24,10 @@ bool SameRainbowStates(const StampContext &a, const StampContext &b);
 double PhasesPerDistance(const StampContext &context);
 // `distance` in tenths of a quarter pixel.
 uint32_t RainbowStateAt(const StampContext &context, uint32_t distance);
+// The states at all distances from `nearest` to `furthest` lie in this range, both ends included.
+struct StateRange {
+    uint32_t first, last;
+};
+StateRange StatesBetween(const StampContext &context, uint32_t nearest, uint32_t furthest);
 // The angle tables must be built.
 RainbowFactors FactorsOfState(const StampContext &context, uint32_t state);

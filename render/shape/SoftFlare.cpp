@@ -50,7 +50,7 @@ bool BuildFlareTable(const StampContext &context, ValueTable *table) {
         table->values[distance] =
             part > margin && part < 1.0 - margin ? TakeOffset(level) : FlareValueAt(context, distance);
     }
-    MeasureReach(table);
+    MeasureReach(ValueAt, table);
     return true;
 }
 

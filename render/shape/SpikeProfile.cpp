@@ -25,10 +25,6 @@ double SpikeBase(const SpikeProfileInputs &inputs, uint32_t distance) {
     return distance * 1500.0 / inputs.diagonal / inputs.scale + 1.0;
 }
 
-size_t LevelBytes(uint32_t count) {
-    return size_t{count} * sizeof(double);
-}
-
 bool SameFallOff(const SpikeProfileInputs &a, const SpikeProfileInputs &b) {
     return a.length == b.length && a.decay == b.decay && a.scale == b.scale && a.diagonal == b.diagonal;
 }
@@ -74,8 +70,6 @@ uint32_t ComputeSpikeValue(const SpikeProfileInputs &inputs, uint32_t distance) 
 }
 
 double SpikeValueBound(const ValueTable &table, uint32_t distance) {
-    if (table.values)
-        return ValueAt(table, distance);
     return distance + 1 < table.count
                ? table.inputs.brightness * std::min(LevelAt(table, distance) * kLittleMore, 1.0)
                : 0.0;
@@ -101,7 +95,7 @@ bool AllocateValueTable(uint32_t count, ValueTable *table) {
 }
 
 uint32_t SpikeValueAt(const ValueTable &table, uint32_t distance) {
-    return ValueOfLevel(table, distance, LevelAt(table, distance));
+    return distance + 1 < table.count ? ValueOfLevel(table, distance, LevelAt(table, distance)) : 0;
 }
 
 void FreeValueTable(ValueTable *table) {
@@ -110,38 +104,17 @@ void FreeValueTable(ValueTable *table) {
     *table = ValueTable{};
 }
 
-void MeasureReach(ValueTable *table) {
+void MeasureReach(uint32_t (*valueAt)(const ValueTable &table, uint32_t distance), ValueTable *table) {
     uint32_t end = table->count; // levels rise, and their reach falls
     for (uint32_t i = 0; i < ValueTable::kLevels; ++i) {
         const uint32_t level = LevelOfIndex(i);
         if (end > 0)
-            end = CountValues(level, end - 1, [&](uint32_t distance) { return ValueAt(*table, distance); });
+            end = CountValues(level, end - 1, [&](uint32_t distance) { return valueAt(*table, distance); });
         table->reach[i] = end;
     }
 }
 
 namespace {
-
-// The levels as far as the table goes. False when memory ran out.
-bool ExtendLevels(const ValueTable &table, SpikeLevels *levels) {
-    const uint32_t count = table.count - 1;
-    if (!SameFallOff(levels->inputs, table.inputs)) {
-        levels->inputs = table.inputs;
-        levels->count = 0;
-    }
-    if (count > levels->room) {
-        void *grown = levels->level
-                          ? CountedRealloc(levels->level, LevelBytes(levels->room), LevelBytes(count))
-                          : CountedAlloc(LevelBytes(count));
-        if (!grown)
-            return false;
-        levels->level = static_cast<double *>(grown);
-        levels->room = count;
-    }
-    for (; levels->count < count; ++levels->count)
-        levels->level[levels->count] = LevelAt(table, levels->count);
-    return true;
-}
 
 GlowCurve CurveOf(const SpikeProfileInputs &inputs) {
     return {1500.0 / inputs.diagonal / inputs.scale, static_cast<float>(SpikeExponent(inputs)),
@@ -155,25 +128,25 @@ ValueTable DescribeSpike(const SpikeProfileInputs &inputs, uint32_t least, uint3
     table.inputs = inputs;
     table.curve = CurveOf(inputs);
     PrepareFixedPower(SpikeExponent(inputs), &table.power);
-    table.count =
-        1 + CountValues(least, furthest, [&](uint32_t distance) { return SpikeValueAt(table, distance); });
-    MeasureReach(&table);
+    table.count = 1 + CountValues(least, furthest, [&](uint32_t distance) {
+                      return ValueOfLevel(table, distance, LevelAt(table, distance));
+                  });
+    MeasureReach(SpikeValueAt, &table);
     return table;
 }
 
-bool FillSpikeTable(SpikeLevels *levels, ValueTable *table) {
-    if (table->values)
-        return true;
-    if (!ExtendLevels(*table, levels) || !AllocateValueTable(table->count - 1, table))
-        return false;
-    for (uint32_t distance = 0; distance + 1 < table->count; ++distance)
-        table->values[distance] = ValueOfLevel(*table, distance, levels->level[distance]);
-    return true;
-}
-
-void FreeSpikeLevels(SpikeLevels *levels) {
-    if (levels->level)
-        CountedFree(levels->level, LevelBytes(levels->room));
-    levels->level = nullptr;
-    levels->count = levels->room = 0;
+void FillSpikeBlock(uint32_t block, SpikeLevels *levels, ValueTable *table) {
+    const uint32_t first = block * kBlockDistances, end = table->count - 1;
+    if (first >= end)
+        return;
+    const uint32_t count = std::min(end - first, kBlockDistances);
+    if (levels->block != block || !SameFallOff(levels->inputs, table->inputs)) {
+        levels->inputs = table->inputs;
+        levels->block = block;
+        levels->count = 0;
+    }
+    for (; levels->count < count; ++levels->count)
+        levels->level[levels->count] = LevelAt(*table, first + levels->count);
+    for (uint32_t i = 0; i < count; ++i)
+        table->values[first + i] = ValueOfLevel(*table, first + i, levels->level[i]);
 }

@@ -34,8 +34,8 @@ struct GlowCurve {
 };
 
 // Values of one fall-off from distance 0 on, never rising; the last is 0 and stands for every distance from
-// there on. A spike's may be missing: each can be worked out, and the glow needs none. Owner of `values`: the
-// record; FreeValueTable releases them.
+// there on. A spike's may be missing, all or blocks of them: each can be worked out, and the glow needs none.
+// Owner of `values`: the record; FreeValueTable releases them.
 struct ValueTable {
     uint32_t *values;
     uint32_t count;            // at least 1; 0: nothing is described
@@ -47,33 +47,34 @@ struct ValueTable {
     uint32_t reach[kLevels];
 };
 
-// A spike's value below its table's end, whether the table holds it or not.
+// A spike's value, whether the table holds it or not.
 uint32_t SpikeValueAt(const ValueTable &table, uint32_t distance);
+// Of a table that holds all of them.
 inline uint32_t ValueAt(const ValueTable &table, uint32_t distance) {
-    if (table.values)
-        return table.values[distance < table.count ? distance : table.count - 1];
-    return distance + 1 < table.count ? SpikeValueAt(table, distance) : 0;
+    return table.values[distance < table.count ? distance : table.count - 1];
 }
 // No less than a spike's value, and hardly more.
 double SpikeValueBound(const ValueTable &table, uint32_t distance);
 // A distance from which on every value is below `level`; 0 has none and gives the table's end.
 uint32_t ReachOfLevel(const ValueTable &table, uint32_t level);
 
-// Eight times the power of the distance, approximately, by distance: what spikes of one fall-off and any
-// brightness have in common. All zero: empty. Owner of `level`: the record; FreeSpikeLevels releases them.
+// Tables along arms are filled in blocks of distances, where they are needed.
+constexpr uint32_t kBlockDistances = 4096;
+
+// Eight times the power of the distance, approximately, of a block: what spikes of one fall-off and any
+// brightness have in common. All zero: empty.
 struct SpikeLevels {
     SpikeProfileInputs inputs; // whatever their brightness
-    double *level;
-    uint32_t count, room;
+    uint32_t block, count;
+    double level[kBlockDistances];
 };
 
 // The spike's values as far as they are not below `least` and not beyond `furthest`: everything but the
 // values themselves.
 ValueTable DescribeSpike(const SpikeProfileInputs &inputs, uint32_t least, uint32_t furthest);
-// Fills in the values, if they are not there. `levels` serves the next table of the same fall-off. False when
-// memory ran out; the table is then left alone.
-bool FillSpikeTable(SpikeLevels *levels, ValueTable *table);
-void FreeSpikeLevels(SpikeLevels *levels);
+// Fills in the values of a block, for which there must be room. `levels` serves the next table of the same
+// fall-off.
+void FillSpikeBlock(uint32_t block, SpikeLevels *levels, ValueTable *table);
 void FreeValueTable(ValueTable *table);
 
 // How many distances from 0 on have a value of at least `least`, at most `furthest` + 1; the values must not
@@ -91,5 +92,5 @@ template <typename Value> uint32_t CountValues(uint32_t least, uint32_t furthest
 }
 // Room for `count` values and the closing 0. False when memory ran out.
 bool AllocateValueTable(uint32_t count, ValueTable *table);
-// Sets `reach`; call when the values are in place, or described.
-void MeasureReach(ValueTable *table);
+// Sets `reach`.
+void MeasureReach(uint32_t (*valueAt)(const ValueTable &table, uint32_t distance), ValueTable *table);

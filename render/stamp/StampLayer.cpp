@@ -70,33 +70,10 @@ void BlendRow(const Laying &laying, int32_t row, int32_t from, int32_t count, co
     laying.blendPiece(piece);
 }
 
-// The distances of the window's nearest and furthest pixels from the place, and more to be safe.
-uint32_t NearestInWindow(const IntRect &window) {
-    const int32_t x = std::max({window.left, -window.right, 1}) - 1;
-    const int32_t y = std::max({window.top, -window.bottom, 1}) - 1;
-    const uint32_t distance = MeasureDistance(x * kQuarters, y * kQuarters);
-    return distance - std::min<uint32_t>(distance, 2 * kTenths * kQuarters);
-}
-uint32_t FurthestInWindow(const IntRect &window) {
-    const int32_t x = std::max(std::abs(window.left), std::abs(window.right)) + 1;
-    const int32_t y = std::max(std::abs(window.top), std::abs(window.bottom)) + 1;
-    return MeasureDistance(x * kQuarters, y * kQuarters);
-}
-
 // The colours of every state that occurs in the window.
 void PrepareColors(const Laying &laying, const StarTables &tables, const Tint &tint) {
-    if (tables.stateCount == 0)
-        return;
-    // A window may lie further out than any state does.
-    const uint32_t furthest = std::min(FurthestInWindow(laying.window), tables.stateCount - 1);
-    const uint32_t nearest = std::min(NearestInWindow(laying.window), furthest);
-    uint32_t first = kRainbowStates - 1, last = first;
-    if (furthest < tables.turnDistance)
-        last = tables.stateOfDistance[furthest];
-    else
-        first = tables.lowestTurned;
-    if (nearest < tables.turnDistance)
-        first = std::min<uint32_t>(first, tables.stateOfDistance[nearest]);
+    const auto [nearest, furthest] = DistancesTo(laying.target.band, laying.place);
+    const auto [first, last] = StatesBetween(tables.rainbow, nearest, furthest);
     gRenderPath->makeColors({tables.factors + first, last + 1 - first, tint.channel, laying.blend.precise},
                             laying.target.colors + first);
 }
@@ -161,6 +138,17 @@ void LayFlareRow(const Laying &laying, const FlareStamp &flare, const ValueTable
 bool LaysByGlow(const StampContext &context, const ImageBuffer &output) {
     return gRenderPath->blendGlow && context.preciseMode && output.bytesPerSample == 1 &&
            ThresholdOf(context, output) == kHalfByteStep + 1;
+}
+
+DistanceRange DistancesTo(const IntRect &area, const StampPlace &place) {
+    constexpr int32_t kMore = kRowRoom - kRowPiece + 2; // pixels
+    const auto [left, top, right, bottom] = AreaInOffsets(area, place);
+    const int32_t nearX = std::max({left, -right, kMore}) - kMore;
+    const int32_t nearY = std::max({top, -bottom, kMore}) - kMore;
+    const int32_t farX = std::max(std::abs(left), std::abs(right)) + kMore;
+    const int32_t farY = std::max(std::abs(top), std::abs(bottom)) + kMore;
+    return {MeasureDistance(nearX * kQuarters, nearY * kQuarters),
+            MeasureDistance(farX * kQuarters, farY * kQuarters)};
 }
 
 uint32_t LeastVisibleValue(uint32_t largest, uint32_t tintValue, uint32_t threshold) {

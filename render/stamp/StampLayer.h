@@ -15,6 +15,13 @@ void LayFlare(const BandTarget &target, const FlareStamp &flare, const ValueTabl
 // Whether a star is laid by glow; otherwise its context needs tables.
 bool LaysByGlow(const StampContext &context, const ImageBuffer &output);
 
+// Distances from a place to what lies in `area`, both ends included; somewhat more, so that values past the
+// ends of rows are in it too.
+struct DistanceRange {
+    uint32_t nearest, furthest;
+};
+DistanceRange DistancesTo(const IntRect &area, const StampPlace &place);
+
 // Smallest stamp value that can show under a tint whose largest channel is `largest`; 0xFFFFFFFF when none
 // can.
 uint32_t LeastVisibleValue(uint32_t largest, uint32_t tintValue, uint32_t threshold);

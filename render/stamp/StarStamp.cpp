@@ -20,9 +20,11 @@ uint32_t FurthestDistance(const StampContext &context) {
     return MeasureDistance(furthest, furthest);
 }
 
-bool ExtendStates(const StampContext &context, uint32_t count, StarTables *tables) {
+bool AllocateStates(uint32_t count, StarTables *tables) {
     if (count <= tables->stateCount)
         return true;
+    // A block that the old end cut short goes on.
+    tables->statesFilled.reset((tables->stateCount - (tables->stateCount > 0)) / kBlockDistances);
     const size_t oldBytes = tables->stateOfDistance ? StateBytes(tables->stateCount) : 0;
     void *grown = tables->stateOfDistance
                       ? CountedRealloc(tables->stateOfDistance, oldBytes, StateBytes(count))
@@ -30,21 +32,6 @@ bool ExtendStates(const StampContext &context, uint32_t count, StarTables *table
     if (!grown)
         return false;
     tables->stateOfDistance = static_cast<uint16_t *>(grown);
-    if (tables->stateCount == 0)
-        tables->lowestTurned = kRainbowStates - 1;
-    uint32_t last = tables->stateCount == 0 ? 0 : tables->stateOfDistance[tables->stateCount - 1];
-    bool rises = tables->turnDistance == tables->stateCount;
-    for (uint32_t distance = tables->stateCount; distance < count; ++distance) {
-        const uint32_t state = RainbowStateAt(context, distance);
-        rises = rises && state >= last && state < kRampPhases;
-        if (rises)
-            tables->turnDistance = distance + 1;
-        else
-            tables->lowestTurned = std::min(tables->lowestTurned, state);
-        last = state;
-        tables->stateOfDistance[distance] = static_cast<uint16_t>(state);
-    }
-    tables->stateOfDistance[count] = 0;
     tables->stateCount = count;
     return true;
 }
@@ -53,7 +40,8 @@ void DropStates(StarTables *tables) {
     if (tables->stateOfDistance)
         CountedFree(tables->stateOfDistance, StateBytes(tables->stateCount));
     tables->stateOfDistance = nullptr;
-    tables->stateCount = tables->turnDistance = 0;
+    tables->stateCount = 0;
+    tables->statesFilled.reset();
 }
 
 bool SameKey(const SpikeTableKey &a, const SpikeTableKey &b) {
@@ -84,16 +72,19 @@ int32_t PlaceValues(const SpikeTableKey &key, StarTables *tables) {
     return place;
 }
 
-// The table of this key, with what the context needs of it. Null when memory ran out.
+// The table of this key, with the room that the context needs for it. Null when memory ran out.
 const ValueTable *FindValues(const StampContext &context, const SpikeTableKey &key, StarTables *tables) {
     const int32_t place = PlaceValues(key, tables);
     if (place == kMaxStampArms)
         return nullptr;
     ValueTable *values = &tables->values[place];
     tables->isUsed[place] = true;
-    const bool isReady = !context.needsTables || (FillSpikeTable(&tables->levels, values) &&
-                                                  ExtendStates(context, values->count, tables));
-    return isReady ? values : nullptr;
+    if (context.needsTables && !values->values) {
+        tables->valuesFilled[place].reset();
+        if (!AllocateValueTable(values->count - 1, values))
+            return nullptr;
+    }
+    return !context.needsTables || AllocateStates(values->count, tables) ? values : nullptr;
 }
 
 bool AllocateArms(StarStamp *stamp) {
@@ -153,7 +144,6 @@ void DropStarTables(StarTables *tables) {
     for (int32_t i = 0; i < tables->count; ++i)
         FreeValueTable(&tables->values[i]);
     DropStates(tables);
-    FreeSpikeLevels(&tables->levels);
     tables->count = 0;
 }
 
@@ -161,7 +151,6 @@ void DropUnusedTables(StarTables *tables) {
     for (int32_t i = 0; i < tables->count; ++i)
         if (!tables->isUsed[i])
             FreeValueTable(&tables->values[i]);
-    FreeSpikeLevels(&tables->levels);
 }
 
 void BeginStars(const StampContext &context, StarTables *tables) {
@@ -187,7 +176,6 @@ int64_t StampBytes(const StarStamp &stamp) {
 
 int64_t TableBytes(const StarTables &tables) {
     size_t bytes = tables.stateOfDistance ? StateBytes(tables.stateCount) : 0;
-    bytes += size_t{tables.levels.room} * sizeof(double);
     for (int32_t i = 0; i < tables.count; ++i)
         bytes += tables.values[i].values ? size_t{tables.values[i].count} * sizeof(uint32_t) : 0;
     return static_cast<int64_t>(bytes);

@@ -9,6 +9,7 @@
 #include "render/shape/SpikeProfile.h"
 #include "render/stamp/KeptRows.h"
 
+#include <bitset>
 #include <cstdint>
 
 constexpr int32_t kMaxStampArms = kMaxArms + kBurstRays;
@@ -28,20 +29,23 @@ struct SpikeTableKey {
     uint32_t least, furthest;
 };
 
+// A bit for each block of distances; no arm is longer.
+using DistanceBlocks = std::bitset<512>;
+
 // The values along the arms' lengths, a table for each different fall-off; and where the context needs
-// tables, the rainbow's state by distance, as far as the longest of them. What a change of the settings
+// tables, the rainbow's state by distance, as far as the longest of them, both filled block by block
+// (DistanceNeed.h). What a change of the settings
 // leaves as it is serves the next star too. Owner of the tables: the record; DropStarTables releases them.
 struct StarTables {
     int32_t count; // of tables; some may be empty
     SpikeTableKey keys[kMaxStampArms];
     ValueTable values[kMaxStampArms];
     bool isUsed[kMaxStampArms]; // by a stamp of the present context
-    SpikeLevels levels;         // while stamps are built
-    StampContext rainbow;       // that the states and factors are for
+    DistanceBlocks valuesFilled[kMaxStampArms];
+    StampContext rainbow; // that the states and factors are for
     uint16_t *stateOfDistance;
     uint32_t stateCount;
-    uint32_t turnDistance; // up to here the states rise; from here on they turn
-    uint32_t lowestTurned; // of the states from there on
+    DistanceBlocks statesFilled;
     RainbowFactors factors[kRainbowStates];
     GlowFactors glowFactors[kRainbowStates]; // the same
     GlowRainbow glowRainbow;                 // with these, under the rainbow's context

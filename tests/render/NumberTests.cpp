@@ -56,7 +56,7 @@ TEST_F(RenderTest, ReachesOfLevels) {
     const ValueTable table = DescribeSpike(inputs, 4095, 1000000);
     for (uint32_t level = 1; level < 400000000u; level += level / 8 + 1) {
         const uint32_t reach = ReachOfLevel(table, level);
-        EXPECT_TRUE(reach == table.count || ValueAt(table, reach) < level) << level;
+        EXPECT_TRUE(reach == table.count || SpikeValueAt(table, reach) < level) << level;
         EXPECT_GE(ComputeSpikeValue(inputs, reach), std::min(level / 2, 4000u)) << level;
     }
 }
