@@ -85,12 +85,8 @@ TEST(PropertyList, WhatHostsRejectIsRejected) {
         properties[c.property] = c.replacement;
         EXPECT_NE(WhyRefused(MakeList(properties)).find(c.why), std::string::npos) << c.why;
     }
-    const Bytes good = MakeList(GoodProperties());
-    for (size_t length = 0; length < good.size(); length++)
-        EXPECT_NE(WhyRefused(Bytes(good.begin(), good.begin() + static_cast<ptrdiff_t>(length))), "")
-            << length;
     for (const size_t at : {2, 9}) { // version, high byte of the count
-        Bytes wild = good;
+        Bytes wild = MakeList(GoodProperties());
         wild[at] = 0xFF;
         EXPECT_NE(WhyRefused(wild), "");
     }

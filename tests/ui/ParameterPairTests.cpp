@@ -131,19 +131,6 @@ protected:
     }
 };
 
-TEST_F(ParameterPairs, BindingShowsEveryParameterInRange) {
-    ParameterSet wild = kDefaultParameters;
-    wild.threshold = 32767;
-    wild.angle = -32768;
-    wild.numberOfPoints = 0;
-    Bind(wild);
-    EXPECT_EQ(gPairs.parameters.threshold, 100);
-    EXPECT_EQ(gPairs.parameters.angle, -900);
-    EXPECT_EQ(gPairs.parameters.numberOfPoints, 1);
-    EXPECT_EQ(EditText(kAngle), "-90.0");
-    EXPECT_EQ(Position(kAngle), -900);
-}
-
 // What a field shows while it is edited, what is stored, and what it shows when it is left.
 TEST_F(ParameterPairs, TypedOrPastedTextIsStoredInRangeAndPutRightAtTheEnd) {
     const struct {
