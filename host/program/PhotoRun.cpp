@@ -12,7 +12,9 @@
 #include "host/program/ResultText.h"
 
 #include <algorithm>
+#include <future>
 #include <new>
+#include <system_error>
 
 namespace host {
 
@@ -89,14 +91,36 @@ struct Job {
     SmallPicture before;
 };
 
-static PhotoOutcome ReadMask(Job *job) {
-    const std::wstring &path = job->options.mask;
-    if (path.empty())
-        return {};
+// The mask's file, read while the photo is.
+struct MaskFile {
+    bool isRead = false;
     Picture mask;
     std::string why;
-    if (!ReadPicture(NativePath(path), &mask, &why))
-        return FailFile("read", path, why);
+};
+
+static MaskFile ReadMaskFile(const std::wstring &path) {
+    MaskFile file;
+    file.isRead = path.empty() || ReadPicture(NativePath(path), &file.mask, &file.why);
+    return file;
+}
+
+// Where there is no other thread to be had, it is read when it is asked for.
+static std::future<MaskFile> BeginMask(const Job &job) {
+    if (!job.options.mask.empty())
+        try {
+            return std::async(std::launch::async, ReadMaskFile, job.options.mask);
+        } catch (const std::system_error &) {
+        }
+    return std::async(std::launch::deferred, ReadMaskFile, job.options.mask);
+}
+
+static PhotoOutcome TakeMask(MaskFile file, Job *job) {
+    const std::wstring &path = job->options.mask;
+    const Picture &mask = file.mask;
+    if (!file.isRead)
+        return FailFile("read", path, file.why);
+    if (path.empty())
+        return {};
     if (mask.width != job->picture.width || mask.height != job->picture.height)
         return FailFile("use", path,
                         "it has " + std::to_string(mask.width) + " x " + std::to_string(mask.height) +
@@ -157,6 +181,7 @@ static PhotoOutcome PrepareJob(Job *job) {
     PhotoOutcome outcome = CheckPlaces(*job);
     if (outcome.status != kExitDone)
         return outcome;
+    std::future<MaskFile> mask = BeginMask(*job);
     if (!ReadPhoto(job, &why))
         return FailFile("read", job->photo, why);
     if (IsStream(job->out) && !job->options.write.format[0])
@@ -165,7 +190,7 @@ static PhotoOutcome PrepareJob(Job *job) {
         job->session.say(NoteKind::kLoss, note);
     outcome = CheckPicture(*job);
     if (outcome.status == kExitDone)
-        outcome = ReadMask(job);
+        outcome = TakeMask(mask.get(), job);
     if (outcome.status == kExitDone)
         DeepenPicture(job);
     if (outcome.status == kExitDone && job->session.smallSide > 0)
