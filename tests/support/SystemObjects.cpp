@@ -23,8 +23,10 @@ struct Busy {
     Busy(const Busy &) = delete;
     Busy &operator=(const Busy &) = delete;
 };
+// Nothing gives windows back here, and in time the number of one that is gone becomes a drawing object's.
+using Key = std::pair<void *, bool>; // whether it is a window
 // Never freed: calls come until the very end of the program.
-std::map<void *, Made> *gLive;
+std::map<Key, Made> *gLive;
 std::vector<RECT> *gInvalidations;
 long gMadeCount;
 const char *gFailing;
@@ -44,14 +46,14 @@ void Keep(void *handle, const char *call, Kind kind = kPlain) {
     if (!handle || handle == INVALID_HANDLE_VALUE)
         return;
     const Busy busy;
-    Made &made = (*gLive)[handle];
+    Made &made = (*gLive)[{handle, strncmp(call, "CreateWindow", 12) == 0}];
     made = {call, made.count + 1, kind != kPlain};
     ++gMadeCount;
 }
 
 void Forget(void *handle) {
     const Busy busy;
-    const auto found = gLive->find(handle);
+    const auto found = gLive->find({handle, false});
     if (found != gLive->end() && --found->second.count <= 0)
         gLive->erase(found);
 }
@@ -275,7 +277,7 @@ void WatchRegions(const Hooking &hook) {
 
 void CountSystemObjects(HMODULE module, host::ImportHooks *hooks) {
     if (!gLive) {
-        gLive = new std::map<void *, Made>;
+        gLive = new std::map<Key, Made>;
         gInvalidations = new std::vector<RECT>;
     }
     gLive->clear();
@@ -301,8 +303,8 @@ bool CountOwnSystemObjects() {
 std::map<std::string, int> LiveObjects() {
     const Busy busy;
     std::map<std::string, int> live;
-    for (const auto &[handle, made] : *gLive)
-        if (strncmp(made.call, "CreateWindow", 12) != 0 || IsWindow(static_cast<HWND>(handle)))
+    for (const auto &[key, made] : *gLive)
+        if (!key.second || IsWindow(static_cast<HWND>(key.first)))
             live[made.call] += made.count;
     return live;
 }
@@ -310,7 +312,7 @@ std::map<std::string, int> LiveObjects() {
 int LiveDrawingObjects() {
     const Busy busy;
     int live = 0;
-    for (const auto &[handle, made] : *gLive)
+    for (const auto &[key, made] : *gLive)
         live += made.isDrawing ? made.count : 0;
     return live;
 }
