@@ -19,15 +19,16 @@ static bool FailWithError(std::string *why) {
     return false;
 }
 
-static bool ReadOpenFile(HANDLE file, Bytes *bytes, std::string *why) {
+static bool ReadOpenFile(HANDLE file, uint64_t most, Bytes *bytes, std::string *why) {
     LARGE_INTEGER size;
     if (!GetFileSizeEx(file, &size))
         return FailWithError(why);
-    if (size.QuadPart > 0xFFFFFFFFll) {
+    const uint64_t wanted = std::min(static_cast<uint64_t>(size.QuadPart), most);
+    if (wanted > 0xFFFFFFFFull) {
         *why = "it is larger than 4 GB";
         return false;
     }
-    Bytes read(static_cast<size_t>(size.QuadPart));
+    Bytes read(static_cast<size_t>(wanted));
     for (size_t at = 0; at < read.size();) {
         DWORD count = 0;
         const DWORD piece = static_cast<DWORD>(std::min(read.size() - at, kLargestPiece));
@@ -43,19 +44,23 @@ static bool ReadOpenFile(HANDLE file, Bytes *bytes, std::string *why) {
     return true;
 }
 
-bool ReadWholeFile(const std::wstring &path, Bytes *bytes, std::string *why) {
+bool ReadFileStart(const std::wstring &path, uint64_t most, Bytes *bytes, std::string *why) {
     const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                     FILE_FLAG_SEQUENTIAL_SCAN, nullptr);
     if (file == INVALID_HANDLE_VALUE)
         return FailWithError(why);
     bool done = false;
     try {
-        done = ReadOpenFile(file, bytes, why);
+        done = ReadOpenFile(file, most, bytes, why);
     } catch (const std::bad_alloc &) {
         *why = "not enough memory";
     }
     CloseHandle(file);
     return done;
+}
+
+bool ReadWholeFile(const std::wstring &path, Bytes *bytes, std::string *why) {
+    return ReadFileStart(path, UINT64_MAX, bytes, why);
 }
 
 bool ReadStandardInput(Bytes *bytes, std::string *why) {

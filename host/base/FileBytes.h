@@ -11,6 +11,8 @@ namespace host {
 
 // False with a reason. Files of 4 GB and more are refused.
 bool ReadWholeFile(const std::wstring &path, Bytes *bytes, std::string *why);
+// The same of as many bytes at most.
+bool ReadFileStart(const std::wstring &path, uint64_t most, Bytes *bytes, std::string *why);
 
 // What comes over standard input, to its end. False with a reason.
 bool ReadStandardInput(Bytes *bytes, std::string *why);

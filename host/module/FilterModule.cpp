@@ -22,6 +22,7 @@ static BOOL CALLBACK TakeFirstName(HMODULE, LPCWSTR, LPWSTR name, LONG_PTR param
 }
 
 constexpr uint16_t kMachine32 = 0x014C, kMachine64 = 0x8664;
+constexpr uint64_t kHeaderReach = 1u << 16; // of a module's file its header lies in
 
 // The machine that the file's code is made for; 0 when it is no module.
 static uint16_t MachineOf(const Bytes &file) {
@@ -37,7 +38,7 @@ static uint16_t MachineOf(const Bytes &file) {
 
 static bool CheckMachine(const std::wstring &path, std::string *why) {
     Bytes file;
-    if (!ReadWholeFile(path, &file, why))
+    if (!ReadFileStart(path, kHeaderReach, &file, why))
         return false;
     const uint16_t machine = MachineOf(file);
     if (machine == kMachine64)
