@@ -12,9 +12,7 @@
 #include "host/program/ResultText.h"
 
 #include <algorithm>
-#include <future>
 #include <new>
-#include <system_error>
 
 namespace host {
 
@@ -91,36 +89,14 @@ struct Job {
     SmallPicture before;
 };
 
-// The mask's file, read while the photo is.
-struct MaskFile {
-    bool isRead = false;
-    Picture mask;
-    std::string why;
-};
-
-static MaskFile ReadMaskFile(const std::wstring &path) {
-    MaskFile file;
-    file.isRead = path.empty() || ReadPicture(NativePath(path), &file.mask, &file.why);
-    return file;
-}
-
-// Where there is no other thread to be had, it is read when it is asked for.
-static std::future<MaskFile> BeginMask(const Job &job) {
-    if (!job.options.mask.empty())
-        try {
-            return std::async(std::launch::async, ReadMaskFile, job.options.mask);
-        } catch (const std::system_error &) {
-        }
-    return std::async(std::launch::deferred, ReadMaskFile, job.options.mask);
-}
-
-static PhotoOutcome TakeMask(MaskFile file, Job *job) {
+static PhotoOutcome ReadMask(Job *job) {
     const std::wstring &path = job->options.mask;
-    const Picture &mask = file.mask;
-    if (!file.isRead)
-        return FailFile("read", path, file.why);
     if (path.empty())
         return {};
+    Picture mask;
+    std::string why;
+    if (!ReadPicture(NativePath(path), &mask, &why))
+        return FailFile("read", path, why);
     if (mask.width != job->picture.width || mask.height != job->picture.height)
         return FailFile("use", path,
                         "it has " + std::to_string(mask.width) + " x " + std::to_string(mask.height) +
@@ -181,7 +157,6 @@ static PhotoOutcome PrepareJob(Job *job) {
     PhotoOutcome outcome = CheckPlaces(*job);
     if (outcome.status != kExitDone)
         return outcome;
-    std::future<MaskFile> mask = BeginMask(*job);
     if (!ReadPhoto(job, &why))
         return FailFile("read", job->photo, why);
     if (IsStream(job->out) && !job->options.write.format[0])
@@ -190,7 +165,7 @@ static PhotoOutcome PrepareJob(Job *job) {
         job->session.say(NoteKind::kLoss, note);
     outcome = CheckPicture(*job);
     if (outcome.status == kExitDone)
-        outcome = TakeMask(mask.get(), job);
+        outcome = ReadMask(job);
     if (outcome.status == kExitDone)
         DeepenPicture(job);
     if (outcome.status == kExitDone && job->session.smallSide > 0)
