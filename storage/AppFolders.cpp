@@ -48,10 +48,17 @@ ErrorRecord DebugReport(uint32_t site) {
     return {site, kDebugMessage, 0};
 }
 
+// The user's root as the shell's narrow function gives it, and as it is used. Only while the folders are set
+// up: the three of them lie below one root, and asking the shell takes long.
+struct UserRoot {
+    char given[MAX_PATH], used[MAX_PATH];
+};
+UserRoot gUserRoot;
+
 // The user's name may have characters that the code page lacks: the shell's ANSI answer then has "?" or a
 // similar letter for them, which leads nowhere or to another user. Question marks, which no path has, then
 // stand for the wide answer.
-void RepairUserFolder(char (&root)[MAX_PATH]) {
+void CompareWithWideRoot(char (&root)[MAX_PATH]) {
     wchar_t wideRoot[MAX_PATH];
     WidePath widened;
     char narrow[MAX_PATH];
@@ -64,6 +71,15 @@ void RepairUserFolder(char (&root)[MAX_PATH]) {
         return;
     memcpy(root, narrow, sizeof root);
     RememberWideRoot(root, wideRoot);
+}
+
+void RepairUserRoot(char (&root)[MAX_PATH]) {
+    if (!*gUserRoot.given || strcmp(gUserRoot.given, root) != 0) {
+        memcpy(gUserRoot.given, root, sizeof root);
+        CompareWithWideRoot(root);
+        memcpy(gUserRoot.used, root, sizeof root);
+    }
+    memcpy(root, gUserRoot.used, sizeof root);
 }
 
 bool IsMissing(const char *path) {
@@ -80,7 +96,7 @@ int CreateFolders(const char *path) {
 }
 
 bool JoinShellFolder(int shellFolder, const char *relativePath, char *path, size_t capacity) {
-    char root[MAX_PATH];
+    char root[MAX_PATH] = {};
     SetLastError(ERROR_SUCCESS);
     const HRESULT result =
         SHGetFolderPathA(nullptr, shellFolder | CSIDL_FLAG_CREATE, nullptr, SHGFP_TYPE_CURRENT, root);
@@ -91,7 +107,7 @@ bool JoinShellFolder(int shellFolder, const char *relativePath, char *path, size
         return false;
     }
     if (shellFolder == CSIDL_LOCAL_APPDATA)
-        RepairUserFolder(root);
+        RepairUserRoot(root);
     // Roomier than any path that is accepted: one that is too long is told from the copy, with its relative
     // path.
     char joined[kMaxPath + MAX_PATH];
@@ -191,6 +207,7 @@ bool GetCommonDataFolder(const char *name, char *path, size_t capacity) {
 
 bool InitAppFolders(const char *shortName, const char *fullName) {
     bool allSet = true;
+    gUserRoot = {};
     for (const UserFolder &folder : kUserFolders)
         allSet = InitUserFolder(folder, shortName) && allSet;
     allSet = InitCommonFolders(fullName) && allSet;
@@ -198,5 +215,6 @@ bool InitAppFolders(const char *shortName, const char *fullName) {
     RemoveOldTemporaryFiles(gParametersFolder);
     gLogFolderPath = gLogFolder;
     gProductCommonFolderPath = gProductCommonFolder;
+    gUserRoot = {};
     return allSet;
 }
