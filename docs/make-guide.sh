@@ -13,6 +13,7 @@ trap 'rm -rf "$work"' EXIT
 cp "$photos/pleiades.png" "$work/sky.png"
 convert "$photos/launchpad_dusk.jpg" "$work/lamps.png"
 convert "$photos/dandelion.jpg" -resize 1600x -crop 1200x800+100+0 +repage "$work/dandelion.png"
+# The types are those of effect-types.list, each with points that suit it.
 stars() { "$root/brillatrix" --silent --overwrite "$@" </dev/null; }
 # cell FILE TEXT [CROP]: a part of FILE as one of a row's cells
 cell() {
@@ -52,15 +53,7 @@ while IFS='|' read -r -u 3 type points; do
     stars "${base[@]}" --length 60 --effect "$type" --points "$points" "$work/sky.png" "$work/type.png"
     cp "$work/type.png" "$work/type $type.png"
     cell "$work/type $type.png" "$type, $points points"
-done 3<<TYPES
-Standard Star|6
-Hollywood Star|4
-Religious Cross|4
-Hyper Star|14
-North Star|4
-Vector Star|8
-Star Burst|14
-TYPES
+done 3<"$root/docs/effect-types.list"
 row types 3x
 
 stars --preset "Fairy Dust" "$work/dandelion.png" "$work/dust.png"

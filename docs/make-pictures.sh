@@ -7,6 +7,7 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 photos=$("$root/docs/fetch-photos.sh" "${1:-}")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
+# The types are those of effect-types.list, each with points that suit it.
 stars() { "$root/brillatrix" --silent --overwrite "$@" </dev/null; }
 # label FILE TEXT
 label() {
@@ -30,15 +31,7 @@ while IFS='|' read -r -u 3 effect points; do
         label "$cell" "$effect, $points points"
         cells+=("$cell")
     done
-done 3<<TYPES
-Standard Star|6
-Hollywood Star|4
-Religious Cross|4
-Hyper Star|14
-North Star|4
-Vector Star|8
-Star Burst|14
-TYPES
+done 3<"$root/docs/effect-types.list"
 montage "${cells[@]}" -tile 3x7 -geometry +3+3 -background black -strip -quality 86 "$root/docs/contact-sheet.jpg"
 
 pairs=()

@@ -55,7 +55,7 @@ CallRaising:
 
 // Only errors are taken: what is no error (a message to a debugger, a thread's end) is meant for others, and
 // without a stack there is nothing to go on with.
-extern "C" __attribute__((used)) LONG DecideOnRaised(EXCEPTION_POINTERS *raised, void *) {
+extern "C" LONG DecideOnRaised(EXCEPTION_POINTERS *raised, void *) {
     gRaisedCode = raised->ExceptionRecord->ExceptionCode;
     const bool isError = gRaisedCode >> 30 == 3;
     return isError && gRaisedCode != EXCEPTION_STACK_OVERFLOW ? EXCEPTION_EXECUTE_HANDLER
