@@ -2,6 +2,7 @@
 
 #include "diag/ErrorReport.h"
 #include "diag/WidePath.h"
+#include "storage/FoundFiles.h"
 
 #include <atomic>
 #include <cstdint>
@@ -131,16 +132,11 @@ bool WriteFileAtomically(const char *path, const void *data, size_t size) {
 
 void RemoveOldTemporaryFiles(const char *folder) {
     WidePath wide, path;
-    WIN32_FIND_DATAW found;
     if (!*folder || !WidenPath(folder, &wide) || !JoinPath(wide.text, L"brx*.tmp", &path))
         return;
-    const HANDLE search = FindFirstFileW(SystemPath(path.text).text, &found);
-    if (search == INVALID_HANDLE_VALUE)
-        return;
-    do {
+    TakeFoundFiles(path.text, [&](const WIN32_FIND_DATAW &found) {
         if (IsTemporaryName(found.cFileName) && IsOld(found.ftLastWriteTime) &&
             JoinPath(wide.text, found.cFileName, &path))
             DeleteFileW(SystemPath(path.text).text); // of a folder it does nothing
-    } while (FindNextFileW(search, &found));
-    FindClose(search);
+    });
 }

@@ -1,6 +1,7 @@
 #include "storage/InstalledFiles.h"
 
 #include "diag/module/ModuleInstance.h"
+#include "storage/FoundFiles.h"
 
 #include <cwchar>
 #include <windows.h>
@@ -57,12 +58,6 @@ void CopyInstalledSets(const char *folder) {
     if (!FindInstalledFile(L"presets", &from) || !WidenPath(folder, &to) ||
         !JoinPath(from.text, L"*.sss", &pattern))
         return;
-    WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW(SystemPath(pattern.text).text, &found);
-    if (search == INVALID_HANDLE_VALUE)
-        return;
-    do {
-        CopySet(from.text, to.text, found.cFileName);
-    } while (FindNextFileW(search, &found));
-    FindClose(search);
+    TakeFoundFiles(pattern.text,
+                   [&](const WIN32_FIND_DATAW &found) { CopySet(from.text, to.text, found.cFileName); });
 }

@@ -2,6 +2,7 @@
 
 #include "diag/ErrorReport.h"
 #include "storage/AppFolders.h"
+#include "storage/FoundFiles.h"
 #include "storage/ParameterFiles.h"
 
 #include <cerrno>
@@ -99,15 +100,9 @@ bool ReadAllParameterSets(NativeWindow ownerWindow, ParameterSetTaker take, void
     if (!JoinPath(folder.text, L"*", kWideExtension, &pattern))
         return SearchFailed(folder.text, ERROR_FILENAME_EXCED_RANGE);
     const SetSearch search = {ownerWindow, folder.text, take, context};
-    WIN32_FIND_DATAW found;
-    const HANDLE handle = FindFirstFileW(SystemPath(pattern.text).text, &found);
-    if (handle == INVALID_HANDLE_VALUE)
-        return GetLastError() == ERROR_FILE_NOT_FOUND || SearchFailed(pattern.text, GetLastError());
-    do {
-        ReadFoundSet(search, found);
-    } while (FindNextFileW(handle, &found));
-    FindClose(handle);
-    return true;
+    return TakeFoundFiles(pattern.text,
+                          [&](const WIN32_FIND_DATAW &found) { ReadFoundSet(search, found); }) ||
+           GetLastError() == ERROR_FILE_NOT_FOUND || SearchFailed(pattern.text, GetLastError());
 }
 
 bool DeleteSavedParameterSet(const wchar_t *path) {

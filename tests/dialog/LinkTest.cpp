@@ -29,6 +29,7 @@ protected:
             PostMessageA(box, WM_COMMAND, IDOK, 0);
         };
         const auto show = [](HINSTANCE module, LPCSTR name, HWND owner, DLGPROC about, LPARAM parameter) {
+            EXPECT_EQ(GetCursor(), LoadCursorA(module, MAKEINTRESOURCEA(kWaitCursorId)));
             return PlayModal(
                 about,
                 [&](DLGPROC played) { return DialogBoxParamA(module, name, owner, played, parameter); },
@@ -38,6 +39,7 @@ protected:
         host::ReplaceImport<decltype(&DialogBoxParamA)>(module.module, nullptr, "DialogBoxParamA", show,
                                                         &hooks);
         Open();
+        SetCursor(nullptr);
         EXPECT_EQ(host::CallAbout(filterHost), kNoError);
         host::RestoreImports(&hooks);
         host::CloseHost(filterHost);
@@ -88,6 +90,8 @@ TEST_F(Links, TheAboutBoxOpensItsAddressesAndTellsWhatItCannotOpen) {
             SendDlgItemMessageA(box, id, BM_CLICK, 0, 0);
         }
         EXPECT_EQ(gAnswers.opened, addresses);
+        const Picture logo = CaptureClient(GetDlgItem(box, kAboutLogoId));
+        EXPECT_NE(PixelAt(logo, logo.width / 2, logo.height / 2), PixelAt(logo, 0, 0)) << "there is one";
         for (const UINT message : {WM_DRAWITEM, WM_SETTINGCHANGE}) // without a record, which must not end it
             SendMessageA(box, message, 0, 0);
         wchar_t text[100] = L"";

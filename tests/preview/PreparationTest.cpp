@@ -144,6 +144,8 @@ TEST(PreviewPreparation, ATileIsDoneAgainWhenALightChangesWhileItIsRendered) {
     const PreviewRequest request = MakeTestRequest(images.run.View(100.0, 1800, 1400));
     PreparePreview(request);
     PreviewTile tile{};
+    ASSERT_TRUE(FindPreviewTile(MakeTestRequest(images.run.View(50.0)), PreviewArea::image, &tile));
+    EXPECT_TRUE(RectContains(tile.rect, 1000, 750)) << "what is looked at goes first";
     ASSERT_TRUE(FindPreviewTile(request, PreviewArea::visible, &tile));
     const LightSourceTableView table = GetLightSourceTable();
     const LightSource *light =

@@ -10,6 +10,7 @@
 #include "tests/support/PreviewState.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/support/SystemObjects.h"
+#include "ui/pixels/TypePictures.h"
 #include "ui/preview/PreviewDraft.h"
 #include "ui/preview/PreviewImages.h"
 #include "ui/preview/PreviewProxies.h"
@@ -68,6 +69,8 @@ TEST(ProxyUpdateTask, ServesVisibleSurroundingsAndTheRestAndCountsThem) {
     EXPECT_LE(PeakBufferBytes() - before, 2 * run.image.pixelBytes + 100000000);
     EXPECT_EQ(gFloor, 65535u);
     EXPECT_FALSE(gPreciseMode);
+    std::vector<uint32_t> type(9, ~0u);
+    EXPECT_TRUE(ShrinkTypePicture(0, 3, type.data()) && std::count(type.begin(), type.end(), ~0u) == 0);
     const auto ready = std::find_if(run.messages.begin(), run.messages.end(),
                                     [](const SentMessage &m) { return m.message == kMsgTableReady; });
     const std::vector<SentMessage> progress =
@@ -143,6 +146,7 @@ TEST(ProxyUpdateTask, DraftsOfTheWholeViewFollowADrag) {
     for (const RECT &rect : invalid)
         EXPECT_EQ(rect.right, 0) << "whole";
     EXPECT_NE(run.Paint(view), before);
+    EXPECT_LT(gProxyUpdate.nanosecondsPerPixel, 10000) << "no view took longer";
     // At rest it is what a preview made from nothing shows.
     ASSERT_TRUE(run.WaitUntil([&] { return IsPreviewFinished(request); }));
     const std::vector<uint32_t> atRest = run.Paint(view);
@@ -154,6 +158,9 @@ TEST(ProxyUpdateTask, DraftsOfTheWholeViewFollowADrag) {
     EXPECT_NE(run.Paint(view), atRest);
     ShowFreshOverDraft();
     EXPECT_EQ(run.Paint(view), atRest);
+    for (const double scale : {12.0, 6.0}) // another quality has a picture of its own
+        EXPECT_EQ(NeedDraftPicture(scale, gProxyUpdate.stopDraft, &gProxies.draftPictures)->bounds.right,
+                  ScaleRect(run.image.bounds, scale).right);
 }
 
 // A request that changes nothing cancels nothing, and after a pan the tile in work is finished and kept.
@@ -310,7 +317,8 @@ TEST(ProxyUpdateTask, FailingCreationsAreReportedAndOnlyTheThreadsAndTheImagesAr
         ASSERT_EQ(BufferBytesInUse(), held) << failure.text;
     }
     TakeReports();
-    EXPECT_FALSE(StartProxyUpdateTask(run.display, {nullptr, nullptr, 0, run.dialog}));
+    const ImageBuffer none{};
+    EXPECT_FALSE(StartProxyUpdateTask(run.display, {&none, nullptr, 0, run.dialog}));
     EXPECT_FALSE(StartProxyUpdateTask(nullptr, {&run.image, nullptr, 0, run.dialog}));
     EXPECT_TRUE(TakeReports().empty());
 }

@@ -43,7 +43,14 @@ std::vector<std::string> Messages() {
 
 using Strings = std::vector<std::string>;
 
+// Installed sets are copied where the user has no folder for sets yet, and never again.
 TEST_F(AppFolders, AreSetAndTheUsersOwnAreMade) {
+    constexpr const char *files[] = {"\\One.sss", "\\Two.sss", "\\Two.txt"};
+    MakeFolder(folder / "presets");
+    for (const char *name : files)
+        WriteWholeFile((folder / "presets") + name, name);
+    RegSetKeyValueA(HKEY_CURRENT_USER, "Software\\Nexorvanta\\Brillatrix", "InstallFolder", REG_SZ,
+                    folder.Path().c_str(), static_cast<DWORD>(folder.Path().size() + 1));
     for (int run = 0; run < 2; ++run) {
         EXPECT_TRUE(InitAppFolders("Brillatrix", "Brillatrix Pro"));
         EXPECT_EQ(gSettingsFolder, folder / "Local\\Nexorvanta\\Brillatrix\\Settings");
@@ -57,7 +64,12 @@ TEST_F(AppFolders, AreSetAndTheUsersOwnAreMade) {
         EXPECT_FALSE(Exists(gCommonDataFolder));
         EXPECT_EQ(Messages(), Strings{});
         EXPECT_EQ(TakeShellFolderCalls(), (std::vector<int>{0x801C, 0x801C, 0x801C, 0x8023}));
+        int copied = 0;
+        for (const char *name : files)
+            copied += DeleteFileA((std::string(gParametersFolder) + name).c_str());
+        EXPECT_EQ(copied, run == 0 ? 2 : 0);
     }
+    RegDeleteTreeA(HKEY_CURRENT_USER, "Software\\Nexorvanta");
 }
 
 TEST_F(AppFolders, AFolderThatTheShellRefusesStaysEmptyAndTheOthersAreSet) {

@@ -33,19 +33,6 @@ protected:
     TemporaryFolder folder;
 };
 
-TEST_F(AtomicFile, MakesAndReplacesAFileAndLeavesNothingElse) {
-    const std::string path = folder / "a.sss";
-    EXPECT_TRUE(Write(path, std::string("\0\r\n\x1A", 4)));
-    EXPECT_EQ(ReadWholeFile(path), std::string("\0\r\n\x1A", 4));
-    EXPECT_TRUE(Write(path, "second and longer"));
-    EXPECT_TRUE(Write(path, "third"));
-    EXPECT_EQ(ReadWholeFile(path), "third");
-    EXPECT_TRUE(Write(path, ""));
-    EXPECT_EQ(ReadWholeFile(path), "");
-    EXPECT_EQ(folder.Names(), Strings{"a.sss"});
-    EXPECT_TRUE(TakeReports().empty());
-}
-
 TEST_F(AtomicFile, AFailureAtAnyStepKeepsTheOldFile) {
     const std::string path = folder / "a.sss";
     WriteWholeFile(path, "old");

@@ -412,6 +412,19 @@ TEST_F(DialogLook, DarkAppsHaveItDarkUnlessTheContrastIsHigh) {
     host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "SystemParametersInfoW", TellContrast, &hooks);
     EXPECT_TRUE(ReadLook());
     EXPECT_LT(LightParts(), 40);
+    SendMessageA(Item(kPreviewOnId), BM_SETCHECK, BST_CHECKED, 0);
+    Show();
+    const Picture box = CaptureClient(Item(kPreviewOnId));
+    const COLORREF ink = ColorOf(kFieldColor);
+    std::string mark; // of its columns: the upper row and the number of rows
+    for (int x = 0; x < box.width; ++x) {
+        int top = 0, count = 0;
+        for (int y = box.height - 1; y >= 0; --y)
+            if (PixelAt(box, x, y) == RGB(GetBValue(ink), GetGValue(ink), GetRValue(ink)))
+                top = y, ++count;
+        mark += count ? std::to_string(100 * top + count) + " " : "";
+    }
+    EXPECT_EQ(mark, "702 802 902 802 702 602 502 ");
     gHasContrast = true;
     EXPECT_TRUE(ReadLook());
     host::RestoreImports(&hooks);
@@ -437,15 +450,18 @@ TEST_F(DialogLook, ASelectedToolHasItsDrawingInAFrame) {
     const uint32_t frame = PixelAt(tool, tool.width / 2, 0), plate = PixelAt(tool, 2, 2);
     for (int x = 1; x < tool.width - 1; ++x)
         EXPECT_TRUE(PixelAt(tool, x, 0) == frame && PixelAt(tool, x, tool.height - 1) == frame) << x;
-    int rows = 0;
-    for (int y = 2; y < tool.height - 2; ++y)
-        for (int x = 2; x < tool.width - 2; ++x)
-            if (PixelAt(tool, x, y) != plate) {
-                ++rows;
-                break;
-            }
-    EXPECT_GT(rows, tool.height / 2);
     EXPECT_NE(frame, plate);
+    for (const int id : {kPanIconId, kProductLogoId}) {
+        const Picture picture = CaptureClient(Item(id));
+        int rows = 0;
+        for (int y = 2; y < picture.height - 2; ++y)
+            for (int x = 2; x < picture.width - 2; ++x)
+                if (PixelAt(picture, x, y) != PixelAt(picture, picture.width - 3, picture.height - 3)) {
+                    ++rows;
+                    break;
+                }
+        EXPECT_GT(rows, picture.height * 3 / 4) << id;
+    }
 }
 
 TEST_F(DialogLook, TheCornerSizesTheWindow) {

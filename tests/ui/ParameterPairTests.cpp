@@ -196,7 +196,8 @@ TEST_F(ParameterPairs, KeysStepThroughTheTrackbar) {
                  {kThreshold, false, VK_DOWN, 1, 0, 0},      {kThreshold, false, VK_PRIOR, 65535, 100, 1},
                  {kAngle, false, VK_UP, 1, 151, 1},          {kAngle, true, VK_DOWN, 1, 141, 1},
                  {kAngle, false, VK_LEFT, 1, 141, 0},        {kNumberOfPoints, true, VK_UP, 13, 32, 1},
-                 {kNumberOfPoints, true, VK_DOWN, 1, 30, 1}, {kNumberOfPoints, true, VK_NEXT, 1, 22, 1}};
+                 {kNumberOfPoints, true, VK_DOWN, 1, 30, 1}, {kNumberOfPoints, true, VK_NEXT, 1, 22, 1},
+                 {kAngle, false, VK_PRIOR, 1, 241, 1}};
     for (const auto &step : steps) {
         SetFocus(Edit(step.row));
         HoldKeys(false, step.ctrl);
@@ -270,7 +271,9 @@ TEST_F(ParameterPairs, OnlyTheFocusedFieldIsHighlighted) {
             const Look look = LookOf(picture, i);
             EXPECT_EQ(look.highlighted > 50, i == focused);
             EXPECT_EQ(look.highlighted == 0 && look.window > 150 && look.text > 5, i != focused);
+            SendMessageA(Edit(i), WM_NCPAINT, 1, 0); // around the text
         }
+        EXPECT_EQ(CaptureWindow(gPairs.window).pixels, picture.pixels);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "storage/ParameterFiles.h"
 #include "tests/storage/TemporaryFolder.h"
 #include "tests/support/RecordingDiag.h"
+#include "tests/support/SystemObjects.h"
 #include "tests/support/WindowDriver.h"
 #include "ui/settings/ParameterFileCommands.h"
 #include "ui/settings/ParameterSetList.h"
@@ -127,6 +128,7 @@ protected:
         gParametersFolder[0] = '\0';
         gParameterBlockAccessor = nullptr;
         gPrompts = {};
+        EXPECT_EQ(LiveObjects()["FindFirstFileW"], 0);
     }
 
     static std::wstring In(const TemporaryFolder &place, const std::wstring &name) {
@@ -170,23 +172,6 @@ TEST_F(ParameterSetList, IsFilledFromTheFolderAndOwnsTheBlocks) {
     EXPECT_STREQ(tooSmall, L"x");
     FreeParameterSetList(dialog);
     EXPECT_EQ(ParameterSetAt(dialog, 0), nullptr);
-}
-
-TEST_F(ParameterSetList, LoadingAppliesAndFromElsewhereAddsAndSelects) {
-    WriteSet(L"One.sss", '1');
-    FillParameterSetList(dialog);
-    Pick(Wide(L"one.SSS"));
-    EXPECT_EQ(LoadParameterFileDialog(dialog), 0);
-    EXPECT_EQ(Marks(), "1");
-    const std::wstring other = Elsewhere(L"M\u00FCnchen \u2605.v2.sss");
-    ASSERT_TRUE(SaveParametersFile(MarkedBlock('e'), other.c_str()));
-    Pick(other);
-    LoadParameterFileDialog(dialog);
-    EXPECT_EQ(Marks(), "1e");
-    EXPECT_EQ(NameAt(1), L"M\u00FCnchen \u2605.v2");
-    EXPECT_EQ(SelectedParameterSet(dialog), 1);
-    EXPECT_EQ(CurrentMark(), 'e');
-    EXPECT_TRUE(TakeReports().empty());
 }
 
 TEST_F(ParameterSetList, SavingWritesTheCurrentSetAndListsIt) {

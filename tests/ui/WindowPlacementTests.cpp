@@ -82,8 +82,8 @@ TEST(WindowPlacement, TheFrameThatIsSeenIsTheSystemsToTell) {
     gVisibleFrame = {57, 60, 343, 253};
     EXPECT_TRUE(InvisibleFrame(window) == (RECT{7, 0, 7, 7}));
     gVisibleFrame = {};
-    const RECT usual = InvisibleFrame(window);
-    EXPECT_TRUE(usual.left > 0 && usual.left == usual.bottom && usual.top == 0) << usual.left;
+    const LONG hidden = GetSystemMetrics(SM_CXSIZEFRAME) + GetSystemMetrics(SM_CXPADDEDBORDER) - 1;
+    EXPECT_TRUE(InvisibleFrame(window) == (RECT{hidden, 0, hidden, hidden}));
     host::RestoreImports(&hooks);
     DestroyWindow(window);
 }

@@ -302,6 +302,14 @@ TEST_F(UpdateTest, SwitchingOffEndsTheRequestThatIsOnItsWay) {
     EXPECT_STREQ(answer.failure, kUpdateUnwanted);
     EXPECT_STREQ(Ask(address).failure, kUpdateUnwanted);
     EXPECT_EQ(slow->Requests().size(), 1u);
+    const auto wake = [](HANDLE) -> BOOL {
+        ADD_FAILURE() << "a request that has its answer";
+        return TRUE;
+    };
+    host::ImportHooks hooks;
+    host::ReplaceImport<BOOL(WINAPI *)(HANDLE)>(GetModuleHandleA(nullptr), nullptr, "SetEvent", wake, &hooks);
+    SetUpdateNotice(false);
+    host::RestoreImports(&hooks);
     slow.reset();
     EndUpdateRequest(request);
 }

@@ -292,42 +292,4 @@ TEST_F(DisplayInput, AnswersOfTheControlAndItsCursors) {
                       LoadDisplayCursor(static_cast<DisplayCursor>(b)));
 }
 
-// Whatever comes, the gesture ends in idle, without capture, and the view stays on the image.
-TEST_F(DisplayInput, RandomInputKeepsItsSenses) {
-    SetLightSources();
-    std::mt19937 random(99);
-    constexpr UINT messages[] = {WM_LBUTTONDOWN, WM_MOUSEMOVE, WM_MOUSEMOVE, WM_LBUTTONUP, WM_MOUSELEAVE};
-    constexpr WPARAM keys[] = {VK_LEFT, VK_NEXT, VK_HOME, VK_SPACE, VK_ESCAPE, VK_END, VK_CONTROL};
-    for (int i = 0; i < 5000; ++i) {
-        const int x = static_cast<int>(random() % 800) - 200, y = static_cast<int>(random() % 600) - 150;
-        switch (random() % 8) {
-        case 0:
-            SelectViewTool(1 + random() % 4);
-            break;
-        case 1:
-            HoldKeys(random() % 3 == 0, random() % 3 == 0);
-            break;
-        case 2:
-            SendMessageA(display, random() % 2 ? WM_KEYDOWN : WM_KEYUP, keys[random() % 7], 1);
-            break;
-        case 3:
-            Wheel(x, y, static_cast<int>(random() % 500) - 250, random() % 3 ? 0 : MK_CONTROL);
-            break;
-        case 4:
-            if (random() % 20 == 0)
-                ReleaseCapture();
-            SendMessageA(display, WM_TIMER, 1 + random() % 3, 0);
-            break;
-        default:
-            SendMouse(display, messages[random() % 5], {x, y});
-        }
-        ASSERT_TRUE(IsMouseState(State()));
-        ASSERT_EQ(State() != kMouseIdle, GetCapture() == display) << "step " << i;
-        const IntRect in = ImageInClient(View()), d = View().display;
-        ASSERT_TRUE(in.left <= d.left || in.right <= d.right + 1) << "step " << i;
-        ASSERT_FALSE(IsEmptyRect(IntersectRects(in, d))) << "step " << i;
-    }
-    CancelPreviewGesture();
-}
-
 } // namespace

@@ -77,6 +77,11 @@ TEST_F(DisplayPainting, TheBorderMarksTheFocusAndTheSurroundIsNeutral) {
     EXPECT_EQ(PixelAt(picture, 3, 3), kSurroundPixel);
     EXPECT_NE(PixelAt(picture, 201, 151), kSurroundPixel);
     EXPECT_EQ(WrongPixels(picture), 0);
+    const HDC dc = GetDC(display); // printed over what is no longer there
+    PatBlt(dc, 0, 0, kDisplayWidth, kDisplayHeight, WHITENESS);
+    SendMessageA(display, WM_PRINTCLIENT, reinterpret_cast<WPARAM>(dc), PRF_CLIENT);
+    ReleaseDC(display, dc);
+    EXPECT_EQ(CaptureClient(display).pixels, picture.pixels);
     gFakePreview.paintFails = true;
     InvalidateRect(display, nullptr, FALSE);
     EXPECT_EQ(PixelAt(Show(), 201, 151), kSurroundPixel) << "there is no picture";
@@ -132,7 +137,18 @@ TEST_F(DisplayPainting, FailingSystemCallsLeaveADisplayThatWorks) {
         }
     }
     EXPECT_EQ(reported, 4) << "the four regions";
-    EXPECT_EQ(gFakePreview.starts, 6);
+    OpenReady();
+    Show();
+    const std::pair<uint32_t, const char *> combinations[] = {{952, "ImageRegion and UpdateRegion."},
+                                                              {963, "DisplayRegion and ImageRegion."},
+                                                              {967, "FillRegion and UpdateRegion."}};
+    for (int n = 1; const auto &[site, regions] : combinations) {
+        FailSystemCall("CombineRgn", n++, 0);
+        InvalidateRect(display, nullptr, FALSE);
+        Show();
+        ExpectReport(site, (std::string("Could not combine ") + regions).c_str());
+    }
+    EXPECT_EQ(gFakePreview.starts, 7);
     EXPECT_EQ(gFakePreview.stops, 6);
 }
 

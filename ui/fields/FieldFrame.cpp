@@ -16,7 +16,7 @@ constexpr int kInsetPart = 4; // of a line's height, left and right of the digit
 void TakeClientArea(LONG kept, RECT *rect) {
     const LONG height = rect->bottom - rect->top;
     const LONG line = MulDiv(static_cast<int>(height), kLineUnits, kFieldUnits) + kept;
-    const LONG inset = std::min(line / kInsetPart + 1, (rect->right - rect->left) / 2);
+    const LONG inset = std::min(line / kInsetPart, (rect->right - rect->left) / 2);
     rect->left += inset;
     rect->right -= inset;
     rect->top += (height - line) / 2;

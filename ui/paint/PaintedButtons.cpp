@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <commctrl.h>
+#include <cstdlib>
 #include <uxtheme.h>
 #include <vsstyle.h>
 
@@ -58,22 +59,16 @@ bool DrawThemedBox(HWND control, HDC dc, const RECT &box, const BoxState &state)
     return drawn;
 }
 
-// Two strokes on a grid of kMarkSteps.
+// Down to the corner and up again, on a grid of kMarkSteps.
 void DrawCheckMark(HDC dc, const RECT &box, PaletteColor color) {
     const int size = static_cast<int>(box.right - box.left), x = static_cast<int>(box.left),
               y = static_cast<int>(box.top);
     const auto at = [size](int step) { return step * size / kMarkSteps; };
     const int thickness = std::max(1, size / 7);
-    for (int i = 0; i <= at(2); ++i)
-        FillWith(
-            dc,
-            {x + at(3) + i, y + at(6) + i - thickness / 2, x + at(3) + i + 1, y + at(6) + i + thickness + 1},
-            color);
-    for (int i = 0; i <= at(4); ++i)
-        FillWith(
-            dc,
-            {x + at(5) + i, y + at(8) - i - thickness / 2, x + at(5) + i + 1, y + at(8) - i + thickness + 1},
-            color);
+    for (int i = at(3); i <= at(9); ++i) {
+        const int middle = y + at(8) - std::abs(i - at(5));
+        FillWith(dc, {x + i, middle - thickness / 2, x + i + 1, middle + thickness + 1}, color);
+    }
 }
 
 void DrawDarkBox(HDC dc, const RECT &box, const BoxState &state) {

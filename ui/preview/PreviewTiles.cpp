@@ -125,14 +125,12 @@ bool FindMissingEffect(TileWork *work) {
     return true;
 }
 
-bool BeginWorkLocked(const PreviewRequest &request, const PreviewTile &tile, TileWork *work) {
-    work->document = tile.rect;
+bool BeginWorkLocked(const PreviewRequest &request, PreviewTile tile, TileWork *work) {
     if (tile.area != PreviewArea::image) {
         FindMissing(tile.rect, gProxies.FreshRegion, kFindFresh);
-        work->scaled = RegionBox(gProxies.WorkRegion);
-        work->document =
-            IntersectRects(UnscaleRect(work->scaled, request.zoom), gProxies.HostProxyImage.bounds);
+        tile.rect = work->scaled = RegionBox(gProxies.WorkRegion);
     }
+    work->document = DocumentOfTile(request, tile);
     const bool isFound = !request.previewOn || (CopyLightSources() && FindMissingEffect(work));
     work->changesSeen = gProxies.effectChanges;
     return isFound;
@@ -211,6 +209,12 @@ IntRect VisibleDocument(const PreviewRequest &request) {
     return IsEmptyRect(visible)
                ? visible
                : IntersectRects(UnscaleRect(visible, request.zoom), gProxies.HostProxyImage.bounds);
+}
+
+IntRect DocumentOfTile(const PreviewRequest &request, const PreviewTile &tile) {
+    if (tile.area == PreviewArea::image)
+        return tile.rect;
+    return IntersectRects(UnscaleRect(tile.rect, request.zoom), gProxies.HostProxyImage.bounds);
 }
 
 double MissingEffect(const PreviewRequest &request) {

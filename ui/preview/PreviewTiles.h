@@ -40,6 +40,8 @@ struct PreviewCancelFlags {
 TileResult RenderPreviewTile(const PreviewRequest &request, const PreviewTile &tile,
                              const PreviewCancelFlags &cancel);
 
+// The part of the image that a tile shows.
+IntRect DocumentOfTile(const PreviewRequest &request, const PreviewTile &tile);
 // The visible part of the image, scaled and document; empty when the image lies outside the display.
 IntRect VisibleImage(const PreviewRequest &request);
 IntRect VisibleDocument(const PreviewRequest &request);

@@ -133,9 +133,7 @@ void AddToDisplayRegion(const Serving &serving, const IntRect &tile) {
 }
 
 // So that a new request can tell whether it is still of use.
-void SetTileInWork(const PreviewTile &tile) {
-    const IntRect document =
-        tile.area == PreviewArea::image ? tile.rect : UnscaleRect(tile.rect, gProxyUpdate.working.zoom);
+void SetTileInWork(const IntRect &document) {
     if (LockRequests()) {
         gProxyUpdate.tileInWork = document;
         UnlockRequests();
@@ -144,12 +142,9 @@ void SetTileInWork(const PreviewTile &tile) {
 
 // False when the tile could not be rendered: then the rest cannot be, either, or is not wanted any more.
 bool ServeTile(const Serving &serving, const PreviewTile &tile) {
-    SetTileInWork(tile);
+    SetTileInWork(DocumentOfTile(gProxyUpdate.working, tile));
     const TileResult result = RenderPreviewTile(gProxyUpdate.working, tile, gProxyUpdate.cancel);
-    if (LockRequests()) {
-        gProxyUpdate.tileInWork = IntRect{};
-        UnlockRequests();
-    }
+    SetTileInWork({});
     if (result != TileResult::rendered)
         return false;
     PostProgress(++gProxyUpdate.working.tilesDone, serving.total);

@@ -151,7 +151,7 @@ bool StartThread() {
 
 bool StartProxyUpdateTask(HWND display, const PreviewSource &source) {
     StopProxyUpdateTask();
-    if (!display || !source.image || !PreparePreviewImages(*source.image))
+    if (!display || !PreparePreviewImages(*source.image))
         return false;
     ResetTask(display, source.dialog);
     CreateTaskObjects();
