@@ -4,7 +4,7 @@ target_link_libraries(invert_filter PRIVATE brillatrix_options)
 set_target_properties(invert_filter PROPERTIES PREFIX "" SUFFIX ".8bf" OUTPUT_NAME InvertFilter)
 
 brillatrix_test(host_tests DESKTOP
-    LIBS filter_host
+    LIBS system_objects filter_host
     SOURCES
         host/TestFiles.cpp host/PlayedFilter.cpp
         host/PictureFilesTest.cpp host/ImageAccessTest.cpp host/FilterRunTest.cpp host/MisuseTest.cpp

@@ -8,14 +8,14 @@
 #   MUTATE_TESTS="engine_tests"   runs other programs than the room's
 #   MUTATE_ALL=1                  runs on to tell every case that catches a fault
 #   MUTATE_QUICK=1                leaves out the longest cases, which otherwise run last
-#   MUTATE_ONLY=TEXT              only faults whose printed line contains TEXT, whatever COUNT
+#   MUTATE_ONLY=TEXT              only faults whose printed line contains a line of TEXT, whatever COUNT
 command -v python3 >/dev/null || { echo "mutate.sh: needs python3" >&2; exit 2; }
 exec python3 - "$(cd "$(dirname "$0")/.." && pwd)" "$@" <<'PYTHON'
 import filecmp, hashlib, os, re, shutil, signal, subprocess, sys, time
 
 root, room = sys.argv[1], sys.argv[2].rstrip('/') if len(sys.argv) > 2 else sys.exit('which room?')
 count, seed = int(sys.argv[3]) if len(sys.argv) > 3 else 20, sys.argv[4] if len(sys.argv) > 4 else '1'
-only, to_the_end = os.environ.get('MUTATE_ONLY', ''), 'MUTATE_ALL' in os.environ
+only, to_the_end = os.environ.get('MUTATE_ONLY', '').splitlines(), 'MUTATE_ALL' in os.environ
 signal.signal(signal.SIGTERM, lambda *_: sys.exit('mutate.sh: ended from outside'))
 ENGINE, RENDER = 'engine_tests debug_picture_tests fuzz_detection', 'render_tests debug_picture_tests fuzz_render'
 TESTS = {  # of a folder or file; the longest name that fits counts
@@ -24,7 +24,10 @@ TESTS = {  # of a folder or file; the longest name that fits counts
     'render/ParameterSet': 'render_tests plugin_tests', 'diag': 'diag_tests storage_tests',
     'diag/module/ModuleVersion.cpp': 'update_tests', 'storage': 'storage_tests ui_tests', 'web': 'update_tests',
     'host': 'host_tests', 'host/services': 'host_tests plugin_tests', 'host/filter': 'host_tests plugin_tests',
-    'plugin': 'diagnostic_tests plugin_tests', 'plugin/FinalRender.cpp': 'plugin_tests dialog_tests',
+    'host/metadata': 'host_tests fuzz_metadata fuzz_pictures', 'host/module': 'host_tests fuzz_metadata',
+    'host/options': 'host_tests fuzz_files', 'host/pictures': 'host_tests fuzz_pictures',
+    'plugin': 'diagnostic_tests plugin_tests fuzz_host', 'plugin/FinalRender.cpp': 'plugin_tests dialog_tests',
+    'plugin/parameters': 'diagnostic_tests plugin_tests fuzz_script',
     'ui': 'look_tests dialog_tests', 'ui/fields': 'ui_tests dialog_tests', 'ui/settings': 'ui_tests dialog_tests',
     'ui/paint': 'look_tests viewer_tests view_tests dialog_tests',
     'ui/window': 'ui_tests look_tests viewer_tests dialog_tests', 'ui/display': 'view_tests dialog_tests',
@@ -32,7 +35,7 @@ TESTS = {  # of a folder or file; the longest name that fits counts
     'ui/preview': 'preview_tests dialog_tests', 'ui/pixels': 'preview_native_tests view_tests preview_tests',
     'ui/viewers': 'viewer_tests debug_picture_tests diagnostic_tests'}
 PORTABLE = 'engine_tests reference_tests render_tests debug_picture_tests fuzz_detection fuzz_render ' \
-           'preview_native_tests view_native_tests'.split()
+           'fuzz_metadata preview_native_tests view_native_tests'.split()
 SWAPS = [(' < ', ' <= '), (' <= ', ' < '), (' > ', ' >= '), (' >= ', ' > '), (' == ', ' != '), (' != ', ' == '),
          (' + ', ' - '), (' - ', ' + '), (' * ', ' / '), (' / ', ' * '), (' && ', ' || '), (' || ', ' && '),
          (' & ', ' | '), (' | ', ' & '), (' << ', ' >> '), (' >> ', ' << '), ('true', 'false'), ('false', 'true'),
@@ -109,7 +112,7 @@ def run(test, cases='*', silence=600, stop=not to_the_end):
     command = ['sh', 'cmake/wine-run.sh'][:0 if test in PORTABLE else 2] + [program]
     if test.startswith('fuzz_'):
         corpus = f'tests/fuzz/corpus/{test[5:]}'
-        command += [corpus, re.search(rf'brillatrix_fuzz\({test[5:]} (\d+)', open(f'{scratch}/tests/fuzz.cmake').read())[1]]
+        command += [corpus, re.search(rf'_fuzz\({test[5:]} (\d+)', open(f'{scratch}/tests/fuzz.cmake').read())[1]]
     else:
         command += [f'--gtest_filter={cases}'] + ['--gtest_fail_fast'] * stop
     with open(log, 'w') as out:
@@ -186,7 +189,7 @@ with open(f'{root}/tests/mutants-without-effect.txt') as listed:
         reasons[entry.rpartition(' | ')[0]] = entry.rpartition(' | ')[2]
 caught = missed = without = 0
 for _, path, number, planted, name in choose():
-    if only and only not in name:
+    if only and not any(text in name for text in only):
         continue
     if not only and caught + missed + without >= count:
         break

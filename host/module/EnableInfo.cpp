@@ -60,7 +60,8 @@ static bool IsSameWord(const std::string &a, const char *b) {
 
 static int64_t NumberOf(Expression &e, const std::string &digits) {
     constexpr size_t kMostDigits = 15;
-    if (digits.size() > kMostDigits || digits.find_first_not_of("0123456789") != std::string::npos) {
+    if (digits.empty() || digits.size() > kMostDigits ||
+        digits.find_first_not_of("0123456789") != std::string::npos) {
         e.failed = true;
         return 0;
     }
@@ -87,9 +88,7 @@ static int64_t ValueOfWord(Expression &e, const std::string &word) {
     for (size_t mode = 0; mode < std::size(kModeNames); mode++)
         if (IsSameWord(word, kModeNames[mode]))
             return static_cast<int64_t>(mode);
-    if (word.empty() || word[0] < '0' || word[0] > '9')
-        e.failed = true;
-    return e.failed ? 0 : NumberOf(e, word);
+    return NumberOf(e, word);
 }
 
 static int64_t TakeEither(Expression &e);

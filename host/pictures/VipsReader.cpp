@@ -23,7 +23,7 @@ constexpr int32_t kRowsAtOnce = 128;
 
 // Compressed data of these kinds cannot become more pixels than this many times its length, so a small file
 // cannot claim a huge picture.
-constexpr uint64_t kMostCompression = uint64_t{8} * 1040; // of pixels of one bit, by the most that Deflate can do
+constexpr uint64_t kMostCompression = uint64_t{8} * 1040; // of pixels of one bit, by Deflate at its best
 
 using SourceHandle = std::unique_ptr<VipsSource, VipsRelease>;
 using RegionHandle = std::unique_ptr<VipsRegion, VipsRelease>;

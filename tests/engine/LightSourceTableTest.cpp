@@ -3,6 +3,7 @@
 
 #include "diag/BufferUsage.h"
 #include "engine/table/HideEffects.h"
+#include "engine/table/LightSourceGrid.h"
 #include "engine/table/LightSourceText.h"
 #include "tests/engine/TestImages.h"
 
@@ -44,6 +45,9 @@ TEST_F(LightSourceTableTest, GrowsByTwoThousandFortyEightRecordsAndSurvivesAFail
     for (int32_t i = 0; i < 2048; ++i)
         ASSERT_EQ(Add(&t.table, i * 10, 0, 1), kNoError);
     EXPECT_EQ(t.table.allocatedBytes, 2048 * sizeof(LightSource));
+    FailAllocation(3, false); // the grid's nodes
+    AttachLightSourceGrid({0, 0, 20480, 8}, 64, &t.table);
+    EXPECT_EQ(t.table.grid, nullptr) << "half a grid hides lights";
     FailAllocation(1, true);
     EXPECT_EQ(Add(&t.table, -10, 0, 1), kMemFullErr);
     EXPECT_EQ(Add(&t.table, 0, 0, 1), kMemFullErr); // room is made before the duplicate is seen

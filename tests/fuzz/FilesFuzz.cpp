@@ -8,6 +8,7 @@
 #include "storage/UISettings.h"
 #include "tests/fuzz/CaseBytes.h"
 #include "tests/storage/TemporaryFolder.h"
+#include "tests/support/ParameterKeys.h"
 #include "tests/support/RecordingDiag.h"
 #include "tests/update/LoopbackServer.h"
 #include "web/UpdateNotice.h"
@@ -81,6 +82,13 @@ void ReadSet(CaseBytes *from, const TemporaryFolder &folder) {
     ParameterSet current = before, expected;
     gParameters = &current;
     const bool isSet = MeansSet(file, &expected) && !file.holder, isHeld = file.holder.has_value();
+    host::Descriptor described, again;
+    std::string why;
+    const std::wstring path(file.path.begin(), file.path.end());
+    const bool isWhole = isSet && file.bytes.size() == kParameterBlockSize;
+    Require(host::ReadSettingsFile(path, &described, &why) == isWhole && described.values.empty() != isWhole,
+            "the program that plays the filter reads whole sets only");
+    Require(!isWhole || host::FindValue(described, kKeyAngle)->real == expected.angle / 10.0, "in degrees");
     Require(ReadInitialSettings(file.path.c_str()) == isSet, "a set's file is read, and no other");
     Require(AreSame(current, isSet ? expected : before), "the set is the file's, or as it was");
     RequireInRange(current);
@@ -92,10 +100,6 @@ void ReadSet(CaseBytes *from, const TemporaryFolder &folder) {
                 AreSame(current, isSet ? expected : before),
             "a kept set comes back");
     std::free(block);
-    // The program that plays the filter reads whole blocks only.
-    host::Descriptor described, again;
-    std::string why;
-    const std::wstring path(file.path.begin(), file.path.end());
     Require(host::ReadSettingsFile(path, &described, &why), "a kept set is one for the program too");
     const std::vector<uint8_t> made = host::SettingsFileBytes(described);
     WriteWholeFile(file.path, {made.begin(), made.end()});

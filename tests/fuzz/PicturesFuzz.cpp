@@ -107,6 +107,7 @@ Bytes MakeFile(const TestFolder &folder, const Form &form, int32_t planes, bool 
     constexpr int32_t kWidths[] = {1, 3, 70, 41}, kHeights[] = {1, 131, 1, 33};
     constexpr int kCompressions[] = {host::kVipsTiffNone, host::kVipsTiffDeflate, host::kVipsTiffPackBits,
                                      host::kVipsTiffLzw};
+    constexpr int kQualities[] = {100, 99, 40, 83};
     const Picture picture = MakeTestPicture(kWidths[size], kHeights[size], form.depth, planes, hasAlpha);
     Picture read;
     host::PictureOrigin origin;
@@ -114,6 +115,7 @@ Bytes MakeFile(const TestFolder &folder, const Form &form, int32_t planes, bool 
     origin.kind = host::PictureKind::kWebp;
     host::WriteOptions options;
     options.compression = kCompressions[size];
+    options.quality = form.isLossless ? 0 : kQualities[size];
     std::string why;
     const bool isWritten = host::WritePicture(folder.File(form.name), picture, {}, &why, origin, options);
     Require(isWritten, why.c_str());
@@ -121,6 +123,7 @@ Bytes MakeFile(const TestFolder &folder, const Form &form, int32_t planes, bool 
     Require(Read(file, true, &read, &origin), "a file of ours is read");
     Require(!form.isLossless || read == picture, "and comes back");
     const bool isJpeg = origin.kind == host::PictureKind::kJpeg;
+    Require(!isJpeg || origin.quality == kQualities[size], "a photo's quality is told from its tables");
     const bool isForSystem =
         isJpeg || origin.kind == host::PictureKind::kPng || origin.kind == host::PictureKind::kTiff;
     if (isForSystem && read.depth == 8 && read.colourPlanes == 3 && !read.hasAlpha)

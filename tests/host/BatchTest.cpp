@@ -2,9 +2,25 @@
 #include "tests/host/ProgramFixture.h"
 
 #include "host/batch/OutputNames.h"
+#include "host/sheet/SheetText.h"
+#include "host/workers/WorkerProcess.h"
+#include "tests/support/SystemObjects.h"
 
 using host::BatchOptions;
 using host::BatchPhoto;
+
+static const bool gObjectsAreCounted = CountOwnSystemObjects();
+
+// A batch makes thousands of them.
+TEST(BatchParts, GiveBackWhatTheyTakeOfTheSystem) {
+    const auto before = LiveObjects();
+    host::DrawLabel(L"a", 40, 20);
+    host::WorkerProcess worker;
+    std::string why;
+    ASSERT_TRUE(host::StartWorker({L"--gtest_list_tests"}, nullptr, &worker, &why)) << why;
+    host::EndWorker(&worker, false);
+    EXPECT_EQ(LiveObjects(), before);
+}
 
 TEST(BatchNames, PatternsPlacesAndClashes) {
     const TestFolder folder;
@@ -84,14 +100,7 @@ protected:
     }
     // No temporary file and nothing else.
     void ExpectResults(const std::vector<std::wstring> &names) {
-        std::vector<std::wstring> found;
-        WIN32_FIND_DATAW data;
-        const HANDLE search = FindFirstFileW((out + L"\\*").c_str(), &data);
-        do
-            if (!(data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
-                found.push_back(data.cFileName);
-        while (FindNextFileW(search, &data));
-        FindClose(search);
+        const std::vector<std::wstring> found = folder.List(L"\\out");
         EXPECT_TRUE(std::is_permutation(found.begin(), found.end(), names.begin(), names.end()));
     }
 };

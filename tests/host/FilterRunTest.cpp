@@ -48,6 +48,7 @@ TEST(FilterRun, OrderAndPutBackAfterEachFailure) {
         EXPECT_EQ(SelectorsPlayed(played.filterHost), c.expected);
         const bool isDone = c.failing == -1 || c.failing == kSelectorFinish;
         EXPECT_EQ(played.filterHost.document == before, !isDone) << c.failing;
+        EXPECT_TRUE(!isDone || played.filterHost.log.advances.back().selector == -1) << "the host's own";
         EXPECT_TRUE(played.filterHost.log.violations.empty());
     }
 }

@@ -130,6 +130,7 @@ TEST(Misuse, IsReported) {
         const auto violations = played.ViolationsOf(c.action);
         ASSERT_EQ(violations.size(), 1u) << c.expected;
         EXPECT_NE(violations[0].find(c.expected), std::string::npos) << violations[0];
+        EXPECT_TRUE(played.ViolationsOf([](FilterRecord &) {}).empty()) << c.expected << " told again";
     }
 }
 

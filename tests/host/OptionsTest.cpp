@@ -89,6 +89,8 @@ TEST(Options, FilesAndFlags) {
     EXPECT_EQ(dashes.out, L"-");
     ASSERT_TRUE(host::ParseOptions({L"--about"}, &dashes, &why));
     EXPECT_EQ(dashes.task, host::ProgramTask::kAbout);
+    ASSERT_TRUE(host::ParseOptions({L"batch", L"--json", L"a.png"}, &dashes, &why)) << why;
+    EXPECT_EQ(dashes.batch.json, L"-") << "a photo's name was taken for the file's";
 }
 
 TEST(Options, WrongUsageIsExplained) {
@@ -138,33 +140,6 @@ TEST(Options, WrongUsageIsExplained) {
     };
     for (const Case &c : cases)
         EXPECT_NE(ParseBad(c.arguments).find(c.why), std::string::npos) << c.why;
-}
-
-TEST(Options, SettingsFilesAreReadWhole) {
-    const TestFolder folder;
-    const std::wstring path = folder.File(L"a.sss");
-    ParameterSet set = kDefaultParameters;
-    set.angle = 225;
-    host::Bytes file(255, 0);
-    std::memcpy(file.data(), &set, sizeof(set));
-    WriteBytes(path, file);
-    host::Descriptor described;
-    std::string why;
-    ASSERT_TRUE(host::ReadSettingsFile(path, &described, &why)) << why;
-    EXPECT_EQ(described, host::DescribeParameters(set));
-    EXPECT_EQ(host::FindValue(described, kKeyAngle)->real, 22.5);
-    const host::Descriptor before = described;
-    for (const size_t length : {size_t{0}, size_t{40}, size_t{254}, size_t{256}}) {
-        host::Bytes wrong = file;
-        wrong.resize(length);
-        WriteBytes(path, wrong);
-        EXPECT_FALSE(host::ReadSettingsFile(path, &described, &why)) << length;
-    }
-    file[6] = 4; // build
-    WriteBytes(path, file);
-    EXPECT_FALSE(host::ReadSettingsFile(path, &described, &why));
-    EXPECT_FALSE(host::ReadSettingsFile(folder.File(L"absent.sss"), &described, &why));
-    EXPECT_EQ(described, before);
 }
 
 TEST(HostMemory, IsKeptAndDamageIsNoticed) {

@@ -39,23 +39,6 @@ TEST(PictureFiles, LossyFormatsAreNearlyTheSame) {
         }
 }
 
-// Bytes of a 2 x 1 PNG made elsewhere, 16-bit grey 0x1234 and 0xABCD: the codecs' order of bytes.
-TEST(PictureFiles, CodecsHaveTheFormatsByteOrder) {
-    const Bytes known = {0x89, 0x50, 0x4E, 0x47, 0x0D, 0x0A, 0x1A, 0x0A, 0x00, 0x00, 0x00, 0x0D, 0x49, 0x48,
-                         0x44, 0x52, 0x00, 0x00, 0x00, 0x02, 0x00, 0x00, 0x00, 0x01, 0x10, 0x00, 0x00, 0x00,
-                         0x00, 0x81, 0xD9, 0xFC, 0x15, 0x00, 0x00, 0x00, 0x0D, 0x49, 0x44, 0x41, 0x54, 0x78,
-                         0x9C, 0x63, 0x10, 0x32, 0x59, 0x7D, 0x16, 0x00, 0x03, 0x0C, 0x01, 0xBF, 0x6E, 0xB9,
-                         0xC6, 0x5D, 0x00, 0x00, 0x00, 0x00, 0x49, 0x45, 0x4E, 0x44, 0xAE, 0x42, 0x60, 0x82};
-    const TestFolder folder;
-    WriteBytes(folder.File(L"known.png"), known);
-    const Picture picture = ReadGood(folder.File(L"known.png"));
-    ASSERT_EQ(picture.depth, 16);
-    ASSERT_EQ(picture.colourPlanes, 1);
-    EXPECT_EQ(picture.planes[0], (Bytes{0x34, 0x12, 0xCD, 0xAB}));
-    WriteGood(folder.File(L"again.png"), picture);
-    EXPECT_EQ(ReadGood(folder.File(L"again.png")), picture);
-}
-
 TEST(PictureFiles, NetpbmHeadersAndRanges) {
     const TestFolder folder;
     const std::wstring path = folder.File(L"a.x");
@@ -118,6 +101,13 @@ TEST(PictureFiles, OrientationTurnsThePictureUpright) {
     file.insert(file.begin() + 2, exif.begin(), exif.end());
     WriteBytes(path, file);
     EXPECT_EQ(ReadGood(path).height, 16);
+    // A short and a rational, the other way round.
+    const Bytes big = {'M', 'M', 0, 42, 0, 0, 0, 8, 0, 2, 0x47, 0x46, 0, 3, 0, 0, 0, 1, 0,  5, 0, 0, 1,
+                       26,  0,   5, 0,  0, 0, 1, 0, 0, 0, 38,   0,    0, 0, 0, 0, 0, 0, 72, 0, 0, 0, 1};
+    const std::vector<host::ExifEntry> entries = host::ReadExifTree(big).picture;
+    ASSERT_EQ(entries.size(), 2u);
+    EXPECT_EQ(entries[0].value, (Bytes{5, 0}));
+    EXPECT_EQ(entries[1].value, (Bytes{72, 0, 0, 0, 1, 0, 0, 0}));
 }
 
 // As much of a profile as readers check: sizes, class, spaces, signature, illuminant; filled up with junk.
@@ -299,6 +289,8 @@ TEST(PictureFiles, MetadataTravelsAsFarAsTheKindsCan) {
         if (origin2.kind == host::PictureKind::kJpeg) {
             EXPECT_EQ(origin2.quality, 83) << "not as in the input";
             EXPECT_TRUE(origin2.halvesColour);
+            EXPECT_NE(file[3], 0xFE) << "a comment stands before what must be first";
+            EXPECT_EQ(stands("Exif"), (c.kept & kExif) != 0) << "made up";
         }
     }
 }

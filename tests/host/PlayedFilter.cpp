@@ -1,6 +1,5 @@
 #include "tests/host/PlayedFilter.h"
 
-
 // The entry carries no context: the one host of the running test.
 static FilterPlay gPlay;
 

@@ -232,7 +232,7 @@ class RealFilterTest : public ProgramTest {
 protected:
     void SetUp() override {
         ProgramTest::SetUp();
-        if (!DoesFileExist(ProgramFile(L"BrillatrixX64.8bf")))
+        if (!host::DoesFileExist(ProgramFile(L"BrillatrixX64.8bf")))
             GTEST_SKIP() << "the filter is not built";
         // A few lights on a dark picture.
         photo = host::MakePicture(200, 150, 8, 3, false);
@@ -461,7 +461,7 @@ TEST_F(RealFilterTest, DialogAndViewersOpen) {
     const ProgramRun cancelled = End(process);
     EXPECT_EQ(cancelled.status, 5u);
     EXPECT_EQ(cancelled.err, "brillatrix: cancelled in the dialog; nothing is written\n");
-    EXPECT_FALSE(DoesFileExist(out));
+    EXPECT_FALSE(host::DoesFileExist(out));
     process = Begin({L"--dialog", L"--show-lights", L"--length", L"80", in, out}, 0);
     EXPECT_TRUE(Press(process, L"Brillatrix Pro", IDOK));
     EXPECT_TRUE(Press(process, L"Light Source Table Entries", IDOK));

@@ -16,10 +16,10 @@ TestFolder::TestFolder() {
     CreateDirectoryW(path.c_str(), nullptr);
 }
 
-std::vector<std::wstring> TestFolder::List() const {
+std::vector<std::wstring> TestFolder::List(const std::wstring &inside) const {
     std::vector<std::wstring> names;
     WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW((path + L"\\*").c_str(), &found);
+    const HANDLE search = FindFirstFileW((path + inside + L"\\*").c_str(), &found);
     if (search == INVALID_HANDLE_VALUE)
         return names;
     do {
@@ -40,10 +40,6 @@ std::wstring ProgramFile(const std::wstring &name) {
     GetModuleFileNameW(nullptr, program, MAX_PATH);
     const std::wstring text = program;
     return text.substr(0, text.find_last_of(L"\\/") + 1) + name;
-}
-
-bool DoesFileExist(const std::wstring &path) {
-    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 host::Picture MakeTestPicture(int32_t width, int32_t height, int32_t depth, int32_t colourPlanes,

@@ -18,13 +18,12 @@ struct TestFolder {
     TestFolder &operator=(const TestFolder &) = delete;
 
     std::wstring File(const std::wstring &name) const { return path + L"\\" + name; }
-    // Names of the files in it.
-    std::vector<std::wstring> List() const;
+    // Names of the files in it, or in a folder of it ("\\name").
+    std::vector<std::wstring> List(const std::wstring &inside = L"") const;
 };
 
 // The folder of the test program, where the modules and the program are.
 std::wstring ProgramFile(const std::wstring &name);
-bool DoesFileExist(const std::wstring &path);
 
 // A picture of samples that differ in every place, all value ranges included.
 host::Picture MakeTestPicture(int32_t width, int32_t height, int32_t depth, int32_t colourPlanes,

@@ -42,11 +42,23 @@ TEST_F(RenderTest, SharesAreTheLibrarysIntegers) {
         const double coverage = std::max(any, 0x1p-54); // an arm has none that is smaller
         ASSERT_EQ(ShareOfCoverage(coverage), ShareByLibrary(coverage)) << coverage;
     }
-    // Coverages whose share lies next to a step, where the approximation must give way.
+    // Coverages whose share lies next to a step, where the approximation must give way; in every lane of a
+    // row.
+    uint32_t along = UINT32_MAX, values[2][8];
+    uint16_t states[8] = {};
+    ValueTable table{};
+    table.values = &along, table.count = 1;
+    Arm arm{};
+    arm.edgeSlope = 1.0, arm.values = &table;
     for (uint32_t share = 1; share < 4200000000u; share += 4000037u)
         for (double coverage : {std::pow((share - 0.5) / kFractionOne, 1 / 1.6)})
-            for (int i = 0; i < 6; ++i, coverage = std::nextafter(coverage, i % 2 ? 0.0 : 2.0))
+            for (int i = 0; i < 6; ++i, coverage = std::nextafter(coverage, i % 2 ? 0.0 : 2.0)) {
                 ASSERT_EQ(ShareOfCoverage(coverage), ShareByLibrary(coverage)) << coverage;
+                arm.halfWidth = 4.0 * coverage - 2.0;
+                kPortablePath.fillArm({&arm, states, true, 0, 0, 8}, values[0], states);
+                path->fillArm({&arm, states, true, 0, 0, 8}, values[1], states);
+                ASSERT_TRUE(std::equal(values[0], values[1], values[1])) << coverage;
+            }
     EXPECT_EQ(ShareOfCoverage(1.0), kFractionOne);
 }
 

@@ -19,7 +19,7 @@ struct SceneSpot {
     uint8_t red, green, blue;
 };
 constexpr SceneSpot kSceneSpots[] = {
-    {100, 60, 3.0, 255, 250, 240}, {200, 90, 2.5, 255, 240, 110}, {300, 50, 2.0, 180, 190, 230}};
+    {100, 60, 3.0, 255, 250, 240}, {200, 90, 2.5, 255, 110, 240}, {300, 50, 2.0, 180, 190, 230}};
 
 RenderSettings SceneSettings();
 

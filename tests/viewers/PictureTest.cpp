@@ -74,7 +74,7 @@ TEST_F(PictureTest, AnalysisImageIsThePictureAndShadingShowsWhatDetectionLeavesO
     ASSERT_TRUE(KeepScene(SceneSettings()));
     const DrawnPicture plain = DrawPicture(kAnalysisPicture), shaded = DrawPicture(kShadedPicture);
     EXPECT_EQ(plain.At(100, 60), 0xFFFAF0u);
-    EXPECT_EQ(plain.At(200, 90), 0xFFF06Eu);
+    EXPECT_EQ(plain.At(200, 90), 0xFF6EF0u);
     EXPECT_EQ(plain.At(200, 220), 0xF0F0F0u); // as it was before it was marked
     EXPECT_EQ(plain.At(5, 5), 0x0C0C0Cu);
     int stripes[2] = {0, 0};
@@ -103,12 +103,17 @@ TEST_F(PictureTest, CirclesTellColourStateAndThreshold) {
     DrawnPicture drawn = DrawPicture(kLightsPicture);
     EXPECT_EQ(drawn.At(5, 150), 0x040404u) << "a third of the picture";
     EXPECT_GT(PointsOfColor(drawn, warm, HueOf(warm)), 350);
-    EXPECT_LT(Level(HueOf(warm), 0), 160);
+    EXPECT_LT(Level(HueOf(warm), 1), 160);
 
     white.State = 0;
     drawn = DrawPicture(kLightsPicture);
     EXPECT_GT(PointsOfColor(drawn, white, HueOf(white)), 100) << "dashes";
     EXPECT_LT(PointsOfColor(drawn, white, HueOf(white)), 260) << "gaps";
+    white = {198, 0, 90, 0, 6, white.Brightness, white.Red, white.Green, white.Blue, white.Intensity,
+             -1,  1, 1};
+    const double share = 3 - std::sqrt(6.0),
+                 expected = (1 - share) * 110 / 3 + share * Level(HueOf(white), 1);
+    EXPECT_NEAR(Level(DrawPicture(kLightsPicture).At(200, 90), 1), expected, 3) << "the rest shines through";
 
     RenderSettings strict = SceneSettings();
     strict.threshold = 30; // only the brightest are above the cut
@@ -165,6 +170,13 @@ TEST_F(PictureTest, StarPictureIsWhatTheRendererLays) {
                 else
                     ASSERT_LT(Brightest(expected), 4) << x << ' ' << y;
             }
+        for (int64_t n = 1; n < 12; ++n) {
+            std::vector<uint8_t> room(drawn.bgra.size());
+            FailAllocation(n, true);
+            const bool isDrawn = DrawDebugPicture(kStampPicture, drawn.place, room.data());
+            EXPECT_EQ(isDrawn, room[3] == 255) << n;
+            FailAllocation(0, false);
+        }
         EXPECT_GT(lit, 200);
         EXPECT_GT(Level(drawn.At(0, 0), 1), 150);
         FreeImageBuffer(&large);
