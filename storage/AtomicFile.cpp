@@ -20,7 +20,7 @@ constexpr wchar_t kPrefix[] = L"brx", kEnding[] = L".tmp"; // of a temporary fil
 constexpr wchar_t kDigits[] = L"0123456789abcdefABCDEF";
 constexpr uint64_t kOld = 24ull * 3600 * 10000000; // a day, in the units of a file's time
 
-std::atomic<uint32_t> gTemporaryFiles; // made by this process
+std::atomic<unsigned> gTemporaryFiles; // made by this process
 
 bool ReportFailure(uint32_t site, const char *call, const wchar_t *path) {
     const ErrorRecord record = {site, kSystemError, static_cast<uint32_t>(GetLastError())};
@@ -45,9 +45,8 @@ bool MayBeReplaced(const wchar_t *path) {
 // is cut, and its whole length told.
 bool FormTemporaryPath(const wchar_t *path, WidePath *temporary) {
     const int folder = static_cast<int>(FileNameOf(path) - path);
-    const int printed =
-        swprintf(temporary->text, kMaxPath, L"%.*ls%ls%08lx%08x%ls", folder, path, kPrefix,
-                 GetCurrentProcessId(), static_cast<unsigned>(GetTickCount() + gTemporaryFiles++), kEnding);
+    const int printed = swprintf(temporary->text, kMaxPath, L"%.*ls%ls%08lx%08lx%04x%ls", folder, path,
+                                 kPrefix, GetCurrentProcessId(), GetTickCount(), gTemporaryFiles++, kEnding);
     if (printed > 0 && printed < static_cast<int>(kMaxPath))
         return true;
     SetLastError(ERROR_FILENAME_EXCED_RANGE);

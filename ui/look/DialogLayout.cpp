@@ -176,7 +176,7 @@ void KeepSystemsHandsOff(HWND dialog) {
 // screen.
 bool RecordTemplate(HWND dialog) {
     RECT measured = {0, 0, kMeasuredUnits, kMeasuredUnits};
-    if (!MapDialogRect(dialog, &measured) || measured.right <= 0 || measured.bottom <= 0)
+    if (!MapDialogRect(dialog, &measured) || IsRectEmpty(&measured))
         return false;
     const Units pixels = {measured.right, measured.bottom};
     MeasureFrame(dialog);
