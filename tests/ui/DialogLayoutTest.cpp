@@ -412,19 +412,27 @@ TEST_F(DialogLook, DarkAppsHaveItDarkUnlessTheContrastIsHigh) {
     host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "SystemParametersInfoW", TellContrast, &hooks);
     EXPECT_TRUE(ReadLook());
     EXPECT_LT(LightParts(), 40);
+    // Of each column with pixels of a colour: the upper row and their number.
+    const auto Columns = [this](int id, PaletteColor color) {
+        const COLORREF c = ColorOf(color);
+        std::string columns;
+        Show();
+        const Picture picture = CaptureClient(Item(id));
+        for (int x = 0; x < picture.width; ++x) {
+            int top = 0, count = 0;
+            for (int y = picture.height - 1; y >= 0; --y)
+                if (PixelAt(picture, x, y) == RGB(GetBValue(c), GetGValue(c), GetRValue(c)))
+                    top = y, ++count;
+            columns += count ? std::to_string(100 * top + count) + " " : "";
+        }
+        return columns;
+    };
+    EXPECT_EQ(Columns(kPreviewOnId, kFieldColor).substr(0, 10), "211 211 21") << "in a frame";
     SendMessageA(Item(kPreviewOnId), BM_SETCHECK, BST_CHECKED, 0);
-    Show();
-    const Picture box = CaptureClient(Item(kPreviewOnId));
-    const COLORREF ink = ColorOf(kFieldColor);
-    std::string mark; // of its columns: the upper row and the number of rows
-    for (int x = 0; x < box.width; ++x) {
-        int top = 0, count = 0;
-        for (int y = box.height - 1; y >= 0; --y)
-            if (PixelAt(box, x, y) == RGB(GetBValue(ink), GetGValue(ink), GetRValue(ink)))
-                top = y, ++count;
-        mark += count ? std::to_string(100 * top + count) + " " : "";
-    }
-    EXPECT_EQ(mark, "702 802 902 802 702 602 502 ");
+    EXPECT_EQ(Columns(kPreviewOnId, kFieldColor), "702 802 902 802 702 602 502 ");
+    SCROLLINFO info = {sizeof info, SIF_ALL, 0, 99, 20, 40, 0};
+    SetScrollInfo(Item(kHorizontalBarId), SB_CTL, &info, FALSE);
+    EXPECT_EQ(Columns(kHorizontalBarId, kTextColor), "802 704 606 508 508 606 704 802 ");
     gHasContrast = true;
     EXPECT_TRUE(ReadLook());
     host::RestoreImports(&hooks);

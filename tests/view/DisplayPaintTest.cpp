@@ -138,7 +138,6 @@ TEST_F(DisplayPainting, FailingSystemCallsLeaveADisplayThatWorks) {
     }
     EXPECT_EQ(reported, 4) << "the four regions";
     OpenReady();
-    Show();
     const std::pair<uint32_t, const char *> combinations[] = {{952, "ImageRegion and UpdateRegion."},
                                                               {963, "DisplayRegion and ImageRegion."},
                                                               {967, "FillRegion and UpdateRegion."}};

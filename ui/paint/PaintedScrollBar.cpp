@@ -137,7 +137,7 @@ RECT Piece(const Parts &parts, bool isVertical, int first, int length, int margi
 
 void DrawArrow(HDC dc, const Parts &parts, bool isVertical, bool isFirst) {
     const int half = std::max(2, parts.thickness / kArrowPart), rows = half + 1;
-    const int start = (isFirst ? 0 : parts.length - parts.arrow) + (parts.arrow - rows) / 2;
+    const int inset = (parts.arrow - rows) / 2, start = isFirst ? inset : parts.length - inset - rows;
     for (int i = 0; i < rows; ++i) {
         const int width = isFirst ? i : half - i;
         FillWith(dc, Piece(parts, isVertical, start + i, 1, parts.thickness / 2 - width),

@@ -49,12 +49,16 @@ const BITMAPINFO *InfoOf(const TileBitmapHeader &description) {
     return reinterpret_cast<const BITMAPINFO *>(&description);
 }
 
+HBITMAP Reported(HBITMAP bitmap) {
+    if (!bitmap)
+        ReportCreation(kSiteBitmap, "Could not create a bitmap for the preview.");
+    return bitmap;
+}
+
 void MakeTile(HDC display, TileBitmap *bitmap) {
     void *pixels = nullptr;
     bitmap->tile =
-        CreateDIBSection(display, InfoOf(bitmap->description), DIB_RGB_COLORS, &pixels, nullptr, 0);
-    if (!bitmap->tile)
-        ReportCreation(kSiteBitmap, "Could not create a bitmap for the preview.");
+        Reported(CreateDIBSection(display, InfoOf(bitmap->description), DIB_RGB_COLORS, &pixels, nullptr, 0));
     bitmap->pixels = static_cast<uint32_t *>(pixels);
     bitmap->tileContext = CreateContext(display);
     bitmap->tileBefore = SelectInto(bitmap->tileContext, bitmap->tile);
@@ -64,18 +68,14 @@ void MakeMatched(HDC display, TileBitmap *bitmap) {
     BITMAPINFO info{};
     info.bmiHeader = {sizeof info.bmiHeader, kTileBitmapSide, -kTileBitmapSide, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
     void *pixels = nullptr;
-    bitmap->matched = CreateDIBSection(display, &info, DIB_RGB_COLORS, &pixels, nullptr, 0);
-    if (!bitmap->matched)
-        ReportCreation(kSiteBitmap, "Could not create a bitmap for the preview.");
+    bitmap->matched = Reported(CreateDIBSection(display, &info, DIB_RGB_COLORS, &pixels, nullptr, 0));
     bitmap->matchedPixels = static_cast<uint32_t *>(pixels);
     bitmap->matchedContext = CreateContext(display);
     bitmap->matchedBefore = SelectInto(bitmap->matchedContext, bitmap->matched);
 }
 
 void MakeScreen(HDC display, TileBitmap *bitmap) {
-    bitmap->screen = CreateCompatibleBitmap(display, kTileBitmapSide, kTileBitmapSide);
-    if (!bitmap->screen)
-        ReportCreation(kSiteBitmap, "Could not create a bitmap for the preview.");
+    bitmap->screen = Reported(CreateCompatibleBitmap(display, kTileBitmapSide, kTileBitmapSide));
     bitmap->screenContext = CreateContext(display);
     bitmap->screenBefore = SelectInto(bitmap->screenContext, bitmap->screen);
     // Where the system cannot match colours they go straight through.

@@ -34,7 +34,7 @@ bool GetVisibleFrame(HWND window, RECT *frame) {
 
 // A window that has not been shown yet does not say. What can be seen of a resize border is one pixel.
 RECT UsualInvisibleFrame(HWND window) {
-    if (IsWindowVisible(window) || !(GetWindowLongW(window, GWL_STYLE) & WS_THICKFRAME))
+    if (IsWindowVisible(window))
         return {};
     RECT client = {}, rect = {};
     GetClientRect(window, &client);
