@@ -36,6 +36,13 @@ HINSTANCE WINAPI OpenByShell(HWND, LPCSTR verb, LPCSTR file, LPCSTR, LPCSTR, int
     return reinterpret_cast<HINSTANCE>(gAnswers.shellAnswer);
 }
 
+LSTATUS WINAPI ReadKey(HKEY root, LPCWSTR key, LPCWSTR name, DWORD how, DWORD *type, void *to, DWORD *size) {
+    if (!gAnswers.appsAreDark || wcscmp(name, L"AppsUseLightTheme") != 0)
+        return RegGetValueW(root, key, name, how, type, to, size);
+    *static_cast<DWORD *>(to) = 0;
+    return ERROR_SUCCESS;
+}
+
 } // namespace
 
 void AnswerForSystem(HMODULE module, host::ImportHooks *hooks) {
@@ -47,4 +54,5 @@ void AnswerForSystem(HMODULE module, host::ImportHooks *hooks) {
     hook("GetOpenFileNameW", PickFile);
     hook("GetSaveFileNameW", PickFile);
     hook("ShellExecuteA", OpenByShell);
+    hook("RegGetValueW", ReadKey);
 }

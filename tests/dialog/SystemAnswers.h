@@ -1,5 +1,5 @@
-// Takes the place of what waits for a person or leaves the program - menus, file dialogs, the browser - in
-// one loaded module.
+// Takes the place of what waits for a person or leaves the program - menus, file dialogs, the browser - and
+// of what the user chose for all programs, in one loaded module.
 #pragma once
 
 #include "host/module/ModuleImports.h"
@@ -27,6 +27,7 @@ struct SystemAnswers {
     DWORD menuError = 0;       // with no item: the call failed
     std::wstring file;         // the file picked; empty: cancelled
     std::wstring offered;      // by the file dialog, before the person picks
+    bool appsAreDark = false;  // whatever the user chose
     bool refuseDialog = false; // the main dialog cannot be opened
     INT_PTR shellAnswer = 33;  // above 32: opened
     std::vector<OfferedMenu> menus;

@@ -231,12 +231,7 @@ TEST_F(DialogView, ZoomAndScrollByMouse) {
 
 // The system has no dark scroll bars, so that the mouse on them is the dialog's own to follow.
 TEST_F(DialogView, DarkBarsFollowTheMouse) {
-    const auto dark = [](HKEY, LPCWSTR, LPCWSTR, DWORD, LPDWORD, PVOID value, LPDWORD) -> LSTATUS {
-        *static_cast<DWORD *>(value) = 0;
-        return ERROR_SUCCESS;
-    };
-    host::ReplaceImport<LSTATUS(WINAPI *)(HKEY, LPCWSTR, LPCWSTR, DWORD, LPDWORD, PVOID, LPDWORD)>(
-        module.module, nullptr, "RegGetValueW", dark, &hooks);
+    gAnswers.appsAreDark = true;
     RunDialog([this] {
         Settle();
         for (int i = 0; i < 4; ++i)

@@ -41,13 +41,20 @@ struct DialogFuzz : DialogFixture {
 
     void UseMouse(int kind) {
         const HWND window = kind & 1 ? Item(kDisplay) : TakeWindow();
-        const POINT point = TakePoint(window), to = TakePoint(window);
-        if (kind < 4) { // posted at once: a scroll bar waits for the release in a loop of its own
-            PostMessageW(window, WM_LBUTTONDOWN, MK_LBUTTON, PointParam(point.x, point.y));
+        POINT points[] = {TakePoint(window), TakePoint(window)}, &point = points[0], &to = points[1];
+        if (kind < 4) {
+            MapWindowPoints(window, nullptr, points, 2);
+            const HWND hit = ControlAt(point);
+            MapWindowPoints(nullptr, hit, points, 2);
+            // Posted at once: a scroll bar waits for the release in a loop of its own.
+            PostMessageW(hit, WM_LBUTTONDOWN, MK_LBUTTON, PointParam(point.x, point.y));
             if (kind > 1)
-                PostMessageW(window, WM_MOUSEMOVE, MK_LBUTTON, PointParam(to.x, to.y));
-            PostMessageW(window, WM_LBUTTONUP, 0, PointParam(to.x, to.y));
+                PostMessageW(hit, WM_MOUSEMOVE, MK_LBUTTON, PointParam(to.x, to.y));
+            PostMessageW(hit, WM_LBUTTONUP, 0, PointParam(to.x, to.y));
             Pump();
+            // What is let go of lets go of the mouse; an open list keeps it.
+            EXPECT_TRUE(!GetCapture() || Ask(kSettingsCombo, CB_GETDROPPEDSTATE) ||
+                        Ask(kEffectCombo, CB_GETDROPPEDSTATE));
         } else if (kind < 6)
             TurnWheel(window, point, from.Pick(-4, 4) * 60, from.Pick(0, 1) ? MK_CONTROL : 0);
         else
@@ -83,6 +90,7 @@ struct DialogFuzz : DialogFixture {
             SendMessageW(dialog, WM_DPICHANGED, dpi | dpi << 16, reinterpret_cast<LPARAM>(&place));
             break;
         case 2:
+            gAnswers.appsAreDark = from.Pick(0, 1) == 0;
             SendMessageW(dialog, kChanges[from.Pick(0, 7)], 0, 0);
             break;
         default:
@@ -200,6 +208,7 @@ struct DialogFuzz : DialogFixture {
         CheckKept(result);
         ExpectCleanHost();
         host::CloseHost(filterHost);
+        TakeInvalidations(); // they would add up
         EXPECT_EQ(Held(), (HeldObjects{0, 0, 0, 0})) << ::testing::PrintToString(LiveObjects());
     }
 };

@@ -92,6 +92,7 @@ void ReadSet(CaseBytes *from, const TemporaryFolder &folder) {
     Require(ReadInitialSettings(file.path.c_str()) == isSet, "a set's file is read, and no other");
     Require(AreSame(current, isSet ? expected : before), "the set is the file's, or as it was");
     RequireInRange(current);
+    Require(!isHeld || !SaveParametersFile({}, file.path.c_str()), "what is held is not replaced");
     const bool mayGo = !isSet && !isHeld && name < 2;
     Require(file.IsThere() != mayGo, "only what is named as a set and is none goes");
     Require(TakeReports().empty() == isSet, "what could not be read is told");

@@ -60,7 +60,7 @@ struct Hostility {
     int64_t eventAt = 0; // call of the host
     int32_t event = 0, lostTables = 0;
     std::vector<uint16_t> wild = {}; // fields of the record with senseless numbers
-    bool fillsNoBig = false, readsNoBig = false, runsInAbout = false;
+    bool fillsNoBig = false, readsNoBig = false, runsInAbout = false, spoilsUnused = false;
     intptr_t boxAnswer = IDOK;
 
     bool cancelled = false;
@@ -133,6 +133,13 @@ void LoseTables(FilterRecord *r) {
     r->bigDocumentData = lost & 16 ? nullptr : r->bigDocumentData;
 }
 
+// What a filter that asks for one plane at a time has no use for leads nowhere.
+void SpoilUnused(FilterRecord *r) {
+    r->bufferProcs = r->resourceProcs = r->displayPixels = r->colorServices = r->imageServicesProcs =
+        r->documentInfo = reinterpret_cast<void *>(0xDEAD);
+    r->inColumnBytes = r->inPlaneBytes = r->outColumnBytes = r->outPlaneBytes = -3;
+}
+
 HostResult Advance();
 
 void ShowToFilter() {
@@ -155,6 +162,8 @@ void ShowToFilter() {
     r.advanceState = r.advanceState ? Advance : nullptr;
     MakeWild(&c);
     LoseTables(&r);
+    if (gHostility.spoilsUnused)
+        SpoilUnused(&r);
 }
 
 template <typename... Members>
@@ -177,12 +186,10 @@ void TakeFromFilter() {
 
 // Rows as some hosts hand them out: none, too short, upside down, or where there is no memory.
 void SpoilRows(FilterRecord *r) {
-    constexpr void *FilterRecord::*kData[] = {&FilterRecord::inData, &FilterRecord::outData,
-                                              &FilterRecord::maskData};
-    constexpr int32_t FilterRecord::*kSteps[] = {&FilterRecord::inRowBytes, &FilterRecord::outRowBytes,
-                                                 &FilterRecord::maskRowBytes};
-    const auto data = kData[gHostility.badRows % 3];
-    const auto step = kSteps[gHostility.badRows % 3];
+    using R = FilterRecord;
+    const auto [data, step] = r->outData               ? std::pair{&R::outData, &R::outRowBytes}
+                              : gHostility.badRows % 3 ? std::pair{&R::inData, &R::inRowBytes}
+                                                       : std::pair{&R::maskData, &R::maskRowBytes};
     if (!(r->*data))
         return;
     const int32_t way = gHostility.badRows / 3 % 4;
@@ -376,7 +383,8 @@ void TakeSettings(CaseBytes *from, const std::vector<std::string> &services, hos
     constexpr int32_t kCodes[] = {
         kMemFullErr, kParamErr, kUserCanceledErr, kFilterBadParameters, kErrMissingParameter, 1, 2, -34};
     for (int32_t i = from->Pick(0, 3); i > 1; --i) {
-        const std::string &service = services[static_cast<size_t>(from->Pick(0, 9999)) % services.size()];
+        const size_t which = static_cast<size_t>(from->Pick(0, 9999)) % (services.size() + 20);
+        const std::string service = which < services.size() ? services[which] : "advanceState";
         gHostility.mayLose |= IsGivingBack(service);
         if (OneIn(2, from))
             s->absent.insert(service);
@@ -527,6 +535,8 @@ void PlayHostileCase(CaseBytes *from, const Scene &scene, const std::vector<std:
             static_cast<size_t>(scene.before.width) * static_cast<size_t>(scene.before.height), 255);
     PlantHandles(from);
     RefuseMore(from);
+    gHostility.spoilsUnused = OneIn(2, from);
+    filterHost.document.iccProfile.assign(OneIn(2, from) ? 200 : 0, 'P');
     PlaySelectors(from, scene);
     ExpectNothingHeld();
 }

@@ -116,6 +116,8 @@ TEST_F(BuiltModule, PropertyListAndTerminologyNeverChange) {
     }
 }
 
-TEST_F(BuiltModule, HasAWaitCursor) {
+TEST_F(BuiltModule, HasAboutBoxAndWaitCursor) {
+    EXPECT_NE(FindResourceW(module, MAKEINTRESOURCEW(kAboutDialogId), MAKEINTRESOURCEW(5)),
+              nullptr); // RT_DIALOG
     EXPECT_NE(LoadCursorW(module, MAKEINTRESOURCEW(kWaitCursorId)), nullptr);
 }

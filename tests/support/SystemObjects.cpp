@@ -302,10 +302,12 @@ bool CountOwnSystemObjects() {
 // The system destroys child windows with their parents.
 std::map<std::string, int> LiveObjects() {
     const Busy busy;
+    std::erase_if(*gLive, [](const auto &object) {
+        return object.first.second && !IsWindow(static_cast<HWND>(object.first.first));
+    });
     std::map<std::string, int> live;
     for (const auto &[key, made] : *gLive)
-        if (!key.second || IsWindow(static_cast<HWND>(key.first)))
-            live[made.call] += made.count;
+        live[made.call] += made.count;
     return live;
 }
 
