@@ -115,6 +115,9 @@ void GoBack(WorkerContext *worker) {
     const RowStart start = ahead.starts[ahead.outdated - worker->band.top];
     ahead.row = ahead.outdated;
     ahead.outdated = kNoRow;
+    // Forgets what was measured, as it forgets where that looked: a flat area may have taken changes over in
+    // the middle of a candidate, whose later measurements then are of the picture as it is now.
+    ++worker->picture.state;
     worker->picture.lookedAt = kNoRows;
     std::replace_if(
         ahead.firstLook, ahead.firstLook + RowsOf(worker->picture.bounds),

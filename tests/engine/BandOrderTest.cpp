@@ -57,8 +57,8 @@ struct BandOrderTest : EngineTest {
 
 TEST_F(BandOrderTest, WhateverOrderTheBandsAreScannedInTheTableIsTheSame) {
     int scannedAgain = 0;
-    for (uint32_t seed = 0; seed < (kIsLong ? 400u : 12u); ++seed) {
-        const TestImage image = MakeFlatAreas(seed);
+    for (uint32_t seed = 0; seed < (kIsLong ? 100u : 12u); ++seed) {
+        const TestImage image = MakeFlatAreas(seed == 0 ? 418 : seed); // where a ring reaches far up
         for (int workers = 1; workers <= kMaxWorkers; ++workers) {
             const std::vector<LightSource> serial = Detect(image.buffer, workers);
             std::vector<int> order(static_cast<size_t>(workers));

@@ -139,8 +139,12 @@ TEST_F(ImageRun, DepthDecidesBeforeTheMode) {
 }
 
 TEST_F(ImageRun, ProgressOfTwoTilesHasATotalOfThree) {
-    filterHost.document = host::MakeDocument(2049, 1, 8, 3, false);
+    filterHost.document = host::MakeDocument(2049, 100, 8, 3, false); // where much looks like a light
+    for (std::vector<uint8_t> &plane : filterHost.document.planes)
+        for (size_t i = 0; i < plane.size(); ++i)
+            plane[i] = static_cast<uint8_t>(i * i % 8191 % 59);
     RunWith(Parameters());
+    EXPECT_GT(filterHost.log.progress.front().second, 3) << "none while the lights are looked for";
     Progress tail = filterHost.log.progress;
     tail.erase(tail.begin(), tail.end() - std::min<std::ptrdiff_t>(6, std::ssize(tail)));
     EXPECT_EQ(tail, (Progress{{0, 3}, {1, 3}, {1, 3}, {2, 3}, {2, 3}, {3, 3}}));

@@ -116,8 +116,6 @@ TEST_F(BuiltModule, PropertyListAndTerminologyNeverChange) {
     }
 }
 
-TEST_F(BuiltModule, HasAboutBoxAndWaitCursor) {
-    EXPECT_NE(FindResourceW(module, MAKEINTRESOURCEW(kAboutDialogId), MAKEINTRESOURCEW(5)),
-              nullptr); // RT_DIALOG
+TEST_F(BuiltModule, HasAWaitCursor) {
     EXPECT_NE(LoadCursorW(module, MAKEINTRESOURCEW(kWaitCursorId)), nullptr);
 }
