@@ -45,6 +45,8 @@ TEST_F(LightSourceTableTest, GrowsByTwoThousandFortyEightRecordsAndSurvivesAFail
     for (int32_t i = 0; i < 2048; ++i)
         ASSERT_EQ(Add(&t.table, i * 10, 0, 1), kNoError);
     EXPECT_EQ(t.table.allocatedBytes, 2048 * sizeof(LightSource));
+    AttachLightSourceGrid({0, 0, 20480, 8}, 1, &t.table);
+    EXPECT_GE(t.table.grid->nodeBytes, t.table.grid->nodeCount * sizeof(LightSourceGridNode));
     FailAllocation(3, false); // the grid's nodes
     AttachLightSourceGrid({0, 0, 20480, 8}, 64, &t.table);
     EXPECT_EQ(t.table.grid, nullptr) << "half a grid hides lights";

@@ -36,11 +36,7 @@ host::BufferId NewBuffer(FilterRecord &record, int64_t size) {
 } // namespace
 
 TEST(Misuse, IsReported) {
-    struct Case {
-        const char *expected;
-        std::function<void(FilterRecord &record)> action;
-    };
-    const Case cases[] = {
+    const std::pair<const char *, std::function<void(FilterRecord & record)>> cases[] = {
         {"leaked 1 handle", [](FilterRecord &r) { r.handleProcs->newProc(10); }},
         {"not alive",
          [](FilterRecord &r) {
@@ -124,13 +120,13 @@ TEST(Misuse, IsReported) {
              r.sSPBasic->ReleaseSuite(kActionDescriptorSuiteName, 2);
          }},
     };
-    for (const Case &c : cases) {
+    for (const auto &[expected, action] : cases) {
         PlayedHost played({});
         played.filterHost.script = host::Descriptor{{host::IntegerValue('numb', 1)}};
-        const auto violations = played.ViolationsOf(c.action);
-        ASSERT_EQ(violations.size(), 1u) << c.expected;
-        EXPECT_NE(violations[0].find(c.expected), std::string::npos) << violations[0];
-        EXPECT_TRUE(played.ViolationsOf([](FilterRecord &) {}).empty()) << c.expected << " told again";
+        const auto violations = played.ViolationsOf(action);
+        ASSERT_EQ(violations.size(), 1u) << expected;
+        EXPECT_NE(violations[0].find(expected), std::string::npos) << violations[0];
+        EXPECT_TRUE(played.ViolationsOf([](FilterRecord &) {}).empty()) << expected << " told again";
     }
 }
 

@@ -86,11 +86,7 @@ TEST(Options, FilesAndFlags) {
 }
 
 TEST(Options, WrongUsageIsExplained) {
-    struct Case {
-        std::vector<std::wstring> arguments;
-        const char *why;
-    };
-    const Case cases[] = {
+    const std::pair<std::vector<std::wstring>, const char *> cases[] = {
         {{}, "PHOTO and OUT are missing"},
         {{L"a.png"}, "OUT is missing"},
         {{L"--lights"}, "PHOTO is missing"},
@@ -130,8 +126,8 @@ TEST(Options, WrongUsageIsExplained) {
         {{L"--filter", L"f", L"--last", L"a", L"b"}, "parameters are those of the star filter"},
         {{L"--last", L"--settings", L"s.sss", L"a", L"b"}, "exclude each other"},
     };
-    for (const Case &c : cases)
-        EXPECT_NE(ParseBad(c.arguments).find(c.why), std::string::npos) << c.why;
+    for (const auto &[arguments, why] : cases)
+        EXPECT_NE(ParseBad(arguments).find(why), std::string::npos) << why;
 }
 
 TEST(HostMemory, IsKeptAndDamageIsNoticed) {

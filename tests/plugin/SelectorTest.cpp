@@ -160,6 +160,17 @@ TEST_F(SelectorCall, SuitesAreTakenOnceAndReleasedErrorSuiteFirst) {
                                               "+Photoshop Error Suite for Plug-ins/1",
                                               "-Photoshop Error Suite for Plug-ins/1",
                                               "-Photoshop Property Suite for Plug-ins/1"}));
+    Call(kSelectorParameters);
+    static decltype(SPBasicSuite::AcquireSuite) acquire;
+    static SPBasicSuite another; // host's
+    filterHost.settings.adjustRecord = [](int16_t, FilterRecord &record) {
+        acquire = record.sSPBasic->AcquireSuite, another = *record.sSPBasic, record.sSPBasic = &another;
+        another.AcquireSuite = [](const char *name, int32_t version, const void **suite) {
+            return acquire(name, version, suite);
+        };
+    };
+    Call(kSelectorParameters);
+    EXPECT_EQ(host::CountLive(filterHost).suites, 4) << "one host's suites serve another";
 }
 
 // The log stays open until no thread is inside the section any more.
