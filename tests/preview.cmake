@@ -3,7 +3,7 @@ set(preview_portable
     ../ui/pixels/PreviewDrawing.cpp ../ui/pixels/PreviewFilling.cpp ../ui/pixels/PreviewGeometry.cpp ../ui/pixels/PreviewReduction.cpp
     ../ui/pixels/PreviewStore.cpp)
 if(WIN32)
-    brillatrix_test(preview_tests
+    brillatrix_test(preview_tests TIMEOUT 900
         LIBS ui_preview filter_host system_objects test_support recording_diag
         SOURCES preview/GeometryTest.cpp preview/PreparationTest.cpp preview/PreviewRun.cpp
                 preview/StoreTest.cpp preview/TaskTest.cpp
