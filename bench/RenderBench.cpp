@@ -63,6 +63,7 @@ const Case kCases[] = {
      true},
     {"100-50", k100, kModeRgb8, 50, [](RenderSettings *) {}, true},
     {"strip-1024", kStrip, kModeGray8, 1024, [](RenderSettings *) {}, false},
+    {"strip-4096", kStrip, kModeGray8, 4096, [](RenderSettings *) {}, false},
     {"24-flare", k24, kModeRgb8, 50, [](RenderSettings *s) { s->length = s->softFlareIntensity = 100; },
      false},
     {"24-sharp20", k24, kModeRgb8, 50, [](RenderSettings *s) { s->spikeSharpness = 20; }, false},

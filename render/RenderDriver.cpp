@@ -148,17 +148,20 @@ void DrawFlares(const RenderJob &job, const BandTarget &target) {
 void DrawBand(void *data, int32_t band, int32_t worker) {
     const RenderJob &job = *static_cast<const RenderJob *>(data);
     const int32_t top = job.area.top + band * job.bandRows;
-    const BandTarget target{
-        gRenderState.context,
-        job.output,
-        {job.area.left, top, job.area.right, std::min(top + job.bandRows, job.area.bottom)},
-        job.abort,
-        gRenderState.colors.colors + size_t{kRainbowStates} * static_cast<size_t>(worker)};
+    const IntRect area = {job.area.left, top, job.area.right, std::min(top + job.bandRows, job.area.bottom)};
+    RoomMap room{job.output, area};
+    const BandTarget target{gRenderState.context,
+                            job.output,
+                            area,
+                            job.abort,
+                            gRenderState.colors.colors + size_t{kRainbowStates} * static_cast<size_t>(worker),
+                            &room};
     if (job.drawsStars)
         // cppcheck-suppress danglingTemporaryLifetime ; the sum is a pointer into the job's array
         DrawStars(job, target);
     if (job.drawsFlares)
         DrawFlares(job, target);
+    FreeRoomMap(&room);
 }
 
 void DrawBands(RenderJob *job, const WorkerThreads &threads) {

@@ -20,6 +20,7 @@ constexpr double kCautious = 1.0 - 1e-6; // for bounds that are rounded
 constexpr PixelRange kNone = {0, -1};
 // Slopes below this move the centre line less than a hundredth of a quarter pixel over the longest walk.
 constexpr double kLevelSlope = 1e-8;
+constexpr double kLevelRoom = 0.01; // quarter pixels; more than that
 
 // A position in quarter pixels as a pixel that is surely not above, or not below it. Counted from far away
 // nothing is negative, and truncating is the way down.
@@ -29,10 +30,6 @@ int32_t PixelBelow(double position) {
 }
 int32_t PixelAbove(double position) {
     return -PixelBelow(-position);
-}
-
-PixelRange Intersect(const PixelRange &a, const PixelRange &b) {
-    return {std::max(a.from, b.from), std::min(a.to, b.to)};
 }
 
 // The pixel that the scan across starts from, toward smaller positions; toward larger ones it starts next to
@@ -99,10 +96,6 @@ bool StepReaches(const Arm &arm, int32_t step, uint32_t threshold) {
     const PixelAcross last = measure(outer), first = measure(isAbove ? next : 0);
     return reaches(last) || reaches(measure(isAbove ? outer + 1 : outer - 1)) || reaches(first) ||
            reaches(measure(isAbove ? 0 : next)) || AnyReaches(first, last, threshold, measure);
-}
-
-int32_t NearestToZero(const PixelRange &range) {
-    return range.from > 0 ? range.from : range.to < 0 ? -range.to : 0;
 }
 
 // How far from the phase point a pixel is sure to reach the threshold that lies at most `across` off the
@@ -273,4 +266,31 @@ PixelRange SpanAbove(const Arm &arm, const PixelRange &walked, int32_t row, uint
     const double coverage = NeededCoverage(level / along);
     const double reach = arm.halfWidth + (0.5 - coverage) * 4.0 / arm.edgeSlope;
     return reach > 0.0 ? Intersect(span, SpanWithin(arm, walked, row, reach)) : kNone;
+}
+
+ArmLine LineOf(const Arm &arm) {
+    if (arm.majorIsY)
+        return {arm.crossing / kPixelStep, arm.slope, 1.0 / kPixelStep};
+    // A level line may as well rise a little.
+    const double slope = std::fabs(arm.slope) > kLevelSlope ? arm.slope : kLevelSlope;
+    return {-arm.crossing / slope / kPixelStep, 1.0 / slope, 1.0 / std::fabs(slope) / kPixelStep};
+}
+
+bool IsWithinLimits(const Arm &arm, const IntRect &area) {
+    const int32_t from = arm.majorIsY ? area.left : area.top, end = arm.majorIsY ? area.right : area.bottom;
+    return from >= -arm.minorLimit && end - 1 <= arm.minorLimit;
+}
+
+// What is nearest to the phase point, as pixels lie or as the steps along the centre line do, bounds the
+// value along the arm in the whole block, and with it the coverage that is needed, and with that the distance
+// from the centre line.
+double ReachInBlock(const Arm &arm, const IntRect &block, double level) {
+    const double x = std::max(NearestToZero({block.left, block.right - 1}) - 1, 0),
+                 y = std::max(NearestToZero({block.top, block.bottom - 1}) - 1, 0);
+    const double along = (arm.majorIsY ? y : x) * kPixelStep * arm.stretch - arm.back;
+    const double distance = std::max(std::sqrt(x * x + y * y) * kPixelStep, along) * 10.0 - 1.0;
+    const double value = SpikeValueBound(*arm.values, static_cast<uint32_t>(std::max(distance, 0.0)));
+    if (value < level)
+        return 0.0;
+    return arm.halfWidth + (0.5 - NeededCoverage(level / value)) * 4.0 / arm.edgeSlope + kLevelRoom;
 }

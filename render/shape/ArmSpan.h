@@ -20,6 +20,7 @@
 #include "render/shape/SpikeProfile.h"
 #include "render/shape/StampContext.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 
@@ -36,6 +37,13 @@ struct ArmShape {
 struct PixelRange {
     int32_t from, to;
 };
+inline PixelRange Intersect(const PixelRange &a, const PixelRange &b) {
+    return {std::max(a.from, b.from), std::min(a.to, b.to)};
+}
+// How far its nearest pixel lies from 0.
+inline int32_t NearestToZero(const PixelRange &range) {
+    return range.from > 0 ? range.from : range.to < 0 ? -range.to : 0;
+}
 
 struct Arm {
     bool majorIsY;
@@ -85,3 +93,15 @@ PixelRange ArmRows(const Arm &arm, const PixelRange &walked);
 PixelRange ArmSpan(const Arm &arm, const PixelRange &walked, int32_t row);
 // The part of it that has values of at least `level`, or a little more.
 PixelRange SpanAbove(const Arm &arm, const PixelRange &walked, int32_t row, uint32_t level);
+
+// The centre line by rows: a row's pixels within a reach of it lie within reach × `perReach` pixels of the
+// middle, first + perRow × row; but for walks' ends and limits.
+struct ArmLine {
+    double first, perRow, perReach;
+};
+ArmLine LineOf(const Arm &arm);
+// Whether limits across cut nothing off in the area.
+bool IsWithinLimits(const Arm &arm, const IntRect &area);
+// How far from the centre line, in quarter pixels, values of at least `level` may lie in a block; 0 or less:
+// nowhere.
+double ReachInBlock(const Arm &arm, const IntRect &block, double level);

@@ -1,12 +1,16 @@
 #include "render/stamp/GlowLayer.h"
 
 #include "engine/image/FixedPoint.h"
+#include "render/stamp/CellRow.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
 constexpr int32_t kChannels = 3;
+constexpr int32_t kWideCell = 512;      // blocks
+constexpr float kLeastStrength = 1e-6f; // moves nothing
 
 // What the integers lay at one pixel.
 struct PixelLaid {
@@ -60,12 +64,59 @@ template <typename LayAt> void BlendRows(const Laying &laying, RowsLaid *laid, L
         BlendByIntegers(laying, layAt(laid->first[row].row, laid->first[row].pixel + pixel),
                         laid->rows[row].sample + pixel);
     }
+    laying.target.room->laid += laid->pixels;
     laid->count = laid->pixels = 0;
 }
 
 PixelLaid LayArmAt(const StarTables &tables, const Arm &arm, int32_t row, int32_t pixel) {
     const ArmPixel at = MeasureArmPixel(arm, row, pixel);
     return {Mul(at.share, at.along), tables.factors[RainbowStateAt(tables.rainbow, at.distance)]};
+}
+
+// Half the width of a flare's rows in a block, as far as values of at least `level` may lie; below 0 none do.
+double FlareHalfWidth(const ValueTable &values, const IntRect &block, double level) {
+    const double reach =
+        ReachOfLevel(values, static_cast<uint32_t>(std::min(level, 0x1p32 - 1.0))) / 40.0 + 1.0;
+    const double row = NearestToZero({block.top, block.bottom - 1});
+    const double across = reach * reach - row * row;
+    return across < 0.0 ? -1.0 : std::sqrt(across) + 2.0;
+}
+
+int32_t ClampPixel(double position) {
+    return static_cast<int32_t>(std::clamp(position, -0x1p30, 0x1p30));
+}
+
+// Columns that an arm may cover in some rows.
+PixelRange ColumnsOf(const Arm &arm, const ArmLine &line, const PixelRange &rows) {
+    const double one = line.first + line.perRow * rows.from, other = line.first + line.perRow * rows.to,
+                 width = arm.reach * line.perReach + 2.0;
+    return {ClampPixel(std::min(one, other) - width), ClampPixel(std::max(one, other) + width)};
+}
+
+// Calls layRow(row, from, to) for the parts of an arm's rows that can show, found by cells of some blocks.
+template <typename LayRow>
+void ForEachArmSpan(const Laying &laying, const Arm &arm, const PixelRange &walked, int32_t cellBlocks,
+                    LayRow layRow) {
+    const auto &[left, top, right, bottom] = laying.window;
+    const ArmLine line = LineOf(arm);
+    const bool isWithin = IsWithinLimits(arm, laying.window);
+    PixelRange allowed = {left, right - 1}, steps = walked;
+    if (!arm.majorIsY)
+        allowed = steps = Intersect(allowed, walked);
+    const auto widthAt = [&](const IntRect &area, double level) {
+        const double reach = ReachInBlock(arm, area, level);
+        return reach > 0.0 ? reach * line.perReach : -1.0;
+    };
+    ForEachBlockRow(laying, Intersect(ArmRows(arm, steps), {top, bottom - 1}), [&](const PixelRange &rows) {
+        const PixelRange columns = Intersect(allowed, ColumnsOf(arm, line, rows));
+        ForEachCells(laying, rows, columns, cellBlocks, widthAt, [&](const CellRow &cells) {
+            for (int32_t row = rows.from; row <= rows.to; ++row)
+                ForEachSpan(cells, line.first + line.perRow * row, [&](const PixelRange &span) {
+                    const auto [from, to] = isWithin ? span : Intersect(span, ArmSpan(arm, walked, row));
+                    layRow(row, from, to);
+                });
+        });
+    });
 }
 
 } // namespace
@@ -79,52 +130,53 @@ void LayGlowingArm(const Laying &laying, const StarTables &tables, const Arm &ar
     const GlowRainbow *rainbow = RainbowOf(tables);
     const int32_t step = rainbow ? kBatchPixels : 0;
     const auto layAt = [&](int32_t row, int32_t pixel) { return LayArmAt(tables, arm, row, pixel); };
-    const IntRect &window = laying.window;
-    const PixelRange rows = ArmRows(arm, walked);
-    const int32_t last = std::min(rows.to, window.bottom - 1);
     RowsLaid laid;
-    for (int32_t row = std::max(rows.from, window.top); row <= last && !IsAborted(laying); ++row) {
-        const PixelRange span = SpanAbove(arm, walked, row, laying.leastValue);
-        ForEachPiece(std::max(span.from, window.left), std::min(span.to, window.right - 1),
-                     [&](int32_t from, int32_t count) {
-                         if (!HasRoom(laid, count))
-                             BlendRows(laying, &laid, layAt);
-                         float *const first = room[0] + laid.pixels;
-                         float *const glow[kChannels] = {first, first + step, first + 2 * step};
-                         gRenderPath->fillArmGlow({&arm, rainbow, row, from, count}, glow);
-                         AddRow(laying, row, from, count, first, step, &laid);
-                     });
-    }
+    ForEachArmSpan(laying, arm, walked, 1, [&](int32_t row, int32_t first, int32_t last) {
+        ForEachPiece(first, last, [&](int32_t from, int32_t count) {
+            if (!HasRoom(laid, count))
+                BlendRows(laying, &laid, layAt);
+            float *const to = room[0] + laid.pixels;
+            float *const glow[kChannels] = {to, to + step, to + 2 * step};
+            gRenderPath->fillArmGlow({&arm, rainbow, row, from, count}, glow);
+            AddRow(laying, row, from, count, to, step, &laid);
+        });
+    });
     BlendRows(laying, &laid, layAt);
 }
 
 void LayKeptGlow(const Laying &laying, const StarTables &tables, const Arm &arm, const PixelRange &walked,
                  const KeptArm &kept) {
     const auto layAt = [&](int32_t row, int32_t pixel) { return LayArmAt(tables, arm, row, pixel); };
-    const IntRect &window = laying.window;
-    const PixelRange rows = ArmRows(arm, walked);
-    const int32_t last = std::min({rows.to, kept.range.to, window.bottom - 1});
     RowsLaid laid;
-    for (int32_t row = std::max({rows.from, kept.range.from, window.top}); row <= last && !IsAborted(laying);
-         ++row) {
+    const auto layRow = [&](int32_t row, int32_t from, int32_t to) {
+        if (row < kept.range.from || row > kept.range.to)
+            return;
         const KeptRow &keptRow = kept.rows[row - kept.range.from];
         const int32_t length = static_cast<int32_t>((&keptRow)[1].first - keptRow.first);
         const float *const first = kept.glow + size_t{keptRow.first} * static_cast<size_t>(kept.channels);
-        ForEachPiece(std::max(keptRow.from, window.left), std::min(keptRow.from + length, window.right) - 1,
-                     [&](int32_t from, int32_t count) {
+        ForEachPiece(std::max(keptRow.from, from), std::min(keptRow.from + length - 1, to),
+                     [&](int32_t at, int32_t count) {
                          if (!HasRoom(laid, count))
                              BlendRows(laying, &laid, layAt);
-                         AddRow(laying, row, from, count, first + (from - keptRow.from),
+                         AddRow(laying, row, at, count, first + (at - keptRow.from),
                                 kept.channels == 1 ? 0 : length, &laid);
                      });
-    }
+    };
+    const auto &[left, top, right, bottom] = laying.window;
+    if (laying.target.room->darkest)
+        ForEachArmSpan(laying, arm, walked, kWideCell, layRow);
+    else // as a whole, which is sooner done
+        ForEachBlockRow(laying, Intersect(ArmRows(arm, walked), {top, bottom - 1}),
+                        [&](const PixelRange &rows) {
+                            for (int32_t row = rows.from; row <= rows.to; ++row)
+                                layRow(row, left, right - 1);
+                        });
     BlendRows(laying, &laid, layAt);
 }
 
-void LayGlowingFlareRow(const Laying &laying, const FlareStamp &flare, const ValueTable &values, int32_t row,
-                        int32_t halfWidth) {
-    float room[kRowPiece];
-    const auto layAt = [&](int32_t, int32_t pixel) {
+void LayGlowingFlare(const Laying &laying, const FlareStamp &flare, const ValueTable &values) {
+    float room[kBatchPixels];
+    const auto layAt = [&](int32_t row, int32_t pixel) {
         PixelLaid laid{0, {{kFractionOne, kFractionOne, kFractionOne}}};
         kPortablePath.fillFlare({&flare, &values, row, pixel, 1}, &laid.value);
         if (flare.centreIsForced && row == 0 && pixel == 0)
@@ -132,12 +184,27 @@ void LayGlowingFlareRow(const Laying &laying, const FlareStamp &flare, const Val
         return laid;
     };
     RowsLaid laid;
-    ForEachPiece(std::max(-halfWidth, laying.window.left), std::min(halfWidth, laying.window.right - 1),
-                 [&](int32_t from, int32_t count) {
-                     gRenderPath->fillFlareGlow({&flare, &values, row, from, count}, room);
-                     if (flare.centreIsForced && row == 0 && from <= 0 && from + count > 0)
-                         room[-from] = static_cast<float>(flare.centre * 0x1p-32);
-                     AddRow(laying, row, from, count, room, 0, &laid);
-                     BlendRows(laying, &laid, layAt);
-                 });
+    const auto layRow = [&](int32_t row, int32_t first, int32_t last) {
+        ForEachPiece(first, last, [&](int32_t from, int32_t count) {
+            if (!HasRoom(laid, count))
+                BlendRows(laying, &laid, layAt);
+            float *const to = room + laid.pixels;
+            gRenderPath->fillFlareGlow({&flare, &values, row, from, count}, to);
+            if (flare.centreIsForced && row == 0 && from <= 0 && from + count > 0)
+                to[-from] = static_cast<float>(flare.centre * 0x1p-32);
+            AddRow(laying, row, from, count, to, 0, &laid);
+        });
+    };
+    const auto &[left, top, right, bottom] = laying.window;
+    const PixelRange rings = {-flare.rings, flare.rings}, columns = Intersect(rings, {left, right - 1});
+    ForEachBlockRow(laying, Intersect(rings, {top, bottom - 1}), [&](const PixelRange &rows) {
+        ForEachCells(
+            laying, rows, columns, 1,
+            [&](const IntRect &block, double level) { return FlareHalfWidth(values, block, level); },
+            [&](const CellRow &cells) {
+                for (int32_t row = rows.from; row <= rows.to; ++row)
+                    ForEachSpan(cells, 0.0, [&](const PixelRange &span) { layRow(row, span.from, span.to); });
+            });
+    });
+    BlendRows(laying, &laid, layAt);
 }

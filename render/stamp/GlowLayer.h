@@ -9,6 +9,4 @@ const GlowRainbow *RainbowOf(const StarTables &tables);
 void LayGlowingArm(const Laying &laying, const StarTables &tables, const Arm &arm, const PixelRange &walked);
 void LayKeptGlow(const Laying &laying, const StarTables &tables, const Arm &arm, const PixelRange &walked,
                  const KeptArm &kept);
-// One row of a flare, `halfWidth` pixels to each side.
-void LayGlowingFlareRow(const Laying &laying, const FlareStamp &flare, const ValueTable &values, int32_t row,
-                        int32_t halfWidth);
+void LayGlowingFlare(const Laying &laying, const FlareStamp &flare, const ValueTable &values);

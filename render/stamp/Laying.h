@@ -5,6 +5,7 @@
 #include "engine/image/ImageBuffer.h"
 #include "render/rows/PixelBlender.h"
 #include "render/rows/RenderPath.h"
+#include "render/stamp/RoomMap.h"
 #include "render/stamp/StarStamp.h"
 
 #include <atomic>
@@ -23,6 +24,7 @@ struct BandTarget {
     IntRect band; // inside the output
     const std::atomic<uint8_t> &abort;
     BlendColor *colors; // the worker's own, kRainbowStates of them
+    RoomMap *room;      // of the band, for what is laid by glow
 };
 
 // Calls work(from, count) for each piece of a span.
@@ -41,6 +43,7 @@ struct Laying {
     bool glows;             // laid by glow
     BlendPiece blend;       // what is the same for all pieces
     GlowBatch glow;
+    float planeStrength[3]; // of the light source's glow, by plane: 256 is full
     void (*blendPiece)(const BlendPiece &piece);
 };
 

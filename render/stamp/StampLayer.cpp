@@ -33,8 +33,24 @@ uint32_t ThresholdOf(const StampContext &context, const ImageBuffer &output) {
     return context.preciseMode && output.bytesPerSample == 1 ? std::max(floor, kHalfByteStep + 1) : floor;
 }
 
+// Grey moves by the mean of the channels.
+void BeginGlow(Laying *laying) {
+    const ImageBuffer &output = laying->target.output;
+    GlowBatch &glow = laying->glow;
+    glow.planes = output.colorPlanes;
+    for (int32_t c = 0; c < 3; ++c) {
+        glow.samples[c] = output.planes[c];
+        glow.strength[c] = static_cast<float>(laying->tint.channel[c] * 0x1p-32 *
+                                              (laying->tint.value * 0x1p-32) * kOpaqueStrengths);
+        laying->planeStrength[c] = glow.strength[c];
+    }
+    if (glow.planes == 1)
+        laying->planeStrength[0] = (glow.strength[0] + glow.strength[1] + glow.strength[2]) / 3.0f;
+    RefreshRoomMap(laying->target.room);
+}
+
 Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint &tint) {
-    Laying laying{target, place, tint, AreaInOffsets(target.band, place), 0, 0, false, {}, {}, nullptr};
+    Laying laying{target, place, tint, AreaInOffsets(target.band, place), 0, 0, false, {}, {}, {}, nullptr};
     const uint32_t threshold = ThresholdOf(target.context, target.output);
     laying.leastValue = LeastVisibleValue(LargestChannel(tint.channel), tint.value, threshold);
     laying.faintestValue = LeastVisibleValue(kBrightest, kBrightest, threshold);
@@ -46,12 +62,8 @@ Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint
     laying.blend.planes = target.output.colorPlanes;
     laying.blendPiece = gRenderPath->blend[target.output.bytesPerSample / 2];
     laying.glows = LaysByGlow(target.context, target.output);
-    laying.glow.planes = target.output.colorPlanes;
-    for (int32_t c = 0; c < 3; ++c) {
-        laying.glow.samples[c] = target.output.planes[c];
-        laying.glow.strength[c] =
-            static_cast<float>(tint.channel[c] * 0x1p-32 * (tint.value * 0x1p-32) * kOpaqueStrengths);
-    }
+    if (laying.glows)
+        BeginGlow(&laying);
     return laying;
 }
 
@@ -120,8 +132,6 @@ int32_t FlareHalfWidth(const FlareStamp &flare, double reach, int32_t row) {
 
 void LayFlareRow(const Laying &laying, const FlareStamp &flare, const ValueTable &values, int32_t row,
                  int32_t halfWidth) {
-    if (laying.glows)
-        return LayGlowingFlareRow(laying, flare, values, row, halfWidth);
     uint32_t row_values[kRowRoom];
     ForEachPiece(std::max(-halfWidth, laying.window.left), std::min(halfWidth, laying.window.right - 1),
                  [&](int32_t from, int32_t count) {
@@ -200,6 +210,8 @@ void LayFlare(const BandTarget &target, const FlareStamp &flare, const ValueTabl
     const Laying laying = BeginLaying(target, place, tint);
     if (IsEmptyRect(laying.window))
         return;
+    if (laying.glows)
+        return LayGlowingFlare(laying, flare, values);
     constexpr RainbowFactors kUntinted = {{kFractionOne, kFractionOne, kFractionOne}};
     gRenderPath->makeColors({&kUntinted, 1, tint.channel, laying.blend.precise}, target.colors);
     const double reach = ReachOfLevel(values, laying.leastValue) / double{kTenths * kQuarters} + 1.0;

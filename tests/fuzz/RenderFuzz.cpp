@@ -43,7 +43,7 @@ std::vector<LightSource> TakeLights(CaseBytes *from, const IntRect &near) {
             light.Y = from->Pick(near.top - 30, near.bottom + 30);
         }
         light.State %= 3;
-        lights.push_back(light);
+        lights.insert(lights.end(), from->Pick(0, 7) == 0 ? 24 : 1, light); // until all is bright
     }
     return lights;
 }
