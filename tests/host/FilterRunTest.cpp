@@ -74,8 +74,14 @@ TEST(FilterRun, PropertyListDecidesWhatIsRun) {
     };
     for (const Case &c : cases) {
         int16_t seen = 0;
-        PlayedHost played([&](int16_t, FilterRecord &record, intptr_t *) {
+        PlayedHost played([&](int16_t selector, FilterRecord &record, intptr_t *) {
             seen = record.filterCase;
+            if (selector == kSelectorStart) {
+                AskFor(record, {0, 0, 1, 1}, {});
+                AskForPlanes(record, 3, 3);
+                EXPECT_EQ(record.advanceState() == kNoError, seen > 3) << "the transparency";
+                AskFor(record, {}, {});
+            }
             return kNoError;
         });
         played.pipl.modes = c.modes;

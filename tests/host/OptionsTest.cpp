@@ -22,14 +22,10 @@ static std::string ParseBad(const std::vector<std::wstring> &arguments) {
 }
 
 TEST(Options, ValuesReachTheirKeys) {
-    struct Case {
-        std::wstring option, value;
-        host::DescriptorValue expected;
-    };
     const auto percent = [](uint32_t key, double value) {
         return host::UnitFloatValue(key, kUnitPercent, value);
     };
-    const Case cases[] = {
+    const std::tuple<std::wstring, std::wstring, host::DescriptorValue> cases[] = {
         {L"--threshold", L"0", percent(kKeyThreshold, 0)},
         {L"--saturation", L"-5", percent(kKeySaturation, -5)},
         {L"--length", L"12.5", percent(kKeyLength, 12.5)},
@@ -43,9 +39,9 @@ TEST(Options, ValuesReachTheirKeys) {
         {L"--points", L"32", host::IntegerValue(kKeyNumberOfPoints, 32)},
         {L"--effect", L"Hollywood Star", host::EnumeratedValue(kKeyEffect, kTypeEffect, kHollywoodStar)},
     };
-    for (const Case &c : cases) {
-        EXPECT_EQ(ParseGood({c.option, c.value}).values, std::vector{c.expected});
-        EXPECT_EQ(ParseGood({c.option + L"=" + c.value}).values, std::vector{c.expected});
+    for (const auto &[option, value, expected] : cases) {
+        EXPECT_EQ(ParseGood({option, value}).values, std::vector{expected});
+        EXPECT_EQ(ParseGood({option + L"=" + value}).values, std::vector{expected});
     }
     EXPECT_EQ(ParseGood({L"--effects-only"}).values,
               std::vector{host::BooleanValue(kKeyOutputSpikesOnly, true)});

@@ -95,11 +95,7 @@ TEST(PropertyList, WhatHostsRejectIsRejected) {
 // An RGB image of 16 bits, 300 wide and 200 high.
 TEST(PropertyList, EnableInfoIsEvaluated) {
     const host::ImageFacts image = {11, 16, 300, 200, 3};
-    struct Case {
-        std::string text;
-        std::optional<bool> value;
-    };
-    const Case cases[] = {
+    const std::pair<std::string, std::optional<bool>> cases[] = {
         {"in (PSHOP_ImageMode, RGBMode, RGB48Mode)", true},
         {"IN(pshop_imagemode,rgbmode,GRAYSCALEMODE)", false},
         {"PSHOP_ImageMode == RGB48Mode && PSHOP_ImageDepth==16", true},
@@ -116,8 +112,8 @@ TEST(PropertyList, EnableInfoIsEvaluated) {
         {std::string(100000, '!') + "true", {}},
         {std::string(100000, '('), {}},
     };
-    for (const Case &c : cases)
-        EXPECT_EQ(host::EvaluateEnableInfo(c.text, image), c.value) << c.text.substr(0, 80);
+    for (const auto &[text, value] : cases)
+        EXPECT_EQ(host::EvaluateEnableInfo(text, image), value) << text.substr(0, 80);
 }
 
 TEST(PropertyList, ModesExpressionAndSizeDecide) {
