@@ -29,6 +29,9 @@ TEST(BufferUsage, CountsWithAndWithoutTheSection) {
         block = CountedRealloc(block, 300, 0);
         EXPECT_NE(block, nullptr);
         CountedFree(nullptr, 77);
+        void *zeros = CountedZeroAlloc(1000);
+        EXPECT_EQ(_msize(zeros), 1000u);
+        CountedFree(zeros, 1000);
         CountedFree(block, 0);
         EXPECT_EQ(BufferBytesInUse(), 0);
     }

@@ -99,16 +99,12 @@ TEST_F(ProgramTest, UsageErrorsGiveTwo) {
 }
 
 TEST_F(ProgramTest, FileErrorsGiveThreeAndSayWhichAndWhy) {
-    struct Case {
-        std::vector<std::wstring> arguments;
-        const char *what, *why;
-    };
     host::Bytes settings(255, 1);
     WriteBytes(folder.File(L"bad.sss"), settings);
     std::string why;
     ASSERT_TRUE(host::WritePicture(folder.File(L"small.png"), MakeTestPicture(3, 3, 8, 1, false), {}, &why));
     const std::wstring in = folder.File(L"in.png"), out = folder.File(L"out.png");
-    const Case cases[] = {
+    const std::tuple<std::vector<std::wstring>, const char *, const char *> cases[] = {
         {{folder.File(L"absent.png"), out}, "cannot read", "absent.png"},
         {{folder.File(L"bad.sss"), out}, "cannot read", "not a picture"},
         {{in, folder.File(L"out.psd")}, "cannot write", "its ending is none of"},
@@ -119,11 +115,11 @@ TEST_F(ProgramTest, FileErrorsGiveThreeAndSayWhichAndWhy) {
         {{L"--settings", folder.File(L"bad.sss"), in, out}, "cannot read", "not a saved set"},
         {{L"--plugin", folder.File(L"bad.sss"), in, out}, "cannot load", "bad.sss"},
     };
-    for (const Case &c : cases) {
-        const bool hasPlugin = c.arguments[0] == L"--plugin";
-        const ProgramRun run = hasPlugin ? Run(c.arguments) : Invert(c.arguments);
+    for (const auto &[arguments, what, reason] : cases) {
+        const bool hasPlugin = arguments[0] == L"--plugin";
+        const ProgramRun run = hasPlugin ? Run(arguments) : Invert(arguments);
         EXPECT_EQ(run.status, 3u) << run.err;
-        EXPECT_TRUE(Holds(run.err, c.what) && Holds(run.err, c.why)) << run.err;
+        EXPECT_TRUE(Holds(run.err, what) && Holds(run.err, reason)) << run.err;
     }
     ExpectFiles({L"bad.sss", L"small.png"});
 }
