@@ -10,10 +10,11 @@ static int gFolderCount = 0;
 TestFolder::TestFolder() {
     wchar_t base[MAX_PATH];
     GetTempPathW(MAX_PATH, base);
-    // With characters that no narrow code page has together.
-    path = std::wstring(base) + L"brillatrix \x00E9\x4E2D " + std::to_wstring(GetCurrentProcessId()) + L"-" +
-           std::to_wstring(++gFolderCount);
-    CreateDirectoryW(path.c_str(), nullptr);
+    do // With characters that no narrow code page has together. A process before may have had the same
+       // number.
+        path = std::wstring(base) + L"brillatrix \x00E9\x4E2D " + std::to_wstring(GetCurrentProcessId()) +
+               L"-" + std::to_wstring(++gFolderCount);
+    while (!CreateDirectoryW(path.c_str(), nullptr));
 }
 
 std::vector<std::wstring> TestFolder::List(const std::wstring &inside) const {
