@@ -38,7 +38,7 @@ for file in told["files"]: file["functions"] = []
 json.dump(told, open(path, "w"))' "build/coverage-$form.json"
 }
 build native
-for program in build/coverage-native/bin/*_tests; do run "$program"; done
+for program in build/coverage-native/bin/*_tests build/coverage-native/bin/preview_threads; do run "$program"; done
 count gcov
 build windows -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64.cmake"
 for program in build/coverage-windows/bin/*_tests.exe; do run sh cmake/wine-run.sh "$program"; done
