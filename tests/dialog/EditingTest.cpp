@@ -164,6 +164,8 @@ TEST_F(DialogEditing, EverySortOfChangeIsOneStep) {
             EXPECT_EQ(SetInHandle(), states[i]) << i;
             EXPECT_EQ(Text(kPairs[2].edit), kPairs[2].Shown(states[i].length));
         }
+        Undo();
+        EXPECT_EQ(SetInHandle(), states[0]) << "nothing was before";
         for (size_t i = 1; i < states.size(); ++i) {
             Redo();
             EXPECT_EQ(SetInHandle(), states[i]) << i;

@@ -56,6 +56,7 @@ TEST_F(Links, TheMainDialogLeadsToANewerVersion) {
     RunDialog([&] {
         ASSERT_NE(Item(kUpdateLinkId), nullptr);
         EXPECT_EQ(Text(kUpdateLinkId), kNotice);
+        EXPECT_EQ(GetWindowLongW(Item(kUpdateLinkId), GWL_EXSTYLE) & WS_EX_DLGMODALFRAME, 0);
         for (const UINT forged : {WM_DRAWITEM, WM_NCDESTROY})
             SendMessageW(dialog, forged, kUpdateLinkId, 0);
         Click(kUpdateLinkId);
@@ -90,6 +91,8 @@ TEST_F(Links, TheAboutBoxOpensItsAddressesAndTellsWhatItCannotOpen) {
             SendDlgItemMessageA(box, id, BM_CLICK, 0, 0);
         }
         EXPECT_EQ(gAnswers.opened, addresses);
+        const Picture link = CaptureClient(GetDlgItem(box, kAboutWebLinkId));
+        EXPECT_EQ(std::count(link.pixels.begin(), link.pixels.end(), 0xFFFFFFFFu), 0) << "as its dialog";
         const Picture logo = CaptureClient(GetDlgItem(box, kAboutLogoId));
         EXPECT_NE(PixelAt(logo, logo.width / 2, logo.height / 2), PixelAt(logo, 0, 0)) << "there is one";
         for (const UINT message : {WM_DRAWITEM, WM_SETTINGCHANGE}) // without a record, which must not end it
@@ -97,6 +100,8 @@ TEST_F(Links, TheAboutBoxOpensItsAddressesAndTellsWhatItCannotOpen) {
         wchar_t text[100] = L"";
         GetDlgItemTextW(box, kAboutUpdateLinkId, text, 100);
         EXPECT_STREQ(text, kNotice);
+        GetDlgItemTextW(box, kAboutVersionId, text, 100);
+        EXPECT_EQ(std::wstring(text).find(L"Version "), 0u);
         CheckDlgButton(box, kAboutUpdateSwitchId, BST_UNCHECKED);
         SendMessageA(box, WM_COMMAND, MAKEWPARAM(kAboutUpdateSwitchId, BN_CLICKED), 0);
         EXPECT_FALSE(IsWindowVisible(GetDlgItem(box, kAboutUpdateLinkId)));

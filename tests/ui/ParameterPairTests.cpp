@@ -249,6 +249,8 @@ TEST_F(ParameterPairs, RowsWithoutControlsTakeTheirDefaultsAndClosedOnesLetGo) {
     RefreshParameterControls();
     EXPECT_EQ(gPairs.parameters.angle, 150);
     EXPECT_TRUE(OnParameterEditChanged(angleField)) << "known, but nothing to read";
+    DestroyWindow(Edit(kLength));
+    EXPECT_EQ(Edit(kLength), nullptr);
     for (const int row : {int{kAngle}, -1, kParameterControlCount})
         FocusParameterControl(row);
     EXPECT_FALSE(OnParameterEditChanged(999));

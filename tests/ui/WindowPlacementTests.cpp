@@ -37,6 +37,7 @@ TEST(WindowPlacement, WindowsOnAMonitorStayAndOthersComeBackWholeOrCutDown) {
         {{30000, 20000, 30400, 20300}, last},
         {{-5000, -5000, -4600, -4700}, {area.left, area.top, area.left + 400, area.top + 300}},
         {{100, -290, 500, 10}, {100, area.top, 500, area.top + 300}},
+        {{100, area.top - 5, 500, area.top + 295}, {100, area.top - 5, 500, area.top + 295}},
         {{100, 100, 900, area.bottom + 300}, {100, area.top, 900, area.bottom}},
         {{100, 100, area.right + 101, 400}, {area.left, 100, area.right, 400}}};
     for (const auto &[rect, placed] : places)

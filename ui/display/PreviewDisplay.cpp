@@ -180,7 +180,6 @@ bool AttachPreviewDisplay(HWND dialog, const PreviewSource &source, ShowToolPict
     gPreviewDisplay.window = window;
     CreateDisplayRegions(&gPreviewDisplay.surface);
     AttachViewTools(dialog, window, source.image->bounds, showPicture);
-    RefreshDisplayCursor();
     gPreviewDisplay.hasTask = StartProxyUpdateTask(window, source);
     return gPreviewDisplay.hasTask;
 }
