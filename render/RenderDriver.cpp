@@ -21,7 +21,7 @@ namespace {
 
 // Several bands for each worker, so that a band full of stars does not keep the others waiting; none lower
 // than this.
-constexpr int32_t kBandsPerWorker = 4, kLeastBandRows = 32;
+constexpr int32_t kBandsPerWorker = 8, kLeastBandRows = 32;
 
 // A stamp that is laid more often than this, parts added up, keeps its rows: less often they are not worth
 // their memory.

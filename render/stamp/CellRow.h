@@ -6,9 +6,6 @@
 #include <algorithm>
 #include <cstdint>
 
-// Half a step of a byte but for more than glow is off, as a stamp's value under a way of 1.
-constexpr double kLeastWay = 0.4995 * 0x1p32;
-constexpr float kLeastStrength = 1e-6f; // moves nothing
 // More columns than that are taken one part after the other.
 constexpr int32_t kMostCells = 64;
 
@@ -81,7 +78,7 @@ void ForEachCells(const Laying &laying, const PixelRange &rows, PixelRange colum
                                          blockRow, laying.planeStrength);
             const IntRect area = {std::max(left, cells.columns.from), rows.from,
                                   std::min(left + cells.cellWidth, cells.columns.to + 1), rows.to + 1};
-            cells.halfWidth[i] = way < kLeastStrength ? -1.0 : widthAt(area, kLeastWay / way);
+            cells.halfWidth[i] = widthAt(area, LeastGlow(way));
         }
         work(cells);
         columns.from = cells.columns.to + 1;

@@ -27,6 +27,14 @@ struct BandTarget {
     RoomMap *room;      // of the band, for what is laid by glow
 };
 
+// The least value of a stamp that can move a byte under a light source: one of full value moves it by `way`
+// steps. Half a step, but for more than the glow is off.
+inline double LeastGlow(float way) {
+    constexpr double kLeastWay = 0.4995 * 0x1p32;
+    constexpr float kNoWay = 1e-6f; // moves nothing
+    return kLeastWay / (way > kNoWay ? way : kNoWay);
+}
+
 // Calls work(from, count) for each piece of a span.
 template <typename Work> void ForEachPiece(int32_t from, int32_t to, Work work) {
     for (; from <= to; from += kRowPiece)

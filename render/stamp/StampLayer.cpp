@@ -13,6 +13,7 @@ constexpr int64_t kReach = std::numeric_limits<int16_t>::max() + 1; // no pixel'
 constexpr int32_t kQuarters = 4, kTenths = 10;
 constexpr int32_t kRowsPerPoll = 64;
 constexpr uint32_t kBrightest = 0xFFFFFFFF;
+constexpr double kWhole = 4294967295.0;
 constexpr double kOpaqueStrengths = 256.0; // how often the least opaque strength fits the largest
 constexpr uint32_t kHalfByteStep = 32896;  // working values; 65793 of them are one step of a byte
 
@@ -33,27 +34,42 @@ uint32_t ThresholdOf(const StampContext &context, const ImageBuffer &output) {
     return context.preciseMode && output.bytesPerSample == 1 ? std::max(floor, kHalfByteStep + 1) : floor;
 }
 
+uint32_t WholeLeastGlow(float strength) {
+    return static_cast<uint32_t>(std::min(LeastGlow(strength * 255.0f), kWhole));
+}
+
 // Grey moves by the mean of the channels.
 void BeginGlow(Laying *laying) {
     const ImageBuffer &output = laying->target.output;
     GlowBatch &glow = laying->glow;
+    float *const strength = laying->planeStrength;
     glow.planes = output.colorPlanes;
     for (int32_t c = 0; c < 3; ++c) {
         glow.samples[c] = output.planes[c];
-        glow.strength[c] = static_cast<float>(laying->tint.channel[c] * 0x1p-32 *
-                                              (laying->tint.value * 0x1p-32) * kOpaqueStrengths);
-        laying->planeStrength[c] = glow.strength[c];
+        glow.strength[c] = strength[c] = static_cast<float>(
+            laying->tint.channel[c] * 0x1p-32 * (laying->tint.value * 0x1p-32) * kOpaqueStrengths);
     }
     if (glow.planes == 1)
-        laying->planeStrength[0] = (glow.strength[0] + glow.strength[1] + glow.strength[2]) / 3.0f;
+        strength[0] = strength[1] = strength[2] = (strength[0] + strength[1] + strength[2]) / 3.0f;
+    laying->leastValue = WholeLeastGlow(std::max({strength[0], strength[1], strength[2]}));
+    laying->faintestValue = WholeLeastGlow(static_cast<float>(kOpaqueStrengths));
     RefreshRoomMap(laying->target.room);
+}
+
+void MeasureLeastValues(uint32_t threshold, Laying *laying) {
+    laying->leastValue =
+        LeastVisibleValue(LargestChannel(laying->tint.channel), laying->tint.value, threshold);
+    laying->faintestValue = LeastVisibleValue(kBrightest, kBrightest, threshold);
 }
 
 Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint &tint) {
     Laying laying{target, place, tint, AreaInOffsets(target.band, place), 0, 0, false, {}, {}, {}, nullptr};
     const uint32_t threshold = ThresholdOf(target.context, target.output);
-    laying.leastValue = LeastVisibleValue(LargestChannel(tint.channel), tint.value, threshold);
-    laying.faintestValue = LeastVisibleValue(kBrightest, kBrightest, threshold);
+    laying.glows = LaysByGlow(target.context, target.output);
+    if (laying.glows)
+        BeginGlow(&laying);
+    else
+        MeasureLeastValues(threshold, &laying);
     laying.blend.colors = target.colors;
     laying.blend.tintValue = tint.value;
     laying.blend.leastValue = laying.leastValue;
@@ -61,9 +77,6 @@ Laying BeginLaying(const BandTarget &target, const StampPlace &place, const Tint
     laying.blend.precise = target.context.preciseMode;
     laying.blend.planes = target.output.colorPlanes;
     laying.blendPiece = gRenderPath->blend[target.output.bytesPerSample / 2];
-    laying.glows = LaysByGlow(target.context, target.output);
-    if (laying.glows)
-        BeginGlow(&laying);
     return laying;
 }
 
@@ -207,9 +220,10 @@ void LayStar(const BandTarget &target, const StarStamp &stamp, const StarTables 
 
 void LayFlare(const BandTarget &target, const FlareStamp &flare, const ValueTable &values,
               const StampPlace &place, const Tint &tint) {
-    const Laying laying = BeginLaying(target, place, tint);
-    if (IsEmptyRect(laying.window))
+    const IntRect rings = {-flare.rings, -flare.rings, flare.rings + 1, flare.rings + 1};
+    if (IsEmptyRect(IntersectRects(rings, AreaInOffsets(target.band, place))))
         return;
+    const Laying laying = BeginLaying(target, place, tint);
     if (laying.glows)
         return LayGlowingFlare(laying, flare, values);
     constexpr RainbowFactors kUntinted = {{kFractionOne, kFractionOne, kFractionOne}};
