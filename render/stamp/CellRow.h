@@ -11,19 +11,20 @@ constexpr int32_t kMostCells = 64;
 
 // Offsets from the source's pixel.
 struct CellRow {
-    PixelRange columns;           // of the pixels
-    int32_t left;                 // of the first cell
-    int32_t count, cellWidth;     // of cells
-    double halfWidth[kMostCells]; // of each cell's span, in pixels; below 0: nothing shows
+    PixelRange columns;       // of the pixels
+    int32_t left;             // of the first cell
+    int32_t count, cellWidth; // of cells
+    double reach[kMostCells]; // of each; how wide a span it makes of a row is its user's
 };
 
-// Calls work(span) for each span of a row whose middle is `middle`; what meets at the border of two cells
-// is one span.
-template <typename Work> void ForEachSpan(const CellRow &cells, double middle, Work work) {
+// Calls work(span) for each span of a row whose middle is `middle`, widthOf(reach) to each side; below 0
+// there is none. What meets at the border of two cells is one span.
+template <typename WidthOf, typename Work>
+void ForEachSpan(const CellRow &cells, double middle, WidthOf widthOf, Work work) {
     constexpr double kRoundingRoom = 1.0 / 64; // pixels; far more than any position is rounded by
     PixelRange open = {0, -1};
     for (int32_t i = 0; i < cells.count; ++i) {
-        const double width = cells.halfWidth[i] + kRoundingRoom;
+        const double width = widthOf(cells.reach[i]) + kRoundingRoom;
         if (width < 0.0)
             continue;
         const int32_t left = cells.left + i * cells.cellWidth;
@@ -56,11 +57,11 @@ template <typename Work> void ForEachBlockRow(const Laying &laying, PixelRange r
     }
 }
 
-// The same for columns of a row of blocks, with cells of some blocks each; their widths are widthAt(block,
+// The same for columns of a row of blocks, with cells of some blocks each; their reaches are reachAt(area,
 // level), in which `level` is the least value that can show there.
-template <typename WidthAt, typename Work>
+template <typename ReachAt, typename Work>
 void ForEachCells(const Laying &laying, const PixelRange &rows, PixelRange columns, int32_t cellBlocks,
-                  WidthAt widthAt, Work work) {
+                  ReachAt reachAt, Work work) {
     const int32_t originX = laying.target.band.left - laying.place.x,
                   originY = laying.target.band.top - laying.place.y;
     const int32_t blockRow = (rows.from - originY) / kBlockRows;
@@ -78,7 +79,7 @@ void ForEachCells(const Laying &laying, const PixelRange &rows, PixelRange colum
                                          blockRow, laying.planeStrength);
             const IntRect area = {std::max(left, cells.columns.from), rows.from,
                                   std::min(left + cells.cellWidth, cells.columns.to + 1), rows.to + 1};
-            cells.halfWidth[i] = widthAt(area, LeastGlow(way));
+            cells.reach[i] = reachAt(area, LeastGlow(way));
         }
         work(cells);
         columns.from = cells.columns.to + 1;

@@ -73,12 +73,14 @@ PixelLaid LayArmAt(const StarTables &tables, const Arm &arm, int32_t row, int32_
     return {Mul(at.share, at.along), tables.factors[RainbowStateAt(tables.rainbow, at.distance)]};
 }
 
-// Half the width of a flare's rows in a block, as far as values of at least `level` may lie; below 0 none do.
-double FlareHalfWidth(const ValueTable &values, const IntRect &block, double level) {
-    const double reach =
-        ReachOfLevel(values, static_cast<uint32_t>(std::min(level, 0x1p32 - 1.0))) / 40.0 + 1.0;
-    const double row = NearestToZero({block.top, block.bottom - 1});
-    const double across = reach * reach - row * row;
+// How far values of at least `level` may lie from a flare's middle, in pixels.
+double FlareReach(const ValueTable &values, double level) {
+    return ReachOfLevel(values, static_cast<uint32_t>(std::min(level, 0x1p32 - 1.0))) / 40.0 + 1.0;
+}
+
+// Half the width of a row of a disc, and somewhat more; below 0 it has none.
+double HalfChord(double radius, double row) {
+    const double across = radius * radius - row * row;
     return across < 0.0 ? -1.0 : std::sqrt(across) + 2.0;
 }
 
@@ -103,15 +105,13 @@ void ForEachArmSpan(const Laying &laying, const Arm &arm, const PixelRange &walk
     PixelRange allowed = {left, right - 1}, steps = walked;
     if (!arm.majorIsY)
         allowed = steps = Intersect(allowed, walked);
-    const auto widthAt = [&](const IntRect &area, double level) {
-        const double reach = ReachInBlock(arm, area, level);
-        return reach > 0.0 ? reach * line.perReach : -1.0;
-    };
+    const auto reachAt = [&](const IntRect &area, double level) { return ReachInBlock(arm, area, level); };
+    const auto widthOf = [&](double reach) { return reach > 0.0 ? reach * line.perReach : -1.0; };
     ForEachBlockRow(laying, Intersect(ArmRows(arm, steps), {top, bottom - 1}), [&](const PixelRange &rows) {
         const PixelRange columns = Intersect(allowed, ColumnsOf(arm, line, rows));
-        ForEachCells(laying, rows, columns, cellBlocks, widthAt, [&](const CellRow &cells) {
+        ForEachCells(laying, rows, columns, cellBlocks, reachAt, [&](const CellRow &cells) {
             for (int32_t row = rows.from; row <= rows.to; ++row)
-                ForEachSpan(cells, line.first + line.perRow * row, [&](const PixelRange &span) {
+                ForEachSpan(cells, line.first + line.perRow * row, widthOf, [&](const PixelRange &span) {
                     const auto [from, to] = isWithin ? span : Intersect(span, ArmSpan(arm, walked, row));
                     layRow(row, from, to);
                 });
@@ -197,14 +197,16 @@ void LayGlowingFlare(const Laying &laying, const FlareStamp &flare, const ValueT
     };
     const auto &[left, top, right, bottom] = laying.window;
     const PixelRange rings = {-flare.rings, flare.rings}, columns = Intersect(rings, {left, right - 1});
+    const int32_t cellBlocks = laying.target.room->darkest ? 1 : kWideCell;
+    const auto reachAt = [&](const IntRect &, double level) { return FlareReach(values, level); };
     ForEachBlockRow(laying, Intersect(rings, {top, bottom - 1}), [&](const PixelRange &rows) {
-        ForEachCells(
-            laying, rows, columns, 1,
-            [&](const IntRect &block, double level) { return FlareHalfWidth(values, block, level); },
-            [&](const CellRow &cells) {
-                for (int32_t row = rows.from; row <= rows.to; ++row)
-                    ForEachSpan(cells, 0.0, [&](const PixelRange &span) { layRow(row, span.from, span.to); });
-            });
+        ForEachCells(laying, rows, columns, cellBlocks, reachAt, [&](const CellRow &cells) {
+            for (int32_t row = rows.from; row <= rows.to; ++row) {
+                const auto widthOf = [&](double reach) { return HalfChord(reach, row); };
+                ForEachSpan(cells, 0.0, widthOf,
+                            [&](const PixelRange &span) { layRow(row, span.from, span.to); });
+            }
+        });
     });
     BlendRows(laying, &laid, layAt);
 }
