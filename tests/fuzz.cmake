@@ -15,7 +15,8 @@ endfunction()
 function(brillatrix_fuzz_test name runs)
     add_test(NAME ${BRILLATRIX_BUILD_NAME}.fuzz.${name}
         COMMAND fuzz_${name} ${CMAKE_CURRENT_SOURCE_DIR}/fuzz/corpus/${name} ${runs})
-    set_tests_properties(${BRILLATRIX_BUILD_NAME}.fuzz.${name} PROPERTIES TIMEOUT 1800 ${ARGN})
+    set_tests_properties(${BRILLATRIX_BUILD_NAME}.fuzz.${name} PROPERTIES TIMEOUT 1800 ${ARGN}
+        PASS_REGULAR_EXPRESSION "runs held" FAIL_REGULAR_EXPRESSION "NOT SO|HANGS|Unhandled|Sanitizer|runtime error")
 endfunction()
 function(brillatrix_fuzz name runs)
     if(NOT WIN32)

@@ -43,6 +43,17 @@ static void EndHangs() {
     Kill();
 }
 
+// Under Wine a crash would end with 0.
+static void EndCrashes() {
+#ifdef _WIN32
+    SetUnhandledExceptionFilter([](EXCEPTION_POINTERS *raised) -> LONG {
+        std::fprintf(stderr, "Unhandled exception 0x%08lX\n", raised->ExceptionRecord->ExceptionCode);
+        Kill();
+        return EXCEPTION_EXECUTE_HANDLER;
+    });
+#endif
+}
+
 static std::vector<Bytes> ReadCorpus(const char *folder) {
     std::set<std::filesystem::path> paths; // in one order everywhere
     for (const auto &entry : std::filesystem::directory_iterator(folder))
@@ -94,6 +105,7 @@ int main(int count, char **values) {
     const uint64_t runs = number(2, 0) * (isLong && *isLong == '1' ? 10 : 1), first = number(3, 0);
     const int64_t end = Seconds() + static_cast<int64_t>(number(4, 1000000));
     std::thread(EndHangs).detach();
+    EndCrashes();
     std::fprintf(stderr, "seed %llu\n", static_cast<unsigned long long>(seed));
     for (size_t i = 0; i < corpus.size(); ++i)
         RunCase("file", i, corpus[i]);
