@@ -194,6 +194,9 @@ TEST_F(DialogControls, EveryControlTellsWhatItIs) {
             EXPECT_EQ(told.role, expected.role) << id;
             EXPECT_EQ(told.name, expected.name);
             EXPECT_EQ(told.value, expected.value) << id;
+            EXPECT_EQ((told.state & STATE_SYSTEM_HASPOPUP) != 0,
+                      told.role == menu || told.role == ROLE_SYSTEM_COMBOBOX)
+                << id;
             const bool isReached = (GetWindowLongW(Item(id), GWL_STYLE) & WS_TABSTOP) != 0;
             EXPECT_EQ(told.state & ~(STATE_SYSTEM_FOCUSED | STATE_SYSTEM_HASPOPUP | STATE_SYSTEM_PRESSED),
                       isReached ? STATE_SYSTEM_FOCUSABLE : 0)

@@ -85,14 +85,35 @@ BOOL WINAPI SetHttpOption(HINTERNET handle, DWORD option, LPVOID value, DWORD si
     return gSetOption(handle, option, value, size);
 }
 
+// What the system reserves must be 0, and no headers have no length.
+decltype(&WinHttpConnect) gConnect;
+decltype(&WinHttpSendRequest) gSendRequest;
+
+HINTERNET WINAPI Connect(HINTERNET session, LPCWSTR host, INTERNET_PORT port, DWORD reserved) {
+    EXPECT_EQ(reserved, 0u);
+    return gConnect(session, host, port, reserved);
+}
+
+BOOL WINAPI SendRequest(HINTERNET handle, LPCWSTR headers, DWORD length, LPVOID data, DWORD size, DWORD total,
+                        DWORD_PTR context) {
+    EXPECT_TRUE(!headers && !data && length + size + total == 0);
+    return gSendRequest(handle, headers, length, data, size, total, context);
+}
+
 decltype(&GetProcAddress) gFindFunction;
 
 FARPROC WINAPI FindFunction(HMODULE library, LPCSTR name) {
-    const FARPROC found = gFindFunction(library, name);
-    if (reinterpret_cast<uintptr_t>(name) <= 0xFFFF || std::strcmp(name, "WinHttpSetOption") != 0)
-        return found;
-    gSetOption = reinterpret_cast<decltype(gSetOption)>(reinterpret_cast<void *>(found));
-    return reinterpret_cast<FARPROC>(reinterpret_cast<void *>(&SetHttpOption));
+    FARPROC found = gFindFunction(library, name);
+    const auto replace = [&](const char *wanted, auto *real, auto replacement) {
+        if (reinterpret_cast<uintptr_t>(name) <= 0xFFFF || std::strcmp(name, wanted) != 0)
+            return;
+        *real = reinterpret_cast<decltype(replacement)>(reinterpret_cast<void *>(found));
+        found = reinterpret_cast<FARPROC>(reinterpret_cast<void *>(replacement));
+    };
+    replace("WinHttpSetOption", &gSetOption, &SetHttpOption);
+    replace("WinHttpConnect", &gConnect, &Connect);
+    replace("WinHttpSendRequest", &gSendRequest, &SendRequest);
+    return found;
 }
 
 } // namespace
@@ -147,7 +168,12 @@ TEST_F(UpdateTest, TheNoticeStaysUntilItIsNoLongerTrueOrWanted) {
 
 TEST_F(UpdateTest, SendsProductAndVersionAndNothingElse) {
     const LoopbackServer server(Body("8"));
+    host::ImportHooks hooks;
+    gFindFunction = GetProcAddress;
+    host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "GetProcAddress", FindFunction, &hooks);
     Check(server.Address());
+    host::RestoreImports(&hooks);
+    EXPECT_TRUE(gConnect && gSendRequest);
     ASSERT_EQ(server.Requests().size(), 1u);
     const std::string host = server.Address().substr(7, server.Address().rfind('/') - 7);
     std::set<std::string> lines;
