@@ -115,6 +115,16 @@ TEST_F(Links, TheAboutBoxOpensItsAddressesAndTellsWhatItCannotOpen) {
     const std::string bytes = ReadWholeFile(UserFolder("Settings") + "\\UpdateNotice.bin");
     memcpy(&record, bytes.data(), std::min(bytes.size(), sizeof record));
     EXPECT_EQ(record.isOn, 0u);
+    // A theme's link that is hard to read on its dialog has the colour of text.
+    const auto color = [](int index) -> DWORD {
+        return index == COLOR_HOTLIGHT ? RGB(0, 255, 0) : index == COLOR_3DFACE ? RGB(255, 0, 0) : 0;
+    };
+    host::ReplaceImport<DWORD(WINAPI *)(int)>(module.module, nullptr, "GetSysColor", color, &hooks);
+    ShowAbout([](HWND box) {
+        const Picture link = CaptureClient(GetDlgItem(box, kAboutWebLinkId));
+        EXPECT_EQ(std::count(link.pixels.begin(), link.pixels.end(), 0xFF00FF00u), 0);
+        EXPECT_GT(std::count(link.pixels.begin(), link.pixels.end(), 0xFF000000u), 50);
+    });
 }
 
 TEST_F(Links, TheGuideIsOfferedWhereItIsInstalled) {

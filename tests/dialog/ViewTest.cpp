@@ -325,7 +325,24 @@ TEST_F(DialogView, ALineSaysWhatTheLightsAre) {
             Pump(100);
             EXPECT_FALSE(IsWindowVisible(Item(kStateLine)));
             EXPECT_TRUE(IsWindowVisible(Item(kProgressBar)));
+            // The photograph is there meanwhile, reduced as it will be.
+            const auto zoomTo = [this](int command) {
+                gAnswers.menuCommand = command;
+                Click(kZoomArrow);
+                SetFocus(Item(kPairs[0].edit));
+            };
+            zoomTo(40012); // 66.67 %
+            Pump(800);
+            Picture waiting = CaptureClient(Item(kDisplay));
             ReleaseTable();
+            Settle();
+            Click(kPreviewBox);
+            Picture original = Shown();
+            for (Picture *picture : {&waiting, &original}) // above the text
+                picture->pixels.resize(static_cast<size_t>(picture->height / 2 - 20) * picture->width);
+            EXPECT_TRUE(waiting.pixels == original.pixels);
+            Click(kPreviewBox);
+            zoomTo(40018);
             const std::wstring all = State(), number = all.substr(0, all.find(L' '));
             EXPECT_GT(std::stoi(number), 1);
             EXPECT_EQ(all.find(number + L" lights, "), 0u) << "the rest tells the stars";
