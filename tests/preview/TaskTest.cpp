@@ -169,6 +169,11 @@ TEST(ProxyUpdateTask, DraftsOfTheWholeViewFollowADrag) {
     for (const double scale : {12.0, 6.0}) // another quality has a picture of its own
         EXPECT_EQ(NeedDraftPicture(scale, gProxyUpdate.stopDraft, &gProxies.draftPictures)->bounds.right,
                   ScaleRect(run.image.bounds, scale).right);
+    gProxies.draftQuality = kCoarsestDraft;
+    const PreviewRequest small = MakeTestRequest(run.View(16.67, 40, 27));
+    for (int i = 0; i < 20 && gProxies.draftQuality == kCoarsestDraft; ++i)
+        MakeDraft(small, gProxyUpdate.stopDraft);
+    EXPECT_LT(gProxies.draftQuality, kCoarsestDraft) << "there is time for better ones";
 }
 
 // A request that changes nothing cancels nothing, and after a pan the tile in work is finished and kept.
