@@ -183,6 +183,8 @@ TEST(WidePaths, WhatDoesNotFitChangesNothing) {
     const std::string root(kMaxPath, 'a');
     RememberWideRoot(root.c_str(), L"b");
     EXPECT_FALSE(IsBelowWideRoot(root.c_str()));
+    RememberWideRoot("a", std::wstring(kMaxPath, L'b').c_str());
+    EXPECT_FALSE(IsBelowWideRoot("a"));
     WidePath unchanged = {L"kept"};
     EXPECT_FALSE(WidenPath(std::string(kMaxPath, 'x').c_str(), &unchanged));
     EXPECT_FALSE(JoinPath(std::wstring(500, L'x').c_str(), std::wstring(499, L'x').c_str(), &unchanged));
