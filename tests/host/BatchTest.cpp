@@ -150,7 +150,12 @@ TEST_F(BatchTest, FaultsStayWithTheirPhotos) {
         EXPECT_EQ(RunBatch({L"--existing", L"overwrite", option + file, in}).status, 3u);
     EXPECT_EQ(ReadBytes(in + L"\\a.png"), photo);
     WriteBytes(json, {'x'});
-    EXPECT_EQ(RunBatch({L"--existing", L"skip", L"--dry-run", L"--failed", list, in}).status, 0u);
+    for (const wchar_t *existing : {L"skip", L"number"}) {
+        const ProgramRun plan = RunBatch({L"--existing", existing, L"--dry-run", L"--failed", list, in});
+        EXPECT_EQ(plan.status, 0u);
+        EXPECT_EQ(Holds(plan.out, "a_stars_2.png"), *existing == L'n') << plan.out;
+        EXPECT_FALSE(Holds(plan.out, "a_stars.png")) << plan.out;
+    }
     const ProgramRun none = RunBatch({in + L"\\absent.png"});
     EXPECT_EQ(none.status, 3u) << none.err;
 }
