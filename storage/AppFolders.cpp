@@ -122,7 +122,7 @@ bool JoinShellFolder(int shellFolder, const char *relativePath, char *path, size
                     "_tcscpy_s() failed with UserDirPath = '%s' and  CpyResult = '%d'", relativePath, ERANGE);
         return false;
     }
-    memcpy(path, joined, static_cast<size_t>(printed) + 1);
+    strcpy(path, joined);
     return true;
 }
 

@@ -69,6 +69,8 @@ TEST_F(UISettingsFile, AMissingFileIsSilentAndOneOfAnotherVersionIsTold) {
 
 TEST_F(UISettingsFile, FilesThatCannotBeWrittenAndFoldersThatAreNoneAreReported) {
     WriteWholeFile(path, File(kCurrent, kFields));
+    EXPECT_TRUE(LoadUISettings() && !HasDefaults());
+    SetFields(kDefaultUISettings);
     FailNextCall("WriteFile:short", 0);
     EXPECT_FALSE(SaveUISettings());
     EXPECT_TRUE(FailureHappened());
