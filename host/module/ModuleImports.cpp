@@ -43,11 +43,10 @@ static bool WriteSlot(void **slot, void *value) {
     return true;
 }
 
-void *ReplaceImport(HMODULE module, const char *dll, const char *function, void *replacement,
-                    ImportHooks *hooks) {
+void *ReplaceImport(HMODULE module, const char *function, void *replacement, ImportHooks *hooks) {
     void *original = nullptr;
-    VisitImports(module, [&](const char *fromDll, const char *name, void **slot) {
-        if (lstrcmpA(name, function) != 0 || (dll && lstrcmpiA(fromDll, dll) != 0))
+    VisitImports(module, [&](const char *, const char *name, void **slot) {
+        if (lstrcmpA(name, function) != 0)
             return;
         const ImportHook hook = {slot, *slot};
         if (WriteSlot(slot, replacement)) {

@@ -18,16 +18,13 @@ struct ImportHooks {
     std::vector<ImportHook> hooks;
 };
 
-// Points every import of `function` from `dll` ("USER32.dll", case ignored; null: from any) in `module` to
-// `replacement` and remembers the old pointers in *hooks. Returns the original, or null when the module does
-// not import it.
-void *ReplaceImport(HMODULE module, const char *dll, const char *function, void *replacement,
-                    ImportHooks *hooks);
+// Points every import of `function` in `module`, whatever DLL it is from, to `replacement` and remembers the
+// old pointers in *hooks. Returns the original, or null when the module does not import it.
+void *ReplaceImport(HMODULE module, const char *function, void *replacement, ImportHooks *hooks);
 template <typename Function>
-Function ReplaceImport(HMODULE module, const char *dll, const char *function, Function replacement,
-                       ImportHooks *hooks) {
+Function ReplaceImport(HMODULE module, const char *function, Function replacement, ImportHooks *hooks) {
     return reinterpret_cast<Function>(
-        ReplaceImport(module, dll, function, reinterpret_cast<void *>(replacement), hooks));
+        ReplaceImport(module, function, reinterpret_cast<void *>(replacement), hooks));
 }
 
 // Puts all originals back, last replaced first. Call it before the module is unloaded.

@@ -96,12 +96,12 @@ void CatchBoxes(HMODULE module, BoxHandler handler, bool describeDialogs) {
     ReleaseBoxes();
     gBoxHandler = std::move(handler);
     gDescribesDialogs = describeDialogs;
-    ReplaceImport(module, nullptr, "MessageBoxA", CatchMessageBoxA, &gBoxHooks);
-    ReplaceImport(module, nullptr, "MessageBoxW", CatchMessageBoxW, &gBoxHooks);
-    ReplaceImport(module, nullptr, "DialogBoxParamA", CatchDialogBoxA, &gBoxHooks);
-    ReplaceImport(module, nullptr, "DialogBoxParamW", CatchDialogBoxW, &gBoxHooks);
-    ReplaceImport(module, nullptr, "DialogBoxIndirectParamA", CatchDialogBoxIndirectW, &gBoxHooks);
-    ReplaceImport(module, nullptr, "DialogBoxIndirectParamW", CatchDialogBoxIndirectW, &gBoxHooks);
+    ReplaceImport(module, "MessageBoxA", CatchMessageBoxA, &gBoxHooks);
+    ReplaceImport(module, "MessageBoxW", CatchMessageBoxW, &gBoxHooks);
+    ReplaceImport(module, "DialogBoxParamA", CatchDialogBoxA, &gBoxHooks);
+    ReplaceImport(module, "DialogBoxParamW", CatchDialogBoxW, &gBoxHooks);
+    ReplaceImport(module, "DialogBoxIndirectParamA", CatchDialogBoxIndirectW, &gBoxHooks);
+    ReplaceImport(module, "DialogBoxIndirectParamW", CatchDialogBoxIndirectW, &gBoxHooks);
 }
 
 void ReleaseBoxes() {

@@ -103,7 +103,7 @@ void DialogFixture::SetUp() {
     ASSERT_NO_FATAL_FAILURE(ModuleFixture::SetUp());
     AnswerForSystem(module.module, &hooks);
     gFixture = this;
-    gOpenOther = host::ReplaceImport(module.module, nullptr, "DialogBoxParamW", &OpenMain, &hooks);
+    gOpenOther = host::ReplaceImport(module.module, "DialogBoxParamW", &OpenMain, &hooks);
     tableGate = CreateEventA(nullptr, TRUE, TRUE, nullptr);
     const auto beginThread = [](void *security, unsigned stack, unsigned(WINAPI * start)(void *),
                                 void *argument, unsigned flags, unsigned *id) -> uintptr_t {
@@ -112,8 +112,8 @@ void DialogFixture::SetUp() {
         gHeld = {start, argument};
         return gBeginThread(security, 0, StartWhenReleased, tableGate, flags, id);
     };
-    gBeginThread = host::ReplaceImport<decltype(gBeginThread)>(module.module, nullptr, "_beginthreadex",
-                                                               beginThread, &hooks);
+    gBeginThread =
+        host::ReplaceImport<decltype(gBeginThread)>(module.module, "_beginthreadex", beginThread, &hooks);
     hostWindow = CreateWindowA("STATIC", "Host", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 500, 400, nullptr,
                                nullptr, nullptr, nullptr);
     filterHost.settings.window = hostWindow;

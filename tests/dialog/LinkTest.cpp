@@ -36,8 +36,7 @@ protected:
                 play);
         };
         host::ImportHooks hooks;
-        host::ReplaceImport<decltype(&DialogBoxParamA)>(module.module, nullptr, "DialogBoxParamA", show,
-                                                        &hooks);
+        host::ReplaceImport<decltype(&DialogBoxParamA)>(module.module, "DialogBoxParamA", show, &hooks);
         Open();
         SetCursor(nullptr);
         EXPECT_EQ(host::CallAbout(filterHost), kNoError);
@@ -119,7 +118,7 @@ TEST_F(Links, TheAboutBoxOpensItsAddressesAndTellsWhatItCannotOpen) {
     const auto color = [](int index) -> DWORD {
         return index == COLOR_HOTLIGHT ? RGB(0, 255, 0) : index == COLOR_3DFACE ? RGB(255, 0, 0) : 0;
     };
-    host::ReplaceImport<DWORD(WINAPI *)(int)>(module.module, nullptr, "GetSysColor", color, &hooks);
+    host::ReplaceImport<DWORD(WINAPI *)(int)>(module.module, "GetSysColor", color, &hooks);
     ShowAbout([](HWND box) {
         const Picture link = CaptureClient(GetDlgItem(box, kAboutWebLinkId));
         EXPECT_EQ(std::count(link.pixels.begin(), link.pixels.end(), 0xFF00FF00u), 0);
@@ -136,7 +135,7 @@ TEST_F(Links, TheGuideIsOfferedWhereItIsInstalled) {
         return reinterpret_cast<HINSTANCE>(INT_PTR{33});
     };
     host::ImportHooks hooks;
-    host::ReplaceImport<decltype(&ShellExecuteW)>(module.module, nullptr, "ShellExecuteW", open, &hooks);
+    host::ReplaceImport<decltype(&ShellExecuteW)>(module.module, "ShellExecuteW", open, &hooks);
     MakeFolder(folder / "guide");
     WriteWholeFile(folder / "guide\\Brillatrix Pro Guide.html", "guide");
     const std::string path = folder / "";

@@ -62,8 +62,8 @@ TEST_F(MainDialog, OpensWithTheParametersShownAndTheEffectToolsWaiting) {
             toldFocus.push_back(id);
         return SendDlgItemMessageW(window, id, message, wParam, lParam);
     };
-    host::ReplaceImport<decltype(&SendDlgItemMessageW)>(module.module, nullptr, "SendDlgItemMessageW",
-                                                        noteState, &hooks);
+    host::ReplaceImport<decltype(&SendDlgItemMessageW)>(module.module, "SendDlgItemMessageW", noteState,
+                                                        &hooks);
     HoldTable();
     onInit = [this] {
         EXPECT_TRUE(AreEffectToolsEnabled(FALSE));
@@ -216,9 +216,9 @@ TEST_F(MainDialog, AFatalErrorEndsItOnceWithItsCode) {
             Sleep(20);
         return SetEvent(event);
     };
-    host::ReplaceImport<void *(*)(void *, size_t)>(module.module, nullptr, "realloc", grow, &hooks);
-    host::ReplaceImport<BOOL(WINAPI *)(HWND, INT_PTR)>(module.module, nullptr, "EndDialog", end, &hooks);
-    host::ReplaceImport<BOOL(WINAPI *)(HANDLE)>(module.module, nullptr, "SetEvent", endSlowly, &hooks);
+    host::ReplaceImport<void *(*)(void *, size_t)>(module.module, "realloc", grow, &hooks);
+    host::ReplaceImport<BOOL(WINAPI *)(HWND, INT_PTR)>(module.module, "EndDialog", end, &hooks);
+    host::ReplaceImport<BOOL(WINAPI *)(HANDLE)>(module.module, "SetEvent", endSlowly, &hooks);
     // A white half: too large and flat for a light, so it is taken out by a fill.
     for (std::vector<uint8_t> &plane : filterHost.document.planes)
         std::fill(plane.begin(), plane.begin() + 240 * 90, uint8_t{255});

@@ -48,7 +48,7 @@ LSTATUS WINAPI ReadKey(HKEY root, LPCWSTR key, LPCWSTR name, DWORD how, DWORD *t
 void AnswerForSystem(HMODULE module, host::ImportHooks *hooks) {
     gAnswers = {};
     const auto hook = [&](const char *name, auto function) {
-        host::ReplaceImport(module, nullptr, name, function, hooks);
+        host::ReplaceImport(module, name, function, hooks);
     };
     hook("TrackPopupMenu", OfferMenu);
     hook("GetOpenFileNameW", PickFile);

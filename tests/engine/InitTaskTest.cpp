@@ -47,10 +47,10 @@ struct InitTaskTest : EngineTest {
         gProcessors = 4;
         HMODULE self = GetModuleHandleA(nullptr);
         CountSystemObjects(self, &hooks);
-        gBeginThread = host::ReplaceImport(self, nullptr, "_beginthreadex", WatchedBeginThread, &hooks);
+        gBeginThread = host::ReplaceImport(self, "_beginthreadex", WatchedBeginThread, &hooks);
         ASSERT_NE(gBeginThread, nullptr);
-        ASSERT_NE(host::ReplaceImport(self, nullptr, "GetSystemInfo", ForcedSystemInfo, &hooks), nullptr);
-        gRealWait = host::ReplaceImport(self, nullptr, "WaitForMultipleObjects", AnsweredWait, &hooks);
+        ASSERT_NE(host::ReplaceImport(self, "GetSystemInfo", ForcedSystemInfo, &hooks), nullptr);
+        gRealWait = host::ReplaceImport(self, "WaitForMultipleObjects", AnsweredWait, &hooks);
     }
     void TearDown() override {
         ExpectNothingOpen();

@@ -392,8 +392,7 @@ TEST(ProxyUpdateTask, TileBitmapCarriesTheProfileBehindItsHeader) {
     ASSERT_TRUE(run.Serve(MakeTestRequest(view)));
     gTransfers = 0; // once, by the task, and not again at each repaint
     host::ImportHooks hooks;
-    gStretchDIBits =
-        host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "StretchDIBits", CountTransfer, &hooks);
+    gStretchDIBits = host::ReplaceImport(GetModuleHandleA(nullptr), "StretchDIBits", CountTransfer, &hooks);
     ASSERT_NE(gStretchDIBits, nullptr);
     const std::vector<uint32_t> matched = run.Paint(view);
     EXPECT_EQ(gTransfers, 0);

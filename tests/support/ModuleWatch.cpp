@@ -134,7 +134,7 @@ void HookModule(HMODULE module) {
     host::ImportHooks *hooks = &gWatch.hooks;
     CountSystemObjects(module, hooks);
     const auto hook = [&](const char *name, auto function) {
-        return host::ReplaceImport(module, nullptr, name, function, hooks);
+        return host::ReplaceImport(module, name, function, hooks);
     };
     hook("malloc", WatchedMalloc);
     hook("calloc", WatchedCalloc);
@@ -177,7 +177,7 @@ host::FilterModule LoadWatchedModule(const std::string &folder) {
 void CatchModuleBoxes(const host::FilterModule &module, host::BoxHandler handler) {
     host::CatchBoxes(module.module, std::move(handler), true);
     gWatch.openDialog =
-        host::ReplaceImport(module.module, nullptr, "DialogBoxParamW", WatchedDialogBox, &gWatch.dialogHooks);
+        host::ReplaceImport(module.module, "DialogBoxParamW", WatchedDialogBox, &gWatch.dialogHooks);
 }
 
 void UnloadWatchedModule(host::FilterModule *module) {

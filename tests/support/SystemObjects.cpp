@@ -99,7 +99,7 @@ struct Hooking {
     void Replace(const std::string &name, Kind kind, Replacement replacement) const {
         Call<function>::name = (new std::string(name))->c_str();
         Call<function>::kind = kind;
-        if (const auto real = host::ReplaceImport(module, nullptr, name.c_str(), replacement, hooks))
+        if (const auto real = host::ReplaceImport(module, name.c_str(), replacement, hooks))
             Call<function>::real = real;
     }
     // `names` are those of the functions, with commas between.

@@ -372,7 +372,7 @@ TEST_F(DialogLook, TheSystemKeepsItsHandsOff) {
     Close();
     gFindFunction = GetProcAddress;
     host::ImportHooks hooks;
-    host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "GetProcAddress", FindFunction, &hooks);
+    host::ReplaceImport(GetModuleHandleA(nullptr), "GetProcAddress", FindFunction, &hooks);
     Open(1);
     host::RestoreImports(&hooks);
     EXPECT_EQ(std::count(gKept.begin(), gKept.end(), dialog), 1);
@@ -408,8 +408,8 @@ TEST_F(DialogLook, DarkAppsHaveItDarkUnlessTheContrastIsHigh) {
     };
     EXPECT_GT(LightParts(), 400);
     host::ImportHooks hooks;
-    host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "RegGetValueW", AppsAreDark, &hooks);
-    host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "SystemParametersInfoW", TellContrast, &hooks);
+    host::ReplaceImport(GetModuleHandleA(nullptr), "RegGetValueW", AppsAreDark, &hooks);
+    host::ReplaceImport(GetModuleHandleA(nullptr), "SystemParametersInfoW", TellContrast, &hooks);
     EXPECT_TRUE(ReadLook());
     EXPECT_LT(LightParts(), 40);
     // Of each column with pixels of a colour: the upper row and their number.

@@ -350,8 +350,7 @@ TEST_F(ParameterPairs, PlainFieldsTakeThePlaceOfTheLibrarysAndItIsLogged) {
     Close();
     TakeReports();
     host::ImportHooks hooks;
-    ASSERT_TRUE(
-        host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "LoadLibraryW", RefuseLibrary, &hooks));
+    ASSERT_TRUE(host::ReplaceImport(GetModuleHandleA(nullptr), "LoadLibraryW", RefuseLibrary, &hooks));
     const FieldClass fieldClass = EnterFieldClass();
     host::RestoreImports(&hooks);
     wchar_t folder[MAX_PATH];

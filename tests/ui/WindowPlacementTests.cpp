@@ -79,7 +79,7 @@ TEST(WindowPlacement, TheFrameThatIsSeenIsTheSystemsToTell) {
                                         nullptr, nullptr, nullptr);
     EXPECT_TRUE(InvisibleFrame(window) == RECT{}) << "this system tells nothing";
     host::ImportHooks hooks;
-    host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "GetProcAddress", FindFunction, &hooks);
+    host::ReplaceImport(GetModuleHandleA(nullptr), "GetProcAddress", FindFunction, &hooks);
     gVisibleFrame = {57, 60, 343, 253};
     EXPECT_TRUE(InvisibleFrame(window) == (RECT{7, 0, 7, 7}));
     gVisibleFrame = {};

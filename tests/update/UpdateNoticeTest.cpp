@@ -170,7 +170,7 @@ TEST_F(UpdateTest, SendsProductAndVersionAndNothingElse) {
     const LoopbackServer server(Body("8"));
     host::ImportHooks hooks;
     gFindFunction = GetProcAddress;
-    host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "GetProcAddress", FindFunction, &hooks);
+    host::ReplaceImport(GetModuleHandleA(nullptr), "GetProcAddress", FindFunction, &hooks);
     Check(server.Address());
     host::RestoreImports(&hooks);
     EXPECT_TRUE(gConnect && gSendRequest);
@@ -333,7 +333,7 @@ TEST_F(UpdateTest, SwitchingOffEndsTheRequestThatIsOnItsWay) {
         return TRUE;
     };
     host::ImportHooks hooks;
-    host::ReplaceImport<BOOL(WINAPI *)(HANDLE)>(GetModuleHandleA(nullptr), nullptr, "SetEvent", wake, &hooks);
+    host::ReplaceImport<BOOL(WINAPI *)(HANDLE)>(GetModuleHandleA(nullptr), "SetEvent", wake, &hooks);
     SetUpdateNotice(false);
     host::RestoreImports(&hooks);
     slow.reset();
@@ -381,7 +381,7 @@ TEST_F(UpdateTest, WithoutAGoodProtocolNobodyIsAsked) {
     const LoopbackServer server(Body("9"));
     host::ImportHooks hooks;
     gFindFunction = GetProcAddress;
-    host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "GetProcAddress", FindFunction, &hooks);
+    host::ReplaceImport(GetModuleHandleA(nullptr), "GetProcAddress", FindFunction, &hooks);
     EXPECT_STREQ(Ask("https" + server.Address().substr(4)).failure, "the system cannot ask");
     host::RestoreImports(&hooks);
 }

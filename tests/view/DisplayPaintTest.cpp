@@ -57,7 +57,7 @@ TEST_F(DisplayPainting, WhatBecomesInvalidMeanwhileIsNotLost) {
     Show();
     host::ImportHooks hooks;
     gGetUpdateRgn =
-        host::ReplaceImport(GetModuleHandleA(nullptr), nullptr, "GetUpdateRgn", InvalidateAfterwards, &hooks);
+        host::ReplaceImport(GetModuleHandleA(nullptr), "GetUpdateRgn", InvalidateAfterwards, &hooks);
     ASSERT_NE(gGetUpdateRgn, nullptr);
     SendMessageA(display, WM_PAINT, 0, 0);
     host::RestoreImports(&hooks);
