@@ -3,7 +3,6 @@
 #include "diag/ErrorReport.h"
 #include "diag/Log.h"
 #include "diag/module/ProductName.h"
-#include "diag/module/ProductName.h"
 #include "plugin/HostServices.h"
 #include "plugin/Selectors.h"
 #include "plugin/record/HostCall.h"

@@ -101,8 +101,10 @@ TEST_F(Failing, ReadAndWriteErrorsAreReported) {
         const char *text; // null: silent
     };
     const Case cases[] = {{1, kMemFullErr, "Could not read input image."},
+                          {13, kParamErr, "Could not read input image."},
                           {2, kUserCanceledErr, "Could not read input image."},
                           {25, kMemFullErr, "Could not write results back to editor."},
+                          {26, kFilterBadParameters, "Could not write results back to editor."},
                           {25, kUserCanceledErr, nullptr}};
     for (const Case &c : cases) {
         SCOPED_TRACE(c.nth);

@@ -108,10 +108,11 @@ const Strings kObsoleteReports = {
 TEST_F(InitialSettings, AShortFileIsNeverCommittedAndGoes) {
     const std::string invalid =
         Warning(kInvalidTitle, "Your Parameter Set file '" + path + "' is invalid and is being deleted.\r\n");
-    for (const size_t size : {6, 39}) {
+    const Strings empty = {DebugLine("fread() failed with errno = '0'"), invalid};
+    for (const size_t size : {0, 6, 7, 39}) {
         WriteWholeFile(path, Content(size));
-        EXPECT_FALSE(Read());
-        EXPECT_EQ(Reports(), size == 6 ? kObsoleteReports : Strings{invalid});
+        EXPECT_FALSE(Read() || Exists(path)) << size;
+        EXPECT_EQ(Reports(), size == 0 ? empty : size == 6 ? kObsoleteReports : Strings{invalid});
     }
 }
 
@@ -126,6 +127,11 @@ TEST_F(InitialSettings, WhatCannotBeReadIsReportedAndStays) {
     RemoveDirectoryA(path.c_str());
 
     WriteWholeFile(path, Content(255));
+    {
+        const ExclusiveOpening open(path);
+        EXPECT_FALSE(Read());
+    }
+    EXPECT_EQ(Reports(), Strings{cannotOpen});
     gReadLocked = true;
     EXPECT_FALSE(Read());
     gReadLocked = false;
