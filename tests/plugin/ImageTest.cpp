@@ -139,11 +139,11 @@ TEST_F(ImageRun, DepthDecidesBeforeTheMode) {
 }
 
 TEST_F(ImageRun, ProgressOfTwoTilesHasATotalOfThree) {
-    filterHost.document = host::MakeDocument(2049, 100, 8, 3, false); // where much looks like a light
+    filterHost.document = host::MakeDocument(2049, 1000, 8, 3, false); // long to look for lights
     for (std::vector<uint8_t> &plane : filterHost.document.planes)
         for (size_t i = 0; i < plane.size(); ++i)
             plane[i] = static_cast<uint8_t>(i * i % 8191 % 59);
-    RunWith(Parameters());
+    RunWith(kDefaultParameters);
     EXPECT_GT(filterHost.log.progress.front().second, 3) << "none while the lights are looked for";
     Progress tail = filterHost.log.progress;
     tail.erase(tail.begin(), tail.end() - std::min<std::ptrdiff_t>(6, std::ssize(tail)));
