@@ -31,8 +31,10 @@ uint64_t MakeStackGuard() {
 
 } // namespace
 
-// The compiler knows both by these names. Set before any code of the module's own runs, and never again.
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the compiler knows both by these
+// names
+
+// Set while the module is loaded, before it has any thread, and never again.
 extern "C" uint64_t __stack_chk_guard;
 uint64_t __stack_chk_guard = MakeStackGuard();
 

@@ -18,9 +18,8 @@ constexpr int32_t kShortSpan = 12;         // not worth trimming
 constexpr double kWhole = 4294967295.0;
 constexpr double kCautious = 1.0 - 1e-6; // for bounds that are rounded
 constexpr PixelRange kNone = {0, -1};
-// Slopes below this move the centre line less than a hundredth of a quarter pixel over the longest walk.
+// Slopes below this move the centre line less than kLevelRoom over the longest walk.
 constexpr double kLevelSlope = 1e-8;
-constexpr double kLevelRoom = 0.01; // quarter pixels; more than that
 
 // A position in quarter pixels as a pixel that is surely not above, or not below it. Counted from far away
 // nothing is negative, and truncating is the way down.

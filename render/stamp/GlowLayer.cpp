@@ -9,8 +9,7 @@
 namespace {
 
 constexpr int32_t kChannels = 3;
-constexpr int32_t kWideCell = 512;      // blocks
-constexpr float kLeastStrength = 1e-6f; // moves nothing
+constexpr int32_t kWideCell = 512; // blocks
 
 // What the integers lay at one pixel.
 struct PixelLaid {
@@ -91,7 +90,7 @@ int32_t ClampPixel(double position) {
 // Columns that an arm may cover in some rows.
 PixelRange ColumnsOf(const Arm &arm, const ArmLine &line, const PixelRange &rows) {
     const double one = line.first + line.perRow * rows.from, other = line.first + line.perRow * rows.to,
-                 width = arm.reach * line.perReach + 2.0;
+                 width = (arm.reach + kLevelRoom) * line.perReach + 2.0;
     return {ClampPixel(std::min(one, other) - width), ClampPixel(std::max(one, other) + width)};
 }
 
@@ -162,14 +161,14 @@ void LayKeptGlow(const Laying &laying, const StarTables &tables, const Arm &arm,
                                 kept.channels == 1 ? 0 : length, &laid);
                      });
     };
-    const auto &[left, top, right, bottom] = laying.window;
+    const IntRect &window = laying.window;
     if (laying.target.room->darkest)
         ForEachArmSpan(laying, arm, walked, kWideCell, layRow);
     else // as a whole, which is sooner done
-        ForEachBlockRow(laying, Intersect(ArmRows(arm, walked), {top, bottom - 1}),
+        ForEachBlockRow(laying, Intersect(ArmRows(arm, walked), {window.top, window.bottom - 1}),
                         [&](const PixelRange &rows) {
                             for (int32_t row = rows.from; row <= rows.to; ++row)
-                                layRow(row, left, right - 1);
+                                layRow(row, window.left, window.right - 1);
                         });
     BlendRows(laying, &laid, layAt);
 }

@@ -101,6 +101,7 @@ TEST_F(DialogControls, EffectAndOutputEffectsOnly) {
     ParameterSet wanted = kDefaultParameters;
     RunDialog([&] {
         Settle();
+        EXPECT_EQ(Ask(kEffectCombo, CB_GETCOUNT), 7);
         for (const int row : {6, 4, 3, 2, 1, 0, 5}) {
             EXPECT_EQ(RowText(kEffectCombo, row), names[row]);
             Forget();

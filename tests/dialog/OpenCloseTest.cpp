@@ -175,6 +175,9 @@ TEST_F(MainDialog, OkRendersAndTheRepeatNeedsNoDialog) {
     filterHost.settings.playInfo = kPlayDisplay; // a script that asks for the dialog
     const host::RunResult result = RunDialog(
         [&] {
+            EXPECT_EQ(Selected(kEffectCombo), static_cast<int>(wanted.effectType & 0xF));
+            for (const ParameterPair &pair : kPairs)
+                EXPECT_EQ(Position(pair.trackbar), pair.In(wanted)) << pair.edit;
             Settle();
             Key(VK_RETURN); // OK is the default button
         },

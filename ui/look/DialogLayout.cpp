@@ -276,12 +276,13 @@ bool OnDialogDpiChanged(HWND dialog, UINT dpi, const RECT &suggested) {
     SetDialogLayoutDpi(dialog, FittingDpi(dialog, dpi));
     // The frame has the new scale only after the move.
     for (int i = 0; i < 2; ++i) {
-        TightenToFit(dialog);
         const SIZE least = DialogMinimumSize(), wanted = SizeOf(suggested);
         SetWindowPos(dialog, nullptr, suggested.left, suggested.top, std::max(least.cx, wanted.cx),
                      std::max(least.cy, wanted.cy), SWP_NOZORDER | SWP_NOACTIVATE);
         MeasureFrame(dialog);
+        TightenToFit(dialog);
     }
+    LayOutDialog(dialog); // a window of the same size hears of no change
     return true;
 }
 
@@ -299,6 +300,7 @@ UINT DialogLayoutDpi() {
 void SetDialogLayoutDpi(HWND dialog, UINT dpi) {
     if (!gLayout.count || !UseDpi(dpi))
         return;
+    TightenToFit(dialog);
     LayOutDialog(dialog);
     RenewParameterFont();
 }

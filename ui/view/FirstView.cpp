@@ -22,5 +22,7 @@ void ShowSomeStar(int32_t threshold) {
     const LightSource *star = BrightestStar(threshold);
     if (!star || CountLights(threshold).starsInView > 0)
         return;
-    CenterPreview(star->X, star->Y); // nobody has changed the zoom yet
+    const double scale = gViewTools.view.zoom / 100.0; // assistive programs zoom without any key or click
+    CenterPreview((star->X + star->XQuarter / 4.0 + 0.5) * scale,
+                  (star->Y + star->YQuarter / 4.0 + 0.5) * scale);
 }
