@@ -35,15 +35,14 @@ endif()
 
 # One test program: brillatrix_test(name [DESKTOP] LIBS lib... SOURCES file...). Each GoogleTest case becomes a ctest
 # test, named after the build, the program and the case. DESKTOP: its cases need the focus, the pointer or the clipboard
-# for themselves, so only one of them runs at a time.
+# for themselves, so only one of them runs at a time. DESKTOP_CASES filter: the same, of single cases.
 function(brillatrix_test name)
-    cmake_parse_arguments(T "DESKTOP" "TIMEOUT" "LIBS;SOURCES" ${ARGN})
+    cmake_parse_arguments(T "DESKTOP" "TIMEOUT;DESKTOP_CASES" "LIBS;SOURCES" ${ARGN})
     if(NOT T_TIMEOUT)
         set(T_TIMEOUT 120)
     endif()
-    set(desktop "")
     if(T_DESKTOP)
-        set(desktop RESOURCE_LOCK desktop)
+        set(T_DESKTOP_CASES "*")
     endif()
     add_executable(${name} ${T_SOURCES})
     target_link_libraries(${name} PRIVATE brillatrix_options ${T_LIBS} gtest gtest_main)
@@ -54,6 +53,12 @@ function(brillatrix_test name)
         target_precompile_headers(${name} REUSE_FROM precompiled_tests)
     endif()
     # A program whose heap is damaged may crash under Wine and yet end with 0.
-    gtest_discover_tests(${name} TEST_PREFIX ${BRILLATRIX_BUILD_NAME}.${name}. DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST
-        PROPERTIES TIMEOUT ${T_TIMEOUT} FAIL_REGULAR_EXPRESSION ": Failure|starting debugger" ${desktop})
+    set(common TEST_PREFIX ${BRILLATRIX_BUILD_NAME}.${name}. DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST)
+    set(properties PROPERTIES TIMEOUT ${T_TIMEOUT} FAIL_REGULAR_EXPRESSION ": Failure|starting debugger")
+    if(T_DESKTOP_CASES)
+        gtest_discover_tests(${name} ${common} TEST_FILTER "${T_DESKTOP_CASES}" ${properties} RESOURCE_LOCK desktop)
+    endif()
+    if(NOT T_DESKTOP)
+        gtest_discover_tests(${name} ${common} TEST_FILTER "-${T_DESKTOP_CASES}" ${properties})
+    endif()
 endfunction()
