@@ -55,8 +55,8 @@ function(brillatrix_test name)
     # A program whose heap is damaged may crash under Wine and yet end with 0.
     set(common TEST_PREFIX ${BRILLATRIX_BUILD_NAME}.${name}. DISCOVERY_TIMEOUT 120 DISCOVERY_MODE PRE_TEST)
     set(properties PROPERTIES TIMEOUT ${T_TIMEOUT} FAIL_REGULAR_EXPRESSION ": Failure|starting debugger")
-    if(T_DESKTOP_CASES)
-        gtest_discover_tests(${name} ${common} TEST_FILTER "${T_DESKTOP_CASES}" ${properties} RESOURCE_LOCK desktop)
+    if(T_DESKTOP_CASES) # costly, and so begun early: one after the other they take as long as all others
+        gtest_discover_tests(${name} ${common} TEST_FILTER "${T_DESKTOP_CASES}" ${properties} RESOURCE_LOCK desktop COST 10)
     endif()
     if(NOT T_DESKTOP)
         gtest_discover_tests(${name} ${common} TEST_FILTER "-${T_DESKTOP_CASES}" ${properties})
