@@ -13,7 +13,6 @@ trap 'rm -rf "$work"' EXIT
 cp "$photos/pleiades.png" "$work/sky.png"
 convert "$photos/launchpad_dusk.jpg" "$work/lamps.png"
 convert "$photos/dandelion.jpg" -resize 1600x -crop 1200x800+100+0 +repage "$work/dandelion.png"
-# The types are those of effect-types.list, each with points that suit it.
 stars() { "$root/brillatrix" --silent --overwrite "$@" </dev/null; }
 # cell FILE TEXT [CROP]: a part of FILE as one of a row's cells
 cell() {

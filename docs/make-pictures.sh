@@ -7,7 +7,6 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 photos=$("$root/docs/fetch-photos.sh" "${1:-}")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-# The types are those of effect-types.list, each with points that suit it.
 stars() { "$root/brillatrix" --silent --overwrite "$@" </dev/null; }
 # label FILE TEXT
 label() {

@@ -31,8 +31,7 @@ uint64_t MakeStackGuard() {
 
 } // namespace
 
-// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the compiler knows both by these
-// names
+// NOLINTBEGIN(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp): the compiler's names for them
 
 // Set while the module is loaded, before it has any thread, and never again.
 extern "C" uint64_t __stack_chk_guard;
@@ -43,7 +42,6 @@ extern "C" [[noreturn]] void __stack_chk_fail() {
     EXCEPTION_RECORD record = {};
     record.ExceptionCode = static_cast<DWORD>(STATUS_STACK_BUFFER_OVERRUN);
     record.ExceptionFlags = EXCEPTION_NONCONTINUABLE;
-    OutputDebugStringA("BrillatrixX64: an array on the stack was overrun.\n");
     RaiseFailFastException(&record, nullptr, FAIL_FAST_GENERATE_EXCEPTION_ADDRESS);
     TerminateProcess(GetCurrentProcess(), record.ExceptionCode);
     for (;;) // not reached

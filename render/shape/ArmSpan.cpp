@@ -13,7 +13,6 @@ namespace {
 
 constexpr int32_t kPixelStep = 4;          // one pixel, in quarter pixels
 constexpr int32_t kFarAway = 1 << 20;      // pixels; beyond every limit
-constexpr double kRoundingRoom = 1.0 / 64; // pixels; far more than any position is rounded by
 constexpr int32_t kShortSpan = 12;         // not worth trimming
 constexpr double kWhole = 4294967295.0;
 constexpr double kCautious = 1.0 - 1e-6; // for bounds that are rounded

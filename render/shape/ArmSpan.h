@@ -94,7 +94,8 @@ PixelRange ArmSpan(const Arm &arm, const PixelRange &walked, int32_t row);
 // The part of it that has values of at least `level`, or a little more.
 PixelRange SpanAbove(const Arm &arm, const PixelRange &walked, int32_t row, uint32_t level);
 
-constexpr double kLevelRoom = 0.01; // quarter pixels, by which a level line may be taken askew
+constexpr double kRoundingRoom = 1.0 / 64; // pixels; far more than any position is rounded by
+constexpr double kLevelRoom = 0.01;        // quarter pixels, by which a level line may be taken askew
 
 // The centre line by rows: a row's pixels within a reach of it lie within reach × `perReach` pixels of the
 // middle, first + perRow × row; but for walks' ends and limits.

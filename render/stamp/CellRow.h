@@ -21,7 +21,6 @@ struct CellRow {
 // there is none. What meets at the border of two cells is one span.
 template <typename WidthOf, typename Work>
 void ForEachSpan(const CellRow &cells, double middle, WidthOf widthOf, Work work) {
-    constexpr double kRoundingRoom = 1.0 / 64; // pixels; far more than any position is rounded by
     PixelRange open = {0, -1};
     for (int32_t i = 0; i < cells.count; ++i) {
         const double width = widthOf(cells.reach[i]) + kRoundingRoom;

@@ -11,7 +11,7 @@ constexpr uint8_t kWhite = 255;
 
 size_t MapBytes(const RoomMap &map) {
     const int32_t rows = (map.band.bottom - map.band.top + kBlockRows - 1) / kBlockRows;
-    return size_t{1} * static_cast<size_t>(CountColumns(map)) * static_cast<size_t>(rows) *
+    return static_cast<size_t>(CountColumns(map)) * static_cast<size_t>(rows) *
            static_cast<size_t>(map.output.colorPlanes);
 }
 

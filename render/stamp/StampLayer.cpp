@@ -13,7 +13,6 @@ constexpr int64_t kReach = std::numeric_limits<int16_t>::max() + 1; // no pixel'
 constexpr int32_t kQuarters = 4, kTenths = 10;
 constexpr int32_t kRowsPerPoll = 64;
 constexpr uint32_t kBrightest = 0xFFFFFFFF;
-constexpr double kWhole = 4294967295.0;
 constexpr double kOpaqueStrengths = 256.0; // how often the least opaque strength fits the largest
 constexpr uint32_t kHalfByteStep = 32896;  // working values; 65793 of them are one step of a byte
 
@@ -35,7 +34,7 @@ uint32_t ThresholdOf(const StampContext &context, const ImageBuffer &output) {
 }
 
 uint32_t WholeLeastGlow(float strength) {
-    return static_cast<uint32_t>(std::min(LeastGlow(strength * 255.0f), kWhole));
+    return static_cast<uint32_t>(std::min<double>(LeastGlow(strength * 255.0f), kBrightest));
 }
 
 // Grey moves by the mean of the channels.
